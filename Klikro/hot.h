@@ -1,0 +1,14 @@
+// SURVMETH_HOT marks a loop that is compiled once for each instruction set; the loader picks the
+// widest that the machine has. Contraction is off and sums keep their order, so every version
+// gives the same bits.
+#ifndef KLIKRO_HOT_H_
+#define KLIKRO_HOT_H_
+
+#if defined(SURVMETH_MULTIVERSION) && defined(__x86_64__) && defined(__linux__) && \
+    defined(__GNUC__) && !defined(__clang__)
+#define SURVMETH_HOT __attribute__((target_clones("default", "avx2", "avx512f")))
+#else
+#define SURVMETH_HOT
+#endif
+
+#endif  // KLIKRO_HOT_H_

@@ -1,0 +1,152 @@
+// Sums, extremes, moments and quantiles of vectors.
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <vector>
+
+#include "Klikro/utilities.h"
+
+namespace {
+
+bool skipped(const short* skip, int i) { return skip != nullptr && skip[i - 1] == kTrue; }
+
+template <typename Vector>
+double sum(const Vector* v, int n) {
+  double total = 0.0;
+  for (int i = 1; i <= n; ++i) total += v->vbget(i, 1);
+  return total;
+}
+
+// Values of the first n rows whose flag is not -1.
+std::vector<double> valuesOf(const matrix* v, int n, const short* skip) {
+  std::vector<double> values;
+  values.reserve(static_cast<std::size_t>(std::max(n, 0)));
+  for (int i = 1; i <= n; ++i) {
+    if (!skipped(skip, i)) values.push_back(v->vbget(i, 1));
+  }
+  return values;
+}
+
+std::vector<double> nonMissingOf(const matrix* v, int n) {
+  std::vector<double> values = valuesOf(v, n, nullptr);
+  values.erase(std::remove_if(values.begin(), values.end(), isMissing), values.end());
+  return values;
+}
+
+bool numbersFirst(double a, double b) {
+  if (std::isnan(a) || std::isnan(b)) return !std::isnan(a) && std::isnan(b);
+  return a < b;
+}
+
+double largest(const std::vector<double>& values) {
+  const auto end = std::max_element(values.begin(), values.end(), [](double a, double b) {
+    return std::isnan(b) ? false : std::isnan(a) || a < b;
+  });
+  return end == values.end() || std::isnan(*end) ? kMissing : *end;
+}
+
+double quantile(std::vector<double> values, double p) {
+  if (values.empty()) return kMissing;
+  if (std::isnan(p)) return p;
+  const double last = static_cast<double>(values.size() - 1);
+  const double position = std::min(std::max(last * p, 0.0), last);
+  const auto below = values.begin() + static_cast<std::ptrdiff_t>(std::floor(position));
+  const double fraction = position - std::floor(position);
+  std::nth_element(values.begin(), below, values.end(), numbersFirst);
+  if (fraction == 0.0) return *below;
+  const double above = *std::min_element(below + 1, values.end(), numbersFirst);
+  return *below + fraction * (above - *below);
+}
+
+}  // namespace
+
+double V_Sum2(matrix* v, int n) { return sum(v, n); }
+double V_Sum2(matrixInt* v, int n) { return sum(v, n); }
+
+short V_IsConstant(matrix* v, int n, short) {
+  for (int i = 2; i <= n; ++i) {
+    if (v->vbget(i, 1) != v->vbget(1, 1)) return 0;
+  }
+  return kTrue;
+}
+
+double V_Max(matrix* v, int n, short* skip) { return largest(valuesOf(v, n, skip)); }
+double V_Max2(matrix* v, int n) { return largest(valuesOf(v, n, nullptr)); }
+
+void V_Set1toN(matrix* v, int n) {
+  for (int i = 1; i <= n; ++i) v->vbset(i, 1, i);
+}
+
+void InitVectorToFalse(short* flags, int n) { std::fill_n(flags, std::max(n, 0), short{0}); }
+
+void V_Duplicate(matrix* src, int row, int col, int n, matrix* dst, int row2, int col2) {
+  for (int i = 0; i < n; ++i) dst->vbset(row2 + i, col2, src->vbget(row + i, col));
+}
+
+double V_Mean(matrix* v, int n, short* skip, matrix* weights) {
+  double weighted = 0.0;
+  double weight = 0.0;
+  for (int i = 1; i <= n; ++i) {
+    if (skipped(skip, i)) continue;
+    weighted += weights->vbget(i, 1) * v->vbget(i, 1);
+    weight += weights->vbget(i, 1);
+  }
+  return weighted / weight;
+}
+
+double V_Mean2(matrix* v, int n) {
+  double total = 0.0;
+  int present = 0;
+  for (int i = 1; i <= n; ++i) {
+    const double value = v->vbget(i, 1);
+    if (isMissing(value)) continue;
+    total += value;
+    ++present;
+  }
+  return total / present;
+}
+
+double V_Var(matrix* v, int n, short* skip, matrix* weights) {
+  const double mean = V_Mean(v, n, skip, weights);
+  double squares = 0.0;
+  double weight = 0.0;
+  for (int i = 1; i <= n; ++i) {
+    if (skipped(skip, i)) continue;
+    const double deviation = v->vbget(i, 1) - mean;
+    squares += weights->vbget(i, 1) * (deviation * deviation);
+    weight += weights->vbget(i, 1);
+  }
+  return squares / (weight - 1.0);
+}
+
+void V_MeanStdev(matrix* v, int n, short* skip, matrix* weights, double* mean, double* sd) {
+  *mean = V_Mean(v, n, skip, weights);
+  *sd = std::sqrt(V_Var(v, n, skip, weights));
+}
+
+double V_Var2(matrix* v, int n, short unbiased, short) {
+  const double mean = V_Mean2(v, n);
+  double squares = 0.0;
+  int present = 0;
+  for (int i = 1; i <= n; ++i) {
+    const double value = v->vbget(i, 1);
+    if (isMissing(value)) continue;
+    squares += (value - mean) * (value - mean);
+    ++present;
+  }
+  return squares / (present - (unbiased == kTrue ? 1.0 : 0.0));
+}
+
+int V_NbNonMissing(matrix* v, int n) { return static_cast<int>(nonMissingOf(v, n).size()); }
+
+int V_NbDistinct(matrix* v, int n) {
+  std::vector<double> values = nonMissingOf(v, n);
+  std::sort(values.begin(), values.end(), numbersFirst);
+  return static_cast<int>(std::unique(values.begin(), values.end()) - values.begin());
+}
+
+double V_Quantile(matrix* v, int n, double p) { return quantile(valuesOf(v, n, nullptr), p); }
+
+double V_QuantileM(matrix* v, int n, short* skip, double p) {
+  return quantile(valuesOf(v, n, skip), p);
+}
