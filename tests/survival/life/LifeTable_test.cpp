@@ -1,0 +1,574 @@
+// The life-table estimator behind RunLife.
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <cmath>
+#include <random>
+#include <utility>
+#include <vector>
+
+#include "survival/life/life.h"
+#include "tests/support/matrices.h"
+#include "tests/survival/life/life_calls.h"
+
+namespace {
+
+using survmeth::test::allSame;
+using survmeth::test::Column;
+using survmeth::test::elements;
+using survmeth::test::kInf;
+using survmeth::test::kMissingMark;
+using survmeth::test::kNan;
+using survmeth::test::kNo;
+using survmeth::test::kUntouched;
+using survmeth::test::kYes;
+using survmeth::test::LifeCall;
+using survmeth::test::LifeTables;
+using survmeth::test::runLife;
+using Values = std::vector<double>;
+
+constexpr double kU = kUntouched;
+
+LifeCall byWidth(Values time, Values status, double width) {
+  LifeCall call;
+  call.time = std::move(time);
+  call.status = std::move(status);
+  call.lifeTable = kYes;
+  call.intervalsByWidth = kYes;
+  call.width = width;
+  return call;
+}
+
+LifeCall between(Values time, Values status, Values bounds) {
+  LifeCall call = byWidth(std::move(time), std::move(status), 1.0);
+  call.intervalsByWidth = kNo;
+  call.bounds = std::move(bounds);
+  return call;
+}
+
+// Ten subjects, intervals of 5; the numbers below are worked by hand.
+LifeCall tenSubjects() {
+  LifeCall call = byWidth({1, 3, 4, 5, 7, 8, 9, 12, 13, 14}, {1, 1, 0, 1, 1, 0, 1, 1, 0, 0}, 5.0);
+  call.fill = 0.0;
+  return call;
+}
+
+TEST(LifeTable, CountsAndSurvivalOfTenSubjects) {
+  const LifeTables out = runLife(tenSubjects());
+  EXPECT_EQ(out.total, 10.0);
+  ASSERT_EQ(out.nRows, 3);
+  EXPECT_EQ(out.table.row(2, 6), (Values{0, 0, 10, 2, 1, 9.5}));
+  EXPECT_EQ(out.table.row(3, 6), (Values{5, 0, 7, 3, 1, 6.5}));
+  EXPECT_EQ(out.table.row(4, 6), (Values{10, 0, 3, 1, 2, 2}));
+  EXPECT_DOUBLE_EQ(out.table.at(2, 7), 15.0 / 19);
+  EXPECT_DOUBLE_EQ(out.table.at(3, 7), 7.0 / 13);
+  EXPECT_DOUBLE_EQ(out.table.at(4, 7), 1.0 / 2);
+  EXPECT_EQ(out.table.at(2, 8), 1.0);  // at the start of the interval
+  EXPECT_DOUBLE_EQ(out.table.at(3, 8), 15.0 / 19);
+  EXPECT_DOUBLE_EQ(out.table.at(4, 8), 105.0 / 247);
+}
+
+TEST(LifeTable, DensityAndHazardOfTenSubjects) {
+  const LifeTables out = runLife(tenSubjects());
+  EXPECT_DOUBLE_EQ(out.table.at(2, 9), 4.0 / 95);
+  EXPECT_DOUBLE_EQ(out.table.at(3, 9), 18.0 / 247);
+  EXPECT_EQ(out.table.at(4, 9), 0.0);  // the last interval's density is never written
+  EXPECT_DOUBLE_EQ(out.table.at(2, 10), 4.0 / 85);
+  EXPECT_DOUBLE_EQ(out.table.at(3, 10), 3.0 / 25);
+  EXPECT_DOUBLE_EQ(out.table.at(4, 10), 2.0 / 15);
+}
+
+TEST(LifeTable, GreenwoodSumsOfTenSubjects) {
+  const LifeTables out = runLife(tenSubjects());
+  const Values sums{0, 8.0 / 285, 8.0 / 285 + 12.0 / 91};
+  for (int k = 1; k <= 3; ++k) {
+    EXPECT_NEAR(out.table.at(k + 1, 11), sums[static_cast<std::size_t>(k) - 1], 1e-16);
+    EXPECT_NEAR(out.table.at(k + 1, 12), sums[static_cast<std::size_t>(k) - 1], 1e-16);
+  }
+}
+
+TEST(LifeTable, StandardErrorsOfTenSubjects) {
+  const LifeTables out = runLife(tenSubjects());
+  EXPECT_DOUBLE_EQ(out.table.at(2, 13), 4.0 / 95 * std::sqrt(15.0 / 38));
+  EXPECT_DOUBLE_EQ(out.table.at(3, 13), 18.0 / 247 * std::sqrt(8.0 / 285 + 7.0 / 39));
+  EXPECT_DOUBLE_EQ(out.table.at(4, 13), 21.0 / 494 * std::sqrt(8.0 / 285 + 12.0 / 91 + 1.0 / 2));
+  EXPECT_DOUBLE_EQ(out.table.at(2, 14), std::sqrt(16.0 / 7225 / 2 * (285.0 / 289)));
+  EXPECT_DOUBLE_EQ(out.table.at(3, 14), std::sqrt(9.0 / 625 / 3 * 0.91));
+  EXPECT_DOUBLE_EQ(out.table.at(4, 14), std::sqrt(4.0 / 225 * (8.0 / 9)));
+}
+
+TEST(LifeTable, MedianResidualLifetimesOfTenSubjects) {
+  const LifeTables out = runLife(tenSubjects());
+  // Survival passes 1/2 in the second interval: 15/19 at its start, 105/247 at its end.
+  EXPECT_DOUBLE_EQ(out.table.at(2, 15), 5 + 5 * (2717.0 / 3420));
+  EXPECT_DOUBLE_EQ(out.table.at(2, 16), 0.5 / std::sqrt(9.5) / (18.0 / 247));
+  for (const int row : {3, 4}) {
+    EXPECT_EQ(out.table.at(row, 15), kMissingMark);
+    EXPECT_EQ(out.table.at(row, 16), kMissingMark);
+  }
+}
+
+TEST(LifeTable, TheRowPastTheLastHoldsItsLowerBound) {
+  const LifeTables out = runLife(tenSubjects());
+  EXPECT_EQ(out.table.at(5, 1), 15.0);
+  // Here all observations lie in 20..21, and 40 are past the last interval.
+  const LifeTables given = runLife(between({20, 21, 40}, {1, 1, 1}, {19, 22, 30}));
+  ASSERT_EQ(given.nRows, 3);
+  EXPECT_EQ(given.table.at(5, 1), 22 + (22 - 19));
+}
+
+TEST(LifeTable, TheOriginHasThreeColumns) {
+  LifeCall call = tenSubjects();
+  call.fill = kU;
+  const LifeTables out = runLife(call);
+  for (int j = 1; j <= 16; ++j) {
+    EXPECT_EQ(out.table.at(1, j), j == 6 ? 10.0 : j == 7 || j == 8 ? 1.0 : kU) << j;
+  }
+}
+
+TEST(LifeTable, CellsThatNoRuleNamesStayAsPassed) {
+  LifeCall call = tenSubjects();
+  call.fill = kU;
+  const LifeTables out = runLife(call);
+  for (int row = 2; row <= 5; ++row) EXPECT_EQ(out.table.at(row, 2), kU);
+  EXPECT_EQ(out.table.at(4, 9), kU);   // no next interval gave a density
+  EXPECT_EQ(out.table.at(2, 12), kU);  // the sum starts with the second interval
+  // The standard error of the first density takes that cell as it is.
+  EXPECT_DOUBLE_EQ(out.table.at(2, 13), 4.0 / 95 * std::sqrt(kU + 15.0 / 38));
+  // The interval at which the table stopped got its counts only.
+  EXPECT_EQ(out.table.row(5, 16),
+            (Values{15, kU, 0, 0, 0, 0, kU, kU, kU, kU, kU, kU, kU, kU, kU, kU}));
+}
+
+TEST(LifeTable, IntervalsOfAWidthStartAtZeroAndPassTheLastTime) {
+  LifeCall call = tenSubjects();
+  call.fill = kU;
+  // floor(14 / 5) + 1, and one more because the first time is above 0.
+  EXPECT_EQ(runLife(call).intervals.elements(), (Values{0, 5, 10, 15, 5, 10, 15, 20}));
+  call.time[0] = 0.0;
+  EXPECT_EQ(runLife(call).intervals.elements(), (Values{0, 5, 10, kU, 5, 10, 15, kU}));
+}
+
+TEST(LifeTable, AFirstTimeOfZeroAddsNoInterval) {
+  const LifeTables out = runLife(byWidth({0, 1, 12}, {1, 0, 0}, 5.0));
+  EXPECT_EQ(out.nRows, 3);
+  EXPECT_EQ(out.intervals.at(4, 1), kU);
+}
+
+TEST(LifeTable, BoundsAboveZeroStartAtZero) {
+  const LifeTables out = runLife(between({1, 4, 9}, {1, 1, 1}, {3, 5, 10}));
+  EXPECT_EQ(out.intervals.elements(), (Values{0, 3, 5, kU, kU, 3, 5, 10, kU, kU}));
+  EXPECT_EQ(out.nRows, 3);
+}
+
+TEST(LifeTable, BoundsFromZeroOrBelowStartThere) {
+  const LifeTables out = runLife(between({1, 4, 9}, {1, 1, 1}, {0, 5, 10}));
+  EXPECT_EQ(out.intervals.elements(), (Values{0, 5, kU, kU, kU, 5, 10, kU, kU, kU}));
+  EXPECT_EQ(out.nRows, 2);
+  const LifeTables negative = runLife(between({1, 4, 9}, {1, 1, 1}, {-2, 5, 10}));
+  EXPECT_EQ(negative.intervals.at(1, 1), -2.0);
+  EXPECT_EQ(runLife(between({1, 4, 9}, {1, 1, 1}, {kNan, 5, 10})).intervals.at(2, 1), 5.0);
+}
+
+TEST(LifeTable, OneBoundGivesOneIntervalOrNone) {
+  EXPECT_EQ(runLife(between({1, 4}, {1, 1}, {3})).nRows, 1);
+  EXPECT_EQ(runLife(between({1, 4}, {1, 1}, {0})).nRows, 0);
+}
+
+TEST(LifeTable, NoBoundsGiveNoInterval) {
+  for (const int count : {-1, -2, -3, -9, INT_MIN}) {
+    LifeCall call = between({1, 4}, {1, 1}, {3});
+    call.nIntervals = count;
+    EXPECT_EQ(runLife(call).nRows, 0) << count;
+  }
+  LifeCall call = between({1, 4}, {1, 1}, {});  // the one element passed for an empty list is 0
+  EXPECT_EQ(runLife(call).nRows, 0);
+}
+
+TEST(LifeTable, OnlyTheFirstRowAtAnUpperBoundBelongsToTheInterval) {
+  // 5 is the first unassigned row of 0..5: it enters, and so does nothing after it.
+  const LifeTables first = runLife(between({5, 5, 7}, {1, 1, 1}, {5, 10}));
+  EXPECT_EQ(first.table.at(2, 4), 1.0);
+  EXPECT_EQ(first.table.at(3, 4), 2.0);
+  // After 4, the rows at 5 fall in the next interval.
+  const LifeTables later = runLife(between({4, 5, 5, 7}, {1, 1, 1, 1}, {5, 10}));
+  EXPECT_EQ(later.table.at(2, 4), 1.0);
+  EXPECT_EQ(later.table.at(3, 4), 3.0);
+}
+
+TEST(LifeTable, TimesBelowTheFirstBoundFallIntoTheFirstInterval) {
+  const LifeTables out = runLife(between({-8, -7, 1, 6}, {1, 1, 1, 0}, {-3, 5, 10}));
+  EXPECT_EQ(out.table.at(2, 1), -3.0);
+  EXPECT_EQ(out.table.at(2, 4), 3.0);
+}
+
+TEST(LifeTable, TheDensityIsDividedByTheNextIntervalsWidth) {
+  const LifeTables out = runLife(between({1, 2, 8, 9}, {1, 1, 1, 0}, {5, 15}));
+  // Half died in 0..5; the interval after it is 10 wide.
+  EXPECT_DOUBLE_EQ(out.table.at(2, 9), 0.5 / 10);
+  EXPECT_EQ(out.table.at(3, 9), kU);
+}
+
+TEST(LifeTable, AnIntervalWithoutEventsHasNoHazard) {
+  const LifeTables out = runLife(byWidth({0, 6, 12, 13}, {0, 0, 1, 0}, 5.0));
+  ASSERT_EQ(out.nRows, 3);
+  EXPECT_EQ(out.table.at(2, 10), 0.0);
+  EXPECT_EQ(out.table.at(2, 9), 0.0);
+  // The marker of the first interval differs from that of the others.
+  EXPECT_EQ(out.table.at(2, 13), -51.0);
+  EXPECT_EQ(out.table.at(2, 14), -51.0);
+  EXPECT_EQ(out.table.at(3, 13), 0.0);
+  EXPECT_EQ(out.table.at(3, 14), 0.0);
+}
+
+TEST(LifeTable, TheSecondPassSkipsALastIntervalWithoutEvents) {
+  const LifeTables out = runLife(byWidth({0, 6, 12}, {1, 1, 0}, 5.0));
+  ASSERT_EQ(out.nRows, 3);
+  for (const int column : {13, 14, 15, 16}) {
+    EXPECT_NE(out.table.at(3, column), kU);
+    EXPECT_EQ(out.table.at(4, column), kU);
+  }
+  EXPECT_EQ(runLife(byWidth({0, 1}, {0, 0}, 5.0)).table.at(2, 13), kU);  // even the first
+}
+
+TEST(LifeTable, SurvivalThatNeverHalvesHasNoMedian) {
+  const LifeTables out = runLife(byWidth({0, 6, 12, 13, 14, 14}, {1, 0, 0, 0, 0, 1}, 5.0));
+  EXPECT_EQ(out.table.at(2, 15), kMissingMark);
+  EXPECT_EQ(out.table.at(2, 16), kMissingMark);
+}
+
+TEST(LifeTable, WithdrawalsThatLeaveNobodyEffectiveGiveNoRow) {
+  LifeCall call = byWidth({0, 1}, {0, 0}, 5.0);
+  call.weight = {2, 2};  // 2 rows, 4 withdrawn: 2 - 4 / 2 = 0
+  const LifeTables out = runLife(call);
+  EXPECT_EQ(out.nRows, 0);
+  EXPECT_EQ(out.table.row(2, 7), (Values{0, kU, 2, 0, 4, 0, kU}));
+  EXPECT_EQ(out.table.at(3, 1), kU);
+}
+
+TEST(LifeTable, AnIntervalThatAllDieInCountsInTheUnguardedSumOnly) {
+  // Two of two die in 5..10; a count of -1 lets the table go on.
+  LifeCall call = between({1, 6, 12}, {2, 2, 1}, {5, 10, 15});
+  call.countsFormat = kYes;
+  call.weight = {0, 0, -1};
+  const LifeTables out = runLife(call);
+  ASSERT_EQ(out.nRows, 3);
+  EXPECT_EQ(out.table.at(3, 7), 0.0);
+  EXPECT_EQ(out.table.at(3, 11), 0.25);
+  EXPECT_EQ(out.table.at(3, 12), 0.25);
+  EXPECT_EQ(out.table.at(4, 11), 0.25);
+  EXPECT_EQ(out.table.at(4, 12), kInf);
+  EXPECT_EQ(out.table.at(4, 15), kMissingMark);
+}
+
+TEST(LifeTable, CountsFormatTakesBothColumns) {
+  LifeCall call = byWidth({0, 6}, {2, 1}, 5.0);
+  call.weight = {4, 3};
+  call.countsFormat = kYes;
+  const LifeTables out = runLife(call);
+  EXPECT_EQ(out.total, 10.0);
+  EXPECT_EQ(out.table.row(2, 6), (Values{0, kU, 10, 2, 4, 8}));
+  EXPECT_EQ(out.table.row(3, 6), (Values{5, kU, 4, 1, 3, 2.5}));
+  call.countsFormat = 1;
+  EXPECT_EQ(runLife(call).total, 2.0);
+}
+
+TEST(LifeTable, AWidthFlagOfOneMeansBounds) {
+  LifeCall call = between({1, 4, 9}, {1, 1, 1}, {3, 5, 10});
+  call.intervalsByWidth = 1;
+  EXPECT_EQ(runLife(call).nRows, 3);
+}
+
+TEST(LifeTable, AWidthThatIsNoWidthGivesNoInterval) {
+  for (const double width : {0.0, -0.0, -1.0, -1e-9, kNan, kInf, -kInf}) {
+    const LifeTables out = runLife(byWidth({1, 2, 9}, {1, 1, 1}, width));
+    EXPECT_EQ(out.nRows, 0) << width;
+    EXPECT_EQ(out.total, 3.0) << width;
+    EXPECT_EQ(out.table.at(1, 6), 3.0) << width;
+    for (const double cell : out.intervals.elements()) EXPECT_EQ(cell, kU);
+    for (int row = 2; row <= out.table.rows(); ++row) {
+      EXPECT_EQ(out.table.row(row, 16), Values(16, kU)) << width;
+    }
+  }
+}
+
+TEST(LifeTable, MoreIntervalsThanATableCanHoldGiveNone) {
+  for (const double width : {1e-12, 1e-300, 5e-324}) {
+    const LifeTables out = runLife(byWidth({1, 2, 9}, {1, 1, 1}, width));
+    EXPECT_EQ(out.nRows, 0) << width;
+    EXPECT_EQ(out.table.at(1, 6), 3.0);
+  }
+  EXPECT_EQ(runLife(byWidth({1, 2, kInf}, {1, 1, 1}, 1.0)).nRows, 0);
+  EXPECT_EQ(runLife(byWidth({1, 2, kNan}, {1, 1, 1}, 1.0)).nRows, 0);
+  EXPECT_EQ(runLife(byWidth({1, 2, 1e9}, {1, 1, 1}, 1.0)).nRows, 0);
+}
+
+TEST(LifeTable, AWidthBeyondTheTimesGivesOneRow) {
+  const LifeTables out = runLife(byWidth({1, 2, 9}, {1, 0, 1}, 100.0));
+  EXPECT_EQ(out.nRows, 1);
+  EXPECT_EQ(out.table.row(2, 6), (Values{0, kU, 3, 2, 1, 2.5}));
+}
+
+TEST(LifeTable, ATimeThatIsAMultipleButForRoundingCountsAsOne) {
+  // 0.3 / 0.1 is below 3 in binary: the list has five intervals, the caller's block four rows,
+  // and what lies past a block's rows falls on its next column.
+  ASSERT_LT(0.3 / 0.1, 3.0);
+  const LifeTables out = runLife(byWidth({0.05, 0.15, 0.3}, {1, 1, 1}, 0.1));
+  const double fourth = 0.1 + 0.1 + 0.1;
+  const double fifth = fourth + 0.1;
+  EXPECT_EQ(out.nRows, 3);
+  EXPECT_EQ(out.table.at(4, 4), 1.0);
+  EXPECT_EQ(out.intervals.elements(), (Values{0, 0.1, 0.2, fourth, fifth, 0.2, fourth, fifth}));
+}
+
+TEST(LifeTable, ARowPastTheBlockFallsOnItsNextColumn) {
+  // Ten widths of 0.1 add up to less than 1. Twelve intervals; the block has rows for eleven.
+  double tenth = 0.0;
+  for (int k = 0; k < 10; ++k) tenth += 0.1;
+  ASSERT_LT(tenth, 1.0);
+  ASSERT_EQ(std::floor(tenth / 0.1), 9.0);
+  const LifeTables out = runLife(byWidth({0.95, tenth}, {1, 1}, 0.1));
+  EXPECT_EQ(out.nRows, 11);
+  ASSERT_EQ(out.table.rows(), 12);
+  EXPECT_EQ(out.table.at(12, 4), 1.0);
+  EXPECT_DOUBLE_EQ(out.table.at(1, 2), tenth + 0.1);  // the lower bound past the last
+  for (const int column : {4, 5, 6, 7}) EXPECT_EQ(out.table.at(1, column), 0.0) << column;
+}
+
+TEST(LifeTable, NoRowsGiveTheOriginOnly) {
+  for (const int m : {0, -1, -50}) {
+    LifeCall call = byWidth({1, 2, 9}, {1, 1, 1}, 5.0);
+    call.m = m;
+    const LifeTables out = runLife(call);
+    EXPECT_EQ(out.total, 0.0);
+    EXPECT_EQ(out.nRows, 0);
+    call = between({1, 2, 9}, {1, 1, 1}, {4, 10});
+    call.m = m;
+    EXPECT_EQ(runLife(call).nRows, 0);
+    EXPECT_EQ(runLife(call).intervals.at(2, 2), 10.0);  // the list is there all the same
+  }
+}
+
+TEST(LifeTable, AStratumIsAddressedByItsOffset) {
+  LifeCall call = byWidth({50, 60, 1, 4, 12, 70}, {0, 0, 1, 0, 1, 1}, 5.0);
+  call.offset = 2;
+  call.m = 3;
+  const LifeTables alone = runLife(byWidth({1, 4, 12}, {1, 0, 1}, 5.0));
+  const LifeTables out = runLife(call);
+  EXPECT_TRUE(allSame(alone.table.elements(), out.table.elements()));
+}
+
+TEST(LifeTable, RowsPastTheColumnsReadAsMinusOne) {
+  LifeCall call = byWidth({1, 4}, {1, 1}, 5.0);
+  for (const int offset : {0, 1, 2, -1, 70, INT_MAX}) {
+    call.offset = offset;
+    call.m = 5;
+    EXPECT_LE(runLife(call).nRows, 5) << offset;
+  }
+}
+
+TEST(LifeTable, UndefinedTimesEnterNoInterval) {
+  const LifeTables out = runLife(between({1, 2, kNan, kNan}, {1, 1, 1, 1}, {3, 6, 9}));
+  ASSERT_EQ(out.nRows, 3);
+  EXPECT_EQ(out.table.at(4, 3), 2.0);
+  EXPECT_EQ(out.table.at(4, 4), 0.0);
+}
+
+TEST(LifeTable, EqualBoundsGiveAnIntervalOfNoWidth) {
+  const LifeTables out = runLife(between({1, 2, 8}, {1, 1, 1}, {3, 3, 9}));
+  ASSERT_EQ(out.nRows, 3);
+  EXPECT_TRUE(std::isinf(out.table.at(2, 9)));
+  EXPECT_TRUE(std::isnan(out.table.at(3, 10)));
+}
+
+TEST(LifeTableOnMatrices, ManyIntervalsAreDoneInTime) {
+  // Survival that halves late: a scan from every interval would be quadratic.
+  constexpr int n = 200000;
+  Values times(n), ones(n, 1.0);
+  for (int i = 0; i < n; ++i) times[static_cast<std::size_t>(i)] = i + 0.5;
+  const LifeTables out = runLife(byWidth(times, ones, 1.0));
+  ASSERT_EQ(out.nRows, n);
+  EXPECT_NEAR(out.table.at(2, 15), n / 2.0, 1e-6 * n);
+}
+
+TEST(LifeTableOnMatrices, BlocksThatAreTooSmallAreNotOverrun) {
+  Column time({1, 4, 12}), status({1, 0, 1}), weight({1, 1, 1}), bounds({0});
+  matrix intervals(1, 1, kU), table(1, 1, kU), none(0, 0, 0);
+  double total = 0.0;
+  int rows = 0;
+  ComputeLife(0, 3, 0, 0.5, &time, &status, &weight, &bounds, kNo, kYes, 1, &intervals, total,
+              &table, rows);
+  EXPECT_EQ(rows, 24);  // 12 is the first row at the upper bound of the 24th
+  EXPECT_EQ(total, 3.0);
+  ComputeLife(0, 3, 0, 0.5, &time, &status, &weight, &bounds, kNo, kYes, 1, &none, total, &none,
+              rows);
+  EXPECT_EQ(rows, 24);  // 12 is the first row at the upper bound of the 24th
+  ComputeLife(0, 3, INT_MAX, 0.5, &time, &status, &weight, &bounds, kNo, kNo, 1, &none, total,
+              &none, rows);
+  EXPECT_EQ(rows, 0);
+}
+
+// ---- Property: a second implementation that takes each rule by itself ----
+
+struct Reference {
+  matrix intervals, table;
+  double total = 0.0;
+  int nRows = 0;
+};
+
+void naive(const LifeCall& call, Reference& out) {
+  const int m = static_cast<int>(call.time.size());
+  const auto t = [&](int i) { return call.time[static_cast<std::size_t>(i) - 1]; };
+  std::vector<std::pair<double, double>> list;
+  if (call.intervalsByWidth == kYes) {
+    int count = static_cast<int>(std::floor(t(m) / call.width + 1e-11)) + 1;
+    if (t(1) > 0) ++count;
+    for (int k = 1; k <= count; ++k) {
+      const double lower = k == 1 ? 0.0 : list.back().second;
+      list.emplace_back(lower, lower + call.width);
+    }
+  } else {
+    if (call.bounds[0] > 0) list.emplace_back(0.0, call.bounds[0]);
+    for (std::size_t i = 1; i < call.bounds.size(); ++i) {
+      list.emplace_back(call.bounds[i - 1], call.bounds[i]);
+    }
+  }
+  matrix& T = out.table;
+  const auto lower = [&](int k) { return list[static_cast<std::size_t>(k) - 1].first; };
+  const auto upper = [&](int k) { return list[static_cast<std::size_t>(k) - 1].second; };
+  const auto width = [&](int k) { return upper(k) - lower(k); };
+  const int length = static_cast<int>(list.size());
+  for (int k = 1; k <= length; ++k) {
+    out.intervals.vbset(k, 1, lower(k));
+    out.intervals.vbset(k, 2, upper(k));
+  }
+  double atRisk = m;
+  if (call.countsFormat == kYes) {
+    atRisk = 0.0;
+    for (std::size_t i = 0; i < call.time.size(); ++i) atRisk += call.status[i] + call.weight[i];
+  }
+  out.total = atRisk;
+  T.vbset(1, 6, out.total);
+  T.vbset(1, 7, 1.0);
+  T.vbset(1, 8, 1.0);
+  out.nRows = length;
+  int next = 1;
+  Values S(list.size() + 2), p(list.size() + 2), effective(list.size() + 2);
+  for (int k = 1; k <= length; ++k) {
+    const auto at = static_cast<std::size_t>(k);
+    T.vbset(k + 1, 1, lower(k));
+    double events = 0.0, censored = 0.0;
+    for (bool first = true; next <= m && (first ? t(next) <= upper(k) : t(next) < upper(k));
+         first = false, ++next) {
+      const auto i = static_cast<std::size_t>(next) - 1;
+      if (call.countsFormat == kYes) {
+        events += call.status[i];
+        censored += call.weight[i];
+      } else {
+        (call.status[i] == call.eventCode ? events : censored) += call.weight[i];
+      }
+    }
+    T.vbset(k + 1, 4, events);
+    T.vbset(k + 1, 5, censored);
+    T.vbset(k + 1, 3, atRisk);
+    effective[at] = atRisk - censored * 0.5;
+    T.vbset(k + 1, 6, effective[at]);
+    if (effective[at] <= 0.0) {
+      out.nRows = k - 1;
+      break;
+    }
+    p[at] = 1.0 - events / effective[at];
+    S[at] = k == 1 ? 1.0 : S[at - 1] * p[at - 1];
+    T.vbset(k + 1, 7, p[at]);
+    T.vbset(k + 1, 8, S[at]);
+    if (k > 1) T.vbset(k, 9, (S[at - 1] - S[at]) / width(k));
+    T.vbset(k + 1, 10, 2.0 * (1.0 - p[at]) / ((1.0 + p[at]) * width(k)));
+    double guarded = 0.0, unguarded = 0.0;
+    for (std::size_t i = 1; i < at; ++i) {
+      const double term = (1.0 - p[i]) / (p[i] * effective[i]);
+      if (p[i] > 0.0) guarded += term;
+      unguarded += term;
+    }
+    T.vbset(k + 1, 11, guarded);
+    if (k > 1) T.vbset(k + 1, 12, unguarded);
+    atRisk = atRisk - events - censored;
+  }
+  if (out.nRows > 1) {
+    T.vbset(out.nRows + 2, 1, lower(out.nRows) + (lower(out.nRows) - lower(out.nRows - 1)));
+  }
+  for (int k = 1; k <= out.nRows; ++k) {
+    const auto at = static_cast<std::size_t>(k);
+    if (k == out.nRows && T.vbget(k + 1, 4) == 0.0) continue;
+    const double q = 1.0 - p[at];
+    const double h = T.vbget(k + 1, 10);
+    const double w = width(k);
+    if (q <= 0.0) {
+      T.vbset(k + 1, 13, k == 1 ? -51.0 : 0.0);
+      T.vbset(k + 1, 14, k == 1 ? -51.0 : 0.0);
+    } else {
+      T.vbset(k + 1, 13,
+              S[at] * q / w * std::sqrt(T.vbget(k + 1, 12) + p[at] / (q * effective[at])));
+      T.vbset(k + 1, 14,
+              std::sqrt(h * h / (q * effective[at]) * (1.0 - (h * w / 2.0) * (h * w / 2.0))));
+    }
+    double median = kMissingMark, error = kMissingMark;
+    const double half = S[at] / 2.0;
+    for (std::size_t j = at; j + 1 <= static_cast<std::size_t>(out.nRows); ++j) {
+      if (!(S[j] >= half && S[j + 1] < half)) continue;
+      const int row = static_cast<int>(j);
+      const double value = (lower(row) - lower(k)) + width(row) * (S[j] - half) / (S[j] - S[j + 1]);
+      const double density = T.vbget(row + 1, 9);
+      const double spread = half / std::sqrt(effective[at]) / density;
+      if (value > 0.0 && density > 0.0 && spread > 0.0) {
+        median = value;
+        error = spread;
+      }
+      break;
+    }
+    T.vbset(k + 1, 15, median);
+    T.vbset(k + 1, 16, error);
+  }
+}
+
+TEST(LifeTable, AgreesWithASecondImplementation) {
+  std::mt19937 random(5);
+  const auto pick = [&](unsigned n) { return random() % n; };
+  for (int round = 0; round < 4000; ++round) {
+    LifeCall call;
+    call.lifeTable = kYes;
+    const unsigned n = 1 + pick(25);
+    const double step = pick(2) == 0 ? 0.1 : 1.0;
+    double time = pick(2) == 0 ? 0.0 : step;
+    const bool counted = pick(3) == 0;
+    call.countsFormat = counted ? kYes : kNo;
+    for (unsigned i = 0; i < n; ++i) {
+      call.time.push_back(time);
+      time += step * pick(4);
+      call.status.push_back(pick(counted ? 4 : 2));
+      // Sometimes weights that let survival rise or fall below 0.
+      call.weight.push_back(pick(12) == 0 ? -1.0 : counted ? pick(3) : 1.0);
+    }
+    if (pick(2) == 0) {
+      call.intervalsByWidth = kYes;
+      call.width = step * (1 + pick(6));
+    } else {
+      double bound = pick(2) == 0 ? 0.0 : step;
+      const unsigned bounds = 1 + pick(8);
+      for (unsigned i = 0; i < bounds; ++i) {
+        call.bounds.push_back(bound);
+        bound += step * (1 + pick(5));
+      }
+    }
+    call.fill = pick(2) == 0 ? 0.0 : kU;
+    const LifeTables out = runLife(call);
+    Reference want{matrix(static_cast<int>(out.intervals.rows()), 2, call.fill),
+                   matrix(static_cast<int>(out.table.rows()), 16, call.fill)};
+    naive(call, want);
+    ASSERT_EQ(want.nRows, out.nRows) << round;
+    ASSERT_TRUE(survmeth::test::same(want.total, out.total)) << round;
+    ASSERT_TRUE(allSame(elements(want.intervals), out.intervals.elements())) << round;
+    ASSERT_TRUE(allSame(elements(want.table), out.table.elements())) << round;
+  }
+}
+
+}  // namespace
