@@ -1,0 +1,121 @@
+// Newton-Raphson fit of a Cox model with step halving.
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <vector>
+
+#include "Klikro/Klikro"
+#include "solver/solver.h"
+#include "survival/cox/cox.h"
+#include "survival/cox/strata.h"
+
+namespace {
+
+constexpr int kHalvings = 10;
+// The step-size rule of the solver is heeded only after this many iterations.
+constexpr int kPatience = 10;
+// Where the caller's limit can never be reached.
+constexpr int kUnlimited = 1000;
+
+// Whether two vectors have the same bits, so that everything computed from them has, too.
+bool sameBits(const std::vector<double>& a, const std::vector<double>& b) {
+  return a.size() == b.size() &&
+         (a.empty() || std::memcmp(a.data(), b.data(), a.size() * sizeof(double)) == 0);
+}
+
+std::vector<double> valuesOf(const matrix* m) {
+  return std::vector<double>(m->data(), m->data() + m->count());
+}
+
+// Finds out when iterations repeat themselves, by comparing the coefficients with those of an
+// earlier iteration, which moves on at powers of two (Brent, BIT 20 (1980) 176-184).
+class Repetition {
+ public:
+  // How many iterations may be skipped at iteration t of `last`: whole periods only, which lead
+  // back to the state in hand.
+  int skippable(int t, int last, const std::vector<double>& state) {
+    if (markedAt_ > 0 && sameBits(state, marked_)) {
+      const int period = t - markedAt_;
+      return (last - t) / period * period;
+    }
+    if (t >= nextMark_) {
+      marked_ = state;
+      markedAt_ = t;
+      nextMark_ = t > std::numeric_limits<int>::max() / 2 ? std::numeric_limits<int>::max() : 2 * t;
+    }
+    return 0;
+  }
+
+ private:
+  std::vector<double> marked_;
+  int markedAt_ = 0;
+  int nextMark_ = kPatience + 1;
+};
+
+}  // namespace
+
+int OptimizeCoxModel(int p, matrix* delta, matrix* X, matrix* stratumSizes, int S, int* iterations,
+                     double tolerance, int ties, matrixInt* distinctTimes, matrixInt* groupSize,
+                     matrixInt* groupEvents, matrixInt* groupStart, double* logLik, double* logLik0,
+                     matrix* gradient, matrix* secondDerivatives, matrix* inverse,
+                     matrix* gradient0, matrix* inverse0, matrix* beta) {
+  p = survival::cox::coefficientsWithin(p, X, secondDerivatives);
+  matrix::matCheck(beta, p, 1, 0.0);
+  matrix mask(p, 1, 0);
+  matrix work(p, 1, 0);
+
+  // At coefficients just evaluated the results stand already.
+  bool evaluated = false;
+  std::vector<double> evaluatedAt;
+  const auto evaluate = [&] {
+    const std::vector<double> here = valuesOf(beta);
+    if (evaluated && sameBits(here, evaluatedAt)) return;
+    ComputeLogLikeDerivativesCox(p, delta, X, ties, beta, distinctTimes, groupSize, groupStart, S,
+                                 stratumSizes, groupEvents, logLik, gradient, secondDerivatives);
+    evaluated = true;
+    evaluatedAt = here;
+  };
+
+  const int last = *iterations > 0 ? *iterations : kUnlimited;
+  Repetition repetition;
+  for (int t = 0;;) {
+    evaluate();
+    const std::vector<double> before = valuesOf(beta);
+    // A singular matrix inverts to zeros and leaves the coefficients where they are.
+    short singular = 0;
+    secondDerivatives->inverse1(inverse, singular, 0.0);
+    const int solved = cNewtonRaphson(beta, p, &mask, gradient, secondDerivatives, tolerance, &work,
+                                      inverse, 0, 0.5);
+    if (t == 0) {
+      *logLik0 = *logLik;
+      gradient->copyMatTo(gradient0);
+      inverse->copyMatTo(inverse0);
+    }
+
+    const double logLikBefore = *logLik;
+    std::vector<double> back(before.size());
+    for (int j = 1; j <= p; ++j) back[j - 1] = before[j - 1] - beta->vbget(j, 1);
+    for (int h = 1; h <= kHalvings; ++h) {
+      evaluate();
+      if (*logLik - logLikBefore > kEpsilon) break;
+      // After the tenth refusal the coefficients move on once more, without an evaluation.
+      for (int j = 1; j <= p; ++j) {
+        beta->vbset(j, 1, beta->vbget(j, 1) + back[j - 1] * std::ldexp(1.0, -h));
+      }
+    }
+
+    ++t;
+    const bool settled = std::fabs(*logLik - logLikBefore) < tolerance;
+    if (t == last || (solved == 1 && t > kPatience) || settled) {
+      *iterations = t;
+      return 0;
+    }
+    if (t > kPatience) {
+      t += repetition.skippable(t, last, valuesOf(beta));
+      if (t == last) {
+        *iterations = t;
+        return 0;
+      }
+    }
+  }
+}
