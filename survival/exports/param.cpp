@@ -1,0 +1,240 @@
+// Flat-array entry points of the parametric regression.
+#include "survival/calls/param.h"
+
+#include <algorithm>
+
+#include "survival/exports/frame.h"
+#include "survival/param/model.h"
+#include "survival/param/param.h"
+
+using survival::Block;
+using survival::IntBlock;
+using survival::raised;
+using survival::param::parameterCount;
+
+namespace {
+
+// The observations of a model.
+struct Observations {
+  Observations(int n, int p, double* timesHome, double* statusHome, double* boundsHome,
+               double* covariatesHome, double* weightsHome)
+      : times(n, 1, timesHome),
+        status(n, 1, statusHome),
+        bounds(n, 2, boundsHome),
+        covariates(n, raised(p), covariatesHome),
+        weights(n, 1, weightsHome) {}
+  Block times;
+  Block status;
+  Block bounds;
+  Block covariates;
+  Block weights;
+};
+
+// What a fit leaves: the one column of a covariance is all that some entry points give back.
+struct Fit {
+  Fit(int m, int covarianceColumns, double* gradientHome, double* hessianHome,
+      double* covarianceHome, double* gradient0Home, double* hessian0Home, double* parametersHome)
+      : gradient(m, 1, gradientHome),
+        hessian(m, m, hessianHome),
+        covariance(m, covarianceColumns, covarianceHome),
+        gradient0(m, 1, gradient0Home),
+        hessian0(m, m, hessian0Home),
+        parameters(m, 1, parametersHome) {}
+
+  void copyBack() const {
+    for (const Block* out :
+         {&parameters, &gradient, &hessian, &covariance, &gradient0, &hessian0}) {
+      out->copyBack();
+    }
+  }
+
+  Block gradient;
+  Block hessian;
+  Block covariance;
+  Block gradient0;
+  Block hessian0;
+  Block parameters;
+};
+
+// The history of a selection. The backward selection makes the order longer than the caller's.
+struct History {
+  History(int p, double* stepsHome, int* orderHome)
+      : steps(3, raised(p), stepsHome),
+        order(raised(p), 1, orderHome, false),
+        orderHome_(orderHome),
+        orderCount_(raised(p)) {}
+
+  void copyBack() const {
+    steps.copyBack();
+    std::copy_n(order.data(), std::min(order.count(), orderCount_), orderHome_);
+  }
+
+  Block steps;
+  matrixInt order;
+
+ private:
+  int* orderHome_;
+  int orderCount_;
+};
+
+}  // namespace
+
+void Cpp_ComputeLogLikeDerivativesParam(double* times, int n, int p, int k, double* status,
+                                        double* bounds, double* covariates, double* parameters,
+                                        double* weights, int distribution, double* logLik,
+                                        double* gradient, double* hessian) {
+  const int m = parameterCount(p, k);
+  Observations data(n, p, times, status, bounds, covariates, weights);
+  Block parametersBlock(m, 1, parameters);
+  Block gradientBlock(m, 1, gradient);
+  Block hessianBlock(m, m, hessian);
+  ComputeLogLikeDerivativesParam(&data.times, n, p, k, &data.status, &data.bounds, &data.covariates,
+                                 &parametersBlock, &data.weights, distribution, logLik,
+                                 &gradientBlock, &hessianBlock);
+  gradientBlock.copyBack();
+  hessianBlock.copyBack();
+}
+
+int Cpp_OptimizeParamModel(double* times, int n, int p, int k, double* status, double* bounds,
+                           double* covariates, double* weights, int* iterations, double tolerance,
+                           int distribution, short useInitialValues, double* initialValues,
+                           short fixIntercept, double interceptValue, double* logLik,
+                           double* logLik0, double* gradient, double* hessian, double* covariance,
+                           double* gradient0, double* hessian0, double* parameters) {
+  const int m = parameterCount(p, k);
+  Observations data(n, p, times, status, bounds, covariates, weights);
+  Block initialBlock(m, 1, initialValues);
+  // Callers of this one provide a single column for the covariance.
+  Fit fit(m, 1, gradient, hessian, covariance, gradient0, hessian0, parameters);
+  const int code = OptimizeParamModel(
+      &data.times, n, p, k, &data.status, &data.bounds, &data.covariates, &data.weights, iterations,
+      tolerance, distribution, useInitialValues, &initialBlock, fixIntercept, interceptValue,
+      logLik, logLik0, &fit.gradient, &fit.hessian, &fit.covariance, &fit.gradient0, &fit.hessian0,
+      &fit.parameters);
+  fit.copyBack();
+  return code;
+}
+
+int Cpp_Param_BackSelection(double* times, int n, int* p, int k, double* status, double* bounds,
+                            double* covariates, double* weights, int* iterations, double tolerance,
+                            int distribution, short useInitialValues, double* initialValues,
+                            short fixIntercept, double interceptValue, int backwardOption,
+                            double removeThreshold, double* parameters, double* logLik,
+                            double* logLik0, double* gradient, double* hessian, double* covariance,
+                            double* gradient0, double* hessian0, double* selectionSteps,
+                            int* selectionCount, int* selectionOrder) {
+  const int m = parameterCount(*p, k);
+  Observations data(n, *p, times, status, bounds, covariates, weights);
+  Block initialBlock(m, 1, initialValues);
+  Fit fit(m, m, gradient, hessian, covariance, gradient0, hessian0, parameters);
+  History history(*p, selectionSteps, selectionOrder);
+  const int code = Param_BackSelection(
+      &data.times, n, p, k, &data.status, &data.bounds, &data.covariates, &data.weights, iterations,
+      tolerance, distribution, useInitialValues, &initialBlock, fixIntercept, interceptValue,
+      backwardOption, removeThreshold, &fit.parameters, logLik, logLik0, &fit.gradient,
+      &fit.hessian, &fit.covariance, &fit.gradient0, &fit.hessian0, &history.steps, selectionCount,
+      &history.order);
+  data.covariates.copyBack();
+  fit.copyBack();
+  history.copyBack();
+  return code;
+}
+
+int Cpp_Param_ForSelection(double* times, int n, int* p, int k, double* status, double* bounds,
+                           double* covariates, double* weights, int* iterations, double tolerance,
+                           int distribution, short useInitialValues, double* initialValues,
+                           short fixIntercept, double interceptValue, double enterThreshold,
+                           double* parameters, double* logLik, double* logLik0, double* gradient,
+                           double* hessian, double* covariance, double* gradient0, double* hessian0,
+                           double* selectionSteps, int* selectionCount, int* selectionOrder) {
+  const int m = parameterCount(*p, k);
+  Observations data(n, *p, times, status, bounds, covariates, weights);
+  Block initialBlock(m, 1, initialValues);
+  Fit fit(m, m, gradient, hessian, covariance, gradient0, hessian0, parameters);
+  History history(*p, selectionSteps, selectionOrder);
+  const int code = Param_ForSelection(
+      &data.times, n, p, k, &data.status, &data.bounds, &data.covariates, &data.weights, iterations,
+      tolerance, distribution, useInitialValues, &initialBlock, fixIntercept, interceptValue,
+      enterThreshold, &fit.parameters, logLik, logLik0, &fit.gradient, &fit.hessian,
+      &fit.covariance, &fit.gradient0, &fit.hessian0, &history.steps, selectionCount,
+      &history.order);
+  data.covariates.copyBack();
+  fit.copyBack();
+  history.copyBack();
+  return code;
+}
+
+void Cpp_ComputeCritParam(int n, int p, int k, double logLik, double logLik0, int iterations,
+                          double alpha, double* parameters, double* hessian, double* covariance,
+                          double* zOut, double* gradient0, double* hessian0, double* fitStatistics,
+                          double* coefficients, double* tests) {
+  const int m = parameterCount(p, k);
+  Block parametersBlock(m, 1, parameters);
+  Block hessianBlock(m, m, hessian);
+  // Callers of this one provide a single column: further variances read as -1.
+  Block covarianceBlock(m, 1, covariance);
+  Block gradient0Block(m, 1, gradient0);
+  Block hessian0Block(m, m, hessian0);
+  Block statisticsBlock(7, 2, fitStatistics);
+  Block coefficientsBlock(m, 9, coefficients);
+  Block testsBlock(3, 3, tests);
+  ComputeCritParam(n, p, k, logLik, logLik0, iterations, alpha, &parametersBlock, &hessianBlock,
+                   &covarianceBlock, zOut, &gradient0Block, &hessian0Block, &statisticsBlock,
+                   &coefficientsBlock, &testsBlock);
+  for (const Block* out : {&statisticsBlock, &coefficientsBlock, &testsBlock}) out->copyBack();
+}
+
+void Cpp_ResParam(double* times, int n, int p, int k, int distribution, short logTimes,
+                  double* covariates, double* parameters, double* survivalOut,
+                  double* probabilitiesOut, double* residualsOut, double* quantilesOut) {
+  Block timesBlock(n, 1, times);
+  Block covariatesBlock(n, raised(p), covariates);
+  Block parametersBlock(parameterCount(p, k), 1, parameters);
+  Block survivalBlock(n, 1, survivalOut);
+  Block probabilitiesBlock(n, 2, probabilitiesOut);
+  // Callers of this one provide room for the first column only.
+  Block residualsBlock(n, 1, residualsOut);
+  Block quantilesBlock(n, 9, quantilesOut);
+  ResParam(&timesBlock, n, p, distribution, logTimes, &covariatesBlock, &parametersBlock,
+           &survivalBlock, &probabilitiesBlock, &residualsBlock, &quantilesBlock);
+  for (const Block* out : {&survivalBlock, &probabilitiesBlock, &residualsBlock, &quantilesBlock}) {
+    out->copyBack();
+  }
+}
+
+int Cpp_RunParamReg(double* times, int n, int p, int* nCovariatesOut, int k, double* status,
+                    double* bounds, double* covariates, double* weights, int iterations,
+                    double tolerance, short logTimes, int distribution, short noCovariates,
+                    int selectionMethod, int backwardOption, double enterThreshold,
+                    double removeThreshold, double alpha, int, short useInitialValues,
+                    double* initialValues, short fixIntercept, double interceptValue,
+                    double* parameters, double* fitStatistics, double* tests, double* coefficients,
+                    double* survivalOut, double* residualsOut, double* probabilitiesOut,
+                    double* quantilesOut, double* selectionSteps, int* selectionCount,
+                    int* selectionOrder) {
+  const int m = parameterCount(p, k);
+  Observations data(n, p, times, status, bounds, covariates, weights);
+  Block initialBlock(m, 1, initialValues);
+  Block parametersBlock(m, 1, parameters);
+  Block statisticsBlock(7, 2, fitStatistics);
+  Block testsBlock(3, 3, tests);
+  Block coefficientsBlock(m, 9, coefficients);
+  Block survivalBlock(n, 1, survivalOut);
+  Block residualsBlock(n, 2, residualsOut);
+  Block probabilitiesBlock(n, 2, probabilitiesOut);
+  Block quantilesBlock(n, 9, quantilesOut);
+  History history(p, selectionSteps, selectionOrder);
+  const int code = RunParamReg(
+      &data.times, n, p, nCovariatesOut, k, &data.status, &data.bounds, &data.covariates,
+      &data.weights, iterations, tolerance, logTimes, distribution, noCovariates, selectionMethod,
+      backwardOption, enterThreshold, removeThreshold, alpha, useInitialValues, &initialBlock,
+      fixIntercept, interceptValue, &parametersBlock, &statisticsBlock, &testsBlock,
+      &coefficientsBlock, &survivalBlock, &residualsBlock, &probabilitiesBlock, &quantilesBlock,
+      &history.steps, selectionCount, &history.order);
+  for (const Block* out : {&parametersBlock, &statisticsBlock, &testsBlock, &coefficientsBlock,
+                           &survivalBlock, &residualsBlock, &probabilitiesBlock, &quantilesBlock}) {
+    out->copyBack();
+  }
+  history.copyBack();
+  return code;
+}
