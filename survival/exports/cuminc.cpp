@@ -1,0 +1,69 @@
+// Flat-array entry points of the competing-risks family.
+#include "survival/calls/cuminc.h"
+
+#include "survival/cuminc/cuminc.h"
+#include "survival/exports/frame.h"
+
+using survival::Block;
+using survival::raised;
+using survival::shape;
+
+int Cpp_CheckStatusFormat(double* status, int n, double* eventCodes, int* eventCodeCount,
+                          int censorCode, double* recodedStatus) {
+  Block statusBlock(n, 1, status);
+  Block codeBlock(n, 1, eventCodes);
+  Block recodedBlock(n, 1, recodedStatus);
+  const int code =
+      CheckStatusFormat(&statusBlock, n, &codeBlock, eventCodeCount, censorCode, &recodedBlock);
+  codeBlock.copyBack();
+  recodedBlock.copyBack();
+  return code;
+}
+
+int Cpp_ReorganizeDataCum(double* time, int n, double* status, double* eventFlag, double* stratum,
+                          double* stratumSizes, int S, double* maxTime) {
+  Block timeBlock(n, 1, time);
+  Block statusBlock(n, 1, status);
+  Block flagBlock(n, 1, eventFlag);
+  Block stratumBlock(n, 1, stratum);
+  Block sizeBlock(1, raised(S), stratumSizes);
+  const int code = ReorganizeDataCum(&timeBlock, n, &statusBlock, &flagBlock, &stratumBlock,
+                                     &sizeBlock, S, maxTime);
+  timeBlock.copyBack();
+  statusBlock.copyBack();
+  flagBlock.copyBack();
+  stratumBlock.copyBack();
+  sizeBlock.copyBack();
+  return code;
+}
+
+int Cpp_CumIncCalc(int r, int n, double* time, double* status, int eventCode, double alpha, int m,
+                   int offset, double* kmTable, double* incidence, double* complement) {
+  Block timeBlock(n, 1, time);
+  Block statusBlock(n, 1, status);
+  Block kmBlock(shape(m + 2LL), 12, kmTable);
+  Block incidenceBlock(r, 10, incidence);
+  Block complementBlock(r, 10, complement);
+  CumIncCalc(r, n, &timeBlock, &statusBlock, eventCode, alpha, m, offset, &kmBlock, &incidenceBlock,
+             &complementBlock);
+  incidenceBlock.copyBack();
+  complementBlock.copyBack();
+  return 0;
+}
+
+void Cpp_GrayTest(int n, int K, double* time, double* status, double* group, int eventCode,
+                  double rho, double* statistic, double* df, double* pValue) {
+  Block timeBlock(n, 1, time);
+  Block statusBlock(n, 1, status);
+  Block groupBlock(n, 1, group);
+  GrayTest(n, K, &timeBlock, &statusBlock, &groupBlock, eventCode, rho, statistic, df, pValue);
+}
+
+int Cpp_TransNelsonAalen(double* kmTable, double* table, int m, int r, double alpha, int ciMethod,
+                         int varianceMethod) {
+  Block kmBlock(shape(m + 2LL), 12, kmTable);
+  Block tableBlock(r, 9, table);
+  TransNelsonAalen(&kmBlock, &tableBlock, m, r, alpha, ciMethod, varianceMethod);
+  tableBlock.copyBack();
+  return 0;
+}
