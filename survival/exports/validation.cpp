@@ -1,0 +1,29 @@
+// Flat-array entry points of the validation family.
+#include "survival/calls/validation.h"
+
+#include "survival/exports/frame.h"
+#include "survival/validation/validation.h"
+
+using survival::Block;
+using survival::raised;
+
+void Cpp_ComputeBootOut(int B, double alpha, double* statistics, double* summary) {
+  Block statisticsBlock(B, 5, statistics);
+  Block summaryBlock(5, 4, summary);
+  ComputeBootOut(B, alpha, &statisticsBlock, &summaryBlock);
+  summaryBlock.copyBack();
+}
+
+void Cpp_ComputeCVTable(int n, int p, double* time, double* status, double* X, double* beta,
+                        double* H, double* F, int row, int nOut, double* table) {
+  Block timeBlock(n, 1, time);
+  Block statusBlock(n, 1, status);
+  Block xBlock(n, raised(p), X);
+  Block betaBlock(raised(p), 1, beta);
+  Block hBlock(3, 3, H);
+  Block fBlock(6, 2, F);
+  Block tableBlock(nOut, 5, table);
+  ComputeCVTable(n, p, &timeBlock, &statusBlock, &xBlock, &betaBlock, &hBlock, &fBlock, row,
+                 &tableBlock);
+  tableBlock.copyBack();
+}
