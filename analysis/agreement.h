@@ -1,0 +1,74 @@
+// Agreement of two measurement methods on the same subjects, and repeatability of one.
+#ifndef ANALYSIS_AGREEMENT_H_
+#define ANALYSIS_AGREEMENT_H_
+
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace survmeth {
+
+enum class DifferenceKind {
+  kAbsolute,  // second - first
+  kRelative,  // that over the mean of the two; a pair with mean 0 has none
+  kRatio,     // second / first; a pair with first = 0 has none
+};
+
+struct AgreementRequest {
+  std::span<const double> first, second;  // the same length; finite
+  DifferenceKind kind = DifferenceKind::kAbsolute;
+  double alpha = 0.05;  // in (0, 1); intervals have level 1 - alpha
+};
+
+struct BoundedValue {
+  double value, lower, upper;
+};
+
+struct AgreementResult {
+  std::size_t pairs = 0;     // with a difference
+  std::size_t excluded = 0;  // without one: a denominator of 0
+  BoundedValue bias;         // mean difference, interval by Student's t with pairs - 1 degrees
+  double sd = 0;             // of the differences, divisor pairs - 1
+  // bias -+ z sd, z the normal quantile at 1 - alpha / 2; each with an interval by Student's t and
+  // the variance sd^2 (1 / pairs + z^2 / (2 (pairs - 1))).
+  BoundedValue lowerLimit, upperLimit;
+  std::vector<double> means, differences;  // of every pair; NaN where there is no difference
+};
+
+// Refuses a column of one value repeated. The column is not empty.
+void requireSpread(std::span<const double> column, const std::string& member);
+
+// Bland-Altman agreement. Throws InvalidRequest for columns of different length, fewer than three
+// pairs, a column without spread. Cost O(n).
+// Source Bland & Altman, Lancet 1 (1986) 307-310; Stat Methods Med Res 8 (1999) 135-160
+AgreementResult agreement(const AgreementRequest& request);
+
+struct RepeatabilityRequest {
+  std::span<const double> values;          // finite
+  std::span<const std::uint32_t> subject;  // code of each value, 0 .. subjects - 1
+  std::size_t subjects = 0;
+  double alpha = 0.05;
+};
+
+struct RepeatabilityResult {
+  std::size_t subjects = 0;  // with values
+  std::size_t values = 0;
+  double degreesOfFreedom = 0;  // values - subjects
+  // Square root of the within-subject mean square of the one-way analysis of variance, interval by
+  // the chi-square law; the limits are NaN where it is 0.
+  BoundedValue withinSd;
+  // Two values of one subject differ by less than this with probability 1 - alpha:
+  // sqrt(2) z withinSd.
+  double repeatability = 0;
+};
+
+// Throws InvalidRequest unless some subject has two values. Cost O(n).
+// Source Bland & Altman, Stat Methods Med Res 8 (1999) 135-160
+RepeatabilityResult repeatability(const RepeatabilityRequest& request);
+
+}  // namespace survmeth
+
+#endif  // ANALYSIS_AGREEMENT_H_

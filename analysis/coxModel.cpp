@@ -1,0 +1,297 @@
+#include "analysis/coxModel.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <numeric>
+
+#include "Dist/Dist"
+#include "analysis/coxChecks.h"
+#include "analysis/invalidRequest.h"
+#include "survival/survival.h"
+
+namespace survmeth {
+namespace {
+
+constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
+constexpr int kMostIterations = 60;
+constexpr double kTolerance = 1e-9;  // of the log-likelihood
+// Steps beyond convergence, without a tolerance: the entry point's standard errors are those of
+// the step before, which by then is the estimate itself; and estimates that run away go on moving.
+constexpr int kFurtherSteps = 3;
+constexpr double kStandingStill = 1e-4;  // change over those steps, in standard deviations of x
+
+void require(bool holds, const char* member, const char* what) {
+  if (!holds) throw InvalidRequest(member, what);
+}
+
+// The entry points' arrays for one fit.
+struct Fit {
+  int p = 0, G = 0, S = 1;
+  std::vector<double> x;  // columns at mean 0 and standard deviation 1
+  std::vector<double> beta, criteria, tests, table, baseline, mean, residuals, history;
+  std::vector<int> order;
+  int kept = 0, iterations = 0, steps = 0;
+};
+
+class Regression {
+ public:
+  explicit Regression(const CoxRequest& request) : request_(request) {
+    checkRequest();
+    sortRows();
+    standardize();
+  }
+
+  CoxModel fit() {
+    CoxModel model;
+    model.n = rows_.time.size();
+    model.events =
+        static_cast<std::size_t>(std::accumulate(rows_.event.begin(), rows_.event.end(), 0.0));
+    if (rows_.x.size() > model.events) {
+      throw NoSuchModel(std::to_string(rows_.x.size()) + " covariates and only " +
+                        std::to_string(model.events) + (model.events == 1 ? " event" : " events") +
+                        ": there is no model with more covariates than events");
+    }
+    requireIndependence(rows_);
+    requireOverlap(rows_);
+    std::vector<std::size_t> columns(rows_.x.size());
+    std::iota(columns.begin(), columns.end(), std::size_t{0});
+    if (request_.removeAt) columns = select(columns, model);
+    const Fit converged = run(columns, kMostIterations, kTolerance, -1, false);
+    if (converged.iterations >= kMostIterations) {
+      throw NoSuchModel("no convergence in " + std::to_string(kMostIterations) + " iterations");
+    }
+    Fit fit = run(columns, converged.iterations + kFurtherSteps, 0, -1,
+                  request_.baseline || request_.residuals);
+    requireStandingStill(columns, converged, fit);
+    fit.iterations = converged.iterations;
+    describe(columns, fit, model);
+    return model;
+  }
+
+ private:
+  void checkRequest() const {
+    const std::size_t n = request_.time.size();
+    require(n >= 2, "time", "fewer than two rows");
+    require(request_.event.size() == n, "event", "as many events as times are needed");
+    require(!request_.covariates.empty(), "covariates", "no covariate");
+    require(request_.stratum.empty() || request_.stratum.size() == n, "stratum",
+            "as many strata as times are needed");
+    for (const CoxCovariate& covariate : request_.covariates) {
+      require(covariate.values.size() == n, "covariates", "as many values as times are needed");
+    }
+    require(std::any_of(request_.event.begin(), request_.event.end(),
+                        [](std::uint8_t event) { return event != 0; }),
+            "event", "no row is an event");
+  }
+
+  std::uint32_t stratumOf(std::size_t i) const {
+    return request_.stratum.empty() ? 0 : request_.stratum[i];
+  }
+
+  // The entry point sorts the rows and lists the groups of tied times; the extra column tells
+  // where each row stood. Strata without rows are left out.
+  void sortRows() {
+    const int n = static_cast<int>(request_.time.size());
+    std::vector<double> sizes(std::max<std::size_t>(request_.strata, 1), 0);
+    std::vector<double> stratum(n), place(n), key(n, 1.0);
+    rows_.time.assign(request_.time.begin(), request_.time.end());
+    rows_.event.resize(n);
+    for (int i = 0; i < n; ++i) {
+      stratum[i] = stratumOf(i);
+      sizes.at(stratumOf(i)) += 1;
+      place[i] = i;
+      rows_.event[i] = request_.event[i] != 0 ? 1 : 0;
+    }
+    sizes.erase(std::remove(sizes.begin(), sizes.end(), 0.0), sizes.end());
+    sizes_ = sizes;
+    const int S = static_cast<int>(sizes.size());
+    const std::size_t cells = static_cast<std::size_t>(S) * n;
+    std::vector<int> start(cells), size(cells), events(cells);
+    distinct_.resize(S);
+    censored_.resize(S);
+    std::vector<double> none(n);  // without covariates one column is still touched
+    groups_ = 0;
+    Cpp_ReorganizeDataCox(rows_.time.data(), n, 0, rows_.event.data(), place.data(), key.data(),
+                          none.data(), stratum.data(), sizes_.data(), S, distinct_.data(),
+                          censored_.data(), start.data(), size.data(), events.data(), &groups_);
+    const std::size_t used = static_cast<std::size_t>(S) * groups_;
+    groupStart_.assign(start.begin(), start.begin() + static_cast<std::ptrdiff_t>(used));
+    groupSize_.assign(size.begin(), size.begin() + static_cast<std::ptrdiff_t>(used));
+    groupEvents_.assign(events.begin(), events.begin() + static_cast<std::ptrdiff_t>(used));
+    place_.assign(place.begin(), place.end());
+    rows_.starts = {0};
+    for (const double m : sizes) {
+      rows_.starts.push_back(rows_.starts.back() + static_cast<std::size_t>(m));
+    }
+    for (const CoxCovariate& covariate : request_.covariates) {
+      rows_.names.push_back(covariate.name);
+      std::vector<double> column(n);
+      for (int i = 0; i < n; ++i) column[i] = covariate.values[place_[i]];
+      rows_.x.push_back(std::move(column));
+    }
+  }
+
+  // The entry points take exp of the linear predictor and drop small risk sums: columns go in
+  // around their means, at unit spread.
+  void standardize() {
+    const double n = static_cast<double>(rows_.time.size());
+    for (const std::vector<double>& column : rows_.x) {
+      double sum = 0, squares = 0;
+      for (const double value : column) sum += value;
+      const double mean = sum / n;
+      for (const double value : column) squares += (value - mean) * (value - mean);
+      centre_.push_back(mean);
+      spread_.push_back(squares > 0 ? std::sqrt(squares / n) : 1);
+    }
+  }
+
+  Fit run(const std::vector<std::size_t>& columns, int limit, double tolerance, int method,
+          bool withCurves) const {
+    const int n = static_cast<int>(rows_.time.size());
+    Fit fit;
+    fit.p = static_cast<int>(columns.size());
+    fit.G = groups_;
+    fit.S = static_cast<int>(sizes_.size());
+    for (const std::size_t j : columns) {
+      for (const double value : rows_.x[j]) fit.x.push_back((value - centre_[j]) / spread_[j]);
+    }
+    const std::size_t p = columns.size();
+    const std::size_t cells = withCurves ? static_cast<std::size_t>(fit.S) * fit.G : 1;
+    fit.beta.assign(p, 0);
+    fit.criteria.assign(12, 0);
+    fit.tests.assign(9, 0);
+    fit.table.assign(9 * p, 0);
+    fit.baseline.assign(cells, 0);
+    fit.mean.assign(cells, 0);
+    fit.residuals.assign(withCurves ? n * (2 * p + 4) : 1, 0);
+    fit.history.assign(3 * p, 0);
+    fit.order.assign(p, 0);
+    fit.iterations = limit;
+    // The entry point may sort nothing and change nothing here, but its arguments are not const.
+    std::vector<double> time = rows_.time, event = rows_.event, sizes = sizes_;
+    std::vector<int> distinct = distinct_, size = groupSize_, events = groupEvents_,
+                     censored = censored_, start = groupStart_;
+    constexpr int kBreslow = 0, kWald = 0;
+    RunCoxReg(
+        time.data(), n, fit.p, &fit.kept, event.data(), 0, fit.x.data(), 0, sizes.data(), fit.S,
+        &fit.iterations, tolerance, kBreslow, distinct.data(), size.data(), events.data(),
+        censored.data(), start.data(), method, kWald, 0, request_.removeAt.value_or(1),
+        request_.alpha, fit.G, static_cast<short>(withCurves ? -1 : 0), 0, 0, 0, fit.beta.data(),
+        fit.criteria.data(), fit.tests.data(), fit.table.data(), fit.baseline.data(),
+        fit.mean.data(), fit.residuals.data(), fit.history.data(), &fit.steps, fit.order.data());
+    return fit;
+  }
+
+  // Backward removal; the columns that are left.
+  std::vector<std::size_t> select(const std::vector<std::size_t>& columns, CoxModel& model) const {
+    const Fit fit = run(columns, kMostIterations, kTolerance, 1, false);
+    std::vector<std::size_t> left;
+    for (std::size_t j = 0; j < columns.size(); ++j) {
+      if (fit.order[j] == 0) left.push_back(columns[j]);
+    }
+    for (int step = 1; step < fit.steps; ++step) {
+      const auto gone = std::find(fit.order.begin(), fit.order.end(), step) - fit.order.begin();
+      model.removed.push_back({rows_.names[columns[static_cast<std::size_t>(gone)]],
+                               fit.history[3 * (step - 1) + 1], fit.history[3 * (step - 1) + 2]});
+    }
+    return left;
+  }
+
+  void requireStandingStill(const std::vector<std::size_t>& columns, const Fit& before,
+                            const Fit& after) const {
+    std::size_t worst = 0;
+    double largest = 0;
+    bool finite = true;
+    for (std::size_t j = 0; j < columns.size(); ++j) {
+      const double change = std::fabs(after.beta[j] - before.beta[j]);
+      finite = finite && std::isfinite(after.beta[j]) && after.table[j + columns.size()] > 0;
+      if (change > largest) {
+        largest = change;
+        worst = j;
+      }
+    }
+    if (finite && largest <= kStandingStill) return;
+    throw NoSuchModel("the estimate of \"" + rows_.names[columns[worst]] +
+                      "\" runs away: a combination of the covariates separates the events");
+  }
+
+  void describe(const std::vector<std::size_t>& columns, const Fit& fit, CoxModel& model) const {
+    const std::size_t p = columns.size();
+    const double z = InvCDFNormalStd(1 - request_.alpha / 2);
+    for (std::size_t j = 0; j < p; ++j) {
+      CoxCoefficient c;
+      c.name = rows_.names[columns[j]];
+      c.coef = fit.beta[j] / spread_[columns[j]];
+      c.se = fit.table[p + j] / spread_[columns[j]];
+      c.z = c.coef / c.se;
+      c.p = fit.table[3 * p + j];
+      c.hazardRatio = std::exp(c.coef);
+      c.lower = std::exp(c.coef - z * c.se);
+      c.upper = std::exp(c.coef + z * c.se);
+      model.coefficients.push_back(c);
+      model.centre.push_back(centre_[columns[j]]);
+    }
+    CoxTest* const tests[] = {&model.likelihoodRatio, &model.score, &model.wald};
+    for (int t = 0; t < 3; ++t) *tests[t] = {fit.tests[3 + t], fit.tests[t], fit.tests[6 + t]};
+    model.logLikNull = -fit.criteria[2] / 2;
+    model.logLik = -fit.criteria[8] / 2;
+    model.iterations = fit.iterations;
+
+    std::vector<double> score(rows_.time.size(), 0);
+    for (std::size_t j = 0; j < p; ++j) {
+      for (std::size_t i = 0; i < score.size(); ++i) {
+        score[i] += fit.x[j * score.size() + i] * fit.beta[j];
+      }
+    }
+    model.concordance = concordance(rows_, score);
+    if (request_.baseline) describeBaseline(fit, model);
+    if (request_.residuals) describeResiduals(columns, fit, model);
+  }
+
+  void describeBaseline(const Fit& fit, CoxModel& model) const {
+    for (int s = 0; s < fit.S; ++s) {
+      CoxBaseline baseline;
+      for (int k = 0; k < distinct_[s]; ++k) {
+        const std::size_t cell = s + static_cast<std::size_t>(k) * fit.S;
+        const double survival = fit.baseline[cell];
+        baseline.time.push_back(rows_.time[groupStart_[cell] - 1]);
+        baseline.survival.push_back(survival);
+        baseline.cumulativeHazard.push_back(0 - std::log(survival));  // not -0
+      }
+      model.baseline.push_back(std::move(baseline));
+    }
+  }
+
+  void describeResiduals(const std::vector<std::size_t>& columns, const Fit& fit,
+                         CoxModel& model) const {
+    const std::size_t n = rows_.time.size();
+    model.martingale.assign(n, kNan);
+    model.deviance.assign(n, kNan);
+    model.schoenfeld.assign(columns.size(), std::vector<double>(n, kNan));
+    for (std::size_t i = 0; i < n; ++i) {
+      const std::size_t row = place_[i];
+      const double deviance = fit.residuals[3 * n + i];
+      model.martingale[row] = fit.residuals[2 * n + i];
+      // No expected events: nothing deviates in a censored row.
+      model.deviance[row] = deviance > -1.797e308 ? deviance : rows_.event[i] == 0 ? 0 : INFINITY;
+      if (rows_.event[i] == 0) continue;
+      for (std::size_t j = 0; j < columns.size(); ++j) {
+        model.schoenfeld[j][row] = fit.residuals[(4 + j) * n + i] * spread_[columns[j]];
+      }
+    }
+  }
+
+  const CoxRequest& request_;
+  CoxRows rows_;
+  std::vector<std::size_t> place_;  // in the data, of each sorted row
+  std::vector<double> sizes_, centre_, spread_;
+  std::vector<int> distinct_, censored_, groupStart_, groupSize_, groupEvents_;
+  int groups_ = 0;
+};
+
+}  // namespace
+
+CoxModel coxModel(const CoxRequest& request) { return Regression(request).fit(); }
+
+}  // namespace survmeth

@@ -1,0 +1,92 @@
+// Proportional-hazards regression: coefficients, tests, baseline and residuals, or a word on why
+// there is no such model.
+#ifndef ANALYSIS_COX_MODEL_H_
+#define ANALYSIS_COX_MODEL_H_
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace survmeth {
+
+struct CoxCovariate {
+  std::string name;
+  std::span<const double> values;  // finite
+};
+
+struct CoxRequest {
+  std::span<const double> time;            // finite
+  std::span<const std::uint8_t> event;     // 0 censored, anything else an event
+  std::vector<CoxCovariate> covariates;    // at least one
+  std::span<const std::uint32_t> stratum;  // 0 .. strata - 1; empty: one stratum
+  std::size_t strata = 1;
+  double alpha = 0.05;  // in (0, 1); intervals have level 1 - alpha
+  // Backward removal: as long as more than one covariate is left, the one with the largest Wald
+  // p-value goes if that is at least this.
+  std::optional<double> removeAt;
+  bool baseline = false;
+  bool residuals = false;
+};
+
+struct CoxCoefficient {
+  std::string name;
+  double coef = 0, se = 0, z = 0, p = 0;
+  double hazardRatio = 0, lower = 0, upper = 0;
+};
+
+struct CoxTest {
+  double chiSquare = 0, degreesOfFreedom = 0, p = 0;
+};
+
+struct CoxRemoval {
+  std::string name;
+  double chiSquare = 0, p = 0;  // Wald test at the time of its removal
+};
+
+// One stratum's cumulative hazard and survival at CoxModel::centre.
+struct CoxBaseline {
+  std::vector<double> time, cumulativeHazard, survival;
+};
+
+struct CoxModel {
+  std::size_t n = 0, events = 0;
+  std::vector<CoxCoefficient> coefficients;  // of the covariates that are left, in their order
+  CoxTest likelihoodRatio, score, wald;      // of all coefficients being 0
+  double logLikNull = 0, logLik = 0;
+  int iterations = 0;
+  // Harrell's: of the pairs within strata whose order is known, the share in which the higher risk
+  // fails first; equal risks count a half. NaN without such a pair.
+  double concordance = 0;
+  std::vector<CoxRemoval> removed;  // in order
+  std::vector<double> centre;       // mean of each covariate that is left
+  std::vector<CoxBaseline> baseline;
+  // In the order of the data. Schoenfeld residuals: one vector for each coefficient, NaN in rows
+  // that are not events.
+  std::vector<double> martingale, deviance;
+  std::vector<std::vector<double>> schoenfeld;
+};
+
+// A model that the data do not support. Its message names the covariates at fault.
+class NoSuchModel : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+// Cox regression with Breslow's treatment of tied times.
+//
+// Throws InvalidRequest for columns of different length, no covariate, fewer than two rows, no
+// event; NoSuchModel for a covariate without variation (within strata), covariates that depend on
+// others linearly, more covariates than events, a covariate that separates the events from those
+// at risk, estimates that run away, iterations that do not converge.
+// Cost O(g n p^2) for each iteration, g the number of distinct times.
+// Source Cox, J R Stat Soc B 34 (1972) 187-220; Breslow, Biometrics 30 (1974) 89-99;
+//        Harrell et al., Stat Med 15 (1996) 361-387 (concordance)
+CoxModel coxModel(const CoxRequest& request);
+
+}  // namespace survmeth
+
+#endif  // ANALYSIS_COX_MODEL_H_

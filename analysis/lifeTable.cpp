@@ -1,0 +1,171 @@
+// The actuarial table, from counts by time.
+#include "analysis/lifeTable.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <cstdint>
+#include <cstdlib>
+#include <string>
+
+#include "Dist/Dist"
+#include "analysis/invalidRequest.h"
+
+namespace survmeth {
+namespace {
+
+constexpr double kMostIntervals = 100000;
+
+// A positive number as its shortest decimal: digits x 10^exponent.
+struct Decimal {
+  std::string digits;
+  int exponent = 0;
+};
+
+Decimal shortestDecimal(double value) {
+  char buffer[40];
+  const auto end =
+      std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::scientific);
+  const std::string text(buffer, end.ptr);  // d.ddde+xx
+  const std::size_t e = text.find('e');
+  Decimal result{text.substr(0, 1), std::atoi(text.c_str() + e + 1)};
+  if (e > 2) {
+    result.digits += text.substr(2, e - 2);
+    result.exponent -= static_cast<int>(e - 2);
+  }
+  return result;
+}
+
+// The double nearest to k times the decimal, as reading its digits from a file would give.
+double multiple(const Decimal& unit, std::uint64_t k) {
+  // Schoolbook multiplication digit by digit: 17 digits times k may pass 64 bits.
+  std::string product;
+  std::uint64_t carry = 0;
+  for (auto digit = unit.digits.rbegin(); digit != unit.digits.rend(); ++digit) {
+    carry += static_cast<std::uint64_t>(*digit - '0') * k;
+    product += static_cast<char>('0' + carry % 10);
+    carry /= 10;
+  }
+  for (; carry > 0; carry /= 10) product += static_cast<char>('0' + carry % 10);
+  std::reverse(product.begin(), product.end());
+  product += 'e' + std::to_string(unit.exponent);
+  double value = 0;
+  std::from_chars(product.data(), product.data() + product.size(), value);
+  return value;
+}
+
+std::vector<double> lowerBounds(const LifeTableRequest& request) {
+  std::vector<double> lower;
+  if (request.width != 0) {
+    if (!request.bounds.empty()) {
+      throw InvalidRequest("width", "a width and bounds are given, expected one of the two");
+    }
+    if (!std::isfinite(request.width) || request.width < 0) {
+      throw InvalidRequest("width", "the width is not a positive number");
+    }
+    const double last = *std::max_element(request.data.time.begin(), request.data.time.end());
+    if (!(last / request.width < kMostIntervals - 1)) {
+      throw InvalidRequest("width", "the width gives more than 100,000 intervals");
+    }
+    const Decimal unit = shortestDecimal(request.width);
+    for (std::uint64_t k = 0; k == 0 || lower.back() <= last; ++k) {
+      lower.push_back(multiple(unit, k));
+    }
+    return lower;  // the last one is the upper bound of the interval before
+  }
+  if (request.bounds.empty()) throw InvalidRequest("bounds", "there are no bounds");
+  if (static_cast<double>(request.bounds.size()) > kMostIntervals) {
+    throw InvalidRequest("bounds", "there are more than 100,000 bounds");
+  }
+  if (request.bounds.front() != 0) lower.push_back(0);
+  for (std::size_t i = 0; i < request.bounds.size(); ++i) {
+    const double bound = request.bounds[i];
+    if (!std::isfinite(bound) || bound < 0 || (!lower.empty() && bound <= lower.back())) {
+      throw InvalidRequest("bounds", "the bounds are not ascending numbers from 0", i);
+    }
+    lower.push_back(bound + 0.0);
+  }
+  lower.push_back(std::numeric_limits<double>::infinity());
+  return lower;
+}
+
+// Time until half of the survival at the start of each interval is left, by a straight line within
+// the interval in which that happens. That interval never lies before the one found for an earlier
+// start, as survival only falls.
+void addMedianResiduals(std::vector<LifeInterval>& table) {
+  std::size_t j = 0;
+  for (std::size_t k = 0; k < table.size() && table[k].survivalAtStart > 0; ++k) {
+    LifeInterval& start = table[k];
+    const double half = start.survivalAtStart / 2;
+    j = std::max(j, k);
+    while (j < table.size() && !(table[j].survivalAtEnd <= half)) ++j;
+    if (j == table.size()) return;
+    const LifeInterval& row = table[j];
+    if (!std::isfinite(row.upper)) return;
+    const double part = (row.survivalAtStart - half) / (row.survivalAtStart - row.survivalAtEnd);
+    start.medianResidual = row.lower - start.lower + (row.upper - row.lower) * part;
+    start.medianResidualError = half / (row.density * std::sqrt(start.effective));
+  }
+}
+
+std::vector<LifeInterval> tableOf(const std::vector<TimeCounts>& counts,
+                                  const std::vector<double>& bounds, double z, CurveLimits limits) {
+  std::vector<LifeInterval> table(bounds.size() - 1);
+  std::size_t at = 0;
+  double entering = 0, survival = 1, sum = 0;
+  for (const TimeCounts& each : counts) entering += each.events + each.censored;
+  for (std::size_t k = 0; k < table.size(); ++k) {
+    LifeInterval& row = table[k];
+    row.lower = bounds[k];
+    row.upper = bounds[k + 1];
+    row.entering = entering;
+    for (; at < counts.size() && counts[at].time < row.upper; ++at) {
+      row.events += counts[at].events;
+      row.censored += counts[at].censored;
+    }
+    if (!(entering > 0)) continue;
+    entering -= row.events + row.censored;
+
+    const double n = row.effective = row.entering - 0.5 * row.censored;
+    const double q = row.conditional = row.events / n, p = 1 - q;
+    const double width = row.upper - row.lower;
+    row.survivalAtStart = survival;
+    if (std::isfinite(width)) {
+      row.density = survival * q / width;
+      row.densityError = survival / width * std::sqrt(q * q * sum + q * p / n);
+      row.hazard = 2 * q / (width * (1 + p));
+      // sqrt(1 - (hazard w / 2)^2) with hazard w / 2 = q / (1 + p), so that p = 0 gives 0.
+      row.hazardError = 2 * std::sqrt(q / n) / (width * (1 + p)) *
+                        std::sqrt(std::max(1 - q * q / ((1 + p) * (1 + p)), 0.0));
+    }
+    survival *= p;
+    row.survivalAtEnd = survival;
+    if (p > 0) {
+      sum += q / (p * n);
+      row.standardError = survival * std::sqrt(sum);
+    }
+    const SurvivalLimits band = survivalLimits(survival, sum, z, limits);
+    row.lowerLimit = band.lower;
+    row.upperLimit = band.upper;
+  }
+  addMedianResiduals(table);
+  return table;
+}
+
+}  // namespace
+
+std::vector<std::vector<LifeInterval>> lifeTables(const LifeTableRequest& request) {
+  if (!(request.alpha > 0 && request.alpha < 1)) {
+    throw InvalidRequest("alpha", "the significance level is not between 0 and 1");
+  }
+  const Tally tally(request.data);
+  const std::vector<double> bounds = lowerBounds(request);
+  const double z = std::fabs(InvCDFNormalStd(1 - request.alpha / 2));
+  std::vector<std::vector<LifeInterval>> tables;
+  for (std::size_t g = 0; g < tally.groups(); ++g) {
+    tables.push_back(tableOf(tally.counts(g), bounds, z, request.limits));
+  }
+  return tables;
+}
+
+}  // namespace survmeth

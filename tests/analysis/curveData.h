@@ -1,0 +1,113 @@
+// Data sets for the facade's tests: columns that own what a request points at.
+#ifndef TESTS_ANALYSIS_CURVE_DATA_H_
+#define TESTS_ANALYSIS_CURVE_DATA_H_
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <map>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "analysis/survivalCurves.h"
+#include "tests/support/csv.h"
+
+namespace survmeth::test {
+
+struct Columns {
+  std::vector<double> time;
+  std::vector<std::uint8_t> event;
+  std::vector<std::uint32_t> group;
+  std::vector<double> weight;
+  std::size_t groups = 1;
+
+  SurvivalData data() const { return {time, event, weight, group, groups}; }
+
+  // A row as often as its weight says.
+  Columns replicated() const {
+    Columns result;
+    result.groups = groups;
+    for (std::size_t i = 0; i < time.size(); ++i) {
+      for (int k = 0; k < weight[i]; ++k) {
+        result.time.push_back(time[i]);
+        result.event.push_back(event[i]);
+        if (!group.empty()) result.group.push_back(group[i]);
+      }
+    }
+    return result;
+  }
+};
+
+inline Columns oneGroup(std::vector<double> time, std::vector<std::uint8_t> event) {
+  Columns columns;
+  columns.time = std::move(time);
+  columns.event = std::move(event);
+  return columns;
+}
+
+// (time, event) rows of each group.
+inline Columns groupsOf(const std::vector<std::vector<std::pair<double, int>>>& rows) {
+  Columns columns;
+  columns.groups = rows.size();
+  for (std::size_t g = 0; g < rows.size(); ++g) {
+    for (const auto& [time, event] : rows[g]) {
+      columns.time.push_back(time);
+      columns.event.push_back(static_cast<std::uint8_t>(event));
+      columns.group.push_back(static_cast<std::uint32_t>(g));
+    }
+  }
+  return columns;
+}
+
+// Groups in the order in which their labels sort.
+inline Columns fromFile(const std::string& file, const std::string& time, const std::string& event,
+                        const std::string& group, std::vector<std::string>* labels) {
+  const Csv csv(SURVMETH_DATA + ("/" + file));
+  std::map<std::string, std::uint32_t> codes;
+  for (std::size_t i = 0; i < csv.rows(); ++i) codes[csv.text(group, i)] = 0;
+  labels->clear();
+  for (auto& [label, code] : codes) {
+    code = static_cast<std::uint32_t>(labels->size());
+    labels->push_back(label);
+  }
+  Columns columns;
+  columns.groups = codes.size();
+  columns.time = csv.numbers(time);
+  for (std::size_t i = 0; i < csv.rows(); ++i) {
+    columns.event.push_back(csv.number(event, i) == 1 ? 1 : 0);
+    columns.group.push_back(codes[csv.text(group, i)]);
+  }
+  return columns;
+}
+
+// The random data sets of make_curves.R by number.
+inline std::map<int, Columns> randomData() {
+  const Csv csv(SURVMETH_REFERENCE + std::string("/curves_data.csv"));
+  std::map<int, Columns> sets;
+  for (std::size_t i = 0; i < csv.rows(); ++i) {
+    Columns& columns = sets[static_cast<int>(csv.number("id", i))];
+    columns.time.push_back(csv.number("time", i));
+    columns.event.push_back(csv.number("event", i) == 1 ? 1 : 0);
+    columns.group.push_back(static_cast<std::uint32_t>(csv.number("group", i)));
+    columns.weight.push_back(csv.number("weight", i));
+    columns.groups = std::max(columns.groups, std::size_t{columns.group.back()} + 1);
+  }
+  return sets;
+}
+
+// Within `tolerance` of each other relative to the larger of 1 and the expected value; NaN equals
+// NaN only.
+inline ::testing::AssertionResult near(double actual, double expected, double tolerance) {
+  if (std::isnan(actual) && std::isnan(expected)) return ::testing::AssertionSuccess();
+  if (actual == expected) return ::testing::AssertionSuccess();
+  if (std::fabs(actual - expected) <= tolerance * std::max(1.0, std::fabs(expected))) {
+    return ::testing::AssertionSuccess();
+  }
+  return ::testing::AssertionFailure() << actual << " is not " << expected;
+}
+
+}  // namespace survmeth::test
+
+#endif  // TESTS_ANALYSIS_CURVE_DATA_H_
