@@ -1,0 +1,106 @@
+// The command line: finds the command, runs it, writes what it made and reports what went wrong.
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <exception>
+#include <memory>
+#include <new>
+#include <string>
+
+#include "cli/commands.h"
+#include "cli/shell/problem.h"
+#include "cli/shell/session.h"
+#include "cli/version.h"
+
+namespace {
+
+using cli::Problem;
+using cli::Run;
+using cli::Session;
+
+void say(const std::string& who, const std::string& what) {
+  std::fprintf(stderr, "%s: %s\n", who.c_str(), what.c_str());
+}
+
+// The library's message, or a better one where it only says that something was not expected.
+std::string usageMessage(const CLI::App& app, const CLI::ParseError& error) {
+  const auto commands = app.get_subcommands();
+  const CLI::App& at = commands.empty() ? app : *commands.front();
+  std::vector<std::string> known, extra = app.remaining(true);
+  for (const CLI::Option* option : at.get_options()) {
+    if (!option->get_lnames().empty()) known.push_back("--" + option->get_lnames().front());
+  }
+  for (const std::string& argument : extra) {
+    if (argument.size() > 1 && argument.front() == '-') {
+      return "there is no option " + cli::quote(argument) + "; expected one of " +
+             cli::nearestFirst(argument, known);
+    }
+  }
+  if (commands.empty()) {
+    std::vector<std::string> names;
+    for (const cli::Command& command : cli::commands()) names.emplace_back(command.name);
+    const std::string wanted = extra.empty() ? "" : extra.front();
+    return (extra.empty() ? "there is no command" : "there is no command " + cli::quote(wanted)) +
+           "; expected one of " + cli::nearestFirst(wanted, names);
+  }
+  if (!extra.empty()) {
+    return "the argument " + cli::quote(extra.front()) + " is one too many; expected one file";
+  }
+  return error.what();
+}
+
+int usageError(const std::string& who, const std::string& message) {
+  say(who, message);
+  std::fprintf(stderr, "Try '%s --help'.\n", who.c_str());
+  return cli::kBadInput;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  CLI::App app{"Survival analysis and method comparison.", "survmeth"};
+  app.set_version_flag("--version", std::string("survmeth ") + cli::kVersion,
+                       "Print the version and exit");
+  app.set_help_flag("-h,--help", "Print this help and exit");
+  app.require_subcommand(1);
+  app.footer(
+      "Each command explains itself: survmeth COMMAND --help\n"
+      "Exit codes: 0 success, 2 wrong arguments or data, 1 anything else.");
+
+  std::vector<std::pair<CLI::App*, Run>> runs;
+  for (const cli::Command& command : cli::commands()) {
+    CLI::App* sub = app.add_subcommand(command.name, command.summary);
+    sub->footer("");
+    runs.emplace_back(sub, command.declare(*sub));
+  }
+
+  std::string who = "survmeth";
+  for (int i = 1; i < argc && who == "survmeth"; ++i) {
+    for (const cli::Command& command : cli::commands()) {
+      if (command.name == std::string(argv[i])) who += std::string(" ") + command.name;
+    }
+  }
+  try {
+    app.parse(argc, argv);
+    for (const auto& [sub, run] : runs) {
+      if (!sub->parsed()) continue;
+      Session session(sub->get_name());
+      run(session);
+      session.output.write();
+      for (const std::string& note : session.notes()) say(who, "note: " + note);
+    }
+    return cli::kSuccess;
+  } catch (const CLI::Success& wanted) {  // help and version
+    return app.exit(wanted);
+  } catch (const CLI::ParseError& error) {
+    return usageError(who, usageMessage(app, error));
+  } catch (const Problem& problem) {
+    say(who, problem.what());
+    return problem.exitCode();
+  } catch (const std::bad_alloc&) {
+    say(who, "there is not enough memory for these data");
+    return cli::kFailed;
+  } catch (const std::exception& error) {
+    say(who, error.what());
+    return cli::kFailed;
+  }
+}

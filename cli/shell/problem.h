@@ -1,0 +1,54 @@
+// What a command cannot go on from. A command throws a Problem; main prints it as one line,
+//
+//     survmeth life: trial.csv, line 12, column "weeks": "abc" is not a number; expected ...
+//
+// and ends with its exit code. Nothing has been written by then, because output is held back until
+// a command has succeeded (output.h).
+#ifndef CLI_SHELL_PROBLEM_H_
+#define CLI_SHELL_PROBLEM_H_
+
+#include <cstddef>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace cli {
+
+enum ExitCode {
+  kSuccess = 0,
+  kFailed = 1,    // the surroundings: a file that cannot be written, a program that is not there
+  kBadInput = 2,  // the arguments or the data
+};
+
+class Problem : public std::runtime_error {
+ public:
+  explicit Problem(const std::string& message, int exitCode = kBadInput)
+      : std::runtime_error(message), exitCode_(exitCode) {}
+  int exitCode() const { return exitCode_; }
+
+ private:
+  int exitCode_;
+};
+
+// A place in a table. Leave out what is not known: line 0, an empty column.
+struct Place {
+  std::string_view source;
+  std::size_t line = 0;
+  std::string_view column;
+};
+
+// "source, line 12, column "weeks": what; expected expected", without the parts that are empty.
+Problem problemAt(const Place& place, std::string_view what, std::string_view expected = "");
+
+// `text` in double quotes as messages show it: shortened when long, control characters as '?'.
+std::string quote(std::string_view text);
+
+// The names nearest to `wanted` first, quoted and joined by commas; at most `limit` of them, then
+// how many there are besides.
+std::string nearestFirst(std::string_view wanted, const std::vector<std::string>& names,
+                         std::size_t limit = 12);
+
+}  // namespace cli
+
+#endif  // CLI_SHELL_PROBLEM_H_
