@@ -1,0 +1,81 @@
+// Data for the timings of the parametric models, and one evaluation of them.
+#ifndef BENCH_PARAM_JOB_H_
+#define BENCH_PARAM_JOB_H_
+
+#include <cmath>
+#include <random>
+
+#include "Klikro/Klikro"
+#include "survival/param/param.h"
+
+namespace survmeth::bench {
+
+// Weibull data: logarithms of times, three in ten right-censored, normal covariates.
+struct ParamData {
+  ParamData(int rows, int covariateCount)
+      : n(rows),
+        p(covariateCount),
+        times(rows, 1, 0),
+        status(rows, 1, 0),
+        bounds(rows, 2, 0),
+        covariates(rows, covariateCount, 0),
+        weights(rows, 1, 1) {
+    std::mt19937_64 random(11);
+    std::normal_distribution<double> normal;
+    std::uniform_real_distribution<double> uniform;
+    for (int j = 1; j <= p; ++j) {
+      for (int i = 1; i <= n; ++i) covariates.vbset(i, j, normal(random));
+    }
+    for (int i = 1; i <= n; ++i) {
+      double time = 1.0 + 0.8 * std::log(-std::log1p(-uniform(random)));
+      for (int j = 1; j <= p; ++j) time += 0.1 * covariates.vbget(i, j);
+      times.vbset(i, 1, time);
+      status.vbset(i, 1, uniform(random) < 0.3 ? 0.0 : 1.0);
+    }
+  }
+
+  int n;
+  int p;
+  matrix times;
+  matrix status;
+  matrix bounds;
+  matrix covariates;
+  matrix weights;
+};
+
+// Parameters near those the data were made with, and what an evaluation leaves.
+struct ParamModel {
+  ParamModel(const ParamData& data, int law)
+      : distribution(law),
+        k(law == 1 ? 1 : 2),
+        parameters(data.p + k, 1, 0.1),
+        gradient(data.p + k, 1, 0),
+        hessian(data.p + k, data.p + k, 0) {
+    parameters.vbset(data.p + 1, 1, 1.0);
+    parameters.vbset(data.p + 2, 1, 0.8);
+  }
+
+  double value(ParamData& data) {
+    ComputeLogLikeParam(&data.times, data.n, data.p, k, &data.status, &data.bounds,
+                        &data.covariates, &parameters, &data.weights, distribution, &logLik);
+    return logLik;
+  }
+
+  double valueAndDerivatives(ParamData& data) {
+    ComputeLogLikeDerivativesParam(&data.times, data.n, data.p, k, &data.status, &data.bounds,
+                                   &data.covariates, &parameters, &data.weights, distribution,
+                                   &logLik, &gradient, &hessian);
+    return logLik;
+  }
+
+  int distribution;
+  int k;
+  matrix parameters;
+  matrix gradient;
+  matrix hessian;
+  double logLik = 0.0;
+};
+
+}  // namespace survmeth::bench
+
+#endif  // BENCH_PARAM_JOB_H_
