@@ -29,22 +29,54 @@ inline std::uint64_t rankOf(double key, bool descending) {
   return descending ? ~bits : bits;
 }
 
-// Least-significant-digit radix sort: stable, linear, the same work whatever the input's order.
+inline bool inOrder(const RankedRow& a, const RankedRow& b) {
+  return a.rank != b.rank ? a.rank < b.rank : a.row < b.row;
+}
+
+// Puts the rows in order whose ranks share their leading bits, wherever those bits did not decide.
+inline void finishSort(std::vector<RankedRow>& rows, int sharedShift) {
+  constexpr std::size_t insertionUpTo = 16;
+  for (std::size_t i = 1; i < rows.size(); ++i) {
+    if (!(rows[i].rank < rows[i - 1].rank)) continue;
+    const std::uint64_t shared = rows[i].rank >> sharedShift;
+    std::size_t begin = i - 1;
+    while (begin > 0 && rows[begin - 1].rank >> sharedShift == shared) --begin;
+    std::size_t end = i + 1;
+    while (end < rows.size() && rows[end].rank >> sharedShift == shared) ++end;
+    if (end - begin <= insertionUpTo) {
+      for (std::size_t k = i; k < end; ++k) {
+        const RankedRow row = rows[k];
+        std::size_t at = k;
+        for (; at > begin && row.rank < rows[at - 1].rank; --at) rows[at] = rows[at - 1];
+        rows[at] = row;
+      }
+    } else {
+      std::sort(rows.begin() + static_cast<std::ptrdiff_t>(begin),
+                rows.begin() + static_cast<std::ptrdiff_t>(end), inOrder);
+    }
+    i = end - 1;
+  }
+}
+
+// Least-significant-digit radix sort by the leading half of the rank, which tells apart all but a
+// few of the keys that occur: stable and linear. The few are put in order by comparisons, at worst
+// in O(n log n).
 inline void radixSort(std::vector<RankedRow>& rows) {
   constexpr int digitBits = 11;
   constexpr std::size_t digits = std::size_t{1} << digitBits;
-  constexpr int passes = (64 + digitBits - 1) / digitBits;
+  constexpr int passes = 3;
+  constexpr int lowest = 64 - passes * digitBits;
   std::vector<std::array<std::uint32_t, digits>> counts(passes);
   for (auto& pass : counts) pass.fill(0);
   for (const RankedRow& row : rows) {
     for (int pass = 0; pass < passes; ++pass) {
-      ++counts[pass][(row.rank >> (pass * digitBits)) & (digits - 1)];
+      ++counts[pass][(row.rank >> (lowest + pass * digitBits)) & (digits - 1)];
     }
   }
   std::vector<RankedRow> other(rows.size());
   for (int pass = 0; pass < passes; ++pass) {
     auto& starts = counts[pass];
-    const int shift = pass * digitBits;
+    const int shift = lowest + pass * digitBits;
     // Every key has the same digit here: nothing would move.
     if (starts[(rows.front().rank >> shift) & (digits - 1)] == rows.size()) continue;
     std::uint32_t start = 0;
@@ -52,6 +84,7 @@ inline void radixSort(std::vector<RankedRow>& rows) {
     for (const RankedRow& row : rows) other[starts[(row.rank >> shift) & (digits - 1)]++] = row;
     rows.swap(other);
   }
+  finishSort(rows, lowest);
 }
 
 // The order of keys whose ranks nowhere rise: from the last to the first, equal ones as they stand.
@@ -92,9 +125,7 @@ inline std::vector<std::uint32_t> sortedOrder(const double* keys, std::size_t co
   // Below this length the digit tables cost more than comparisons do.
   constexpr std::size_t radixFrom = 2048;
   if (count < radixFrom) {
-    std::sort(rows.begin(), rows.end(), [](const RankedRow& a, const RankedRow& b) {
-      return a.rank != b.rank ? a.rank < b.rank : a.row < b.row;
-    });
+    std::sort(rows.begin(), rows.end(), inOrder);
   } else {
     radixSort(rows);
   }

@@ -1,10 +1,15 @@
-// The order that every sort is made of, on keys that nowhere rise.
+// The order that every sort is made of: keys that nowhere rise, and many keys that differ in their
+// last bits only.
 #include "Klikro/order.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <limits>
+#include <numeric>
+#include <random>
 #include <vector>
 
 namespace {
@@ -31,6 +36,40 @@ TEST(SortedOrder, RisingKeysFallWhereDescending) {
   const std::vector<double> keys{1, 2, 2, 3};
   EXPECT_EQ(sortedOrder(keys.data(), keys.size(), true), (Order{3, 1, 2, 0}));
   EXPECT_TRUE(sortedOrder(keys.data(), keys.size(), false).empty());
+}
+
+Order stableOrder(const std::vector<double>& keys) {
+  Order order(keys.size());
+  std::iota(order.begin(), order.end(), 0u);
+  std::stable_sort(order.begin(), order.end(),
+                   [&keys](std::uint32_t a, std::uint32_t b) { return keys[a] < keys[b]; });
+  return order;
+}
+
+TEST(SortedOrder, KeysThatDifferInTheirLastBitsAreOrdered) {
+  constexpr double step = std::numeric_limits<double>::epsilon();
+  std::mt19937_64 random(5);
+  for (const unsigned apart : {1u, 3u, 40u, 5000u}) {
+    std::vector<double> keys;
+    for (int i = 0; i < 20000; ++i) {
+      const double common = 1.0 + static_cast<double>(random() % (20000 / apart + 1));
+      keys.push_back(common * (1.0 + step * static_cast<double>(random() % apart)));
+    }
+    EXPECT_EQ(sortedOrder(keys.data(), keys.size(), false), stableOrder(keys)) << apart;
+  }
+}
+
+TEST(SortedOrder, KeysOfAllSizesAreOrdered) {
+  std::mt19937_64 random(6);
+  std::vector<double> keys;
+  for (int i = 0; i < 50000; ++i) {
+    const double sign = random() % 2 == 0 ? 1.0 : -1.0;
+    keys.push_back(sign * std::ldexp(static_cast<double>(random() % 100),
+                                     static_cast<int>(random() % 2100) - 1080));
+  }
+  keys[100] = std::numeric_limits<double>::infinity();
+  keys[200] = -std::numeric_limits<double>::infinity();
+  EXPECT_EQ(sortedOrder(keys.data(), keys.size(), false), stableOrder(keys));
 }
 
 TEST(SortedOrder, NoKeysAreInOrder) {
