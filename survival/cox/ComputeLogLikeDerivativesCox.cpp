@@ -7,6 +7,7 @@
 #include "Klikro/Klikro"
 #include "Klikro/hot.h"
 #include "survival/cox/cox.h"
+#include "survival/cox/likelihood.h"
 #include "survival/cox/riskSums.h"
 #include "survival/cox/strata.h"
 
@@ -46,12 +47,7 @@ class PartialLikelihood {
   PartialLikelihood(int p, Ties ties, matrix* beta) : p_(p), ties_(ties), beta_(beta) {}
 
   void add(const Strata& strata, matrix* delta, matrix* X, Totals* totals) {
-    rows_.load(strata, X, p_, delta, beta_);
-    groups_ = strata.groups().data();
-    count_ = static_cast<int>(strata.groups().size());
-    addCovariateSums(totals);
-    formRisks();
-    chooseActiveGroups();
+    load(strata, delta, X, totals);
     formRiskSets(strata.groups());
     if (ties_ == kBreslow) {
       addBreslow(totals);
@@ -60,7 +56,28 @@ class PartialLikelihood {
     }
   }
 
+  // The stratum's part of the likelihood alone.
+  void addLikelihood(const Strata& strata, matrix* delta, matrix* X, Totals* totals) {
+    load(strata, delta, X, totals);
+    if (ties_ == kBreslow) {
+      formTotals(strata.groups());
+      addBreslowLikelihood(totals);
+    } else {
+      formActiveTotals(strata.groups());
+      addEfronLikelihood(totals);
+    }
+  }
+
  private:
+  void load(const Strata& strata, matrix* delta, matrix* X, Totals* totals) {
+    rows_.load(strata, X, p_, delta, beta_);
+    groups_ = strata.groups().data();
+    count_ = static_cast<int>(strata.groups().size());
+    addCovariateSums(totals);
+    formRisks();
+    chooseActiveGroups();
+  }
+
   // Room for a table with one row per group; its column j.
   static double* room(Vector& table, int columns, int rows) {
     const std::size_t size = static_cast<std::size_t>(columns) * static_cast<std::size_t>(rows);
@@ -144,27 +161,42 @@ class PartialLikelihood {
     activeCount_ = static_cast<int>(active_.size());
   }
 
+  static constexpr Term kRisk{nullptr, nullptr};
+
+  // Sums of exp(eta) over the risk sets of all groups.
+  void formTotals(const std::vector<Group>& groups) {
+    room(totals_, 1, count_);
+    riskSets_.load(rows_, groups, risk_, leftOut_);
+    riskSets_.sum(&kRisk, 1, totals_.data());
+  }
+
+  void loadActiveGroups(const std::vector<Group>& groups) {
+    room(riskSums_, p_ + 1, activeCount_);
+    activeGroups_.clear();
+    for (const int k : active_) activeGroups_.push_back(groups[static_cast<std::size_t>(k)]);
+    riskSets_.load(rows_, activeGroups_, risk_, leftOut_);
+  }
+
+  // The same for the active groups, as the first column of the risk sums.
+  void formActiveTotals(const std::vector<Group>& groups) {
+    loadActiveGroups(groups);
+    riskSets_.sum(&kRisk, 1, riskSums_.data());
+  }
+
   // Sums over the risk sets: exp(eta) for every group, covariate x exp(eta) for the active ones.
   void formRiskSets(const std::vector<Group>& groups) {
-    terms_.assign(1, Term{nullptr, nullptr});
+    if (ties_ == kBreslow) {
+      formTotals(groups);
+      loadActiveGroups(groups);
+      for (int a = 0; a < activeCount_; ++a) {
+        riskSums_[static_cast<std::size_t>(a)] = totals_[static_cast<std::size_t>(active_[a])];
+      }
+    } else {
+      formActiveTotals(groups);
+    }
+    terms_.clear();
     for (int j = 0; j < p_; ++j) terms_.push_back({rows_.covariate(j), nullptr});
-    room(riskSums_, p_ + 1, activeCount_);
-    room(totals_, 1, count_);
-    if (activeCount_ == count_) {
-      riskSets_.load(rows_, groups, risk_, leftOut_);
-      riskSets_.sum(terms_.data(), p_ + 1, riskSums_.data());
-      std::copy_n(riskSums_.data(), count_, totals_.data());
-      return;
-    }
-    riskSets_.load(rows_, groups, risk_, leftOut_);
-    riskSets_.sum(terms_.data(), 1, totals_.data());
-    activeGroups_.clear();
-    for (int a = 0; a < activeCount_; ++a) {
-      activeGroups_.push_back(groups[static_cast<std::size_t>(active_[a])]);
-      riskSums_[static_cast<std::size_t>(a)] = totals_[static_cast<std::size_t>(active_[a])];
-    }
-    riskSets_.load(rows_, activeGroups_, risk_, leftOut_);
-    riskSets_.sum(terms_.data() + 1, p_, column(riskSums_, 1, activeCount_));
+    riskSets_.sum(terms_.data(), p_, column(riskSums_, 1, activeCount_));
   }
 
   // Calls use(r, c, sums over the risk sets of covariate r x covariate c x exp(eta)) for r <= c.
@@ -196,11 +228,14 @@ class PartialLikelihood {
 
   static bool usable(double total) { return std::fabs(total) > kEpsilon; }
 
-  void addBreslow(Totals* totals) {
+  void addBreslowLikelihood(Totals* totals) const {
     for (int k = 0; k < count_; ++k) {
       if (totals_[k] > kEpsilon) totals->logLik -= groups_[k].events * std::log(totals_[k]);
     }
+  }
 
+  void addBreslow(Totals* totals) {
+    addBreslowLikelihood(totals);
     const double* total = riskSums_.data();
     double* events = room(events_, 1, activeCount_);
     bool allUsable = true;
@@ -274,7 +309,7 @@ class PartialLikelihood {
     for (int m = 0; m < events; ++m) *sum += term;
   }
 
-  void addEfron(Totals* totals) {
+  void addEfronLikelihood(Totals* totals) {
     double* total = riskSums_.data();
     takeTiedShare(total, nullptr, nullptr);
     for (int a = 0; a < activeCount_; ++a) {
@@ -282,7 +317,11 @@ class PartialLikelihood {
       addForEachEvent(a, std::log(total[a]), &logs);
       totals->logLik -= logs;
     }
+  }
 
+  void addEfron(Totals* totals) {
+    addEfronLikelihood(totals);
+    const double* total = riskSums_.data();
     for (int j = 0; j < p_; ++j) {
       double* sums = column(riskSums_, j + 1, activeCount_);
       takeTiedShare(sums, rows_.covariate(j), nullptr);
@@ -336,7 +375,18 @@ class PartialLikelihood {
   Vector hessianTerms_;
 };
 
+bool isKnown(int ties) { return ties == kBreslow || ties == kEfron; }
+
 }  // namespace
+
+double survival::cox::logLikelihood(int p, matrix* delta, matrix* X, int ties, matrix* beta,
+                                    const GroupTables& tables) {
+  Totals totals(0);
+  if (!isKnown(ties)) return totals.logLik;
+  PartialLikelihood likelihood(p, static_cast<Ties>(ties), beta);
+  for (Strata strata(tables); strata.next();) likelihood.addLikelihood(strata, delta, X, &totals);
+  return totals.logLik;
+}
 
 void ComputeLogLikeDerivativesCox(int p, matrix* delta, matrix* X, int ties, matrix* beta,
                                   matrixInt* distinctTimes, matrixInt* groupSize,
@@ -345,7 +395,7 @@ void ComputeLogLikeDerivativesCox(int p, matrix* delta, matrix* X, int ties, mat
                                   matrix* hessian) {
   p = survival::cox::coefficientsWithin(p, X, hessian);
   Totals totals(p);
-  if (ties == kBreslow || ties == kEfron) {
+  if (isKnown(ties)) {
     const GroupTables tables{stratumSizes, S, distinctTimes, groupStart, groupSize, groupEvents};
     PartialLikelihood likelihood(p, static_cast<Ties>(ties), beta);
     for (Strata strata(tables); strata.next();) likelihood.add(strata, delta, X, &totals);

@@ -7,11 +7,14 @@
 #include "Klikro/Klikro"
 #include "solver/solver.h"
 #include "survival/cox/cox.h"
+#include "survival/cox/likelihood.h"
 #include "survival/cox/strata.h"
 
 namespace {
 
 constexpr int kHalvings = 10;
+// Gains below this may drown in the rounding of the likelihood, whose size is some thousands.
+constexpr double kDoubtful = 1e-6;
 // The step-size rule of the solver is heeded only after this many iterations.
 constexpr int kPatience = 10;
 // Where the caller's limit can never be reached.
@@ -52,6 +55,13 @@ class Repetition {
   int nextMark_ = kPatience + 1;
 };
 
+// What a step of -`back` adds to a quadratic likelihood of that gradient whose top it leads to.
+double expectedGain(const matrix& gradient, const std::vector<double>& back) {
+  double gain = 0.0;
+  for (std::size_t j = 0; j < back.size(); ++j) gain -= gradient.data()[j] * back[j];
+  return 0.5 * gain;
+}
+
 }  // namespace
 
 int OptimizeCoxModel(int p, matrix* delta, matrix* X, matrix* stratumSizes, int S, int* iterations,
@@ -64,22 +74,30 @@ int OptimizeCoxModel(int p, matrix* delta, matrix* X, matrix* stratumSizes, int 
   matrix mask(p, 1, 0);
   matrix work(p, 1, 0);
 
-  // At coefficients just evaluated the results stand already.
-  bool evaluated = false;
-  std::vector<double> evaluatedAt;
-  const auto evaluate = [&] {
+  // At coefficients just evaluated the results stand already, the derivatives where they were asked
+  // for.
+  enum class Known { nothing, value, derivatives };
+  Known known = Known::nothing;
+  std::vector<double> knownAt;
+  const auto evaluate = [&](Known wanted) {
     const std::vector<double> here = valuesOf(beta);
-    if (evaluated && sameBits(here, evaluatedAt)) return;
-    ComputeLogLikeDerivativesCox(p, delta, X, ties, beta, distinctTimes, groupSize, groupStart, S,
-                                 stratumSizes, groupEvents, logLik, gradient, secondDerivatives);
-    evaluated = true;
-    evaluatedAt = here;
+    if (known >= wanted && sameBits(here, knownAt)) return;
+    if (wanted == Known::value) {
+      *logLik = survival::cox::logLikelihood(
+          p, delta, X, ties, beta,
+          {stratumSizes, S, distinctTimes, groupStart, groupSize, groupEvents});
+    } else {
+      ComputeLogLikeDerivativesCox(p, delta, X, ties, beta, distinctTimes, groupSize, groupStart, S,
+                                   stratumSizes, groupEvents, logLik, gradient, secondDerivatives);
+    }
+    known = wanted;
+    knownAt = here;
   };
 
   const int last = *iterations > 0 ? *iterations : kUnlimited;
   Repetition repetition;
   for (int t = 0;;) {
-    evaluate();
+    evaluate(Known::derivatives);
     const std::vector<double> before = valuesOf(beta);
     // A singular matrix inverts to zeros and leaves the coefficients where they are.
     short singular = 0;
@@ -95,9 +113,16 @@ int OptimizeCoxModel(int p, matrix* delta, matrix* X, matrix* stratumSizes, int 
     const double logLikBefore = *logLik;
     std::vector<double> back(before.size());
     for (int j = 1; j <= p; ++j) back[j - 1] = before[j - 1] - beta->vbget(j, 1);
+    // A step that promises next to nothing is often refused, and a shorter one more often still:
+    // there the derivatives, nearly all of the work, wait until it is accepted or is the last.
+    bool doubtful = expectedGain(*gradient, back) < kDoubtful;
     for (int h = 1; h <= kHalvings; ++h) {
-      evaluate();
-      if (*logLik - logLikBefore > kEpsilon) break;
+      evaluate(doubtful && h < kHalvings ? Known::value : Known::derivatives);
+      if (*logLik - logLikBefore > kEpsilon) {
+        evaluate(Known::derivatives);
+        break;
+      }
+      doubtful = true;
       // After the tenth refusal the coefficients move on once more, without an evaluation.
       for (int j = 1; j <= p; ++j) {
         beta->vbset(j, 1, beta->vbget(j, 1) + back[j - 1] * std::ldexp(1.0, -h));

@@ -25,6 +25,32 @@ using SumOverRiskSets = void (*)(const double* tile, std::ptrdiff_t rows, const 
 
 template <typename Lanes>
 struct BitsOf;
+// Adds up the rows that not all lanes have reached, up to `common`. Groups come in the order of
+// their first rows, so at most one vector at a time, number `Begun`, is under way in some of its
+// lanes only; the vectors after it wait.
+template <typename Lanes, int Vectors, int Terms, int Begun>
+[[gnu::always_inline]] inline void beginInTurn(const double* tile, const double* firsts,
+                                               const Lanes* first, std::ptrdiff_t common,
+                                               std::ptrdiff_t& row, Lanes (&sum)[Terms][Vectors]) {
+  if constexpr (Begun < Vectors) {
+    using Bits = typename BitsOf<Lanes>::type;
+    constexpr int width = static_cast<int>(sizeof(Lanes) / sizeof(double));
+    std::ptrdiff_t end = common;
+    if constexpr (Begun + 1 < Vectors) {
+      end = static_cast<std::ptrdiff_t>(firsts[(Begun + 1) * width]);
+    }
+    for (; row < end; ++row) {
+      const Bits begun = first[Begun] <= static_cast<double>(row);
+      for (int t = 0; t < Terms; ++t) {
+        const Lanes term = tile[row * Terms + t] - Lanes{};
+        for (int v = 0; v < Begun; ++v) sum[t][v] += term;
+        sum[t][Begun] += reinterpret_cast<Lanes>(reinterpret_cast<Bits>(term) & begun);
+      }
+    }
+    beginInTurn<Lanes, Vectors, Terms, Begun + 1>(tile, firsts, first, common, row, sum);
+  }
+}
+
 template <typename Lanes, int Vectors, int Terms>
 [[gnu::always_inline]] inline void sumBlock(const double* tile, std::ptrdiff_t rows,
                                             const double* starts, int groups, double* sums,
@@ -37,9 +63,11 @@ template <typename Lanes, int Vectors, int Terms>
   double firsts[lanes];
   double earliest = static_cast<double>(rows);
   double latest = 0.0;
+  bool ascending = true;
   for (int lane = 0; lane < lanes; ++lane) {
     firsts[lane] = std::min(starts[std::min(lane, groups - 1)], static_cast<double>(rows));
     earliest = std::min(earliest, firsts[lane]);
+    ascending = ascending && firsts[lane] >= latest;
     latest = std::max(latest, firsts[lane]);
   }
   Lanes first[Vectors];
@@ -50,6 +78,9 @@ template <typename Lanes, int Vectors, int Terms>
   Lanes sum[Terms][Vectors] = {};
   std::ptrdiff_t row = static_cast<std::ptrdiff_t>(earliest);
   const std::ptrdiff_t common = static_cast<std::ptrdiff_t>(latest);
+  if (ascending) {
+    beginInTurn<Lanes, Vectors, Terms, 0>(tile, firsts, first, common, row, sum);
+  }
   for (; row < common; ++row) {
     for (int v = 0; v < Vectors; ++v) {
       const Bits begun = first[v] <= static_cast<double>(row);

@@ -3,7 +3,10 @@
 
 #include <cmath>
 #include <limits>
+#include <memory>
+#include <random>
 
+#include "solver/solver.h"
 #include "tests/support/matrices.h"
 #include "tests/survival/cox/cox_case.h"
 
@@ -197,6 +200,85 @@ TEST(CoxFit, ShapesTheCoefficients) {
                    &c.events, &c.start, &logLik, &logLik0, &gradient, &h, &i, &g0, &i0, &beta);
   EXPECT_EQ(beta.rows(), 1);
   EXPECT_EQ(beta.cols(), 1);
+}
+
+// The fit as it is defined: every trial is evaluated whole.
+struct PlainFit {
+  PlainFit(CoxCase* c, int limit, double tolerance, int ties) : beta(c->p, 1, 0) {
+    matrix mask(c->p, 1, 0), work(c->p, 1, 0), inverse(c->p, c->p, 0);
+    auto now = std::make_unique<Likelihood>(c, ties, elements(beta));
+    for (;;) {
+      const Doubles before = elements(beta);
+      short singular = 0;
+      now->hessian.inverse1(&inverse, singular, 0.0);
+      const int solved = cNewtonRaphson(&beta, c->p, &mask, &now->gradient, &now->hessian,
+                                        tolerance, &work, &inverse, 0, 0.5);
+      const Doubles step = elements(beta);
+      const double logLikBefore = now->logLik;
+      bool accepted = false;
+      for (int h = 1; h <= 10 && !accepted; ++h) {
+        now = std::make_unique<Likelihood>(c, ties, elements(beta));
+        accepted = now->logLik - logLikBefore > 0x1p-52;
+        for (int j = 1; j <= c->p && !accepted; ++j) {
+          beta.vbset(j, 1, beta.vbget(j, 1) + (before[j - 1] - step[j - 1]) * std::ldexp(1.0, -h));
+        }
+      }
+      logLik = now->logLik;
+      gradient = elements(now->gradient);
+      hessian = elements(now->hessian);
+      if (++iterations == limit || (solved == 1 && iterations > 10) ||
+          std::fabs(logLik - logLikBefore) < tolerance) {
+        return;
+      }
+      if (!accepted) now = std::make_unique<Likelihood>(c, ties, elements(beta));
+    }
+  }
+  matrix beta;
+  double logLik = 0.0;
+  Doubles gradient, hessian;
+  int iterations = 0;
+};
+
+TEST(CoxFit, RefusedStepsChangeNothingOfTheResult) {
+  std::mt19937_64 random(3);
+  std::normal_distribution<double> normal;
+  int fits = 0;
+  for (int round = 0; round < 60; ++round) {
+    const int n = 6 + static_cast<int>(random() % 40);
+    CoxArrays arrays(Doubles(n, 0.0), Doubles(n, 0.0), {Doubles(n, 0.0), Doubles(n, 0.0)});
+    for (int i = 0; i < n; ++i) {
+      arrays.time[i] = 1.0 + static_cast<double>(random() % 20);
+      arrays.status[i] = random() % 3 == 0 ? 0.0 : 1.0;
+      arrays.covariates[i] = normal(random);
+      arrays.covariates[n + i] = 100.0 * normal(random);
+    }
+    if (round % 2 == 1) {
+      arrays.stratumSizes = {std::floor(n / 3.0), n - std::floor(n / 3.0)};
+      for (int i = 0; i < n; ++i) arrays.stratum[i] = i < arrays.stratumSizes[0] ? 1.0 : 2.0;
+      arrays.S = 2;
+      arrays.distinctTimes.resize(2);
+      arrays.censored.resize(2);
+      for (auto* table : {&arrays.groupStart, &arrays.groupSize, &arrays.groupEvents}) {
+        table->assign(2 * static_cast<std::size_t>(n), 0);
+      }
+    }
+    CoxCase c(arrays);
+    for (const int ties : {0, 1}) {
+      for (const int limit : {1, 3, 8, 25}) {
+        for (const double tolerance : {0.0, 1e-9}) {
+          const Fit fit(&c, limit, tolerance, ties);
+          const PlainFit plain(&c, limit, tolerance, ties);
+          EXPECT_EQ(fit.iterations, plain.iterations);
+          EXPECT_EQ(elements(fit.beta), elements(plain.beta));
+          EXPECT_EQ(fit.logLik, plain.logLik);
+          EXPECT_EQ(elements(fit.gradient), plain.gradient);
+          EXPECT_EQ(elements(fit.hessian), plain.hessian);
+          ++fits;
+        }
+      }
+    }
+  }
+  EXPECT_EQ(fits, 960);
 }
 
 TEST(CoxFit, TheOrderOfRowsDoesNotMatter) {
