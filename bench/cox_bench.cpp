@@ -1,106 +1,26 @@
 // Cox regression: likelihood evaluations against a plain loop of additions, and whole fits.
 //
-//   cox_bench                         all of it
-//   COX_BENCH_DATA=folder cox_bench   fits of cox_1000.csv, cox_3000.csv, ... of that folder
-//
 // An evaluation on n distinct event times makes n (n + 1) / 2 additions for each of
 // 1 + p + p (p + 1) / 2 sums; `ratio` is their rate over that of the plain loop, measured in the
 // same run.
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
-#include <cmath>
-#include <cstdlib>
 #include <ctime>
-#include <fstream>
-#include <limits>
-#include <random>
-#include <sstream>
-#include <string>
 #include <vector>
 
 #include "Klikro/Klikro"
 #include "Klikro/hot.h"
-#include "survival/calls/cox.h"
+#include "bench/cox_job.h"
 #include "survival/cox/cox.h"
 
 namespace {
 
+using survmeth::bench::CoxData;
+using survmeth::bench::CoxFit;
+using survmeth::bench::makeCoxData;
+using survmeth::bench::PreparedCox;
 using Doubles = std::vector<double>;
-
-struct Data {
-  int n = 0;
-  int p = 0;
-  Doubles time, status, covariates;
-};
-
-// Exponential times with proportional hazards and no ties; where `censoring`, a third is censored.
-Data simulated(int n, int p, bool censoring) {
-  Data data{n, p, {}, {}, {}};
-  std::mt19937_64 random(20240601);
-  std::normal_distribution<double> normal;
-  std::exponential_distribution<double> exponential;
-  data.covariates.resize(static_cast<std::size_t>(n) * static_cast<std::size_t>(p));
-  for (double& x : data.covariates) x = normal(random);
-  for (int i = 0; i < n; ++i) {
-    double eta = 0.0;
-    for (int j = 0; j < p; ++j) {
-      eta += 0.2 * std::cos(j) * data.covariates[static_cast<std::size_t>(j) * n + i];
-    }
-    const double event = exponential(random) / std::exp(eta);
-    const double limit = censoring ? 2.0 * exponential(random) : event;
-    data.time.push_back(std::min(event, limit));
-    data.status.push_back(event <= limit ? 1.0 : 0.0);
-  }
-  return data;
-}
-
-// time,status,x1,x2,... with a header line.
-Data fromFile(const std::string& path) {
-  Data data;
-  std::ifstream file(path);
-  std::string line;
-  std::getline(file, line);
-  data.p = static_cast<int>(std::count(line.begin(), line.end(), ',')) - 1;
-  std::vector<Doubles> columns(static_cast<std::size_t>(data.p) + 2);
-  while (std::getline(file, line)) {
-    std::istringstream in(line);
-    for (Doubles& column : columns) {
-      std::string field;
-      std::getline(in, field, ',');
-      column.push_back(std::stod(field));
-    }
-  }
-  data.n = static_cast<int>(columns[0].size());
-  data.time = columns[0];
-  data.status = columns[1];
-  for (std::size_t j = 2; j < columns.size(); ++j) {
-    data.covariates.insert(data.covariates.end(), columns[j].begin(), columns[j].end());
-  }
-  return data;
-}
-
-// The data as the preparation leaves them.
-struct Prepared {
-  explicit Prepared(Data source)
-      : data(std::move(source)),
-        other(static_cast<std::size_t>(data.n)),
-        keys(static_cast<std::size_t>(data.n), 1.0),
-        starts(static_cast<std::size_t>(data.n)),
-        sizes(starts),
-        events(starts) {
-    double rows = data.n;
-    Cpp_ReorganizeDataCox(data.time.data(), data.n, data.p, data.status.data(), other.data(),
-                          keys.data(), data.covariates.data(), other.data(), &rows, 1, &distinct,
-                          &censored, starts.data(), sizes.data(), events.data(), &groups);
-  }
-  Data data;
-  Doubles other, keys;
-  std::vector<int> starts, sizes, events;
-  int distinct = 0;
-  int censored = 0;
-  int groups = 0;
-};
 
 SURVMETH_HOT void addUp(const double* values, std::size_t count, double* sums) {
   constexpr std::size_t lanes = 64;
@@ -157,7 +77,7 @@ void LikelihoodEvaluation(benchmark::State& state) {
   const int n = static_cast<int>(state.range(0));
   const int p = static_cast<int>(state.range(1));
   const int ties = static_cast<int>(state.range(2));
-  Prepared prepared(simulated(n, p, false));
+  PreparedCox prepared(makeCoxData(n, p, false));
   matrix delta(n, 1, prepared.data.status.data(), true);
   matrix X(n, p, prepared.data.covariates.data(), true);
   matrix beta(p, 1, 0.01);
@@ -190,41 +110,15 @@ BENCHMARK(LikelihoodEvaluation)
     ->Unit(benchmark::kMillisecond);
 
 void WholeFit(benchmark::State& state) {
-  const int n = static_cast<int>(state.range(0));
-  const short survival = static_cast<short>(state.range(1));
-  const char* folder = std::getenv("COX_BENCH_DATA");
-  const Data data = folder != nullptr
-                        ? fromFile(std::string(folder) + "/cox_" + std::to_string(n) + ".csv")
-                        : simulated(n, 10, true);
-  if (data.n != n) {
-    state.SkipWithError("no data of that size");
-    return;
-  }
-  const std::size_t p = static_cast<std::size_t>(data.p);
-  Doubles beta(p), criteria(12), tests(9), coefficients(p * 9), history(p * 3);
-  Doubles baseline(data.time.size()), mean(baseline);
-  Doubles residuals(data.time.size() * (2 * p + 4));
-  std::vector<int> order(p);
+  const CoxData data = makeCoxData(static_cast<int>(state.range(0)), 10, true);
   int iterations = 0;
   for (auto _ : state) {
-    Prepared prepared(data);
-    double rows = n;
-    int q = 0, steps = 0;
-    iterations = 20;
-    RunCoxReg(prepared.data.time.data(), n, data.p, &q, prepared.data.status.data(), 0,
-              prepared.data.covariates.data(), 0, &rows, 1, &iterations, 1e-9, 0,
-              &prepared.distinct, prepared.sizes.data(), prepared.events.data(), &prepared.censored,
-              prepared.starts.data(), -1, 0, 0.05, 0.1, 0.05, prepared.groups, survival, 0, 0, 0,
-              beta.data(), criteria.data(), tests.data(), coefficients.data(), baseline.data(),
-              mean.data(), residuals.data(), history.data(), &steps, order.data());
-    benchmark::DoNotOptimize(beta.data());
+    CoxFit fit(data, state.range(1) == -1);
+    fit.run();
+    benchmark::DoNotOptimize(fit.beta.data());
+    iterations = fit.iterations;
   }
   state.counters["iterations"] = iterations;
-  if (folder != nullptr) {
-    std::ofstream out(std::string(folder) + "/coefficients_" + std::to_string(n) + ".txt");
-    out.precision(std::numeric_limits<double>::max_digits10);
-    for (const double b : beta) out << b << '\n';
-  }
 }
 BENCHMARK(WholeFit)
     ->ArgNames({"n", "survival"})

@@ -9,6 +9,7 @@
 #include <random>
 #include <vector>
 
+#include "bench/columns.h"
 #include "survival/survival.h"
 
 namespace survmeth::bench {
@@ -43,6 +44,18 @@ inline LifeData makeLifeData(int n, bool wholeDays) {
     data.group.push_back(group);
     data.sizes[static_cast<std::size_t>(group)] += 1.0;
   }
+  return data;
+}
+
+// The raw columns time, status and group.
+inline LifeData lifeData(const Columns& columns) {
+  LifeData data;
+  data.time = columns[0];
+  data.status = columns[1];
+  data.group = columns[2];
+  data.weight.assign(data.time.size(), 1.0);
+  data.sizes.assign(kGroups, 0.0);
+  for (const double group : data.group) data.sizes[static_cast<std::size_t>(group)] += 1.0;
   return data;
 }
 

@@ -2,10 +2,13 @@
 #ifndef BENCH_PARAM_JOB_H_
 #define BENCH_PARAM_JOB_H_
 
+#include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <random>
 
 #include "Klikro/Klikro"
+#include "bench/columns.h"
 #include "survival/param/param.h"
 
 namespace survmeth::bench {
@@ -31,6 +34,23 @@ struct ParamData {
       for (int j = 1; j <= p; ++j) time += 0.1 * covariates.vbget(i, j);
       times.vbset(i, 1, time);
       status.vbset(i, 1, uniform(random) < 0.3 ? 0.0 : 1.0);
+    }
+  }
+
+  // The raw columns time (its logarithm), status and the covariates.
+  explicit ParamData(const Columns& columns)
+      : n(static_cast<int>(columns[0].size())),
+        p(static_cast<int>(columns.size()) - 2),
+        times(n, 1, 0),
+        status(n, 1, 0),
+        bounds(n, 2, 0),
+        covariates(n, p, 0),
+        weights(n, 1, 1) {
+    std::copy(columns[0].begin(), columns[0].end(), times.data());
+    std::copy(columns[1].begin(), columns[1].end(), status.data());
+    for (int j = 0; j < p; ++j) {
+      std::copy(columns[j + 2].begin(), columns[j + 2].end(),
+                covariates.data() + static_cast<std::size_t>(j) * n);
     }
   }
 
@@ -74,6 +94,42 @@ struct ParamModel {
   matrix gradient;
   matrix hessian;
   double logLik = 0.0;
+};
+
+// A whole fit of the Weibull model.
+struct ParamFit {
+  explicit ParamFit(const ParamData& data)
+      : m(data.p + 2),
+        unused(m, 1, 0),
+        gradient(m, 1, 0),
+        hessian(m, m, 0),
+        covariance(m, m, 0),
+        gradient0(m, 1, 0),
+        hessian0(m, m, 0),
+        parameters(m, 1, 0) {}
+
+  void run(ParamData& data) {
+    constexpr int weibull = 2;
+    OptimizeParamModel(&data.times, data.n, data.p, 2, &data.status, &data.bounds, &data.covariates,
+                       &data.weights, &iterations, 1e-9, weibull, 0, &unused, 0, 0.0, &logLik,
+                       &logLik0, &gradient, &hessian, &covariance, &gradient0, &hessian0,
+                       &parameters);
+  }
+
+  // On the scale of the logarithm: the Jacobian of the events is taken out again.
+  double logLikOfLogarithms(const ParamData& data) const {
+    double value = logLik;
+    for (int i = 1; i <= data.n; ++i) {
+      if (data.status.vbget(i, 1) == 1.0) value += data.times.vbget(i, 1);
+    }
+    return value;
+  }
+
+  int m;
+  matrix unused, gradient, hessian, covariance, gradient0, hessian0, parameters;
+  int iterations = 100;
+  double logLik = 0.0;
+  double logLik0 = 0.0;
 };
 
 }  // namespace survmeth::bench

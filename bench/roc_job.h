@@ -9,6 +9,8 @@
 #include <random>
 #include <vector>
 
+#include "Klikro/Klikro"
+#include "bench/columns.h"
 #include "survival/survival.h"
 
 namespace survmeth::bench {
@@ -18,6 +20,26 @@ struct RocData {
   std::vector<double> tests;  // one column for each test
   int thresholds = 0;         // distinct values of the first test
 };
+
+// The caller counts the thresholds, so this is part of the job.
+inline void countThresholds(RocData& data) {
+  const int n = static_cast<int>(data.status.size());
+  matrix sorted(n, 1, data.tests.data(), 0, 0);
+  matrix* column = &sorted;
+  SortQVector(column, n, 1, n, 0);
+  const double* values = sorted.data();
+  data.thresholds = static_cast<int>(std::unique(sorted.data(), sorted.data() + n) - values);
+}
+
+// The raw columns status and one for each test; the thresholds are not counted.
+inline RocData rocData(const Columns& columns) {
+  RocData data;
+  data.status = columns[0];
+  for (std::size_t t = 1; t < columns.size(); ++t) {
+    data.tests.insert(data.tests.end(), columns[t].begin(), columns[t].end());
+  }
+  return data;
+}
 
 // Three in ten subjects are positive; test t is normal, higher by 1 - t / 10 in the positives, and
 // correlates with the other tests through a part all share. Rounded to thousandths there are some
@@ -38,9 +60,7 @@ inline RocData makeRocData(int n, int k, bool rounded) {
           rounded ? std::round(value * 1000.0) / 1000.0 : value;
     }
   }
-  std::vector<double> sorted(data.tests.begin(), data.tests.begin() + n);
-  std::sort(sorted.begin(), sorted.end());
-  data.thresholds = static_cast<int>(std::unique(sorted.begin(), sorted.end()) - sorted.begin());
+  countThresholds(data);
   return data;
 }
 

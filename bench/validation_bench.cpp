@@ -2,51 +2,29 @@
 // take less than a second.
 #include <benchmark/benchmark.h>
 
-#include <cmath>
-#include <cstddef>
-#include <random>
-#include <vector>
-
-#include "survival/calls/validation.h"
+#include "bench/validation_job.h"
 
 namespace {
 
-using Vector = std::vector<double>;
-
-// One validation row of a model with three covariates: nearly no ties, or whole days and scores.
 void ValidationRow(benchmark::State& state) {
-  const int n = static_cast<int>(state.range(0));
-  const bool wholeDays = state.range(1) != 0;
-  std::mt19937_64 random(1);
-  std::uniform_real_distribution<double> uniform;
-  Vector time, status, X, beta = {0.5, -0.25, 1.0}, H(9, 1.0), F(12, 1.0), table(5, 0.0);
-  for (int i = 0; i < n; ++i) {
-    const double t = -1000 * std::log(1 - uniform(random));
-    time.push_back(wholeDays ? std::ceil(t) : t);
-    status.push_back(uniform(random) < 0.6 ? 1 : 0);
-  }
-  for (int i = 0; i < 3 * n; ++i) {
-    X.push_back(wholeDays ? std::floor(20 * uniform(random)) : uniform(random));
-  }
+  survmeth::bench::ValidationData data(static_cast<int>(state.range(0)), state.range(1) != 0);
+  survmeth::bench::ValidationRow row;
   for (auto _ : state) {
-    Cpp_ComputeCVTable(n, 3, time.data(), status.data(), X.data(), beta.data(), H.data(), F.data(),
-                       1, 1, table.data());
-    benchmark::DoNotOptimize(table.data());
+    row.run(data);
+    benchmark::DoNotOptimize(row.table.data());
   }
-  state.SetItemsProcessed(state.iterations() * n);
+  state.SetItemsProcessed(state.iterations() * state.range(0));
 }
 
 void BootstrapSummary(benchmark::State& state) {
-  const int B = static_cast<int>(state.range(0));
-  std::mt19937_64 random(2);
-  std::normal_distribution<double> normal;
-  Vector statistics(static_cast<std::size_t>(B) * 5), summary(20);
-  for (double& value : statistics) value = normal(random);
+  survmeth::bench::Column statistics =
+      survmeth::bench::makeBootstrap(static_cast<int>(state.range(0)));
+  survmeth::bench::BootstrapSummary summary;
   for (auto _ : state) {
-    Cpp_ComputeBootOut(B, 0.05, statistics.data(), summary.data());
-    benchmark::DoNotOptimize(summary.data());
+    summary.run(statistics);
+    benchmark::DoNotOptimize(summary.summary.data());
   }
-  state.SetItemsProcessed(state.iterations() * B);
+  state.SetItemsProcessed(state.iterations() * state.range(0));
 }
 
 void sizes(benchmark::internal::Benchmark* benchmark) {
