@@ -47,6 +47,13 @@ roc <- list(
     curve <- roc_curve(2)
     c(area = as.numeric(curve$auc), error = sqrt(var(curve, method = "delong")))
   })
+# The test and the curves of every group: there is no test without the curves.
+gray <- list(
+  prepare = function() suppressMessages(library(cmprsk)),
+  run = function(data) {
+    tests <- cuminc(columns[, 1], columns[, 2], columns[, 3])$Tests
+    c(type1 = tests[1, "stat"], type2 = tests[2, "stat"])
+  })
 jobs <- list(
   life_days = life, life_distinct = life,
   cox_distinct = cox, cox_weeks = cox,
@@ -68,12 +75,7 @@ jobs <- list(
       at <- sort(columns[, 1])[floor(rows / 2) + 1]
       c(incidence = timepoints(curves["1 2"], at)$est[1])
     }),
-  gray = list(
-    prepare = function() suppressMessages(library(cmprsk)),
-    run = function(data) {
-      tests <- cuminc(columns[, 1], columns[, 2], columns[, 3])$Tests
-      c(type1 = tests[1, "stat"], type2 = tests[2, "stat"])
-    }),
+  gray = gray, gray_curves = gray,
   concordance = list(
     prepare = survival_package,
     run = function(data) {

@@ -172,20 +172,28 @@ struct CumInc : Analysis {
   double halfway = 0.0;
 };
 
-// The incidences of every group and Gray's test for both types.
-struct Gray : Analysis {
-  explicit Gray(const Columns& raw) : data(cumIncData(raw, kRiskGroups)) {}
+// Gray's test for both types.
+struct GrayTests : Analysis {
+  explicit GrayTests(const Columns& raw) : data(cumIncData(raw, kRiskGroups)) {}
   void run() override {
     for (const int type : {1, 2}) {
       double df = 0.0, p = 0.0;
       Cpp_GrayTest(data.n, kRiskGroups, data.time.data(), data.status.data(), data.group.data(),
                    type, 0.0, &statistics[type - 1], &df, &p);
     }
-    incidences(data, kRiskGroups);
   }
   Results results() const override { return {{"type1", statistics[0]}, {"type2", statistics[1]}}; }
   bench::CumIncData data;
   double statistics[2] = {};
+};
+
+// And the incidences of every group as well.
+struct GrayWithCurves : GrayTests {
+  using GrayTests::GrayTests;
+  void run() override {
+    GrayTests::run();
+    incidences(data, kRiskGroups);
+  }
 };
 
 Columns riskColumns(int rows, int groups) {
@@ -306,7 +314,8 @@ const std::vector<Job>& jobs() {
       job<ParamFit>("param_fit", 2 + kCovariates, paramColumns),
       job<ParamEvaluation>("param_iteration", 2 + kCovariates, paramColumns),
       job<CumInc>("incidence", 2, [](int n) { return riskColumns(n, 1); }),
-      job<Gray>("gray", 3, [](int n) { return riskColumns(n, kRiskGroups); }),
+      job<GrayTests>("gray", 3, [](int n) { return riskColumns(n, kRiskGroups); }),
+      job<GrayWithCurves>("gray_curves", 3, [](int n) { return riskColumns(n, kRiskGroups); }),
       job<Concordance>("concordance", 5, validationColumns),
       job<Bootstrap>("bootstrap", 5, bootstrapColumns),
       job<Roc>("roc_rounded", 3, [](int n) { return rocColumns(n, true, kTests); }),

@@ -1,5 +1,6 @@
 // Gray's K-sample test for the cumulative incidence of one event type under competing risks.
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstddef>
 #include <vector>
@@ -28,8 +29,14 @@ struct Group {
 class GroupCodes {
  public:
   GroupCodes(const std::vector<double>& codes, int K) {
+    // A code that its slot holds already was taken: with few groups hardly any are left to sort.
+    std::array<double, 64> seen{};
     for (const double code : codes) {
-      if (code >= 1.0 && code <= K && code == std::floor(code)) present_.push_back(code);
+      if (!(code >= 1.0 && code <= K && code == std::floor(code))) continue;
+      double& slot = seen[static_cast<std::size_t>(code) % seen.size()];
+      if (slot == code) continue;
+      slot = code;
+      present_.push_back(code);
     }
     std::sort(present_.begin(), present_.end());
     present_.erase(std::unique(present_.begin(), present_.end()), present_.end());

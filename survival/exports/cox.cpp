@@ -8,6 +8,7 @@ using survival::Block;
 using survival::IntBlock;
 using survival::raised;
 using survival::shape;
+using survival::view;
 
 int Cpp_ReorganizeDataCox(double* time, int n, int p, double* status, double* extraColumn,
                           double* tieKey, double* covariates, double* stratum, double* stratumSizes,
@@ -52,10 +53,10 @@ int RunCoxReg(double* time, int n, int p, int* finalCovariates, double* status, 
   const int groups = raised(G);
   const int candidates = raised(p);
   const bool asked = survival == kTrue;
-  Block times(n, 1, time);
-  Block statuses(n, 1, status);
-  Block columns(n, candidates, covariates);
-  Block sizes(1, strata, stratumSizes);
+  matrix times = view(n, 1, time);
+  matrix statuses = view(n, 1, status);
+  matrix columns = view(n, candidates, covariates);
+  matrix sizes = view(1, strata, stratumSizes);
   IntBlock distinct(strata, 1, distinctTimes);
   IntBlock groupSizes(strata, groups, groupSize);
   IntBlock events(strata, groups, groupEvents);

@@ -7,10 +7,11 @@
 using survival::Block;
 using survival::raised;
 using survival::shape;
+using survival::view;
 
 int Cpp_CheckStatusFormat(double* status, int n, double* eventCodes, int* eventCodeCount,
                           int censorCode, double* recodedStatus) {
-  Block statusBlock(n, 1, status);
+  matrix statusBlock = view(n, 1, status);
   Block codeBlock(n, 1, eventCodes);
   Block recodedBlock(n, 1, recodedStatus);
   const int code =
@@ -39,9 +40,9 @@ int Cpp_ReorganizeDataCum(double* time, int n, double* status, double* eventFlag
 
 int Cpp_CumIncCalc(int r, int n, double* time, double* status, int eventCode, double alpha, int m,
                    int offset, double* kmTable, double* incidence, double* complement) {
-  Block timeBlock(n, 1, time);
-  Block statusBlock(n, 1, status);
-  Block kmBlock(shape(m + 2LL), 12, kmTable);
+  matrix timeBlock = view(n, 1, time);
+  matrix statusBlock = view(n, 1, status);
+  matrix kmBlock = view(shape(m + 2LL), 12, kmTable);
   Block incidenceBlock(r, 10, incidence);
   Block complementBlock(r, 10, complement);
   CumIncCalc(r, n, &timeBlock, &statusBlock, eventCode, alpha, m, offset, &kmBlock, &incidenceBlock,
@@ -61,7 +62,7 @@ void Cpp_GrayTest(int n, int K, double* time, double* status, double* group, int
 
 int Cpp_TransNelsonAalen(double* kmTable, double* table, int m, int r, double alpha, int ciMethod,
                          int varianceMethod) {
-  Block kmBlock(shape(m + 2LL), 12, kmTable);
+  matrix kmBlock = view(shape(m + 2LL), 12, kmTable);
   Block tableBlock(r, 9, table);
   TransNelsonAalen(&kmBlock, &tableBlock, m, r, alpha, ciMethod, varianceMethod);
   tableBlock.copyBack();

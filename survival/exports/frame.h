@@ -18,6 +18,10 @@ inline int shape(long long count) {
   return static_cast<int>(std::clamp<long long>(count, 0, std::numeric_limits<int>::max()));
 }
 
+// A block that is only read, or only written through the checked accessors, may be a view on the
+// caller's array: a copy there and back would show the same, at twice the memory.
+inline matrix view(int rows, int cols, double* home) { return matrix(rows, cols, home, true); }
+
 // An owned copy of a caller's block; copyBack returns the elements to where they came from.
 class Block : public matrix {
  public:

@@ -6,12 +6,13 @@
 
 using survival::Block;
 using survival::IntBlock;
+using survival::view;
 
 int Cpp_PrepareIntervalData(double* answers, int n, int k, double* times, double* covariates, int p,
                             int* nRemoved, int* removeFlags, int* nKept, double* bounds,
                             double* type, double* sortKey, double* covariatesOut, double* summary) {
-  Block answersBlock(n, k, answers);
-  Block timesBlock(k, 1, times);
+  matrix answersBlock = view(n, k, answers);
+  matrix timesBlock = view(k, 1, times);
   Block covariatesBlock(n, p, covariates);
   IntBlock flagsBlock(n, 1, removeFlags);
   Block boundsBlock(n, 2, bounds);

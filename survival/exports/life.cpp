@@ -15,6 +15,7 @@ namespace {
 using survival::Block;
 using survival::raised;
 using survival::shape;
+using survival::view;
 
 // How many whole intervals the times fill; INT_MIN, as for a quotient that is no number, where no
 // table could hold them.
@@ -22,10 +23,6 @@ int wholeIntervals(double lastTime, double width) {
   const double count = std::floor(lastTime / width);
   return count < survival::kMostIntervals - 3 ? truncated(count) : INT_MIN;
 }
-
-// A block that is only read, or only written through the checked accessors, is a view on the
-// caller's array: a copy there and back would show the same, at twice the memory.
-matrix view(int rows, int cols, double* home) { return matrix(rows, cols, home, true); }
 
 }  // namespace
 

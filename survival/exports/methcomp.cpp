@@ -5,12 +5,13 @@
 #include "survival/methcomp/methcomp.h"
 
 using survival::Block;
+using survival::view;
 
 int Cpp_BlandAltman(double* first, double* second, int n, int differenceType, double alpha,
                     double* differences, double* means, double* bias, double* sdDiff,
                     double* biasLower, double* biasUpper, double* loaLower, double* loaUpper) {
-  Block firsts(n, 1, first);
-  Block seconds(n, 1, second);
+  matrix firsts = view(n, 1, first);
+  matrix seconds = view(n, 1, second);
   Block differenceBlock(n, 1, differences);
   Block meanBlock(n, 1, means);
   BlandAltman(&firsts, &seconds, n, differenceType, alpha, &differenceBlock, &meanBlock, bias,
@@ -22,8 +23,8 @@ int Cpp_BlandAltman(double* first, double* second, int n, int differenceType, do
 
 void Cpp_GetRepeatability(double* values, int n, double* subjects, double alpha, double* withinSd,
                           double* withinSdLower, double* withinSdUpper) {
-  Block valueBlock(n, 1, values);
-  Block subjectBlock(n, 1, subjects);
+  matrix valueBlock = view(n, 1, values);
+  matrix subjectBlock = view(n, 1, subjects);
   GetRepeatability(&valueBlock, n, &subjectBlock, alpha, withinSd, withinSdLower, withinSdUpper);
 }
 

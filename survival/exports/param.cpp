@@ -2,6 +2,7 @@
 #include "survival/calls/param.h"
 
 #include <algorithm>
+#include <type_traits>
 
 #include "survival/exports/frame.h"
 #include "survival/param/model.h"
@@ -10,25 +11,38 @@
 using survival::Block;
 using survival::IntBlock;
 using survival::raised;
+using survival::view;
 using survival::param::parameterCount;
 
 namespace {
 
-// The observations of a model.
+// The observations of a model. Selections move the covariates, so they work on a copy.
+template <typename Covariates>
 struct Observations {
   Observations(int n, int p, double* timesHome, double* statusHome, double* boundsHome,
                double* covariatesHome, double* weightsHome)
-      : times(n, 1, timesHome),
-        status(n, 1, statusHome),
-        bounds(n, 2, boundsHome),
-        covariates(n, raised(p), covariatesHome),
-        weights(n, 1, weightsHome) {}
-  Block times;
-  Block status;
-  Block bounds;
-  Block covariates;
-  Block weights;
+      : times(view(n, 1, timesHome)),
+        status(view(n, 1, statusHome)),
+        bounds(view(n, 2, boundsHome)),
+        covariates(columns(n, raised(p), covariatesHome)),
+        weights(view(n, 1, weightsHome)) {}
+  matrix times;
+  matrix status;
+  matrix bounds;
+  Covariates covariates;
+  matrix weights;
+
+ private:
+  static Covariates columns(int rows, int cols, double* home) {
+    if constexpr (std::is_same_v<Covariates, Block>) {
+      return Block(rows, cols, home);
+    } else {
+      return view(rows, cols, home);
+    }
+  }
 };
+using Fixed = Observations<matrix>;
+using Movable = Observations<Block>;
 
 // What a fit leaves: the one column of a covariance is all that some entry points give back.
 struct Fit {
@@ -84,7 +98,7 @@ void Cpp_ComputeLogLikeDerivativesParam(double* times, int n, int p, int k, doub
                                         double* weights, int distribution, double* logLik,
                                         double* gradient, double* hessian) {
   const int m = parameterCount(p, k);
-  Observations data(n, p, times, status, bounds, covariates, weights);
+  Fixed data(n, p, times, status, bounds, covariates, weights);
   Block parametersBlock(m, 1, parameters);
   Block gradientBlock(m, 1, gradient);
   Block hessianBlock(m, m, hessian);
@@ -102,7 +116,7 @@ int Cpp_OptimizeParamModel(double* times, int n, int p, int k, double* status, d
                            double* logLik0, double* gradient, double* hessian, double* covariance,
                            double* gradient0, double* hessian0, double* parameters) {
   const int m = parameterCount(p, k);
-  Observations data(n, p, times, status, bounds, covariates, weights);
+  Fixed data(n, p, times, status, bounds, covariates, weights);
   Block initialBlock(m, 1, initialValues);
   // Callers of this one provide a single column for the covariance.
   Fit fit(m, 1, gradient, hessian, covariance, gradient0, hessian0, parameters);
@@ -124,7 +138,7 @@ int Cpp_Param_BackSelection(double* times, int n, int* p, int k, double* status,
                             double* gradient0, double* hessian0, double* selectionSteps,
                             int* selectionCount, int* selectionOrder) {
   const int m = parameterCount(*p, k);
-  Observations data(n, *p, times, status, bounds, covariates, weights);
+  Movable data(n, *p, times, status, bounds, covariates, weights);
   Block initialBlock(m, 1, initialValues);
   Fit fit(m, m, gradient, hessian, covariance, gradient0, hessian0, parameters);
   History history(*p, selectionSteps, selectionOrder);
@@ -148,7 +162,7 @@ int Cpp_Param_ForSelection(double* times, int n, int* p, int k, double* status, 
                            double* hessian, double* covariance, double* gradient0, double* hessian0,
                            double* selectionSteps, int* selectionCount, int* selectionOrder) {
   const int m = parameterCount(*p, k);
-  Observations data(n, *p, times, status, bounds, covariates, weights);
+  Movable data(n, *p, times, status, bounds, covariates, weights);
   Block initialBlock(m, 1, initialValues);
   Fit fit(m, m, gradient, hessian, covariance, gradient0, hessian0, parameters);
   History history(*p, selectionSteps, selectionOrder);
@@ -187,8 +201,8 @@ void Cpp_ComputeCritParam(int n, int p, int k, double logLik, double logLik0, in
 void Cpp_ResParam(double* times, int n, int p, int k, int distribution, short logTimes,
                   double* covariates, double* parameters, double* survivalOut,
                   double* probabilitiesOut, double* residualsOut, double* quantilesOut) {
-  Block timesBlock(n, 1, times);
-  Block covariatesBlock(n, raised(p), covariates);
+  matrix timesBlock = view(n, 1, times);
+  matrix covariatesBlock = view(n, raised(p), covariates);
   Block parametersBlock(parameterCount(p, k), 1, parameters);
   Block survivalBlock(n, 1, survivalOut);
   Block probabilitiesBlock(n, 2, probabilitiesOut);
@@ -213,7 +227,7 @@ int Cpp_RunParamReg(double* times, int n, int p, int* nCovariatesOut, int k, dou
                     double* quantilesOut, double* selectionSteps, int* selectionCount,
                     int* selectionOrder) {
   const int m = parameterCount(p, k);
-  Observations data(n, p, times, status, bounds, covariates, weights);
+  Movable data(n, p, times, status, bounds, covariates, weights);
   Block initialBlock(m, 1, initialValues);
   Block parametersBlock(m, 1, parameters);
   Block statisticsBlock(7, 2, fitStatistics);

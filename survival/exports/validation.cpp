@@ -6,9 +6,10 @@
 
 using survival::Block;
 using survival::raised;
+using survival::view;
 
 void Cpp_ComputeBootOut(int B, double alpha, double* statistics, double* summary) {
-  Block statisticsBlock(B, 5, statistics);
+  matrix statisticsBlock = view(B, 5, statistics);
   Block summaryBlock(5, 4, summary);
   ComputeBootOut(B, alpha, &statisticsBlock, &summaryBlock);
   summaryBlock.copyBack();
@@ -16,12 +17,12 @@ void Cpp_ComputeBootOut(int B, double alpha, double* statistics, double* summary
 
 void Cpp_ComputeCVTable(int n, int p, double* time, double* status, double* X, double* beta,
                         double* H, double* F, int row, int nOut, double* table) {
-  Block timeBlock(n, 1, time);
-  Block statusBlock(n, 1, status);
-  Block xBlock(n, raised(p), X);
-  Block betaBlock(raised(p), 1, beta);
-  Block hBlock(3, 3, H);
-  Block fBlock(6, 2, F);
+  matrix timeBlock = view(n, 1, time);
+  matrix statusBlock = view(n, 1, status);
+  matrix xBlock = view(n, raised(p), X);
+  matrix betaBlock = view(raised(p), 1, beta);
+  matrix hBlock = view(3, 3, H);
+  matrix fBlock = view(6, 2, F);
   Block tableBlock(nOut, 5, table);
   ComputeCVTable(n, p, &timeBlock, &statusBlock, &xBlock, &betaBlock, &hBlock, &fBlock, row,
                  &tableBlock);
