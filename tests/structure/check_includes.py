@@ -23,6 +23,7 @@ RULES = {
         "Dist": re.compile(r"Dist/Dist"),
     },
     "cli": {"analysis": ANY},
+    "examples": {"survival": re.compile(r"survival/survival\.h")},
     "bench": None,
     "tests": None,
 }

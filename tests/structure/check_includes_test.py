@@ -63,6 +63,14 @@ class CheckIncludes(unittest.TestCase):
         self.admitted("cli/a.cpp", "<CLI/CLI.hpp>")
         self.refused("cli/a.cpp", '"survival/survival.h"')
 
+    def test_an_example_knows_what_a_caller_does(self):
+        self.admitted("examples/c/a.c", '"survival/survival.h"')
+        self.admitted("examples/c/a.c", "<stdio.h>")
+        self.refused("examples/c/a.c", '"survival/calls/life.h"')
+        self.refused("examples/c/a.c", '"analysis/life.h"')
+        self.refused("examples/c/a.c", '"tests/support/csv.h"')
+        self.refused("cli/a.cpp", '"examples/c/a.h"')
+
     def test_relative_paths_do_not_go_round_the_rules(self):
         self.assertEqual(
             len(self.reports({"Dist/a.cpp": '#include "../Klikro/matrix"\n', "Klikro/matrix": ""})),

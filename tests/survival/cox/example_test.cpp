@@ -1,59 +1,45 @@
 // The worked example of docs/statistics/cox.md: every number of the page from the data.
 #include <gtest/gtest.h>
 
-#include <cstdarg>
-#include <cstdio>
-#include <fstream>
-#include <sstream>
+#include <cmath>
 
+#include "tests/support/page.h"
 #include "tests/survival/cox/cox_case.h"
 
 namespace {
 
 using survmeth::test::lungCancer;
+using survmeth::test::Page;
 using survmeth::test::Regression;
 
-std::string page() {
-  std::ifstream file(SURVMETH_DATA "/../docs/statistics/cox.md");
-  std::stringstream text;
-  text << file.rdbuf();
-  return text.str();
-}
-
-[[gnu::format(printf, 1, 2)]] std::string line(const char* format, ...) {
-  char buffer[512];
-  va_list values;
-  va_start(values, format);
-  std::vsnprintf(buffer, sizeof buffer, format, values);
-  va_end(values);
-  return buffer;
-}
-
-void expectOnPage(const std::string& text) {
-  EXPECT_NE(page().find(text), std::string::npos) << "not on the page: " << text;
+const Page& page() {
+  static const Page cox("cox");
+  return cox;
 }
 
 TEST(CoxExample, CoefficientsOfThePage) {
   const Regression r(lungCancer(), {});
   const char* names[] = {"age", "male", "score"};
   for (int i = 1; i <= 3; ++i) {
-    expectOnPage(line("| %s | %.5f | %.5f | %.3f | %.4f | %.3f | %.3f to %.3f |", names[i - 1],
-                      r.coefficient(i, 1), r.coefficient(i, 2), r.coefficient(i, 3),
-                      r.coefficient(i, 4), r.coefficient(i, 5), r.coefficient(i, 6),
-                      r.coefficient(i, 7)));
+    page().says("| %s | %.5f | %.5f | %.3f | %.4f | %.3f | %.3f to %.3f |", names[i - 1],
+                r.coefficient(i, 1), r.coefficient(i, 2), r.coefficient(i, 3), r.coefficient(i, 4),
+                r.coefficient(i, 5), r.coefficient(i, 6), r.coefficient(i, 7));
   }
+  page().says(
+      "the hazard of men is %.2f times that of women; each step of the score multiplies it "
+      "by %.2f.",
+      r.coefficient(2, 5), r.coefficient(3, 5));
 }
 
 TEST(CoxExample, CriteriaAndTestsOfThePage) {
   const Regression r(lungCancer(), {});
-  expectOnPage(
-      line("the %d patients with a performance score (%.0f deaths)", r.a.n, r.criterion(1, 2)));
-  expectOnPage(line("-2 log-likelihood %.3f without covariates, %.3f with them; AIC %.3f; SBC %.3f",
-                    r.criterion(3, 1), r.criterion(3, 2), r.criterion(4, 2), r.criterion(5, 2)));
-  expectOnPage(
-      line("Likelihood ratio %.3f, score %.3f, Wald %.3f, each on %.0f degrees of freedom "
-           "(p = %.6f)",
-           r.test(1, 2), r.test(2, 2), r.test(3, 2), r.test(1, 1), r.test(1, 3)));
+  page().says("the %d patients with a performance score (%.0f deaths)", r.a.n, r.criterion(1, 2));
+  page().says("-2 log-likelihood %.3f without covariates, %.3f with them; AIC %.3f; SBC %.3f",
+              r.criterion(3, 1), r.criterion(3, 2), r.criterion(4, 2), r.criterion(5, 2));
+  page().says(
+      "Likelihood ratio %.3f, score %.3f, Wald %.3f, each on %.0f degrees of freedom "
+      "(p = %.6f)",
+      r.test(1, 2), r.test(2, 2), r.test(3, 2), r.test(1, 1), r.test(1, 3));
 }
 
 TEST(CoxExample, SurvivalOfThePage) {
@@ -73,28 +59,30 @@ TEST(CoxExample, SurvivalOfThePage) {
     }
     return sum / r.a.n;
   };
-  expectOnPage(
-      line("the last time before is day %.0f): %.3f for covariates of 0, who do not exist "
-           "(age 0), and %.3f at the means, age %.1f, %.0f %% men, score %.2f",
-           when, r.survivalAt(r.baseline, 1, last), r.survivalAt(r.mean, 1, last), mean(1),
-           100 * mean(2), mean(3)));
+  page().says(
+      "the last time before is day %.0f): %.3f for covariates of 0, who do not exist "
+      "(age 0), and %.3f at the means, age %.1f, %.0f %% men, score %.2f",
+      when, r.survivalAt(r.baseline, 1, last), r.survivalAt(r.mean, 1, last), mean(1),
+      100 * mean(2), mean(3));
 }
 
 TEST(CoxExample, SelectionsOfThePage) {
   Regression::Options options;
   options.method = 1;
   const Regression backward(lungCancer(), options);
-  expectOnPage(
-      line("removes age (chi-square %.3f, p = %.4f) and keeps male (hazard ratio %.3f) and "
-           "score (%.3f)",
-           backward.step(2, 1), backward.step(3, 1), backward.coefficient(1, 5),
-           backward.coefficient(2, 5)));
+  page().says(
+      "removes age (chi-square %.3f, p = %.4f) and keeps male (hazard ratio %.3f) and "
+      "score (%.3f)",
+      backward.step(2, 1), backward.step(3, 1), backward.coefficient(1, 5),
+      backward.coefficient(2, 5));
   options.method = 0;
   const Regression forward(lungCancer(), options);
   EXPECT_EQ(forward.order, (survmeth::test::Ints{0, 2, 1}));
-  expectOnPage(
-      line("enters score (likelihood ratio %.3f) and then male (%.3f, p = %.4f on 2 degrees",
-           forward.step(2, 1), forward.step(2, 2), forward.step(3, 2)));
+  page().says(
+      "enters score (likelihood ratio %.3f) and then male (%.3f, p = %.4f on 2 degrees of freedom; "
+      "the usual test on 1 gives %.4f)",
+      forward.step(2, 1), forward.step(2, 2), forward.step(3, 2),
+      std::erfc(std::sqrt(forward.step(2, 2) / 2)));
 }
 
 }  // namespace

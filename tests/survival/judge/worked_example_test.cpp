@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "survival/calls/judge.h"
+#include "tests/support/page.h"
 
 namespace survmeth::test {
 namespace {
@@ -30,8 +31,20 @@ TEST(IntervalDocument, TheWorkedExampleHolds) {
   // C first, without bounds; E keeps those of its first change.
   EXPECT_EQ((Values{0, 1, 3, 1, 1, 0, 0, 3, 6, 12, 3, 0}), bounds);
   EXPECT_EQ((Values{4, 2, 2, 2}), Values(summary.begin(), summary.begin() + 4));
-  EXPECT_NEAR(66.7, summary[4], 5e-2);
-  for (int j = 5; j < 8; ++j) EXPECT_NEAR(33.3, summary[j], 5e-2);
+  const Page page("judge");
+  page.says("F (%.0f), then B, D and E (%.0f, in input order), then A (%.0f)", key[0], key[1],
+            key[4]);
+  page.says("Types %.0f, %.0f, %.0f, %.0f, %.0f; the sixth entry is the %.0f of A", type[0],
+            type[1], type[2], type[3], type[4], type[5]);
+  page.says("%.0f, %.0f, %.0f, %.0f yes answers, %.1f, %.1f, %.1f and %.1f %% of six", summary[0],
+            summary[1], summary[2], summary[3], summary[4], summary[5], summary[6], summary[7]);
+  // The rows of the page: bounds of B, D and F, the times of A and E.
+  page.says("| A | yes yes yes yes | right-censored at %.0f |", key[4]);
+  page.says("| B | yes yes no no | interval %.0f to %.0f |", bounds[2], bounds[8]);
+  page.says("| D | yes no yes no | interval %.0f to %.0f, sorted at %.0f |", bounds[3], bounds[9],
+            key[2]);
+  page.says("| E | yes no no yes | left-censored at %.0f |", key[3]);
+  page.says("| F | yes no no no | interval %.0f to %.0f |", bounds[1], bounds[7]);
 }
 
 TEST(JudgeDocument, TheWorkedExampleHolds) {
@@ -41,6 +54,14 @@ TEST(JudgeDocument, TheWorkedExampleHolds) {
                                        1, indicators.data(), subjectX.data(), levels.data()));
   EXPECT_EQ((Values{0, 2, 5, 9}), levels);
   EXPECT_EQ((Values{1, 1, 1, 1, 0, 1, 1, 0, 0, 1, 1, 1}), indicators);
+  const Page page("judge");
+  page.says("(levels %.0f, %.0f, %.0f, %.0f)", levels[0], levels[1], levels[2], levels[3]);
+  const char* const said[] = {"judge 1 says exactly 5", "judge 2 says 2 to 9",
+                              "judge 3 says exactly 2"};
+  for (int i = 0; i < 3; ++i) {
+    page.says("%s, marks %.0f %.0f %.0f %.0f", said[i], indicators[i], indicators[i + 3],
+              indicators[i + 6], indicators[i + 9]);
+  }
 }
 
 }  // namespace

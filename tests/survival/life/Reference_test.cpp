@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "tests/support/columns.h"
+#include "tests/support/page.h"
 #include "tests/survival/life/life_calls.h"
 
 namespace {
@@ -17,6 +18,7 @@ using survmeth::test::kMissingMark;
 using survmeth::test::kYes;
 using survmeth::test::LifeCall;
 using survmeth::test::LifeTables;
+using survmeth::test::Page;
 using survmeth::test::prepare;
 using survmeth::test::Prepared;
 using survmeth::test::runLife;
@@ -183,6 +185,46 @@ TEST(LifeReference, TheWorkedExampleOfTheDocumentation) {
   EXPECT_NEAR(table.at(3, 8), 18.0 / 21 * 16 / 17, 1e-15);
   EXPECT_NEAR(table.at(4, 8), 18.0 / 21 * 16 / 17, 1e-15);
   EXPECT_NEAR(table.at(5, 8), 18.0 / 21 * 16 / 17 * 14 / 15, 1e-15);
+
+  const Page page("life");
+  page.says("weeks in remission of %d children with leukaemia, %d given 6-MP and %d placebo",
+            sixMp.rows + placebo.rows, sixMp.rows, placebo.rows);
+  page.says("the mean is %.0f weeks / %d", placebo.mean[0] * placebo.rows, placebo.rows);
+  const auto curve = [&](int row, const char* fraction) {
+    page.says("| %.0f | %.0f | %.0f | %.0f | %.4f |%s |", table.at(row, 1), table.at(row, 3),
+              table.at(row, 4), table.at(row, 5), table.at(row, 8), fraction);
+  };
+  curve(2, " 18/21");
+  curve(3, " 18/21 x 16/17");
+  curve(4, "");
+  curve(5, " 18/21 x 16/17 x 14/15");
+  const auto quartile = [](const Stratum& stratum, int row, int column) {
+    return stratum.quartiles.at(row, column);
+  };
+  page.says(
+      "| weeks at which survival falls to 0.75 (95 %% interval) | %.0f (%.0f to %.0f) | %.0f (%.0f "
+      "to %.0f) |",
+      quartile(sixMp, 3, 2), quartile(sixMp, 3, 3), quartile(sixMp, 3, 4), quartile(placebo, 3, 2),
+      quartile(placebo, 3, 3), quartile(placebo, 3, 4));
+  page.says("| median (95 %% interval) | %.0f (%.0f to none) | %.0f (%.0f to %.0f) |",
+            quartile(sixMp, 2, 2), quartile(sixMp, 2, 3), quartile(placebo, 2, 2),
+            quartile(placebo, 2, 3), quartile(placebo, 2, 4));
+  page.says("| weeks at which survival falls to 0.25 | not reached | %.0f (%.0f to %.0f) |",
+            quartile(placebo, 1, 2), quartile(placebo, 1, 3), quartile(placebo, 1, 4));
+  page.says("| mean (standard error) | %.3f (%.3f), cut %.0f | %.3f (%.3f) |", sixMp.mean[0],
+            sixMp.mean[1], sixMp.cut, placebo.mean[0], placebo.mean[1]);
+  page.says("The 6-MP curve ends at %.4f, so", last);
+  const int end = sixMp.tables.nRows + 1;
+  page.says(
+      "The cut is %.0f, but the area stops at %.0f, the last time below the cut. Up to the "
+      "last time, %.0f,",
+      sixMp.cut, table.at(end - 2, 1), table.at(end, 1));
+  page.says("the area is %.3f + 3 x %.4f = %.3f weeks", sixMp.mean[0], last,
+            sixMp.mean[0] + 3 * last);
+  page.says("| log-rank | %.3f | %.7f |", analysis.tests.at(1, 1), analysis.tests.at(1, 3));
+  page.says("| Gehan-Breslow | %.3f | %.6f |", analysis.tests.at(2, 1), analysis.tests.at(2, 3));
+  page.says("| Tarone-Ware | %.3f | %.6f |", analysis.tests.at(3, 1), analysis.tests.at(3, 3));
+  page.says("The critical value is %.3f (one degree", analysis.tests.at(1, 2));
 }
 
 }  // namespace

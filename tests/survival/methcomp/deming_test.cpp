@@ -14,11 +14,13 @@
 #include "survival/methcomp/methcomp.h"
 #include "survival/survival.h"
 #include "tests/support/matrices.h"
+#include "tests/support/page.h"
 
 namespace {
 
 using survmeth::test::Column;
 using survmeth::test::IntColumn;
+using survmeth::test::Page;
 
 constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
 
@@ -95,6 +97,9 @@ TEST(Deming, WithEqualVariancesIsOrthogonalRegression) {
   near(f.bLower, "slope.lower");
   near(f.bUpper, "slope.upper");
   near(f.r, "correlation");
+  Page("methcomp")
+      .says("slope %.4f (%.4f to %.4f), intercept %.2f (%.2f to %.2f)", f.b, f.bLower, f.bUpper,
+            f.a, f.aLower, f.aUpper);
 }
 
 TEST(Deming, AgreementAndRepeatabilityMatchTheReference) {
@@ -107,6 +112,15 @@ TEST(Deming, AgreementAndRepeatabilityMatchTheReference) {
   EXPECT_NEAR(sd, expected.at("sd"), 1e-11);
   EXPECT_NEAR(lower, expected.at("bias.lower"), 1e-10);
   EXPECT_NEAR(upper, expected.at("bias.upper"), 1e-10);
+  // The page gives the first method less the second, as published; the routine the reverse.
+  std::swap(x, y);
+  Cpp_BlandAltman(x.data(), y.data(), 17, 0, 0.05, d.data(), mean.data(), &bias, &sd, &lower,
+                  &upper, &loaLower, &loaUpper);
+  const Page page("methcomp");
+  page.says("of %zu subjects by two meters", x.size());
+  page.says("| bias | %.1f |", bias);
+  page.says("| standard deviation | %.1f |", sd);
+  page.says("| limits of agreement | %.1f and %.1f |", loaLower, loaUpper);
 
   std::vector<double> values = kWright;
   for (const double second : {490., 397., 512., 401., 470., 611., 415., 431., 638., 429., 420.,
@@ -120,6 +134,7 @@ TEST(Deming, AgreementAndRepeatabilityMatchTheReference) {
   EXPECT_NEAR(within, expected.at("within.sd"), 1e-9);
   EXPECT_NEAR(lower, expected.at("within.sd.lower"), 1e-9);
   EXPECT_NEAR(upper, expected.at("within.sd.upper"), 1e-9);
+  page.says("within-subject standard deviation %.2f (%.2f to %.2f)", within, lower, upper);
 }
 
 TEST(Deming, WorkedByHand) {
