@@ -102,6 +102,43 @@ inline std::vector<std::uint32_t> turnedRound(const double* keys, std::size_t co
   return order;
 }
 
+// The order of keys that take a few values only, as codes and labels do: each value's rows in turn.
+// Empty where there are more values.
+inline std::vector<std::uint32_t> orderOfFewValues(const double* keys, std::size_t count,
+                                                   bool descending) {
+  struct Value {
+    std::uint64_t rank;
+    std::uint32_t rows;
+  };
+  constexpr std::size_t most = 8;
+  std::array<Value, most> values;
+  std::size_t known = 0;
+  std::vector<std::uint8_t> codes(count);
+  std::size_t code = 0;
+  for (std::size_t i = 0; i < count; ++i) {
+    const std::uint64_t rank = rankOf(keys[i], descending);
+    if (known == 0 || values[code].rank != rank) {
+      code = 0;
+      while (code < known && values[code].rank != rank) ++code;
+      if (code == known) {
+        if (known == most) return {};
+        values[known++] = {rank, 0};
+      }
+    }
+    codes[i] = static_cast<std::uint8_t>(code);
+    ++values[code].rows;
+  }
+  std::array<std::uint32_t, most> next{};
+  for (std::size_t v = 0; v < known; ++v) {
+    for (std::size_t other = 0; other < known; ++other) {
+      if (values[other].rank < values[v].rank) next[v] += values[other].rows;
+    }
+  }
+  std::vector<std::uint32_t> order(count);
+  for (std::size_t i = 0; i < count; ++i) order[next[codes[i]]++] = static_cast<std::uint32_t>(i);
+  return order;
+}
+
 // order[k] is the 0-based position of the k-th smallest of keys[count]; equal keys keep their
 // order, NaN comes last, `descending` turns the numbers round. Empty when the keys are in order
 // already. Cost O(n log n) at most.
@@ -117,6 +154,8 @@ inline std::vector<std::uint32_t> sortedOrder(const double* keys, std::size_t co
   }
   if (!falls) return {};
   if (!rises) return turnedRound(keys, count, descending);
+  std::vector<std::uint32_t> order = orderOfFewValues(keys, count, descending);
+  if (!order.empty()) return order;
 
   std::vector<RankedRow> rows(count);
   for (std::size_t i = 0; i < count; ++i) {
@@ -129,7 +168,7 @@ inline std::vector<std::uint32_t> sortedOrder(const double* keys, std::size_t co
   } else {
     radixSort(rows);
   }
-  std::vector<std::uint32_t> order(count);
+  order.resize(count);
   for (std::size_t k = 0; k < count; ++k) order[k] = rows[k].row;
   return order;
 }

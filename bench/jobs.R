@@ -118,9 +118,9 @@ timed <- function(repetitions) {
   for (k in seq_len(repetitions)) result <<- suppressWarnings(job$run(data))
   sum((proc.time() - before)[c("user.self", "sys.self")]) / repetitions
 }
-once <- timed(1)
-# The clock counts milliseconds.
-repetitions <- min(max(0.05 / max(once, 1e-6), 1), 2000)
+# The clock moves in steps of milliseconds.
+repetitions <- 1
+while (timed(repetitions) * repetitions < 0.2) repetitions <- 2 * repetitions
 seconds <- vapply(seq_len(runs), function(k) timed(repetitions), 0)
 if ("share" %in% names(result)) {
   seconds <- seconds * result[["share"]]

@@ -24,43 +24,75 @@ constexpr double kTiny = 1e-12;
 // keeps its place as value 0 with weight 0.
 struct Group {
   // Rows first..last (0-based, half-open) as far as they exist.
-  Group(const matrix& values, const matrix& weights, long long first, long long last, int n) {
-    for (long long i = std::max(first, 0LL); i < std::min<long long>(last, n); ++i) {
+  Group(const matrix& values, const matrix& weights, long long first, long long last, int n)
+      : begin(static_cast<int>(std::clamp<long long>(first, 0, n))) {
+    for (long long i = begin; i < std::min<long long>(last, n); ++i) {
       const double v = values.data()[i];
+      anyMissing = anyMissing || isMissing(v);
       value.push_back(isMissing(v) ? 0.0 : v);
       weight.push_back(isMissing(v) ? 0.0 : weights.data()[i]);
     }
-    order = survival::roc::ascendingRows(value.data(), value.size());
+  }
+
+  // Orders the class by value, given the rows of both classes in that order, if that is known.
+  // Zeros in the place of missing values stand elsewhere there, so that the class is sorted by
+  // itself then.
+  void orderBy(const double* sortedRows, int n) {
+    if (anyMissing || sortedRows == nullptr) {
+      order = survival::roc::ascendingRows(value.data(), value.size());
+      return;
+    }
+    order.reserve(value.size());
+    for (int i = 0; i < n; ++i) {
+      const double row = sortedRows[i] - begin;
+      if (!(row >= 0.0 && row < static_cast<double>(value.size()))) continue;
+      const auto at = static_cast<std::uint32_t>(row);
+      if (!std::isnan(value[at])) order.push_back(at);
+    }
   }
 
   ClassView view() const { return {value.data(), weight.data(), value.size(), &order}; }
 
+  int begin;
+  bool anyMissing = false;
   std::vector<double> value;
   std::vector<double> weight;
   std::vector<std::uint32_t> order;
 };
 
-// Sums of a column over its rows 1..r and over those after r. Both are exact for integers, and
-// the sum after rows that hold nothing is the total to the bit: a sensitivity of 1 must not come
-// out an ulp above it.
+// Sums of the terms of a column over its rows 1..r, for r that grows, and over those after r. Both
+// are exact for integers, and the sum after rows that hold nothing is the total to the bit: a
+// sensitivity of 1 must not come out an ulp above it.
+template <typename TermOf>
 class SplitSums {
  public:
-  explicit SplitSums(const std::vector<double>& terms)
-      : upTo_(terms.size() + 1, 0.0), after_(terms.size() + 1, 0.0) {
-    for (std::size_t i = 0; i < terms.size(); ++i) upTo_[i + 1] = upTo_[i] + terms[i];
-    for (std::size_t i = terms.size(); i-- > 0;) after_[i] = after_[i + 1] + terms[i];
+  SplitSums(int n, TermOf termOf) : termOf_(termOf), after_(static_cast<std::size_t>(n) + 1, 0.0) {
+    for (int i = 0; i < n; ++i) total_ += termOf_(i);
+    for (int i = n; i-- > 0;) after_[i] = after_[i + 1] + termOf_(i);
   }
 
-  double total() const { return upTo_.back(); }
-  double upTo(int r) const { return upTo_[r]; }
-  double after(int r) const {
-    // The larger part comes from the difference, the smaller, and what stands after an infinite
-    // weight, from its own sum.
-    return 2.0 * std::fabs(upTo_[r]) < std::fabs(total()) ? total() - upTo_[r] : after_[r];
+  double total() const { return total_; }
+  // Moves on to run before + 1..through, where the last one ended at `before`.
+  void moveTo(int before, int through) {
+    before_ = through_;
+    for (int i = before; i < through; ++i) through_ += termOf_(i);
   }
+  double upToBefore() const { return before_; }
+  double upToThrough() const { return through_; }
+  double afterBefore(int before) const { return after(before, before_); }
+  double afterThrough(int through) const { return after(through, through_); }
 
  private:
-  std::vector<double> upTo_;
+  double after(int r, double upTo) const {
+    // The larger part comes from the difference, the smaller, and what stands after an infinite
+    // weight, from its own sum.
+    return 2.0 * std::fabs(upTo) < std::fabs(total_) ? total_ - upTo : after_[r];
+  }
+
+  TermOf termOf_;
+  double total_ = 0.0;
+  double before_ = 0.0;
+  double through_ = 0.0;
   std::vector<double> after_;
 };
 
@@ -72,24 +104,23 @@ struct Counts {
 };
 
 // Counts at the k-th threshold, whose run of equal values is rows before + 1 .. through.
-Counts countsAt(int positiveRule, int k, int before, int through, const SplitSums& positives,
-                const SplitSums& negatives) {
-  const auto sumsUpTo = [k](const SplitSums& sums, int r, bool emptyAtFirst) {
-    return emptyAtFirst && k == 1 ? 0.0 : sums.upTo(r);
-  };
+template <typename Sums, typename OtherSums>
+Counts countsAt(int positiveRule, int k, int before, int through, const Sums& positives,
+                const OtherSums& negatives) {
+  const auto upToBefore = [k](const auto& sums) { return k == 1 ? 0.0 : sums.upToBefore(); };
   switch (positiveRule) {
     case 2:  // value >= threshold
-      return {positives.after(before), sumsUpTo(negatives, before, true), negatives.after(before),
-              sumsUpTo(positives, before, true)};
+      return {positives.afterBefore(before), upToBefore(negatives), negatives.afterBefore(before),
+              upToBefore(positives)};
     case 1:  // value <= threshold
-      return {positives.upTo(through), negatives.after(through), negatives.upTo(through),
-              positives.after(through)};
+      return {positives.upToThrough(), negatives.afterThrough(through), negatives.upToThrough(),
+              positives.afterThrough(through)};
     case 0:  // value < threshold
-      return {sumsUpTo(positives, before, true), negatives.after(before),
-              sumsUpTo(negatives, before, true), positives.after(before)};
+      return {upToBefore(positives), negatives.afterBefore(before), upToBefore(negatives),
+              positives.afterBefore(before)};
     default:  // value > threshold
-      return {positives.after(through), negatives.upTo(through), negatives.after(through),
-              positives.upTo(through)};
+      return {positives.afterThrough(through), negatives.upToThrough(),
+              negatives.afterThrough(through), positives.upToThrough()};
   }
 }
 
@@ -209,23 +240,24 @@ int ComputeROC(matrix* status, int n, int nThresholds, matrix* values, matrix* w
   if (nPos == 0 || nNeg == 0) return -2;
 
   SortQ(values, n, 1, 1, n, status, weights, 1, 0, kTrue);
-  const Group negativeGroup(*values, *weights, 0, nNeg, n);
-  const Group positiveGroup(*values, *weights, nNeg, n, n);
+  Group negativeGroup(*values, *weights, 0, nNeg, n);
+  Group positiveGroup(*values, *weights, nNeg, n, n);
 
-  matrix working(n, 1, 0);
+  // Weights, and the rows that they belong to.
+  matrix working(n, 2, 0);
   for (int i = 1; i <= n; ++i) {
     working.vbset(i, 1, isMissing(values->vbget(i, 1)) ? 0.0 : weights->vbget(i, 1));
+    working.vbset(i, 2, i - 1);
   }
-  SortQ(status, n, 1, 1, n, values, &working, 1, 0, kTrue);
+  SortQ(status, n, 1, 1, n, values, &working, 2, 0, kTrue);
+  const double* rows = values->rows() < n ? nullptr : working.data() + n;
+  negativeGroup.orderBy(rows, n);
+  positiveGroup.orderBy(rows, n);
 
-  std::vector<double> wPos(static_cast<std::size_t>(n));
-  std::vector<double> wNeg(static_cast<std::size_t>(n));
-  for (int i = 0; i < n; ++i) {
-    wPos[i] = working.data()[i] * status->data()[i];
-    wNeg[i] = working.data()[i] * (1.0 - status->data()[i]);
-  }
-  const SplitSums positives(wPos);
-  const SplitSums negatives(wNeg);
+  const double* w = working.data();
+  const double* positive = status->data();
+  SplitSums positives(n, [w, positive](int i) { return w[i] * positive[i]; });
+  SplitSums negatives(n, [w, positive](int i) { return w[i] * (1.0 - positive[i]); });
   const double P = positives.total();
   const double N = negatives.total();
 
@@ -237,6 +269,8 @@ int ComputeROC(matrix* status, int n, int nThresholds, matrix* values, matrix* w
     const double threshold = sorted[before];
     through = before + 1;
     while (through < n && !(sorted[through] > sorted[through - 1])) ++through;
+    positives.moveTo(before, through);
+    negatives.moveTo(before, through);
     if (isMissing(threshold)) continue;
 
     ++k;

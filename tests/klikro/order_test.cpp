@@ -59,6 +59,28 @@ TEST(SortedOrder, KeysThatDifferInTheirLastBitsAreOrdered) {
   }
 }
 
+TEST(SortedOrder, FewValuesAreOrderedWithNaNLast) {
+  for (const int values : {2, 3, 8, 9, 10}) {
+    std::mt19937_64 random(7);
+    std::vector<double> keys;
+    for (int i = 0; i < 3000; ++i) keys.push_back(static_cast<double>(random() % values) - 1.0);
+    EXPECT_EQ(sortedOrder(keys.data(), keys.size(), false), stableOrder(keys)) << values;
+
+    // Not-a-number in every fifth place; the numbers descend before it.
+    Order expected;
+    for (std::uint32_t i = 0; i < keys.size(); i += 5) keys[i] = std::nan("");
+    for (double value = values; value >= -1.0; value -= 1.0) {
+      for (std::uint32_t i = 0; i < keys.size(); ++i) {
+        if (keys[i] == value) expected.push_back(i);
+      }
+    }
+    for (std::uint32_t i = 0; i < keys.size(); i += 5) expected.push_back(i);
+    EXPECT_EQ(sortedOrder(keys.data(), keys.size(), true), expected) << values;
+  }
+  const std::vector<double> zeros{0.0, 1.0, -0.0, 1.0, 0.0};
+  EXPECT_EQ(sortedOrder(zeros.data(), zeros.size(), false), (Order{0, 2, 4, 1, 3}));
+}
+
 TEST(SortedOrder, KeysOfAllSizesAreOrdered) {
   std::mt19937_64 random(6);
   std::vector<double> keys;
