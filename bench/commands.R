@@ -18,8 +18,8 @@ gray <- function() {
 }
 roc <- function() {
   suppressMessages(library(pROC))
-  first <- roc(data$class, data$first, levels = c(0, 1), direction = "<", quiet = TRUE)
-  second <- roc(data$class, data$second, levels = c(0, 1), direction = "<", quiet = TRUE)
+  first <- pROC::roc(data$class, data$first, levels = c(0, 1), direction = "<", quiet = TRUE)
+  second <- pROC::roc(data$class, data$second, levels = c(0, 1), direction = "<", quiet = TRUE)
   print(ci.auc(first))
   print(ci.auc(second))
   print(roc.test(first, second, method = "delong"))
