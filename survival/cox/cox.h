@@ -47,7 +47,7 @@ SURVIVAL_C int cReorganizeDataCox(matrix* time, int n, int p, matrix* status, ma
 //      groups whose sum of exp is at or below 2^-52 add nothing but their covariate sums times
 //      beta; for ties 1 nothing is guarded: ln 0 makes logLik +inf
 // Cost O(D n p^2) for D groups: each group's sums are formed by their own pass in row order, so
-//      they have the same bits on every machine. Memory O(n p).
+//      the same exponentials give the same bits on every machine. Memory O(n p).
 // Source Cox, J R Stat Soc B 34 (1972) 187-220; Breslow, Biometrics 30 (1974) 89-99
 SURVIVAL_C void ComputeLogLikeDerivativesCox(int p, matrix* delta, matrix* X, int ties,
                                              matrix* beta, matrixInt* distinctTimes,

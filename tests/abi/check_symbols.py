@@ -1,10 +1,10 @@
 """Compares the symbols a shared library exports with the lists checked in beside this file.
 
-    check_symbols.py NM LIBRARY LIST [--families SOURCES LISTS]
+    check_symbols.py NM LIBRARY LIST [--families SOURCES LISTS] [--count N]
 
 LIST holds one mangled name a line, sorted. With --families the list LISTS/<family>.symbols is in
 force as well for every family that has a folder SOURCES/<family>. Ends with 1 when a listed symbol
-is not exported or an exported one is not listed.
+is not exported or an exported one is not listed, or when there are not N of them.
 """
 
 import argparse
@@ -49,6 +49,7 @@ def main():
     parser.add_argument("library")
     parser.add_argument("list", type=pathlib.Path)
     parser.add_argument("--families", nargs=2, type=pathlib.Path, metavar=("SOURCES", "LISTS"))
+    parser.add_argument("--count", type=int)
     arguments = parser.parse_args()
     wanted, found = expected(arguments), exported(arguments.nm, arguments.library)
     for name in sorted(wanted - found):
@@ -56,6 +57,9 @@ def main():
     for name in sorted(found - wanted):
         print(f"not listed:   {name}")
     print(f"{arguments.library}: {len(found)} exported, {len(wanted)} listed")
+    if arguments.count is not None and len(found) != arguments.count:
+        print(f"{arguments.count} are promised")
+        return 1
     return 0 if wanted == found else 1
 
 

@@ -45,6 +45,12 @@ class CheckSymbols(unittest.TestCase):
     def test_an_unsorted_list_is_refused(self):
         self.assertNotEqual(self.check(["second", "first"]).returncode, 0)
 
+    def test_another_number_than_promised_fails(self):
+        self.assertEqual(self.check(["first", "second"], "--count", "2").returncode, 0)
+        result = self.check(["first", "second"], "--count", "3")
+        self.assertEqual(result.returncode, 1)
+        self.assertIn("3 are promised", result.stdout)
+
     def test_a_family_counts_only_where_its_sources_are(self):
         lists = self.folder / "lists"
         lists.mkdir()

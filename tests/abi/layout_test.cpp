@@ -6,6 +6,7 @@
 #include <cstring>
 #include <new>
 #include <string>
+#include <type_traits>
 
 #include "Klikro/Smatrix"
 #include "Klikro/matrix"
@@ -88,6 +89,7 @@ TEST(SmatrixLayout, CountRowsColumnsThenTheStringsWithoutAVirtualTable) {
   EXPECT_EQ(fieldAt<int>(&m, 0), 2);
   EXPECT_EQ(fieldAt<int>(&m, 4), 2);
   EXPECT_EQ(fieldAt<int>(&m, 8), 1);
+  EXPECT_FALSE(std::is_polymorphic_v<Smatrix>);
   // Three ints take 12 bytes; the pointer is aligned to its own size.
   const std::size_t elements = (12 + kPointer - 1) / kPointer * kPointer;
   const auto* strings = static_cast<const std::wstring*>(fieldAt<const void*>(&m, elements));

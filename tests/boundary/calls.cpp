@@ -50,6 +50,14 @@ std::vector<unsigned char> Arrays::bytes(bool withScalars) const {
   return all;
 }
 
+void Arrays::visit(const std::function<void(const std::vector<double>&)>& real,
+                   const std::function<void(const std::vector<int>&)>& integer) const {
+  for (const auto& array : reals_) real(array);
+  for (const auto& array : scalars_) real(array);
+  for (const auto& array : ints_) integer(array);
+  for (const int value : intScalars_) integer({value});
+}
+
 namespace {
 
 constexpr int kRows = 24;

@@ -24,6 +24,10 @@ class Arrays {
   // Everything the arrays hold, bit for bit; the scalars after them, or left out.
   std::vector<unsigned char> bytes(bool withScalars = true) const;
 
+  // The same array by array, in the order of their making within each kind.
+  void visit(const std::function<void(const std::vector<double>&)>& real,
+             const std::function<void(const std::vector<int>&)>& integer) const;
+
  private:
   std::deque<std::vector<double>> reals_;
   std::deque<std::vector<int>> ints_;
