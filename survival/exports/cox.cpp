@@ -55,7 +55,7 @@ int RunCoxReg(double* time, int n, int p, int* finalCovariates, double* status, 
   const bool asked = survival == kTrue;
   matrix times = view(n, 1, time);
   matrix statuses = view(n, 1, status);
-  matrix columns = view(n, candidates, covariates);
+  Block columns(n, candidates, covariates);  // selections move them
   matrix sizes = view(1, strata, stratumSizes);
   IntBlock distinct(strata, 1, distinctTimes);
   IntBlock groupSizes(strata, groups, groupSize);

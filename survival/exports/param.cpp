@@ -16,25 +16,26 @@ using survival::param::parameterCount;
 
 namespace {
 
-// The observations of a model. Selections move the covariates, so they work on a copy.
-template <typename Covariates>
+// The observations of a model. Where `Changing` is Block, the routine takes logarithms of the times
+// or moves the covariates, and works on copies.
+template <typename Changing>
 struct Observations {
   Observations(int n, int p, double* timesHome, double* statusHome, double* boundsHome,
                double* covariatesHome, double* weightsHome)
-      : times(view(n, 1, timesHome)),
+      : times(columns(n, 1, timesHome)),
         status(view(n, 1, statusHome)),
-        bounds(view(n, 2, boundsHome)),
+        bounds(columns(n, 2, boundsHome)),
         covariates(columns(n, raised(p), covariatesHome)),
         weights(view(n, 1, weightsHome)) {}
-  matrix times;
+  Changing times;
   matrix status;
-  matrix bounds;
-  Covariates covariates;
+  Changing bounds;
+  Changing covariates;
   matrix weights;
 
  private:
-  static Covariates columns(int rows, int cols, double* home) {
-    if constexpr (std::is_same_v<Covariates, Block>) {
+  static Changing columns(int rows, int cols, double* home) {
+    if constexpr (std::is_same_v<Changing, Block>) {
       return Block(rows, cols, home);
     } else {
       return view(rows, cols, home);
@@ -42,7 +43,7 @@ struct Observations {
   }
 };
 using Fixed = Observations<matrix>;
-using Movable = Observations<Block>;
+using Changing = Observations<Block>;
 
 // What a fit leaves: the one column of a covariance is all that some entry points give back.
 struct Fit {
@@ -138,7 +139,7 @@ int Cpp_Param_BackSelection(double* times, int n, int* p, int k, double* status,
                             double* gradient0, double* hessian0, double* selectionSteps,
                             int* selectionCount, int* selectionOrder) {
   const int m = parameterCount(*p, k);
-  Movable data(n, *p, times, status, bounds, covariates, weights);
+  Changing data(n, *p, times, status, bounds, covariates, weights);
   Block initialBlock(m, 1, initialValues);
   Fit fit(m, m, gradient, hessian, covariance, gradient0, hessian0, parameters);
   History history(*p, selectionSteps, selectionOrder);
@@ -162,7 +163,7 @@ int Cpp_Param_ForSelection(double* times, int n, int* p, int k, double* status, 
                            double* hessian, double* covariance, double* gradient0, double* hessian0,
                            double* selectionSteps, int* selectionCount, int* selectionOrder) {
   const int m = parameterCount(*p, k);
-  Movable data(n, *p, times, status, bounds, covariates, weights);
+  Changing data(n, *p, times, status, bounds, covariates, weights);
   Block initialBlock(m, 1, initialValues);
   Fit fit(m, m, gradient, hessian, covariance, gradient0, hessian0, parameters);
   History history(*p, selectionSteps, selectionOrder);
@@ -227,7 +228,7 @@ int Cpp_RunParamReg(double* times, int n, int p, int* nCovariatesOut, int k, dou
                     double* quantilesOut, double* selectionSteps, int* selectionCount,
                     int* selectionOrder) {
   const int m = parameterCount(p, k);
-  Movable data(n, p, times, status, bounds, covariates, weights);
+  Changing data(n, p, times, status, bounds, covariates, weights);
   Block initialBlock(m, 1, initialValues);
   Block parametersBlock(m, 1, parameters);
   Block statisticsBlock(7, 2, fitStatistics);
