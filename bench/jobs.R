@@ -56,7 +56,7 @@ gray <- list(
   })
 jobs <- list(
   life_days = life, life_distinct = life,
-  cox_distinct = cox, cox_weeks = cox,
+  cox_distinct = cox, cox_three = cox, cox_weeks = cox,
   param_fit = list(
     prepare = weibull_data,
     run = function(data) {

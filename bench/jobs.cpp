@@ -80,11 +80,13 @@ Columns lifeColumns(int rows, bool wholeDays) {
 }
 
 constexpr int kCovariates = 10;
+constexpr int kFewCovariates = 3;
 
 struct Cox : Analysis {
   explicit Cox(const Columns& raw) : fit(dataOf(raw), false) {}
   static bench::CoxData dataOf(const Columns& raw) {
-    bench::CoxData data{static_cast<int>(raw[0].size()), kCovariates, raw[0], raw[1], {}};
+    bench::CoxData data{
+        static_cast<int>(raw[0].size()), static_cast<int>(raw.size()) - 2, raw[0], raw[1], {}};
     for (std::size_t j = 2; j < raw.size(); ++j) {
       data.covariates.insert(data.covariates.end(), raw[j].begin(), raw[j].end());
     }
@@ -97,10 +99,10 @@ struct Cox : Analysis {
   bench::CoxFit fit;
 };
 
-Columns coxColumns(int rows, bool weeks) {
-  const bench::CoxData data = bench::makeCoxData(rows, kCovariates, true, weeks);
+Columns coxColumns(int rows, int covariates, bool weeks) {
+  const bench::CoxData data = bench::makeCoxData(rows, covariates, true, weeks);
   Columns columns{data.time, data.status};
-  for (int j = 0; j < kCovariates; ++j) {
+  for (int j = 0; j < covariates; ++j) {
     const auto first = data.covariates.begin() + static_cast<std::ptrdiff_t>(j) * rows;
     columns.emplace_back(first, first + rows);
   }
@@ -309,8 +311,12 @@ const std::vector<Job>& jobs() {
   static const std::vector<Job> all{
       job<Life>("life_days", 3, [](int n) { return lifeColumns(n, true); }),
       job<Life>("life_distinct", 3, [](int n) { return lifeColumns(n, false); }),
-      job<Cox>("cox_distinct", 2 + kCovariates, [](int n) { return coxColumns(n, false); }),
-      job<Cox>("cox_weeks", 2 + kCovariates, [](int n) { return coxColumns(n, true); }),
+      job<Cox>("cox_distinct", 2 + kCovariates,
+               [](int n) { return coxColumns(n, kCovariates, false); }),
+      job<Cox>("cox_three", 2 + kFewCovariates,
+               [](int n) { return coxColumns(n, kFewCovariates, false); }),
+      job<Cox>("cox_weeks", 2 + kCovariates,
+               [](int n) { return coxColumns(n, kCovariates, true); }),
       job<ParamFit>("param_fit", 2 + kCovariates, paramColumns),
       job<ParamEvaluation>("param_iteration", 2 + kCovariates, paramColumns),
       job<CumInc>("incidence", 2, [](int n) { return riskColumns(n, 1); }),
