@@ -49,7 +49,8 @@ double quantile(std::vector<double> values, double p) {
   if (values.empty()) return kMissing;
   if (std::isnan(p)) return p;
   const double last = static_cast<double>(values.size() - 1);
-  const double position = std::min(std::max(last * p, 0.0), last);
+  // Brought into [0, 1] before the product: an infinite p over one value would have none.
+  const double position = last * std::min(std::max(p, 0.0), 1.0);
   const auto below = values.begin() + static_cast<std::ptrdiff_t>(std::floor(position));
   const double fraction = position - std::floor(position);
   std::nth_element(values.begin(), below, values.end(), numbersFirst);

@@ -266,6 +266,17 @@ TEST(Quantile, AtNotANumberIsNotANumber) {
   EXPECT_EQ(V_Quantile(&v, 0, std::numeric_limits<double>::quiet_NaN()), kMissing);
 }
 
+TEST(Quantile, OutsideZeroToOneEndsAtTheExtremes) {
+  Column v({40, 10, 30});
+  EXPECT_EQ(V_Quantile(&v, 3, -0.5), 10.0);
+  EXPECT_EQ(V_Quantile(&v, 3, 1.5), 40.0);
+  EXPECT_EQ(V_Quantile(&v, 3, -kInf), 10.0);
+  EXPECT_EQ(V_Quantile(&v, 3, kInf), 40.0);
+  // Of one value every position is the first, infinite ones included.
+  EXPECT_EQ(V_Quantile(&v, 1, -kInf), 40.0);
+  EXPECT_EQ(V_Quantile(&v, 1, kInf), 40.0);
+}
+
 TEST(Quantile, LeavesOutFlaggedRows) {
   Column v({40, 10, 30, 20});
   short skip[] = {-1, 0, 1, 0};

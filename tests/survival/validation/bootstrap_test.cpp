@@ -134,6 +134,9 @@ TEST(ComputeBootOut, LevelsOutsideTheirRangeEndAtTheExtremes) {
   const Summary crossed({{1, 2, 3}}, 5.0);
   EXPECT_EQ(crossed(1, 3), 3.0);
   EXPECT_EQ(crossed(1, 4), 1.0);
+  const Summary single({{2}}, kInf);
+  EXPECT_EQ(single(1, 3), 2.0);
+  EXPECT_EQ(single(1, 4), 2.0);
   const Summary none({{1, 2, 3}}, kNan);
   EXPECT_EQ(none(1, 1), 2.0);
   EXPECT_TRUE(std::isnan(none(1, 3)));
