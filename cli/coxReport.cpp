@@ -19,7 +19,7 @@ constexpr const char* kMethod = "Cox regression, Breslow's treatment of ties";
 Json testJson(const CoxTest& test) {
   return {{"chiSquare", number(test.chiSquare)},
           {"degreesOfFreedom", number(test.degreesOfFreedom)},
-          {"p", number(test.p)}};
+          {"pValue", number(test.p)}};
 }
 
 std::string centreText(const CoxModel& model) {
@@ -97,7 +97,7 @@ Json coxJson(const Session& session, const Table& table, const CoxReport& report
                                     {"hazardRatio", number(c.hazardRatio)},
                                     {"standardError", number(c.se)},
                                     {"z", number(c.z)},
-                                    {"p", number(c.p)},
+                                    {"pValue", number(c.p)},
                                     {"lower", number(c.lower)},
                                     {"upper", number(c.upper)},
                                     {"mean", number(model.centre[j])}});
@@ -112,7 +112,7 @@ Json coxJson(const Session& session, const Table& table, const CoxReport& report
   for (const survmeth::CoxRemoval& removed : model.removed) {
     json["removed"].push_back({{"name", removed.name},
                                {"chiSquare", number(removed.chiSquare)},
-                               {"p", number(removed.p)}});
+                               {"pValue", number(removed.p)}});
   }
   json["notes"] = session.notes();
   return json;
