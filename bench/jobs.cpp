@@ -1,15 +1,22 @@
 // Makes the data of a job, or times our side of it; `bench/run` calls this beside the same job in
 // R.
 //
-//   bench_jobs list                     a line for each job: its name and the columns of its file
-//   bench_jobs make JOB ROWS FILE       writes the raw columns as doubles, one after the other
-//   bench_jobs time JOB FILE RUNS       prints "seconds" with the processor time of each run,
-//   "peak" with
-//                                 the most memory the process had, in bytes, and "result" lines
-//                                 that R has to agree with
+//   bench_jobs list                  a line for each job: its name and the columns of its file
+//   bench_jobs make JOB ROWS FILE    writes the raw columns as doubles, one after the other
+//   bench_jobs time JOB FILE RUNS    prints "seconds" with the processor time of each run, "peak"
+//                                    with the most memory the process had, in bytes, and "result"
+//                                    lines that R has to agree with
+//   bench_jobs command PROGRAM ...   runs a program, its output dropped, and prints the seconds
+//                                    that passed, the processor's, and "peak" as above: a small
+//                                    process has to start it, because what the starting one holds
+//                                    counts as the program's
+#include <fcntl.h>
 #include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -365,8 +372,32 @@ int timeJob(const Job& job, const std::string& path, int runs) {
   return 0;
 }
 
+double seconds(const timeval& time) {
+  return static_cast<double>(time.tv_sec) + 1e-6 * static_cast<double>(time.tv_usec);
+}
+
+int runCommand(char** command) {
+  const auto start = std::chrono::steady_clock::now();
+  const pid_t child = fork();
+  if (child == 0) {
+    const int nowhere = open("/dev/null", O_RDWR);
+    for (const int stream : {0, 1, 2}) dup2(nowhere, stream);
+    execvp(command[0], command);
+    _exit(127);
+  }
+  int status = 0;
+  if (child < 0 || waitpid(child, &status, 0) != child) return 1;
+  const std::chrono::duration<double> passed = std::chrono::steady_clock::now() - start;
+  rusage usage{};
+  getrusage(RUSAGE_CHILDREN, &usage);
+  std::printf("seconds %.9g %.9g\npeak %ld\n", passed.count(),
+              seconds(usage.ru_utime) + seconds(usage.ru_stime), usage.ru_maxrss * 1024L);
+  return WIFEXITED(status) ? WEXITSTATUS(status) : 1;
+}
+
 int usage() {
-  std::fputs("usage: bench_jobs list | make JOB ROWS FILE | time JOB FILE RUNS\n", stderr);
+  std::fputs("usage: bench_jobs list | make JOB ROWS FILE | time JOB FILE RUNS | command ...\n",
+             stderr);
   return 2;
 }
 
@@ -393,6 +424,7 @@ int run(const std::vector<std::string>& arguments) {
 
 int main(int argc, char** argv) {
   try {
+    if (argc > 2 && std::string(argv[1]) == "command") return runCommand(argv + 2);
     return run({argv + 1, argv + argc});
   } catch (const std::exception& error) {
     std::fprintf(stderr, "bench_jobs: %s\n", error.what());
