@@ -24,12 +24,16 @@ struct Methods {
       const double value = 50 + 10 * normal(random);
       x[i] = value + normal(random);
       y[i] = 1.05 * value - 2 + normal(random);
-      subject[i] = static_cast<double>(i / 2 + 1);
+      const std::int64_t pair = i / 2 + 1;
+      subject[i] = static_cast<double>(pair);
     }
   }
   Methods(Column first, Column second)
       : x(std::move(first)), y(std::move(second)), subject(x.size()), out(9, Column(2 * x.size())) {
-    for (std::size_t i = 0; i < x.size(); ++i) subject[i] = static_cast<double>(i / 2 + 1);
+    for (std::size_t i = 0; i < x.size(); ++i) {
+      const std::size_t pair = i / 2 + 1;
+      subject[i] = static_cast<double>(pair);
+    }
   }
 
   int n() const { return static_cast<int>(x.size()); }
