@@ -16,9 +16,9 @@ using survival::param::parameterCount;
 
 namespace {
 
-// The observations of a model. Where `Changing` is Block, the routine takes logarithms of the times
-// or moves the covariates, and works on copies.
-template <typename Changing>
+// The observations of a model. Routines that take logarithms of the times or move the covariates
+// work on copies of what they change, the others on views.
+template <typename Column>
 struct Observations {
   Observations(int n, int p, double* timesHome, double* statusHome, double* boundsHome,
                double* covariatesHome, double* weightsHome)
@@ -27,23 +27,23 @@ struct Observations {
         bounds(columns(n, 2, boundsHome)),
         covariates(columns(n, raised(p), covariatesHome)),
         weights(view(n, 1, weightsHome)) {}
-  Changing times;
+  Column times;
   matrix status;
-  Changing bounds;
-  Changing covariates;
+  Column bounds;
+  Column covariates;
   matrix weights;
 
  private:
-  static Changing columns(int rows, int cols, double* home) {
-    if constexpr (std::is_same_v<Changing, Block>) {
+  static Column columns(int rows, int cols, double* home) {
+    if constexpr (std::is_same_v<Column, Block>) {
       return Block(rows, cols, home);
     } else {
       return view(rows, cols, home);
     }
   }
 };
-using Fixed = Observations<matrix>;
-using Changing = Observations<Block>;
+using Viewed = Observations<matrix>;
+using Copied = Observations<Block>;
 
 // What a fit leaves: the one column of a covariance is all that some entry points give back.
 struct Fit {
@@ -99,7 +99,7 @@ void Cpp_ComputeLogLikeDerivativesParam(double* times, int n, int p, int k, doub
                                         double* weights, int distribution, double* logLik,
                                         double* gradient, double* hessian) {
   const int m = parameterCount(p, k);
-  Fixed data(n, p, times, status, bounds, covariates, weights);
+  Viewed data(n, p, times, status, bounds, covariates, weights);
   Block parametersBlock(m, 1, parameters);
   Block gradientBlock(m, 1, gradient);
   Block hessianBlock(m, m, hessian);
@@ -117,7 +117,7 @@ int Cpp_OptimizeParamModel(double* times, int n, int p, int k, double* status, d
                            double* logLik0, double* gradient, double* hessian, double* covariance,
                            double* gradient0, double* hessian0, double* parameters) {
   const int m = parameterCount(p, k);
-  Fixed data(n, p, times, status, bounds, covariates, weights);
+  Viewed data(n, p, times, status, bounds, covariates, weights);
   Block initialBlock(m, 1, initialValues);
   // Callers of this one provide a single column for the covariance.
   Fit fit(m, 1, gradient, hessian, covariance, gradient0, hessian0, parameters);
@@ -139,7 +139,7 @@ int Cpp_Param_BackSelection(double* times, int n, int* p, int k, double* status,
                             double* gradient0, double* hessian0, double* selectionSteps,
                             int* selectionCount, int* selectionOrder) {
   const int m = parameterCount(*p, k);
-  Changing data(n, *p, times, status, bounds, covariates, weights);
+  Copied data(n, *p, times, status, bounds, covariates, weights);
   Block initialBlock(m, 1, initialValues);
   Fit fit(m, m, gradient, hessian, covariance, gradient0, hessian0, parameters);
   History history(*p, selectionSteps, selectionOrder);
@@ -163,7 +163,7 @@ int Cpp_Param_ForSelection(double* times, int n, int* p, int k, double* status, 
                            double* hessian, double* covariance, double* gradient0, double* hessian0,
                            double* selectionSteps, int* selectionCount, int* selectionOrder) {
   const int m = parameterCount(*p, k);
-  Changing data(n, *p, times, status, bounds, covariates, weights);
+  Copied data(n, *p, times, status, bounds, covariates, weights);
   Block initialBlock(m, 1, initialValues);
   Fit fit(m, m, gradient, hessian, covariance, gradient0, hessian0, parameters);
   History history(*p, selectionSteps, selectionOrder);
@@ -228,7 +228,7 @@ int Cpp_RunParamReg(double* times, int n, int p, int* nCovariatesOut, int k, dou
                     double* quantilesOut, double* selectionSteps, int* selectionCount,
                     int* selectionOrder) {
   const int m = parameterCount(p, k);
-  Changing data(n, p, times, status, bounds, covariates, weights);
+  Copied data(n, p, times, status, bounds, covariates, weights);
   Block initialBlock(m, 1, initialValues);
   Block parametersBlock(m, 1, parameters);
   Block statisticsBlock(7, 2, fitStatistics);
