@@ -1,0 +1,77 @@
+// The plain types that go into every statistic of the engine: spans into the caller's columns.
+// Nothing is owned, nothing is sorted beforehand, and no value is missing.
+#ifndef ENGINE_INPUT_H_
+#define ENGINE_INPUT_H_
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace survmeth::engine {
+
+// The response of n rows. A row is at risk in (entry, exit]; without entry from the beginning.
+struct Response {
+  std::span<const double> entry;         // n, entry < exit; or empty: everybody from the beginning
+  std::span<const double> exit;          // n, finite
+  std::span<const std::uint32_t> event;  // n; 0 censored, 1 the event, or causes 1 .. causes
+  std::uint32_t causes = 1;
+  std::size_t rows() const { return exit.size(); }
+};
+
+enum class WeightKind {
+  kFrequencies,  // a row of weight w stands for w rows: model-based variances hold
+  kSampling,     // inverse probabilities: only robust variances hold
+};
+
+// What a row carries besides its response. Empty spans: weight 1, offset 0, one stratum, every
+// row a cluster of its own.
+struct Rows {
+  std::span<const double> weight;  // n, finite, not negative
+  WeightKind weightKind = WeightKind::kFrequencies;
+  std::span<const double> offset;          // n, finite
+  std::span<const std::uint32_t> stratum;  // n, codes 0 .. strata - 1
+  std::size_t strata = 1;
+  std::span<const std::uint32_t> cluster;  // n, codes 0 .. clusters - 1
+  std::size_t clusters = 0;                // 0: no clusters
+};
+
+// The design: columns of n finite numbers, each with its name and its term (the columns of one
+// factor or one spline are one term).
+struct Design {
+  std::vector<std::span<const double>> columns;
+  std::vector<std::string> names;  // of the columns
+  std::vector<std::size_t> term;   // of each column: index into termNames
+  std::vector<std::string> termNames;
+  std::size_t rows() const { return columns.empty() ? 0 : columns.front().size(); }
+  std::size_t size() const { return columns.size(); }
+};
+
+// Input that cannot be analysed. The faces find the place: `role` is the member at fault ("exit",
+// "event", "weight", "column age"), `row` the row (from 0) where one row is, else kNoRow.
+class Refusal : public std::invalid_argument {
+ public:
+  static constexpr std::size_t kNoRow = static_cast<std::size_t>(-1);
+  Refusal(std::string role, std::size_t row, const std::string& text)
+      : std::invalid_argument(text), role_(std::move(role)), row_(row) {}
+  const std::string& role() const { return role_; }
+  std::size_t row() const { return row_; }
+
+ private:
+  std::string role_;
+  std::size_t row_;
+};
+
+// Why a result, or a part of it, does not exist: a code for programs, a sentence for people, and
+// the names it is about (columns, levels, groups).
+struct Outcome {
+  std::string code;  // "collinear", "separated", "noEvents", "notConverged"
+  std::string text;
+  std::vector<std::string> names;
+};
+
+}  // namespace survmeth::engine
+
+#endif  // ENGINE_INPUT_H_
