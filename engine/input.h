@@ -8,6 +8,7 @@
 #include <span>
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace survmeth::engine {
@@ -49,19 +50,49 @@ struct Design {
   std::size_t size() const { return columns.size(); }
 };
 
-// Input that cannot be analysed. The faces find the place: `role` is the member at fault ("exit",
-// "event", "weight", "column age"), `row` the row (from 0) where one row is, else kNoRow.
+// What a value means: of an option, of a column, of an argument that is refused.
+enum class Role {
+  kRequest,  // the request as a whole
+  kTime,     // exit, or the only time
+  kEntry,
+  kEvent,  // event, status, cause
+  kWeight,
+  kOffset,
+  kStrata,
+  kCluster,
+  kSubject,
+  kGroup,
+  kCovariate,  // a column of the design
+  kFirst,      // the two methods of a comparison, the first also where there is only one
+  kSecond,
+  kClass,  // what a marker is to tell
+  kMarker,
+  kLevel,    // of a label column: an event value, a reference, the positives
+  kFormula,  // names columns by itself
+  kValue,    // a number, a choice, a switch: nothing of the data
+};
+
+// Input that cannot be analysed. The faces find the place: which role is at fault, for roles of
+// several columns which of them, and which row (from 0), where it is one.
 class Refusal : public std::invalid_argument {
  public:
-  static constexpr std::size_t kNoRow = static_cast<std::size_t>(-1);
-  Refusal(std::string role, std::size_t row, const std::string& text)
-      : std::invalid_argument(text), role_(std::move(role)), row_(row) {}
-  const std::string& role() const { return role_; }
+  static constexpr std::size_t kNone = static_cast<std::size_t>(-1);
+  Refusal(Role role, std::size_t row, const std::string& text, std::size_t column = kNone,
+          std::string expected = {})
+      : std::invalid_argument(text),
+        role_(role),
+        row_(row),
+        column_(column),
+        expected_(std::move(expected)) {}
+  Role role() const { return role_; }
   std::size_t row() const { return row_; }
+  std::size_t column() const { return column_; }
+  const std::string& expected() const { return expected_; }  // may be empty
 
  private:
-  std::string role_;
-  std::size_t row_;
+  Role role_;
+  std::size_t row_, column_;
+  std::string expected_;
 };
 
 // Why a result, or a part of it, does not exist: a code for programs, a sentence for people, and

@@ -153,14 +153,17 @@ struct Data {
   std::size_t rowsRead = 0, rowsUsed = 0;
 };
 
+// The value of one option of a request.
+using Setting =
+    std::variant<bool, double, std::string, std::vector<double>, std::vector<std::string>>;
+
 struct Report {
   std::string analysis;  // "life"
   std::string title;     // "Survival by treatment"
   std::string summary;   // a sentence or two in plain words
   Data data;
-  // The normalised request: option names and values, so that the run can be repeated. Values are
-  // lists of texts as a command line would give them; a flag has none.
-  std::vector<std::pair<std::string, std::vector<std::string>>> plan;
+  // The normalised request: options and their values, so that the run can be repeated.
+  std::vector<std::pair<std::string, Setting>> plan;
   std::vector<Fact> facts;
   std::vector<Table> tables;
   std::vector<Figure> figures;
