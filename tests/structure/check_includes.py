@@ -2,89 +2,159 @@
 
     check_includes.py ROOT
 
-Each folder knows the folders that RULES names for it and itself; a rule that names files admits
-just those. tests/ and bench/ may include anything. The libraries include nothing from outside but
-the standard library. Ends with 1 when an include is reported.
+RULES names for each folder what it may include besides itself; a folder with sources that it does
+not name is reported. tests/ and bench/ may include anything. What is statistics includes nothing
+from outside but the standard library. The table of docs/architecture.md is held against the rules
+and against what the sources include. Ends with 1 when anything is reported.
 """
 
 import pathlib
 import re
 import sys
 
-ANY = re.compile(".*")
-# What a folder may include from the others.
+# What a folder, or a file with a rule of its own, may include: folders, or files and folders in
+# them. A rule may stand before its folder does.
 RULES = {
-    "Klikro": {},
-    "Dist": {},
-    "solver": {"Klikro": ANY},
-    "survival": {"Klikro": ANY, "Dist": ANY, "solver": ANY},
-    "analysis": {
-        "survival": re.compile(r"survival/survival\.h|survival/calls/\w+\.h"),
-        "Dist": re.compile(r"Dist/Dist"),
-    },
-    "cli": {"analysis": ANY},
-    "examples": {"survival": re.compile(r"survival/survival\.h")},
+    "numerics": [],
+    "Dist": ["numerics"],
+    "Klikro": ["numerics"],
+    "solver": ["Klikro", "numerics"],
+    "survival": ["Klikro", "solver", "Dist", "numerics"],
+    "engine/input.h": [],
+    "engine": ["numerics", "Dist"],
+    "frame": ["numerics"],
+    "model": ["frame", "engine/input.h", "numerics"],
+    "procedures": ["model", "engine", "numerics", "Dist"],
+    "report": [],
+    "analysis": ["report", "model", "frame", "engine", "procedures", "numerics", "Dist/Dist",
+                 "survival/survival.h", "survival/calls"],
+    "pictures": ["report"],
+    "cli": ["analysis", "report", "pictures"],
+    "python": ["analysis", "report"],
+    "web": ["analysis", "report"],
+    "examples": ["survival/survival.h"],
     "bench": None,
     "tests": None,
 }
-LIBRARIES = {"Klikro", "Dist", "solver", "survival"}
+FOLDERS = {rule.split("/")[0] for rule in RULES}
+STATISTICS = {"numerics", "Dist", "Klikro", "solver", "survival", "engine", "model", "procedures"}
 
 # A header of the C++ standard library, or one of C's for declarations that C reads too.
 STANDARD = re.compile(r"\w+|(float|limits|math|stdbool|stddef|stdint|wchar)\.h")
 
 INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]', re.MULTILINE)
-SOURCES = {"", ".c", ".cpp", ".h", ".hpp"}
+SUFFIXES = {".c", ".cc", ".cpp", ".h", ".hpp", ".inc"}
+
+PAGE = "docs/architecture.md"
+ROW = re.compile(r"^\| `([^`]+)` \| ([^|]+) \|", re.MULTILINE)
 
 
 def sources(folder):
     """The C and C++ files of a folder; the chief headers have no suffix."""
     return sorted(path for path in folder.rglob("*")
-                  if path.is_file() and path.suffix in SOURCES)
+                  if path.is_file() and path.suffix in SUFFIXES | {""})
 
 
-def refusal(folder, source, quote, include):
-    """Why `source` of the top folder `folder` may not have this include, or None."""
-    target = include.split("/")[0]
-    if quote == '"' and target not in RULES and (source.parent / include).is_file():
-        if ".." in pathlib.PurePath(include).parts:
-            return "goes up by a relative path"
-        return None
-    if target in RULES and "/" in include:
-        if target == folder:
+def rule_of(path):
+    """The rule that a file follows: one of its own, or its folder's."""
+    return path if path in RULES else path.split("/")[0]
+
+
+def covers(entry, path):
+    return path == entry or path.startswith(entry + "/")
+
+
+def refusal(root, path, quote, include):
+    """Why the source at `path` may not have this include, or None."""
+    rule, target = rule_of(path), include.split("/")[0]
+    beside = (root / path).parent / include
+    if quote == '"' and target not in FOLDERS and beside.is_file():
+        return "goes up by a relative path" if ".." in pathlib.PurePath(include).parts else None
+    if target in FOLDERS and "/" in include:
+        entries = [entry for entry in RULES[rule] + [rule] if entry.split("/")[0] == target]
+        if any(covers(entry, include) for entry in entries):
             return None
-        allowed = RULES[folder].get(target)
-        if allowed is None:
-            return f"{folder} does not know {target}"
-        if not allowed.fullmatch(include):
-            return f"{folder} knows {target} only by its chief headers"
-        return None
-    if folder in LIBRARIES and (quote == '"' or not STANDARD.fullmatch(include)):
-        return f"{folder} uses nothing but the standard library"
+        if not entries or entries == [rule]:
+            return f"{rule} does not know {target}"
+        return f"{rule} knows of {target} only {', '.join(entries)}"
+    if path.split("/")[0] in STATISTICS and (quote == '"' or not STANDARD.fullmatch(include)):
+        return f"{path.split('/')[0]} uses nothing but the standard library"
     return None
 
 
-def check(root):
-    """One line for each include against the rules, and how many sources were read."""
-    reports, read = [], 0
-    for folder, rules in RULES.items():
-        if rules is None:
+def includes(root):
+    """For every source that a rule binds, by its path: line, quote and file of its includes."""
+    found = {}
+    for folder in sorted(FOLDERS):
+        if RULES.get(folder) is None:
             continue
         for source in sources(root / folder):
-            read += 1
             text = source.read_text(encoding="utf-8")
-            for match in INCLUDE.finditer(text):
-                why = refusal(folder, source, *match.groups())
-                if why:
-                    line = text.count("\n", 0, match.start(2)) + 1
-                    reports.append(f"{source.relative_to(root)}:{line}: {match[2]}: {why}")
-    return reports, read
+            found[source.relative_to(root).as_posix()] = [
+                (text.count("\n", 0, match.start(2)) + 1, *match.groups())
+                for match in INCLUDE.finditer(text)]
+    return found
+
+
+def strangers(root):
+    """One line for each folder with sources that no rule names, and each source outside folders."""
+    reports = []
+    for path in sorted(root.iterdir()):
+        if path.is_file() and path.suffix in SUFFIXES:
+            reports.append(f"{path.name}: a source outside the folders")
+        if path.name in FOLDERS | {"build"} or path.name.startswith(".") or not path.is_dir():
+            continue
+        if any(source.suffix or INCLUDE.search(source.read_text(encoding="utf-8", errors="replace"))
+               for source in sources(path)):
+            reports.append(f"{path.name}: no rule for this folder")
+    return reports
+
+
+def check(root):
+    """One line for each thing against the rules, and how many sources were read."""
+    found, reports = includes(root), strangers(root)
+    for path, includes_of_one in found.items():
+        for line, quote, include in includes_of_one:
+            why = refusal(root, path, quote, include)
+            if why:
+                reports.append(f"{path}:{line}: {include}: {why}")
+    return reports, len(found)
+
+
+def check_table(root):
+    """One line for each place where the page's table is not what the tree is."""
+    used = {}
+    for path, includes_of_one in includes(root).items():
+        used.setdefault(rule_of(path), set()).update(
+            entry for entry in RULES[rule_of(path)] for _, _, include in includes_of_one
+            if covers(entry, include))
+    rows = {name.rstrip("/"): knows
+            for name, knows in ROW.findall((root / PAGE).read_text(encoding="utf-8"))}
+    reports = []
+    for rule in RULES:
+        name = rule if "." in rule else rule + "/"
+        if rule not in used:
+            if rule in rows:
+                reports.append(f"{PAGE}: a row for {name}, which has no sources")
+            continue
+        if rule not in rows:
+            reports.append(f"{PAGE}: no row for {name}")
+            continue
+        named = set() if rows[rule] == "nobody" else set(rows[rule].replace("`", "").split(", "))
+        reports += [f"{PAGE}: the row of {name} lacks {entry}"
+                    for entry in sorted(used[rule] - named)]
+        reports += [f"{PAGE}: the row of {name} names {entry}, which the rules do not"
+                    for entry in sorted(named - set(RULES[rule]))]
+    return reports
 
 
 def main():
-    reports, read = check(pathlib.Path(sys.argv[1]).resolve())
+    root = pathlib.Path(sys.argv[1]).resolve()
+    reports, read = check(root)
+    reports += check_table(root)
     for report in reports:
         print(report)
-    print(f"{read} sources read, {len(reports)} includes against the rules")
+    print(f"{read} sources read, {len(reports)} reports")
     return 1 if reports or read == 0 else 0
 
 
