@@ -74,6 +74,12 @@ class RankCounts {
 
 }  // namespace
 
+std::vector<bool> varyWithinStrata(const CoxRows& rows) {
+  std::vector<bool> vary;
+  for (const std::vector<double>& column : withinStrata(rows)) vary.push_back(!column.empty());
+  return vary;
+}
+
 void requireIndependence(const CoxRows& rows) {
   std::vector<std::vector<double>> columns = withinStrata(rows);
   std::vector<std::string> constant;

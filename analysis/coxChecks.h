@@ -17,6 +17,9 @@ struct CoxRows {
   std::vector<std::vector<double>> x;  // columns
 };
 
+// Which covariates vary within some stratum; the others have no coefficient. Cost O(n p).
+std::vector<bool> varyWithinStrata(const CoxRows& rows);
+
 // Throws NoSuchModel for covariates without variation within strata, or that depend linearly on
 // others: the column with most left that is independent is taken first, and its direction removed
 // from the others. Cost O(n p^2).

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <limits>
 #include <numeric>
+#include <utility>
 
 #include "Dist/Dist"
 #include "analysis/coxChecks.h"
@@ -39,6 +40,7 @@ class Regression {
   explicit Regression(const CoxRequest& request) : request_(request) {
     checkRequest();
     sortRows();
+    leaveOutConstant();
     standardize();
   }
 
@@ -47,11 +49,6 @@ class Regression {
     model.n = rows_.time.size();
     model.events =
         static_cast<std::size_t>(std::accumulate(rows_.event.begin(), rows_.event.end(), 0.0));
-    if (rows_.x.size() > model.events) {
-      throw NoSuchModel(std::to_string(rows_.x.size()) + " covariates and only " +
-                        std::to_string(model.events) + (model.events == 1 ? " event" : " events") +
-                        ": there is no model with more covariates than events");
-    }
     requireIndependence(rows_);
     requireOverlap(rows_);
     std::vector<std::size_t> columns(rows_.x.size());
@@ -130,6 +127,23 @@ class Regression {
       for (int i = 0; i < n; ++i) column[i] = covariate.values[place_[i]];
       rows_.x.push_back(std::move(column));
     }
+  }
+
+  // The model is that of the covariates that vary. Without any, all stay for the checks to name.
+  void leaveOutConstant() {
+    const std::vector<bool> vary = varyWithinStrata(rows_);
+    constant_.assign(vary.size(), false);
+    if (std::find(vary.begin(), vary.end(), true) == vary.end()) return;
+    std::size_t left = 0;
+    for (std::size_t j = 0; j < vary.size(); ++j) {
+      constant_[j] = !vary[j];
+      if (constant_[j]) continue;
+      std::swap(rows_.names[left], rows_.names[j]);
+      std::swap(rows_.x[left], rows_.x[j]);
+      ++left;
+    }
+    rows_.names.resize(left);
+    rows_.x.resize(left);
   }
 
   // The entry points take exp of the linear predictor and drop small risk sums: columns go in
@@ -232,6 +246,7 @@ class Regression {
       model.coefficients.push_back(c);
       model.centre.push_back(centre_[columns[j]]);
     }
+    listConstant(columns, model);
     CoxTest* const tests[] = {&model.likelihoodRatio, &model.score, &model.wald};
     for (int t = 0; t < 3; ++t) *tests[t] = {fit.tests[3 + t], fit.tests[t], fit.tests[6 + t]};
     model.logLikNull = -fit.criteria[2] / 2;
@@ -247,6 +262,22 @@ class Regression {
     model.concordance = concordance(rows_, score);
     if (request_.baseline) describeBaseline(fit, model);
     if (request_.residuals) describeResiduals(columns, fit, model);
+  }
+
+  // Puts the covariates that are constant in their places among the coefficients.
+  void listConstant(const std::vector<std::size_t>& columns, CoxModel& model) const {
+    std::size_t varying = 0, at = 0;
+    for (std::size_t j = 0; j < constant_.size(); ++j) {
+      if (constant_[j]) {
+        const auto place = static_cast<std::ptrdiff_t>(at++);
+        model.coefficients.insert(
+            model.coefficients.begin() + place,
+            {request_.covariates[j].name, true, kNan, kNan, kNan, kNan, kNan, kNan, kNan});
+        model.centre.insert(model.centre.begin() + place, kNan);
+      } else if (std::find(columns.begin(), columns.end(), varying++) != columns.end()) {
+        ++at;
+      }
+    }
   }
 
   void describeBaseline(const Fit& fit, CoxModel& model) const {
@@ -268,7 +299,11 @@ class Regression {
     const std::size_t n = rows_.time.size();
     model.martingale.assign(n, kNan);
     model.deviance.assign(n, kNan);
-    model.schoenfeld.assign(columns.size(), std::vector<double>(n, kNan));
+    model.schoenfeld.assign(model.coefficients.size(), std::vector<double>(n, kNan));
+    std::vector<std::size_t> places;  // of the fitted coefficients
+    for (std::size_t j = 0; j < model.coefficients.size(); ++j) {
+      if (!model.coefficients[j].constant) places.push_back(j);
+    }
     for (std::size_t i = 0; i < n; ++i) {
       const std::size_t row = place_[i];
       const double deviance = fit.residuals[3 * n + i];
@@ -277,13 +312,14 @@ class Regression {
       model.deviance[row] = deviance > -1.797e308 ? deviance : rows_.event[i] == 0 ? 0 : INFINITY;
       if (rows_.event[i] == 0) continue;
       for (std::size_t j = 0; j < columns.size(); ++j) {
-        model.schoenfeld[j][row] = fit.residuals[(4 + j) * n + i] * spread_[columns[j]];
+        model.schoenfeld[places[j]][row] = fit.residuals[(4 + j) * n + i] * spread_[columns[j]];
       }
     }
   }
 
   const CoxRequest& request_;
   CoxRows rows_;
+  std::vector<bool> constant_;      // of each covariate in the request; the others are in rows_.x
   std::vector<std::size_t> place_;  // in the data, of each sorted row
   std::vector<double> sizes_, centre_, spread_;
   std::vector<int> distinct_, censored_, groupStart_, groupSize_, groupEvents_;

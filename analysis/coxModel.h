@@ -32,8 +32,10 @@ struct CoxRequest {
   bool residuals = false;
 };
 
+// A covariate that does not vary within any stratum has no coefficient: every number is NaN.
 struct CoxCoefficient {
   std::string name;
+  bool constant = false;
   double coef = 0, se = 0, z = 0, p = 0;
   double hazardRatio = 0, lower = 0, upper = 0;
 };
@@ -54,18 +56,19 @@ struct CoxBaseline {
 
 struct CoxModel {
   std::size_t n = 0, events = 0;
-  std::vector<CoxCoefficient> coefficients;  // of the covariates that are left, in their order
-  CoxTest likelihoodRatio, score, wald;      // of all coefficients being 0
+  // Of the covariates that are left and of those that are constant, in the request's order.
+  std::vector<CoxCoefficient> coefficients;
+  CoxTest likelihoodRatio, score, wald;  // of all coefficients being 0
   double logLikNull = 0, logLik = 0;
   int iterations = 0;
   // Harrell's: of the pairs within strata whose order is known, the share in which the higher risk
   // fails first; equal risks count a half. NaN without such a pair.
   double concordance = 0;
   std::vector<CoxRemoval> removed;  // in order
-  std::vector<double> centre;       // mean of each covariate that is left
+  std::vector<double> centre;       // mean of each coefficient's covariate; NaN: constant
   std::vector<CoxBaseline> baseline;
   // In the order of the data. Schoenfeld residuals: one vector for each coefficient, NaN in rows
-  // that are not events.
+  // that are not events and where the covariate is constant.
   std::vector<double> martingale, deviance;
   std::vector<std::vector<double>> schoenfeld;
 };
@@ -79,9 +82,10 @@ class NoSuchModel : public std::runtime_error {
 // Cox regression with Breslow's treatment of tied times.
 //
 // Throws InvalidRequest for columns of different length, no covariate, fewer than two rows, no
-// event; NoSuchModel for a covariate without variation (within strata), covariates that depend on
-// others linearly, more covariates than events, a covariate that separates the events from those
-// at risk, estimates that run away, iterations that do not converge.
+// event; NoSuchModel where no covariate varies (within strata), for covariates that depend on
+// others linearly, a covariate that separates the events from those at risk, estimates that run
+// away, iterations that do not converge.
+// Edge more covariates than events: fitted if there is a maximum, which is then a matter of luck
 // Cost O(g n p^2) for each iteration, g the number of distinct times.
 // Source Cox, J R Stat Soc B 34 (1972) 187-220; Breslow, Biometrics 30 (1974) 89-99;
 //        Harrell et al., Stat Med 15 (1996) 361-387 (concordance)

@@ -61,8 +61,8 @@ std::deque<std::vector<double>> designOf(const Table& table, std::size_t firstCo
       if (levels.counts[level] > 0) present.push_back(level);
     }
     if (present.size() < 2) {
-      throw problemAt({table.source, 0, column.name}, "all rows have the same value",
-                      "a covariate that varies");
+      covariates.push_back({column.name, made.emplace_back(table.rows, 0.0)});
+      continue;
     }
     constexpr std::size_t kMostLevels = 100;
     if (present.size() > kMostLevels) {
@@ -79,6 +79,19 @@ std::deque<std::vector<double>> designOf(const Table& table, std::size_t firstCo
     }
   }
   return made;
+}
+
+void addModelNotes(const survmeth::CoxModel& model, bool strata, Session& session) {
+  std::size_t asked = model.removed.size();
+  for (const survmeth::CoxCoefficient& c : model.coefficients) {
+    asked += c.constant ? 0 : 1;
+    if (!c.constant) continue;
+    session.note("the covariate " + quote(c.name) + " does not vary" +
+                 (strata ? " within any stratum" : "") + " and has no coefficient");
+  }
+  if (asked <= model.events) return;
+  session.note("there are more covariates than events (" + grouped(asked) + " and " +
+               grouped(model.events) + "): the estimates are unreliable");
 }
 
 void run(const Options& options, Session& session) {
@@ -132,6 +145,7 @@ void run(const Options& options, Session& session) {
   } catch (const survmeth::InvalidRequest& refused) {
     throw problemAt({table.source, 0, ""}, refused.what());
   }
+  addModelNotes(report.model, report.stratumNames.size() > 1, session);
   if (!options.residuals.empty()) {
     session.output.file(options.residuals, coxResiduals(table, report));
   }

@@ -25,7 +25,8 @@ Json testJson(const CoxTest& test) {
 std::string centreText(const CoxModel& model) {
   std::string text;
   for (std::size_t j = 0; j < model.centre.size(); ++j) {
-    text += (j > 0 ? ", " : "") + model.coefficients[j].name + " " + brief(model.centre[j]);
+    if (model.coefficients[j].constant) continue;
+    text += (text.empty() ? "" : ", ") + model.coefficients[j].name + " " + brief(model.centre[j]);
   }
   return text;
 }
@@ -157,7 +158,8 @@ std::string coxBaseline(const CoxReport& report) {
 
 std::string coxPlot(const std::string& file, const CoxReport& report) {
   const Picture picture = pictureOf(file);
-  const std::vector<CoxCoefficient>& rows = report.model.coefficients;
+  std::vector<CoxCoefficient> rows = report.model.coefficients;
+  std::erase_if(rows, [](const CoxCoefficient& c) { return c.constant; });
   const int count = static_cast<int>(rows.size());
   double least = 1, most = 1;
   for (const CoxCoefficient& c : rows) {

@@ -210,7 +210,7 @@ std::string refusal(const Data& data) {
   return "";
 }
 
-TEST(CoxModel, NamesAConstantCovariate) {
+TEST(CoxModel, NamesAConstantCovariateThatIsAlone) {
   EXPECT_EQ(refusal(small({2, 2, 2, 2, 2, 2})), "the covariate \"x\" does not vary");
 }
 
@@ -238,12 +238,74 @@ TEST(CoxModel, NamesACovariateThatSeparates) {
   EXPECT_EQ(refusal(small({9, 8, 1, 7, 5, 4})), "");
 }
 
-TEST(CoxModel, RefusesMoreCovariatesThanEvents) {
+TEST(CoxModel, MoreCovariatesThanEventsAreFittedWhereThereIsAMaximum) {
+  // The one event stands in the middle of the other four at risk: by symmetry both coefficients
+  // are 0. Each covariate's variance over the five at risk is 2/5, the covariance is 0.
+  Data data;
+  data.time = {1, 2, 3, 4, 5};
+  data.event = {1, 0, 0, 0, 0};
+  data.x = {{"x", {0, 1, -1, 0, 0}}, {"y", {0, 0, 0, 1, -1}}};
+  const CoxModel model = survmeth::coxModel(data.request());
+  ASSERT_EQ(model.coefficients.size(), 2u);
+  for (const survmeth::CoxCoefficient& c : model.coefficients) {
+    EXPECT_NEAR(c.coef, 0, 1e-12);                 // a sum of five terms of size 1
+    EXPECT_NEAR(c.se / std::sqrt(2.5), 1, 1e-12);  // likewise, relative
+  }
+  EXPECT_NEAR(model.logLik / -std::log(5), 1, 1e-12);
+}
+
+TEST(CoxModel, ListsAConstantCovariateWithoutCoefficientAndFitsTheOthers) {
   Data data = small({1, 5, 2, 6, 3, 4});
-  data.event = {0, 1, 0, 0, 0, 0};
-  data.x.push_back({"y", {3, 1, 1, 3, 1, 2}});
-  EXPECT_NE(refusal(data).find("2 covariates and only 1 event:"), std::string::npos)
-      << refusal(data);
+  data.x.push_back({"y", {2, 1, 1, 3, 1, 2}});
+  CoxRequest alone = data.request();
+  alone.baseline = alone.residuals = true;
+  const CoxModel without = survmeth::coxModel(alone);
+  Data more = data;
+  more.x.insert(more.x.begin(), {"first", {7, 7, 7, 7, 7, 7}});
+  more.x.insert(more.x.begin() + 2, {"middle", {0, 0, 0, 0, 0, 0}});
+  CoxRequest request = more.request();
+  request.baseline = request.residuals = true;
+  const CoxModel with = survmeth::coxModel(request);
+
+  ASSERT_EQ(with.coefficients.size(), 4u);
+  ASSERT_EQ(with.centre.size(), 4u);
+  ASSERT_EQ(with.schoenfeld.size(), 4u);
+  const std::vector<std::string> names = {"first", "x", "middle", "y"};
+  for (std::size_t j = 0; j < 4; ++j) {
+    const survmeth::CoxCoefficient& c = with.coefficients[j];
+    EXPECT_EQ(c.name, names[j]);
+    EXPECT_EQ(c.constant, j % 2 == 0);
+    if (!c.constant) continue;
+    for (const double value : {c.coef, c.se, c.z, c.p, c.hazardRatio, c.lower, c.upper}) {
+      EXPECT_TRUE(std::isnan(value));
+    }
+    EXPECT_TRUE(std::isnan(with.centre[j]));
+    for (const double residual : with.schoenfeld[j]) EXPECT_TRUE(std::isnan(residual));
+  }
+  for (std::size_t j = 0; j < 2; ++j) {
+    EXPECT_EQ(with.coefficients[2 * j + 1].coef, without.coefficients[j].coef);
+    EXPECT_EQ(with.coefficients[2 * j + 1].se, without.coefficients[j].se);
+    EXPECT_EQ(with.centre[2 * j + 1], without.centre[j]);
+    for (std::size_t i = 0; i < 6; ++i) {
+      if (data.event[i] == 0) continue;
+      EXPECT_EQ(with.schoenfeld[2 * j + 1][i], without.schoenfeld[j][i]);
+    }
+  }
+  EXPECT_EQ(with.likelihoodRatio.degreesOfFreedom, 2);
+  EXPECT_EQ(with.martingale, without.martingale);
+}
+
+TEST(CoxModel, ConstantCovariatesKeepTheirPlaceAmongThoseLeftByRemoval) {
+  Data data = small({1, 5, 2, 6, 3, 4});
+  data.x.push_back({"c", {1, 1, 1, 1, 1, 1}});
+  data.x.push_back({"y", {2, 1, 1, 3, 1, 2}});
+  CoxRequest request = data.request();
+  request.removeAt = 1e-9;
+  const CoxModel model = survmeth::coxModel(request);
+  ASSERT_EQ(model.removed.size(), 1u);
+  ASSERT_EQ(model.coefficients.size(), 2u);
+  EXPECT_EQ(model.coefficients[0].constant, model.removed[0].name == "x");
+  EXPECT_EQ(model.coefficients[1].constant, model.removed[0].name == "y");
 }
 
 TEST(CoxModel, NamesAnEstimateThatRunsAwayInCombination) {
