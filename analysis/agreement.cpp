@@ -25,8 +25,6 @@ AgreementResult agreement(const AgreementRequest& request) {
     throw InvalidRequest("second", "the two methods have different numbers of values");
   }
   if (request.first.size() < 3) throw InvalidRequest("first", "fewer than three pairs");
-  requireSpread(request.first, "first");
-  requireSpread(request.second, "second");
 
   const std::size_t n = request.first.size();
   AgreementResult result;

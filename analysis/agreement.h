@@ -42,7 +42,7 @@ struct AgreementResult {
 void requireSpread(std::span<const double> column, const std::string& member);
 
 // Bland-Altman agreement. Throws InvalidRequest for columns of different length, fewer than three
-// pairs, a column without spread. Cost O(n).
+// pairs. A column of one value, such as an assigned one, is a method like any other. Cost O(n).
 // Source Bland & Altman, Lancet 1 (1986) 307-310; Stat Methods Med Res 8 (1999) 135-160
 AgreementResult agreement(const AgreementRequest& request);
 

@@ -157,10 +157,14 @@ Comparison compareCurves(const std::vector<SurvivalCurve>& curves) {
     return comparison;
   }
   std::vector<double> times = eventTimes(curves);
+  if (times.empty()) {
+    comparison.reason = "there is no event";
+    return comparison;
+  }
   std::vector<const SurvivalCurve*> included;
   for (std::size_t g = 0; g < curves.size(); ++g) {
     // At risk at an event time: still there at the first one.
-    comparison.included[g] = !times.empty() && curves[g].time.back() >= times.front();
+    comparison.included[g] = curves[g].time.back() >= times.front();
     if (comparison.included[g]) included.push_back(&curves[g]);
   }
   if (included.size() < 2) {

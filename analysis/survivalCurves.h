@@ -73,7 +73,7 @@ struct CurveResult {
 };
 
 // In   data     see SurvivalData and Tally for what is refused (InvalidRequest)
-// Edge all rows events, all rows of a group censored: valid; one group: no test
+// Edge all rows events, all rows censored: valid; one group or no event: no test
 // Cost O(n log n), about 200 bytes a row while it works, 64 bytes a distinct time in the result
 // Source Kaplan & Meier, JASA 53 (1958) 457-481; Greenwood (1926); Brookmeyer & Crowley,
 //        Biometrics 38 (1982) 29-41 (median); Tarone & Ware, Biometrika 64 (1977) 156-160

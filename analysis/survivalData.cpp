@@ -26,7 +26,6 @@ void checkShape(const SurvivalData& data) {
 }
 
 void checkValues(const SurvivalData& data) {
-  bool anyEvent = false;
   for (std::size_t i = 0; i < data.time.size(); ++i) {
     if (!std::isfinite(data.time[i]) || data.time[i] < 0) {
       throw InvalidRequest("time", "a time is negative or not finite", i);
@@ -38,9 +37,7 @@ void checkValues(const SurvivalData& data) {
     if (!data.group.empty() && data.group[i] >= data.groups) {
       throw InvalidRequest("group", "a group code is out of range", i);
     }
-    anyEvent = anyEvent || (data.event[i] != 0 && weight > 0);
   }
-  if (!anyEvent) throw InvalidRequest("event", "there is no event");
 }
 
 }  // namespace

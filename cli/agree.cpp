@@ -1,6 +1,7 @@
 #include "cli/agree.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <cmath>
 #include <memory>
 #include <span>
@@ -203,7 +204,15 @@ void runAgreement(Session& session, const Options& o) {
                                   .alpha = o.alpha});
   } catch (const survmeth::InvalidRequest& refused) {
     throw problemAt({table.source, 0, refused.member() == "second" ? o.second : o.first},
-                    refused.what(), "at least three pairs of values that differ");
+                    refused.what(), "at least three pairs with a difference");
+  }
+  for (std::size_t c = 0; c < 2; ++c) {
+    const std::vector<double>& values = table.columns[c].numbers;
+    if (std::find_if(values.begin(), values.end(), [&](double v) { return v != values[0]; }) ==
+        values.end()) {
+      session.note("every value of " + quote(table.columns[c].name) + " is " + brief(values[0]) +
+                   ": agreement is judged at that value only");
+    }
   }
   if (result.excluded > 0) {
     session.note(counted(result.excluded, "pair has", "pairs have") +

@@ -129,14 +129,12 @@ std::vector<std::size_t> eventOption(const Options& o, const Table& table,
     types.push_back(i);
     names.push_back(report.status.labels[i]);
   }
-  if (types.empty()) {
-    throw problemAt(place, "no row is an event", "at least one event among the complete rows");
-  }
   if (o.event.empty()) return types;
   const std::optional<std::size_t> wanted = find(report.status, o.event);
   if (!wanted) {
     throw problemAt(place, "no row holds " + quote(o.event),
-                    "one of " + nearestFirst(o.event, names) + " in --event");
+                    names.empty() ? "a type of event; every row is censored"
+                                  : "one of " + nearestFirst(o.event, names) + " in --event");
   }
   if (wanted == report.censored) {
     throw problemAt(place, quote(o.event) + " is the code of the censored",
@@ -161,6 +159,7 @@ GrayReport analyse(const Options& o, const Table& table, Session& session) {
                     "2 to " + std::to_string(kMostGroups) + " groups");
   }
   if (!report.censored) session.note("no row is censored");
+  if (types.empty()) session.note("no row is an event: there is nothing to test");
   if (report.status.labels.size() - (report.censored ? 1 : 0) == 1) {
     session.note("there is only one type of event: nothing competes with it");
   }
@@ -223,6 +222,7 @@ std::string textOf(const Options& o, const Table& table, const GrayReport& repor
   }
   counts.row(all);
   text += counts.text() + "\nEqual cumulative incidence?\n";
+  if (report.tests.empty()) return text + "No test exists: no row is an event.\n";
   TextTable tests({{"event"}, {"chi-square", kRight}, {"df", kRight}, {"p-value", kRight}});
   std::string reasons;
   for (const Test& test : report.tests) {

@@ -146,8 +146,7 @@ void check(const Input& input, Session& session) {
     }
   }
   if (!(events > 0)) {
-    throw problemAt({source, 0, input.event->name}, "no row is an event",
-                    "at least one event among the complete rows");
+    session.note("no row is an event: the curves stay at 1 and there is no median");
   }
   if (events == total) session.note("every row is an event, none is censored");
   if (!whole) session.note("weights are not all whole numbers; they are taken as frequencies");

@@ -22,8 +22,8 @@ std::string probability(double value) { return fixed(value, kSurvivalDecimals); 
 std::string heading(const LifeReport& report) {
   std::string text =
       underlined("Survival in " + report.source + ", " + counted(report.rows, "row", "rows"));
-  std::string columns =
-      "time: " + report.time + "; event: " + report.event + " = " + report.eventLabels;
+  std::string columns = "time: " + report.time + "; event: " + report.event +
+                        (report.eventLabels.empty() ? " (none)" : " = " + report.eventLabels);
   if (!report.group.empty()) columns += "; group: " + report.group;
   if (!report.weight.empty()) columns += "; weight: " + report.weight;
   return text + printable(columns) + "\n\n";

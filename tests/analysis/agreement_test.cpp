@@ -48,11 +48,27 @@ TEST(Agreement, PairsWithoutARatioAreCounted) {
 }
 
 TEST(Agreement, RefusesWhatHasNoAnswer) {
-  const std::vector<double> x = {1, 2, 3}, same = {2, 2, 2}, two = {1, 2};
+  const std::vector<double> x = {1, 2, 3}, two = {1, 2};
   EXPECT_THROW(survmeth::agreement({.first = x, .second = two}), InvalidRequest);
   EXPECT_THROW(survmeth::agreement({.first = two, .second = two}), InvalidRequest);
-  EXPECT_THROW(survmeth::agreement({.first = x, .second = same}), InvalidRequest);
-  EXPECT_THROW(survmeth::agreement({.first = same, .second = x}), InvalidRequest);
+}
+
+TEST(Agreement, AMethodIsComparedWithAnAssignedValue) {
+  // Differences -1, 0, 4: mean 1, squares around it 4 + 1 + 9 = 14, sd sqrt(14 / 2).
+  const std::vector<double> assigned = {5, 5, 5}, x = {4, 5, 9};
+  const auto result = survmeth::agreement({.first = assigned, .second = x});
+  EXPECT_DOUBLE_EQ(result.bias.value, 1);
+  EXPECT_NEAR(result.sd / std::sqrt(7.0), 1, 1e-14);  // a few roundings
+  const auto turned = survmeth::agreement({.first = x, .second = assigned});
+  EXPECT_DOUBLE_EQ(turned.bias.value, -1);
+}
+
+TEST(Agreement, TwoAssignedValuesDifferByTheSameInEveryPair) {
+  const std::vector<double> five = {5, 5, 5}, seven = {7, 7, 7};
+  const auto result = survmeth::agreement({.first = five, .second = seven});
+  EXPECT_EQ(result.bias.value, 2);
+  EXPECT_EQ(result.sd, 0);
+  EXPECT_EQ(result.upperLimit.value, 2);
 }
 
 TEST(Repeatability, IsTheWithinSubjectMeanSquare) {

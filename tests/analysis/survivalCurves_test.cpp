@@ -237,6 +237,27 @@ TEST(SurvivalCurves, OneRowInEachGroupIsEnough) {
   EXPECT_EQ(result.curves[1].survival, (std::vector<double>{1}));
 }
 
+TEST(SurvivalCurves, WithoutAnEventTheCurvesStayAtOneAndThereIsNoTest) {
+  Columns columns = oneGroup({1, 2, 3, 3}, {0, 0, 0, 0});
+  columns.group = {0, 1, 0, 1};
+  columns.groups = 2;
+  const CurveResult result = run(columns);
+  for (const SurvivalCurve& curve : result.curves) {
+    EXPECT_EQ(curve.survival, std::vector<double>(curve.time.size(), 1.0));
+    EXPECT_EQ(curve.events, 0);
+    EXPECT_EQ(curve.censored, 2);
+    EXPECT_TRUE(std::isnan(curve.median.value));
+  }
+  EXPECT_EQ(result.comparison.reason, "there is no event");
+  EXPECT_TRUE(std::isnan(result.comparison[CurveTest::kLogRank].pValue));
+}
+
+TEST(SurvivalCurves, AnEventOfWeightZeroIsNone) {
+  Columns columns = oneGroup({1, 2, 3}, {1, 0, 1});
+  columns.weight = {0, 1, 0};
+  EXPECT_EQ(run(columns).curves[0].survival, (std::vector<double>{1}));
+}
+
 // A refused request: "member" or "member index".
 std::string refusal(const Columns& columns, double alpha = 0.05) {
   try {
@@ -264,8 +285,6 @@ TEST(SurvivalCurves, RefusalsPointAtTheDataAtFault) {
   EXPECT_EQ(refusal(changed([](Columns& c) { c.time[1] = -1; })), "time 1");
   EXPECT_EQ(refusal(changed([](Columns& c) { c.time[2] = kNone; })), "time 2");
   EXPECT_EQ(refusal(changed([](Columns& c) { c.time[0] = kInfinity; })), "time 0");
-  EXPECT_EQ(refusal(changed([](Columns& c) { c.event = {0, 0, 0}; })), "event");
-  EXPECT_EQ(refusal(changed([](Columns& c) { c.weight = {0, 1, 0}; })), "event");
   EXPECT_EQ(refusal(changed([](Columns& c) { c.weight = {1, -1, 1}; })), "weight 1");
   EXPECT_EQ(refusal(changed([](Columns& c) { c.weight = {1, 1, kNone}; })), "weight 2");
   EXPECT_EQ(refusal(changed([](Columns& c) { c.weight = {kInfinity, 1, 1}; })), "weight 0");
