@@ -41,10 +41,10 @@ struct Column {
   }
 };
 
-// Columns that own what they are made of.
+// Columns that own what they are made of; missing cells are NaN and Column::kMissing.
 Column numberColumn(std::string name, std::vector<double> numbers);
-Column factorColumn(std::string name, std::vector<std::uint32_t> codes,
-                    std::vector<std::string> levels);
+Column labelColumn(std::string name, Type type, std::vector<std::uint32_t> codes,
+                   std::vector<std::string> levels);
 
 // From rows of a frame to lines of the file they came from: (row, line) wherever the line is not
 // that of the row before plus one.
@@ -62,8 +62,11 @@ struct Frame {
   std::size_t rowsRead = 0;  // in the source, before any were left out
   LineMap lines;
 
-  // The column, or nullptr. O(columns).
+  // The column, or nullptr. One that is wanted both as numbers and as labels stands there twice.
+  // Cost O(columns).
   const Column* find(std::string_view name) const;
+  const Column* numbers(std::string_view name) const;
+  const Column* labels(std::string_view name) const;
 };
 
 }  // namespace survmeth::frame

@@ -97,17 +97,4 @@ std::string pValue(double p) {
   return p < 0.001 ? fixed(p, 5) : fixed(p, 4);
 }
 
-std::string grouped(std::size_t count) {
-  std::string digits = std::to_string(count);
-  for (std::size_t at = digits.size(); at > 3;) {
-    at -= 3;
-    digits.insert(at, 1, ',');
-  }
-  return digits;
-}
-
-std::string counted(std::size_t count, std::string_view one, std::string_view many) {
-  return (grouped(count) + ' ').append(count == 1 ? one : many);
-}
-
 }  // namespace cli

@@ -10,6 +10,8 @@
 #include <string>
 #include <string_view>
 
+#include "text/words.h"
+
 namespace cli {
 
 // The number that the whole of `text` spells (decimal, a leading + allowed, no locale), else
@@ -32,11 +34,8 @@ std::string brief(double value, int digits = 6);
 // 0.0312; 0.00024 below 0.001; 4.2e-05 below 0.0001.
 std::string pValue(double p);
 
-// 1,234,567 -> "1,234,567".
-std::string grouped(std::size_t count);
-
-// "1 row", "3 rows".
-std::string counted(std::size_t count, std::string_view one, std::string_view many);
+using survmeth::text::counted;
+using survmeth::text::grouped;
 
 }  // namespace cli
 

@@ -13,6 +13,8 @@
 #include <string_view>
 #include <vector>
 
+#include "text/words.h"
+
 namespace cli {
 
 enum ExitCode {
@@ -41,13 +43,8 @@ struct Place {
 // "source, line 12, column "weeks": what; expected expected", without the parts that are empty.
 Problem problemAt(const Place& place, std::string_view what, std::string_view expected = "");
 
-// `text` in double quotes as messages show it: shortened when long, control characters as '?'.
-std::string quote(std::string_view text);
-
-// The names nearest to `wanted` first, quoted and joined by commas; at most `limit` of them, then
-// how many there are besides.
-std::string nearestFirst(std::string_view wanted, const std::vector<std::string>& names,
-                         std::size_t limit = 12);
+using survmeth::text::nearestFirst;
+using survmeth::text::quote;
 
 }  // namespace cli
 

@@ -1,0 +1,150 @@
+// What all analyses share between request and report.
+#include "analysis/declare.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+#include "analysis/digest.h"
+#include "text/words.h"
+
+namespace survmeth::analysis {
+namespace {
+
+std::string shortNumber(double value) {
+  std::string text = std::to_string(value);
+  while (text.back() == '0') text.pop_back();
+  if (text.back() == '.') text.pop_back();
+  return text;
+}
+
+// The columns that one option's setting names.
+std::vector<std::string> namesIn(const Option& option, const Setting& setting) {
+  if (option.type == Type::kColumn) return {std::get<std::string>(setting)};
+  if (option.type == Type::kColumns) return std::get<std::vector<std::string>>(setting);
+  return {};
+}
+
+// `5 of 228 rows left out: missing in "age" (3), "sex" (2)`; empty when none was.
+report::Note leftOut(const frame::Frame& data, const std::vector<frame::Wanted>& wanted) {
+  report::Note note{"rowsLeftOut", {}, {}};
+  std::string columns;
+  for (const frame::Wanted& want : wanted) {
+    const frame::Column* column = data.find(want.name);
+    if (want.mayBeMissing || column == nullptr || column->missing == 0) continue;
+    if (std::find(note.names.begin(), note.names.end(), want.name) != note.names.end()) continue;
+    columns += (columns.empty() ? "\"" : ", \"") + want.name + "\" (" +
+               std::to_string(column->missing) + ")";
+    note.names.push_back(want.name);
+  }
+  note.text = std::to_string(data.rowsRead - data.rows) + " of " + std::to_string(data.rowsRead) +
+              " rows left out: missing in " + columns;
+  return note;
+}
+
+}  // namespace
+
+const Option* Declaration::find(const std::string& option) const {
+  for (const Option& each : options) {
+    if (each.name == option) return &each;
+  }
+  return nullptr;
+}
+
+std::vector<frame::Wanted> wantedColumns(const Declaration& declaration, const void* request) {
+  std::vector<frame::Wanted> wanted;
+  for (const Option& option : declaration.options) {
+    const std::optional<Setting> setting = option.get(request);
+    if (!setting) continue;
+    for (std::string& name : namesIn(option, *setting)) {
+      frame::Wanted want = option.wanted;
+      want.name = std::move(name);
+      wanted.push_back(std::move(want));
+    }
+  }
+  if (declaration.moreColumns) {
+    for (frame::Wanted& want : declaration.moreColumns(request)) wanted.push_back(std::move(want));
+  }
+  return wanted;
+}
+
+Fitted analyse(const Declaration& declaration, const frame::Frame& data, const void* request,
+               numerics::Progress& progress) {
+  for (const Option& option : declaration.options) {
+    if (option.required && !option.get(request)) {
+      throw BadOption(option.name, "is missing; expected " + option.valueName);
+    }
+  }
+  if (declaration.check) declaration.check(request);
+  if (data.rows < declaration.leastRows) {
+    throw engine::Refusal(
+        engine::Role::kRequest, engine::Refusal::kNone,
+        data.rows == 0   ? "there is no complete row"
+        : data.rows == 1 ? "there is only one complete row"
+                         : "there are only " + std::to_string(data.rows) + " complete rows",
+        engine::Refusal::kNone,
+        declaration.leastRows == 1
+            ? "at least one row without missing cells"
+            : "at least " + std::to_string(declaration.leastRows) + " rows without missing cells");
+  }
+  Fitted fitted = declaration.run(data, request, progress);
+  report::Report& report = fitted.report;
+  report.analysis = declaration.name;
+  report.data = {data.source, digest(data), data.rowsRead, data.rows};
+  for (const Option& option : declaration.options) {
+    if (const std::optional<Setting> setting = option.get(request)) {
+      report.plan.emplace_back(option.name, *setting);
+    }
+  }
+  if (data.rowsRead > data.rows) {
+    report.notes.insert(report.notes.begin(), leftOut(data, wantedColumns(declaration, request)));
+  }
+  return fitted;
+}
+
+Place placeOf(const Declaration& declaration, const void* request, const engine::Refusal& refusal) {
+  for (const Option& option : declaration.options) {
+    if (option.role != refusal.role() || option.role == engine::Role::kValue) continue;
+    const std::optional<Setting> setting = option.get(request);
+    if (!setting) continue;
+    const std::vector<std::string> names = namesIn(option, *setting);
+    if (names.size() == 1) return {option.name, names.front()};
+    if (refusal.column() < names.size()) return {option.name, names[refusal.column()]};
+    return {option.name, {}};
+  }
+  return {};
+}
+
+Range between(double least, double most) {
+  Range range;
+  range.least = least;
+  range.most = most;
+  range.open = true;
+  range.expected = "a number between " + shortNumber(least) + " and " + shortNumber(most);
+  return range;
+}
+
+Range above(double least) {
+  Range range;
+  range.least = least;
+  range.open = true;
+  range.expected = least == 0 ? "a positive number" : "a number above " + shortNumber(least);
+  return range;
+}
+
+Range wholeFrom(double least) {
+  Range range;
+  range.least = least;
+  range.whole = true;
+  range.expected = "a whole number not below " + shortNumber(least);
+  return range;
+}
+
+const Declaration* findDeclaration(const std::string& name) {
+  for (const Declaration& each : declarations()) {
+    if (each.name == name) return &each;
+  }
+  return nullptr;
+}
+
+}  // namespace survmeth::analysis

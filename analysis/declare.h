@@ -1,0 +1,276 @@
+// An analysis is declared once; the faces (command line, plans, Python, browser) and the reference
+// pages are made from the declaration.
+//
+//     Declaration gray() {
+//       return declare<GrayOptions, GrayAnswer>("gray", "Gray's test of ...")
+//           .column("time", &GrayOptions::time, Role::kTime, numbersFrom(0), "Column of times")
+//           .required()
+//           .number("rho", &GrayOptions::rho, anyNumber(), "Weight ...")
+//           .example("survmeth gray data/pbc.csv --time time ...")
+//           .fit(fitGray)             // (const Frame&, const GrayOptions&, Progress&) ->
+//           GrayAnswer .describe(describeGray);  // (const GrayAnswer&, const GrayOptions&) ->
+//           Report
+//     }
+//
+// and one line in analysis/all.cpp.
+#ifndef ANALYSIS_DECLARE_H_
+#define ANALYSIS_DECLARE_H_
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+#include "analysis/option.h"
+#include "frame/frame.h"
+#include "numerics/progress.h"
+#include "report/report.h"
+
+namespace survmeth::analysis {
+
+// What a run leaves: the typed result, for follow-ups and C++ callers, and its description.
+struct Fitted {
+  std::shared_ptr<const void> result;
+  report::Report report;
+};
+
+struct Declaration {
+  std::string name;
+  std::string summary;  // one line, for lists
+  std::string details;  // sentences for the help: methods, conventions
+  std::vector<std::string> examples;
+  std::vector<Option> options;
+  std::size_t leastRows = 1;
+
+  // A new request with its defaults.
+  std::function<std::shared_ptr<void>()> request;
+  // Refuses options that do not go together; throws BadOption.
+  std::function<void(const void* request)> check;
+  // More columns than the options name by themselves (those of a formula).
+  std::function<std::vector<frame::Wanted>(const void* request)> moreColumns;
+  std::function<Fitted(const frame::Frame&, const void* request, numerics::Progress&)> run;
+
+  const Option* find(const std::string& option) const;  // or nullptr
+};
+
+// The columns that a request asks for, in the order of the options.
+std::vector<frame::Wanted> wantedColumns(const Declaration& declaration, const void* request);
+
+// Checks the request, fits, describes, and completes the report with what all analyses share:
+// name, data, plan, rows left out. `data` holds the wanted columns, complete.
+// Throws engine::Refusal, BadOption, numerics::Cancelled.
+Fitted analyse(const Declaration& declaration, const frame::Frame& data, const void* request,
+               numerics::Progress& progress);
+
+// Where a refusal stands: the column that the request names for its role, the option where the
+// role is no column.
+struct Place {
+  std::string option;  // "time"
+  std::string column;  // "weeks"; empty where the refusal is of no column
+};
+Place placeOf(const Declaration& declaration, const void* request, const engine::Refusal& refusal);
+
+// --- Building a declaration ---------------------------------------------------------------------
+
+inline Range anyNumber() { return {.expected = "a number"}; }
+Range above(double least);
+Range between(double least, double most);  // both excluded
+Range wholeFrom(double least);
+
+inline frame::Wanted numbers() { return {.name = {}, .cells = frame::Cells::kNumbers}; }
+inline frame::Wanted numbersFrom(double least) {
+  return {.name = {}, .cells = frame::Cells::kNumbers, .least = least};
+}
+inline frame::Wanted labels() { return {.name = {}, .cells = frame::Cells::kText}; }
+inline frame::Wanted either() { return {.name = {}, .cells = frame::Cells::kEither}; }
+
+template <class Request, class Result>
+class Declaring {
+ public:
+  Declaring(std::string name, std::string summary) {
+    made_.name = std::move(name);
+    made_.summary = std::move(summary);
+    made_.request = [] { return std::static_pointer_cast<void>(std::make_shared<Request>()); };
+  }
+
+  Declaring& column(const char* name, std::string Request::*member, engine::Role role,
+                    frame::Wanted wanted, const char* help) {
+    Option& option = add(name, Type::kColumn, role, "COL", help, member);
+    option.wanted = std::move(wanted);
+    return *this;
+  }
+  Declaring& columns(const char* name, std::vector<std::string> Request::*member, engine::Role role,
+                     frame::Wanted wanted, const char* help) {
+    Option& option = add(name, Type::kColumns, role, "COL,COL", help, member);
+    option.wanted = std::move(wanted);
+    return *this;
+  }
+  Declaring& flag(const char* name, bool Request::*member, const char* help) {
+    add(name, Type::kFlag, engine::Role::kValue, "", help, member);
+    return *this;
+  }
+  // A flag that asks for the table `table`.
+  Declaring& table(const char* name, bool Request::*member, const char* table, const char* help) {
+    add(name, Type::kFlag, engine::Role::kValue, "FILE", help, member).table = table;
+    return *this;
+  }
+  Declaring& number(const char* name, double Request::*member, Range range, const char* help,
+                    const char* valueName = "X") {
+    add(name, Type::kNumber, engine::Role::kValue, valueName, help, member).range =
+        std::move(range);
+    return *this;
+  }
+  Declaring& number(const char* name, std::optional<double> Request::*member, Range range,
+                    const char* help, const char* valueName = "X") {
+    add(name, Type::kNumber, engine::Role::kValue, valueName, help, member).range =
+        std::move(range);
+    return *this;
+  }
+  Declaring& numbers(const char* name, std::vector<double> Request::*member, Range range,
+                     const char* help, const char* valueName = "A,B,C") {
+    add(name, Type::kNumbers, engine::Role::kValue, valueName, help, member).range =
+        std::move(range);
+    return *this;
+  }
+  Declaring& text(const char* name, std::string Request::*member, engine::Role role,
+                  const char* help, const char* valueName = "TEXT") {
+    add(name, Type::kText, role, valueName, help, member);
+    return *this;
+  }
+  Declaring& texts(const char* name, std::vector<std::string> Request::*member, engine::Role role,
+                   const char* help, const char* valueName = "A,B") {
+    add(name, Type::kTexts, role, valueName, help, member);
+    return *this;
+  }
+  // `choices` pairs each word with its value; the member's default is the default.
+  template <class Enum>
+  Declaring& choice(const char* name, Enum Request::*member,
+                    std::vector<std::pair<std::string, Enum>> choices, const char* help) {
+    Option& option = push(name, Type::kChoice, engine::Role::kValue, "KIND", help);
+    const auto wordOf = [choices](Enum value) {
+      for (const auto& [word, its] : choices) {
+        if (its == value) return word;
+      }
+      return std::string();
+    };
+    const Enum standard = Request{}.*member;
+    for (const auto& [word, value] : choices) option.choices.push_back(word);
+    option.defaultText = wordOf(standard);
+    option.set = [member, choices](void* request, const Setting& setting) {
+      for (const auto& [word, value] : choices) {
+        if (word == std::get<std::string>(setting)) static_cast<Request*>(request)->*member = value;
+      }
+    };
+    option.get = [member, standard, wordOf](const void* request) -> std::optional<Setting> {
+      const Enum value = static_cast<const Request*>(request)->*member;
+      if (value == standard) return std::nullopt;
+      return Setting(wordOf(value));
+    };
+    return *this;
+  }
+
+  // Of the option just added.
+  Declaring& required() {
+    made_.options.back().required = true;
+    return *this;
+  }
+  Declaring& without(const char* text) {  // what holds where it is not given
+    made_.options.back().defaultText = text;
+    return *this;
+  }
+
+  Declaring& details(const char* text) {
+    made_.details = text;
+    return *this;
+  }
+  Declaring& example(const char* call) {
+    made_.examples.emplace_back(call);
+    return *this;
+  }
+  Declaring& leastRows(std::size_t rows) {
+    made_.leastRows = rows;
+    return *this;
+  }
+  Declaring& check(std::function<void(const Request&)> check) {
+    made_.check = [check = std::move(check)](const void* request) {
+      check(*static_cast<const Request*>(request));
+    };
+    return *this;
+  }
+  Declaring& moreColumns(std::function<std::vector<frame::Wanted>(const Request&)> columns) {
+    made_.moreColumns = [columns = std::move(columns)](const void* request) {
+      return columns(*static_cast<const Request*>(request));
+    };
+    return *this;
+  }
+  Declaring& fit(
+      std::function<Result(const frame::Frame&, const Request&, numerics::Progress&)> f) {
+    fit_ = std::move(f);
+    return *this;
+  }
+  // Ends the declaration.
+  Declaration describe(std::function<report::Report(const Result&, const Request&)> describe) {
+    made_.run = [fit = std::move(fit_), describe = std::move(describe)](
+                    const frame::Frame& data, const void* request, numerics::Progress& progress) {
+      const Request& typed = *static_cast<const Request*>(request);
+      auto result = std::make_shared<const Result>(fit(data, typed, progress));
+      report::Report report = describe(*result, typed);
+      return Fitted{std::move(result), std::move(report)};
+    };
+    return std::move(made_);
+  }
+
+ private:
+  Option& push(const char* name, Type type, engine::Role role, const char* valueName,
+               const char* help) {
+    Option& option = made_.options.emplace_back();
+    option.name = name;
+    option.type = type;
+    option.role = role;
+    option.valueName = valueName;
+    option.help = help;
+    return option;
+  }
+
+  // An option whose member holds the setting as it is; what equals the default is not said.
+  template <class Value>
+  Option& add(const char* name, Type type, engine::Role role, const char* valueName,
+              const char* help, Value Request::*member) {
+    Option& option = push(name, type, role, valueName, help);
+    option.set = [member](void* request, const Setting& setting) {
+      static_cast<Request*>(request)->*member = std::get<Plain<Value>>(setting);
+    };
+    option.get = [member,
+                  standard = Request{}.*member](const void* request) -> std::optional<Setting> {
+      const Value& value = static_cast<const Request*>(request)->*member;
+      if (value == standard) return std::nullopt;
+      if constexpr (std::is_same_v<Value, std::optional<double>>) {
+        return value ? std::optional<Setting>(*value) : std::nullopt;
+      } else {
+        return Setting(value);
+      }
+    };
+    return option;
+  }
+  template <class Value>
+  using Plain = std::conditional_t<std::is_same_v<Value, std::optional<double>>, double, Value>;
+
+  Declaration made_;
+  std::function<Result(const frame::Frame&, const Request&, numerics::Progress&)> fit_;
+};
+
+template <class Request, class Result>
+Declaring<Request, Result> declare(std::string name, std::string summary) {
+  return Declaring<Request, Result>(std::move(name), std::move(summary));
+}
+
+// Every analysis, in the order of survmeth --help.
+const std::vector<Declaration>& declarations();
+const Declaration* findDeclaration(const std::string& name);  // or nullptr
+
+}  // namespace survmeth::analysis
+
+#endif  // ANALYSIS_DECLARE_H_

@@ -1,0 +1,215 @@
+// Settings from what a person typed and from what programs give, checked against the option.
+#include "analysis/option.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+
+#include "text/words.h"
+
+namespace survmeth::analysis {
+namespace {
+
+using text::nearestFirst;
+using text::quote;
+
+// The elements of a list: separated by commas, in double quotes (an inner one doubled) where an
+// element holds some.
+std::vector<std::string> elements(const Option& option, const std::string& text) {
+  std::vector<std::string> all(1);
+  bool inQuotes = false, wasQuoted = false;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const char c = text[i];
+    if (inQuotes) {
+      if (c != '"') {
+        all.back() += c;
+      } else if (i + 1 < text.size() && text[i + 1] == '"') {
+        all.back() += text[++i];
+      } else {
+        inQuotes = false;
+      }
+    } else if (c == '"' && all.back().empty() && !wasQuoted) {
+      inQuotes = wasQuoted = true;
+    } else if (c == ',') {
+      all.emplace_back();
+      wasQuoted = false;
+    } else {
+      all.back() += c;
+    }
+  }
+  if (inQuotes) {
+    throw BadOption(option.name,
+                    quote(text) + " has a quote that is not closed; expected " + option.valueName);
+  }
+  return all;
+}
+
+std::string expectedNumber(const Range& range) {
+  return range.expected.empty() ? "a number" : range.expected;
+}
+
+double numberOf(const Option& option, const std::string& text) {
+  const char* begin = text.data();
+  const char* const end = begin + text.size();
+  if (end - begin > 1 && begin[0] == '+' && begin[1] != '-') ++begin;
+  double value = 0;
+  const auto [after, error] = std::from_chars(begin, end, value);
+  if (error == std::errc::result_out_of_range && after == end) {
+    throw BadOption(option.name,
+                    quote(text) + " is out of range; expected " + expectedNumber(option.range));
+  }
+  if (error != std::errc() || after != end || !std::isfinite(value)) {
+    throw BadOption(option.name,
+                    quote(text) + " is not a number; expected " + expectedNumber(option.range));
+  }
+  return value;
+}
+
+std::string shortest(double value) {
+  char buffer[32];
+  const auto end = std::to_chars(buffer, buffer + sizeof buffer, value).ptr;
+  return {buffer, end};
+}
+
+void requireRange(const Option& option, double value, const std::string& text) {
+  const Range& range = option.range;
+  const bool inside = range.open ? value > range.least && value < range.most
+                                 : value >= range.least && value <= range.most;
+  if (std::isfinite(value) && inside && (!range.whole || value == std::trunc(value))) return;
+  throw BadOption(option.name,
+                  quote(text) + " is out of range; expected " + expectedNumber(option.range));
+}
+
+void requireText(const Option& option, const std::string& text) {
+  if (text.empty()) {
+    throw BadOption(option.name, "the value is empty; expected " + option.valueName);
+  }
+}
+
+void requireList(const Option& option, const std::vector<std::string>& list) {
+  for (std::size_t i = 0; i < list.size(); ++i) {
+    if (list[i].empty()) {
+      throw BadOption(option.name, "an element of the list is empty; expected " + option.valueName);
+    }
+    if (option.type == Type::kColumns &&
+        std::find(list.begin(), list.begin() + static_cast<std::ptrdiff_t>(i), list[i]) !=
+            list.begin() + static_cast<std::ptrdiff_t>(i)) {
+      throw BadOption(option.name, quote(list[i]) + " stands there twice; expected each once");
+    }
+  }
+  if (list.empty()) throw BadOption(option.name, "the list is empty; expected " + option.valueName);
+}
+
+void requireNumbers(const Option& option, const std::vector<double>& list) {
+  if (list.empty()) throw BadOption(option.name, "the list is empty; expected " + option.valueName);
+  for (std::size_t i = 0; i < list.size(); ++i) {
+    requireRange(option, list[i], shortest(list[i]));
+    if (option.range.ascending && i > 0 && !(list[i - 1] < list[i])) {
+      throw BadOption(option.name, quote(shortest(list[i])) + " is out of order; expected " +
+                                       expectedNumber(option.range));
+    }
+  }
+}
+
+void requireChoice(const Option& option, const std::string& text) {
+  const auto found = std::find(option.choices.begin(), option.choices.end(), text);
+  if (found != option.choices.end()) return;
+  throw BadOption(option.name, "there is no " + quote(text) + "; expected one of " +
+                                   nearestFirst(text, option.choices));
+}
+
+const std::string& onlyText(const Option& option, const std::vector<std::string>& texts) {
+  if (texts.size() == 1) return texts.front();
+  throw BadOption(option.name, "stands " + std::to_string(texts.size()) + " times; expected once");
+}
+
+}  // namespace
+
+Setting settingOf(const Option& option, const std::vector<std::string>& texts) {
+  if (option.type == Type::kFlag && option.table.empty()) return true;
+  const std::string& text = onlyText(option, texts);
+  requireText(option, text);
+  switch (option.type) {
+    case Type::kFlag:
+      return true;
+    case Type::kNumber: {
+      const double value = numberOf(option, text);
+      requireRange(option, value, text);
+      return value;
+    }
+    case Type::kNumbers: {
+      std::vector<double> list;
+      for (const std::string& element : elements(option, text)) {
+        list.push_back(numberOf(option, element));
+      }
+      requireNumbers(option, list);
+      return list;
+    }
+    case Type::kTexts:
+    case Type::kColumns: {
+      std::vector<std::string> list = elements(option, text);
+      requireList(option, list);
+      return list;
+    }
+    case Type::kChoice:
+      requireChoice(option, text);
+      return text;
+    case Type::kText:
+    case Type::kColumn:
+      break;
+  }
+  return text;
+}
+
+Setting checked(const Option& option, const Setting& value) {
+  const auto wrong = [&option](const char* expected) {
+    return BadOption(option.name,
+                     std::string("the value is of another type; expected ") + expected);
+  };
+  const auto* number = std::get_if<double>(&value);
+  const auto* text = std::get_if<std::string>(&value);
+  switch (option.type) {
+    case Type::kFlag:
+      if (!std::holds_alternative<bool>(value)) throw wrong("true or false");
+      return value;
+    case Type::kNumber:
+      if (text != nullptr) return settingOf(option, {*text});
+      if (number == nullptr) throw wrong("a number");
+      requireRange(option, *number, shortest(*number));
+      return value;
+    case Type::kNumbers: {
+      if (text != nullptr) return settingOf(option, {*text});
+      if (number != nullptr) return checked(option, std::vector<double>{*number});
+      const auto* list = std::get_if<std::vector<double>>(&value);
+      if (list == nullptr) throw wrong("a list of numbers");
+      requireNumbers(option, *list);
+      return value;
+    }
+    case Type::kTexts:
+    case Type::kColumns: {
+      if (text != nullptr) return checked(option, std::vector<std::string>{*text});
+      if (number != nullptr) return checked(option, std::vector<std::string>{shortest(*number)});
+      if (const auto* numbers = std::get_if<std::vector<double>>(&value)) {
+        std::vector<std::string> list;
+        for (const double each : *numbers) list.push_back(shortest(each));
+        return checked(option, list);
+      }
+      const auto* list = std::get_if<std::vector<std::string>>(&value);
+      if (list == nullptr) throw wrong("a list of names");
+      requireList(option, *list);
+      return value;
+    }
+    case Type::kText:
+      if (number != nullptr) return shortest(*number);
+      [[fallthrough]];
+    case Type::kColumn:
+    case Type::kChoice:
+      if (text == nullptr) throw wrong("a text");
+      requireText(option, *text);
+      if (option.type == Type::kChoice) requireChoice(option, *text);
+      return value;
+  }
+  return value;
+}
+
+}  // namespace survmeth::analysis

@@ -1,0 +1,75 @@
+// One option of an analysis, as every face reads it: name, type, what its value means, range,
+// help. The command line, plans, Python and the browser differ only in how they spell a Setting.
+#ifndef ANALYSIS_OPTION_H_
+#define ANALYSIS_OPTION_H_
+
+#include <functional>
+#include <limits>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "engine/input.h"
+#include "frame/wanted.h"
+#include "report/report.h"
+
+namespace survmeth::analysis {
+
+using report::Setting;
+
+enum class Type { kFlag, kNumber, kText, kChoice, kColumn, kNumbers, kTexts, kColumns };
+
+// The numbers that an option takes; `least` and `most` themselves only where they are not open.
+struct Range {
+  double least = -std::numeric_limits<double>::infinity();
+  double most = std::numeric_limits<double>::infinity();
+  bool open = false;
+  bool whole = false;
+  bool ascending = false;  // of lists
+  std::string expected;    // ends the message: "a number above 0 and below 1"
+};
+
+struct Option {
+  std::string name;  // "event-value": --event-value, and event_value in Python
+  Type type = Type::kText;
+  engine::Role role = engine::Role::kValue;
+  std::string valueName;  // "COL"
+  std::string help;
+  std::string defaultText;  // what holds without it, for people; may be empty
+  bool required = false;
+  Range range;
+  std::vector<std::string> choices;  // the first is the default
+  frame::Wanted wanted;              // of columns: what their cells are to be; name unused
+  // A flag that asks for a table: the command line takes a file for it.
+  std::string table;
+
+  std::function<void(void* request, const Setting& value)> set;
+  // The value that differs from the default, else nothing.
+  std::function<std::optional<Setting>(const void* request)> get;
+};
+
+// A value that an option does not take; the text begins after the option's name.
+class BadOption : public std::invalid_argument {
+ public:
+  BadOption(std::string option, const std::string& text)
+      : std::invalid_argument(text), option_(std::move(option)) {}
+  const std::string& option() const { return option_; }
+
+ private:
+  std::string option_;
+};
+
+// Reads what a person typed: `texts` as they came, one for each time the option stands, none for a
+// flag. Lists are separated by commas, an element in double quotes may hold some. Throws BadOption
+// with what stands there and what was expected.
+Setting settingOf(const Option& option, const std::vector<std::string>& texts);
+
+// Checks a value that came from elsewhere (a plan, Python) and brings it to the option's type: a
+// single element for a list, a number for a label. Throws BadOption.
+Setting checked(const Option& option, const Setting& value);
+
+}  // namespace survmeth::analysis
+
+#endif  // ANALYSIS_OPTION_H_

@@ -1,0 +1,26 @@
+// What an analysis asks of its data: which columns, and what their cells are to be.
+#ifndef FRAME_WANTED_H_
+#define FRAME_WANTED_H_
+
+#include <limits>
+#include <string>
+
+namespace survmeth::frame {
+
+enum class Cells {
+  kNumbers,  // a cell that is neither a number nor missing is refused
+  kText,     // labels, also where they look like numbers
+  kEither,   // numbers when every cell is one, labels otherwise
+};
+
+// Rows in which a wanted column is missing are left out, unless it may be missing.
+struct Wanted {
+  std::string name;
+  Cells cells = Cells::kNumbers;
+  double least = -std::numeric_limits<double>::infinity();  // smaller numbers are refused
+  bool mayBeMissing = false;  // numbers only: a missing cell is NaN and keeps its row
+};
+
+}  // namespace survmeth::frame
+
+#endif  // FRAME_WANTED_H_

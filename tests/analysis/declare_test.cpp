@@ -1,0 +1,221 @@
+// What every declared analysis has in common, on an analysis that adds a column up.
+#include "analysis/declare.h"
+
+#include <gtest/gtest.h>
+
+#include <numeric>
+
+#include "analysis/digest.h"
+
+namespace {
+
+using namespace survmeth;  // NOLINT(google-build-using-namespace)
+using engine::Refusal;
+using engine::Role;
+
+enum class Rounding { kNone, kDown };
+struct SumRequest {
+  std::string time, group;
+  std::vector<std::string> covariates;
+  double scale = 1;
+  std::optional<double> floor;
+  bool twice = false;
+  Rounding rounding = Rounding::kNone;
+};
+struct Sum {
+  double value = 0;
+};
+
+Sum fitSum(const frame::Frame& data, const SumRequest& request, numerics::Progress& progress) {
+  progress.at(0);
+  const auto cells = data.numbers(request.time)->numbers;
+  for (std::size_t i = 0; i < cells.size(); ++i) {
+    if (cells[i] == 13) throw Refusal(Role::kTime, i, "13 brings bad luck");
+  }
+  return {request.scale * std::accumulate(cells.begin(), cells.end(), 0.0)};
+}
+
+report::Report describeSum(const Sum& sum, const SumRequest&) {
+  report::Report report;
+  report.facts = {{"sum", "Sum", report::Kind::kEstimate, sum.value}};
+  report.notes = {{"own", "a note of its own", {}}};
+  return report;
+}
+
+analysis::Declaration sumDeclaration() {
+  return analysis::declare<SumRequest, Sum>("sum", "Adds a column up")
+      .column("time", &SumRequest::time, Role::kTime, analysis::numbersFrom(0), "Column")
+      .required()
+      .column("group", &SumRequest::group, Role::kGroup, analysis::labels(), "Groups")
+      .columns("covariates", &SumRequest::covariates, Role::kCovariate, analysis::either(), "More")
+      .number("scale", &SumRequest::scale, analysis::above(0), "Factor")
+      .number("floor", &SumRequest::floor, analysis::anyNumber(), "Least")
+      .flag("twice", &SumRequest::twice, "Adds twice")
+      .choice("rounding", &SumRequest::rounding,
+              {{"none", Rounding::kNone}, {"down", Rounding::kDown}}, "How to round")
+      .leastRows(2)
+      .check([](const SumRequest& request) {
+        if (request.twice && request.scale == 2) {
+          throw analysis::BadOption("twice", "excludes --scale 2");
+        }
+      })
+      .fit(fitSum)
+      .describe(describeSum);
+}
+
+frame::Frame dataOf(std::vector<double> times) {
+  frame::Frame data;
+  data.source = "memory";
+  data.rows = data.rowsRead = times.size();
+  data.columns = {frame::numberColumn("t", std::move(times))};
+  return data;
+}
+
+SumRequest requestOf(const std::string& time) {
+  SumRequest request;
+  request.time = time;
+  return request;
+}
+
+TEST(Analyse, TheReportHoldsPlanDataAndNotes) {
+  SumRequest request = requestOf("t");
+  request.scale = 0.5;
+  request.covariates = {"a", "b"};
+  frame::Frame data = dataOf({1, 2, 3});
+  data.rowsRead = 5;
+  data.columns[0].missing = 2;
+  numerics::Progress progress;
+  const auto fitted = analysis::analyse(sumDeclaration(), data, &request, progress);
+  const report::Report& report = fitted.report;
+  EXPECT_EQ(static_cast<const Sum*>(fitted.result.get())->value, 3);
+  EXPECT_EQ(report.analysis, "sum");
+  EXPECT_EQ(report.data.name, "memory");
+  EXPECT_EQ(report.data.rowsRead, 5u);
+  EXPECT_EQ(report.data.rowsUsed, 3u);
+  EXPECT_EQ(report.data.digest, analysis::digest(data));
+  ASSERT_EQ(report.plan.size(), 3u);
+  EXPECT_EQ(report.plan[0].first, "time");
+  EXPECT_EQ(report.plan[1].first, "covariates");
+  EXPECT_EQ(report.plan[2].first, "scale");
+  EXPECT_EQ(std::get<double>(report.plan[2].second), 0.5);
+  ASSERT_EQ(report.notes.size(), 2u);
+  EXPECT_EQ(report.notes[0].code, "rowsLeftOut");
+  EXPECT_EQ(report.notes[0].text, "2 of 5 rows left out: missing in \"t\" (2)");
+  EXPECT_EQ(report.notes[0].names, std::vector<std::string>{"t"});
+}
+
+TEST(Analyse, DefaultsAreNotPartOfThePlan) {
+  SumRequest request = requestOf("t");
+  request.rounding = Rounding::kNone;
+  numerics::Progress progress;
+  const auto fitted = analysis::analyse(sumDeclaration(), dataOf({1, 2}), &request, progress);
+  EXPECT_EQ(fitted.report.plan.size(), 1u);
+}
+
+TEST(Analyse, AMissingRequiredOptionIsNamed) {
+  const SumRequest request;
+  numerics::Progress progress;
+  try {
+    analysis::analyse(sumDeclaration(), dataOf({1, 2}), &request, progress);
+    FAIL() << "not refused";
+  } catch (const analysis::BadOption& bad) {
+    EXPECT_EQ(bad.option(), "time");
+    EXPECT_STREQ(bad.what(), "is missing; expected COL");
+  }
+}
+
+TEST(Analyse, OptionsThatDoNotGoTogetherAreRefused) {
+  SumRequest request = requestOf("t");
+  request.twice = true;
+  request.scale = 2;
+  numerics::Progress progress;
+  EXPECT_THROW(analysis::analyse(sumDeclaration(), dataOf({1, 2}), &request, progress),
+               analysis::BadOption);
+}
+
+TEST(Analyse, TooFewRowsAreRefusedInWords) {
+  const SumRequest request = requestOf("t");
+  numerics::Progress progress;
+  const auto words = [&](std::vector<double> times) {
+    try {
+      analysis::analyse(sumDeclaration(), dataOf(std::move(times)), &request, progress);
+    } catch (const Refusal& refusal) {
+      return std::string(refusal.what()) + "; expected " + refusal.expected();
+    }
+    return std::string("taken");
+  };
+  EXPECT_EQ(words({}), "there is no complete row; expected at least 2 rows without missing cells");
+  EXPECT_EQ(words({1}),
+            "there is only one complete row; expected at least 2 rows without missing cells");
+}
+
+TEST(Analyse, ACancelledRunUnwinds) {
+  class Never : public numerics::Progress {
+    bool stop() override { return true; }
+  };
+  const SumRequest request = requestOf("t");
+  Never progress;
+  EXPECT_THROW(analysis::analyse(sumDeclaration(), dataOf({1, 2}), &request, progress),
+               numerics::Cancelled);
+}
+
+TEST(PlaceOf, ARefusalIsPlacedByItsRole) {
+  SumRequest request = requestOf("weeks");
+  request.covariates = {"age", "sex"};
+  const analysis::Declaration sum = sumDeclaration();
+  const auto time = analysis::placeOf(sum, &request, Refusal(Role::kTime, 3, "bad"));
+  EXPECT_EQ(time.option, "time");
+  EXPECT_EQ(time.column, "weeks");
+  const auto second = analysis::placeOf(sum, &request, Refusal(Role::kCovariate, 3, "bad", 1));
+  EXPECT_EQ(second.column, "sex");
+  const auto whole = analysis::placeOf(sum, &request, Refusal(Role::kCovariate, 3, "bad"));
+  EXPECT_EQ(whole.option, "covariates");
+  EXPECT_EQ(whole.column, "");
+  const auto unknown = analysis::placeOf(sum, &request, Refusal(Role::kGroup, 3, "bad"));
+  EXPECT_EQ(unknown.option, "");
+}
+
+TEST(WantedColumns, FollowTheOptionsThatNameColumns) {
+  SumRequest request = requestOf("weeks");
+  request.covariates = {"age"};
+  const auto wanted = analysis::wantedColumns(sumDeclaration(), &request);
+  ASSERT_EQ(wanted.size(), 2u);
+  EXPECT_EQ(wanted[0].name, "weeks");
+  EXPECT_EQ(wanted[0].cells, frame::Cells::kNumbers);
+  EXPECT_EQ(wanted[0].least, 0);
+  EXPECT_EQ(wanted[1].name, "age");
+  EXPECT_EQ(wanted[1].cells, frame::Cells::kEither);
+}
+
+TEST(Declaration, AnOptionSetsItsMember) {
+  const analysis::Declaration sum = sumDeclaration();
+  const auto request = sum.request();
+  sum.find("rounding")->set(request.get(), std::string("down"));
+  sum.find("floor")->set(request.get(), 2.0);
+  sum.find("twice")->set(request.get(), true);
+  const auto& typed = *static_cast<const SumRequest*>(request.get());
+  EXPECT_EQ(typed.rounding, Rounding::kDown);
+  EXPECT_EQ(typed.floor, 2.0);
+  EXPECT_TRUE(typed.twice);
+  EXPECT_EQ(std::get<std::string>(*sum.find("rounding")->get(request.get())), "down");
+  EXPECT_EQ(sum.find("nothing"), nullptr);
+}
+
+frame::Frame labelled(std::vector<std::uint32_t> codes, std::vector<std::string> levels) {
+  frame::Frame data;
+  data.rows = codes.size();
+  data.columns = {frame::labelColumn("g", frame::Type::kText, std::move(codes), std::move(levels))};
+  return data;
+}
+
+TEST(Digest, ReadsContentsNotCodings) {
+  EXPECT_EQ(analysis::digest(labelled({0, 1, 0}, {"a", "b"})),
+            analysis::digest(labelled({2, 1, 2}, {"c", "b", "a"})));
+  EXPECT_NE(analysis::digest(labelled({0, 1, 0}, {"a", "b"})),
+            analysis::digest(labelled({0, 1, 1}, {"a", "b"})));
+  EXPECT_EQ(analysis::digest(dataOf({0.0, 1})), analysis::digest(dataOf({-0.0, 1})));
+  EXPECT_NE(analysis::digest(dataOf({1, 2})), analysis::digest(dataOf({2, 1})));
+  EXPECT_EQ(analysis::digest(dataOf({1, 2})).size(), 32u);
+}
+
+}  // namespace
