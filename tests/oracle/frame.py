@@ -1,7 +1,7 @@
 """What the oracles share: flat arrays in and out, the containers' rules, exact comparison.
 
-An oracle is a second, literal implementation of an entry point, written without looking at the
-library's, and run against it on random and degenerate input.
+An oracle is a second, literal implementation of an entry point, run against the library's on random
+and degenerate input.
 """
 
 import ctypes
