@@ -15,13 +15,13 @@ enum class Pairs {
 };
 
 struct Components {
-  std::vector<double> negative;  // V10, one for each negative
-  std::vector<double> positive;  // V01, one for each positive
+  std::vector<double> negative;  // V01, one for each negative
+  std::vector<double> positive;  // V10, one for each positive
   double area;                   // weighted Mann-Whitney estimate of the area
 };
 
 // With psi(x, y) = 1 where y - x > 1e-12, 1/2 where |y - x| < 1e-12, else 0:
-// V10(a) = sum over the positives b of w(a) w(b) psi / P, V01(b) = the sum over the negatives / N,
+// V01(a) = sum over the positives b of w(a) w(b) psi / P, V10(b) = the sum over the negatives / N,
 // area = the sum over all pairs / (N P). N and P are the weighted class sizes.
 //
 // Edge infinite and NaN values take part as the comparisons see them. A weight that is not finite

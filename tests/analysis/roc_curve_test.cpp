@@ -107,7 +107,7 @@ TEST(RocCurve, PValuesFarOutHaveAllTheirDigits) {
 TEST(RocCurve, SixRowsByHand) {
   const RocCurve curve = byHand().curve();
   EXPECT_EQ(curve.area.value, 7.0 / 9);
-  // V01 = 2/3, 2/3, 1 and V10 = 1, 1, 1/3: variance 1/81 + 4/81.
+  // V10 = 2/3, 2/3, 1 and V01 = 1, 1, 1/3: variance 1/81 + 4/81.
   EXPECT_NEAR(curve.standardError, std::sqrt(5.0) / 9, 1e-15);
   EXPECT_NEAR(curve.z, 2.5 / std::sqrt(5.0), 1e-14);
   EXPECT_NEAR(curve.area.lower, 7.0 / 9 - 1.959963984540054 * std::sqrt(5.0) / 9, 1e-14);

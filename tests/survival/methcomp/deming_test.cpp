@@ -118,9 +118,14 @@ TEST(Deming, AgreementAndRepeatabilityMatchTheReference) {
                   &upper, &loaLower, &loaUpper);
   const Page page("methcomp");
   page.says("of %zu subjects by two meters", x.size());
-  page.says("| bias | %.1f |", bias);
-  page.says("| standard deviation | %.1f |", sd);
-  page.says("| limits of agreement | %.1f and %.1f |", loaLower, loaUpper);
+  // As published: Bland & Altman, Lancet 1 (1986) 307-310.
+  const double publishedBias = -2.1, publishedSd = 38.8;
+  page.says("| bias | %.1f | %.1f |", bias, publishedBias);
+  page.says("| standard deviation | %.1f | %.1f |", sd, publishedSd);
+  page.says("| limits of agreement | %.1f and %.1f | %.1f and %.1f |", loaLower, loaUpper,
+            publishedBias - 2 * publishedSd, publishedBias + 2 * publishedSd);
+  page.says("A 95 %% prediction interval from %zu pairs takes %.2f standard deviations", x.size(),
+            InvCDFStudent(0.975, 16) * std::sqrt(1 + 1 / 17.0));
 
   std::vector<double> values = kWright;
   for (const double second : {490., 397., 512., 401., 470., 611., 415., 431., 638., 429., 420.,

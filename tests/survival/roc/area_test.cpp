@@ -8,7 +8,7 @@ using Doubles = std::vector<double>;
 
 // tiedCurve: of 16 pairs 11 rank the positive higher and 3 tie, 12.5 / 16 = 25/32.
 constexpr double kTiedArea = 25.0 / 32;
-// V10 = 1, 7/8, 7/8, 3/8 and V01 = 1/2, 3/4, 7/8, 1; the squares add up to 236/1024 and 140/1024.
+// V01 = 1, 7/8, 7/8, 3/8 and V10 = 1/2, 3/4, 7/8, 1; the squares add up to 236/1024 and 140/1024.
 const double kTiedDelong = std::sqrt(140.0 / 1024 / 12 + 236.0 / 1024 / 12);
 
 TEST(RocArea, IsTheTrapezoidalAreaOfTheCurve) {

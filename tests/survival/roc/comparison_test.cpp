@@ -20,10 +20,10 @@ Comparison twoTests() {
   return comparison;
 }
 
-// First test: V10 = 1, 1, 2/3; V01 = 2/3, 1, 1; A = 8/9; each S = (1 + 1 + 4)/81 / 2 = 1/27.
-// Second:     V10 = 1/3, 1, 1; V01 = 2/3, 1, 2/3; A = 7/9; S10 = (16 + 4 + 4)/81 / 2 = 4/27,
-//             S01 = (1 + 4 + 1)/81 / 2 = 1/27.
-// Crossed:    S10 = (-4 + 2 - 4)/81 / 2 = -1/27, S01 = (2 + 2 - 1)/81 / 2 = 1/54.
+// First test: V01 = 1, 1, 2/3; V10 = 2/3, 1, 1; A = 8/9; each S = (1 + 1 + 4)/81 / 2 = 1/27.
+// Second:     V01 = 1/3, 1, 1; V10 = 2/3, 1, 2/3; A = 7/9; S01 = (16 + 4 + 4)/81 / 2 = 4/27,
+//             S10 = (1 + 4 + 1)/81 / 2 = 1/27.
+// Crossed:    S01 = (-4 + 2 - 4)/81 / 2 = -1/27, S10 = (2 + 2 - 1)/81 / 2 = 1/54.
 TEST(RocComparison, PairedCovariancesAreDeLongs) {
   Comparison comparison = twoTests();
   comparison.run();

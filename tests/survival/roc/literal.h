@@ -44,7 +44,7 @@ struct LiteralClasses {
 };
 
 struct LiteralComponents {
-  Vector V10, V01;
+  Vector V01, V10;
   double area;
 };
 
@@ -60,7 +60,7 @@ inline LiteralComponents literalComponents(const LiteralClasses& c, double N, do
       sum += product * psi(c.negative[i], c.positive[j]);
       total += product * psi(c.negative[i], c.positive[j]);
     }
-    out.V10[i] = sum / P;
+    out.V01[i] = sum / P;
   }
   for (std::size_t j = 0; j < c.positive.size(); ++j) {
     double sum = 0.0;
@@ -69,7 +69,7 @@ inline LiteralComponents literalComponents(const LiteralClasses& c, double N, do
       if (weightyPairsOnly && !(product > 1e-12)) continue;
       sum += product * psi(c.negative[i], c.positive[j]);
     }
-    out.V01[j] = sum / N;
+    out.V10[j] = sum / N;
   }
   out.area = total / (N * P);
   return out;
@@ -80,15 +80,15 @@ inline double square(double x) { return x * x; }
 
 inline double literalDelong(const LiteralClasses& c, double N, double P) {
   const LiteralComponents v = literalComponents(c, N, P, false);
-  double S10 = 0.0;
-  for (std::size_t i = 0; i < v.V10.size(); ++i) {
-    S10 += c.negativeWeight[i] * square(v.V10[i] - v.area);
-  }
   double S01 = 0.0;
-  for (std::size_t j = 0; j < v.V01.size(); ++j) {
-    S01 += c.positiveWeight[j] * square(v.V01[j] - v.area);
+  for (std::size_t i = 0; i < v.V01.size(); ++i) {
+    S01 += c.negativeWeight[i] * square(v.V01[i] - v.area);
   }
-  return std::sqrt(S01 / ((P - 1) * P) + S10 / ((N - 1) * N));
+  double S10 = 0.0;
+  for (std::size_t j = 0; j < v.V10.size(); ++j) {
+    S10 += c.positiveWeight[j] * square(v.V10[j] - v.area);
+  }
+  return std::sqrt(S10 / ((P - 1) * P) + S01 / ((N - 1) * N));
 }
 
 inline double literalMannWhitney(const LiteralClasses& c, double N, double P, double A) {
@@ -238,15 +238,15 @@ inline double literalCovariance(const Vector& status, const Vector& first, const
   }
   const LiteralComponents u = literalComponents(a, N, P, true);
   const LiteralComponents v = literalComponents(b, N, P, true);
-  double S10 = 0.0;
-  for (std::size_t i = 0; i < u.V10.size(); ++i) {
-    S10 += a.negativeWeight[i] * (u.V10[i] - u.area) * (v.V10[i] - v.area);
-  }
   double S01 = 0.0;
-  for (std::size_t j = 0; j < u.V01.size(); ++j) {
-    S01 += a.positiveWeight[j] * (u.V01[j] - u.area) * (v.V01[j] - v.area);
+  for (std::size_t i = 0; i < u.V01.size(); ++i) {
+    S01 += a.negativeWeight[i] * (u.V01[i] - u.area) * (v.V01[i] - v.area);
   }
-  return S10 / (N - 1) / N + S01 / (P - 1) / P;
+  double S10 = 0.0;
+  for (std::size_t j = 0; j < u.V10.size(); ++j) {
+    S10 += a.positiveWeight[j] * (u.V10[j] - u.area) * (v.V10[j] - v.area);
+  }
+  return S01 / (N - 1) / N + S10 / (P - 1) / P;
 }
 
 }  // namespace survmeth::test::roc

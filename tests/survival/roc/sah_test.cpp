@@ -93,6 +93,23 @@ TEST(RocSah, TheWorkedExampleOfTheDocumentation) {
   page.says("The test of an area of 0.5 gives Z = %.2f, p = %.1e.", curve.aucSummary[4],
             curve.aucSummary[7]);
 
+  const auto youden = [&](std::ptrdiff_t i) {
+    return curve.sensitivity[i] + curve.specificity[i] - 1;
+  };
+  for (std::ptrdiff_t i = 0; i < T; ++i) {
+    if (i == k) continue;
+    EXPECT_LT(youden(i), youden(k)) << "threshold " << curve.thresholds[i];
+  }
+  curve.values = sah.marker.at("s100b");
+  curve.costFP = 1;
+  curve.costFN = 2;
+  curve.run();
+  EXPECT_EQ(std::min_element(curve.cost.begin(), curve.cost.end()) - curve.cost.begin(), k);
+  page.says(
+      "has the largest Youden index, %.3f, and with costs of %.0f for a false positive and %.0f "
+      "for a false negative also the least cost, %.0f; as the best of %td",
+      youden(k), curve.costFP, curve.costFN, curve.cost[k], T);
+
   curve.values = sah.marker.at("s100b");
   curve.prevalence = 0.05;
   curve.run();
