@@ -5,52 +5,38 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
-#include <cstdlib>
-#include <fstream>
 #include <limits>
-#include <sstream>
 #include <string>
 #include <vector>
 
 #include "Dist/Dist"
+#include "tests/support/csv.h"
 
 namespace dist_tests {
 
 // One line of a table: the value is `value` + `rest`, k the condition number.
 struct Reference {
   std::vector<double> arguments;
-  double value;
-  double rest;
-  double k;
+  double value = 0.0;
+  double rest = 0.0;
+  double k = 0.0;
 };
 
 inline std::string referencePath(const std::string& file) {
   return std::string(SURVMETH_REFERENCE) + "/dist/" + file;
 }
 
-inline std::vector<std::vector<std::string>> readCsv(const std::string& path) {
-  std::vector<std::vector<std::string>> lines;
-  std::ifstream in(path);
-  for (std::string line; std::getline(in, line);) {
-    std::vector<std::string> cells;
-    std::istringstream cellStream(line);
-    for (std::string cell; std::getline(cellStream, cell, ',');) cells.push_back(cell);
-    lines.push_back(cells);
-  }
-  return lines;
-}
-
 inline std::vector<Reference> readTable(const std::string& name) {
-  std::vector<Reference> table;
-  const auto lines = readCsv(referencePath(name + ".csv"));
-  for (std::size_t i = 1; i < lines.size(); ++i) {
-    std::vector<double> numbers;
-    for (const std::string& cell : lines[i]) numbers.push_back(std::strtod(cell.c_str(), nullptr));
-    const std::size_t n = numbers.size() - 3;
-    table.push_back({{numbers.begin(), numbers.begin() + static_cast<std::ptrdiff_t>(n)},
-                     numbers[n],
-                     numbers[n + 1],
-                     numbers[n + 2]});
+  const survmeth::test::Csv csv(referencePath(name + ".csv"));
+  std::vector<std::vector<double>> columns;
+  for (const std::string& column : csv.names()) columns.push_back(csv.numbers(column));
+  const std::size_t n = columns.size() - 3;
+  std::vector<Reference> table(csv.rows());
+  for (std::size_t i = 0; i < table.size(); ++i) {
+    for (std::size_t j = 0; j < n; ++j) table[i].arguments.push_back(columns[j][i]);
+    table[i].value = columns[n][i];
+    table[i].rest = columns[n + 1][i];
+    table[i].k = columns[n + 2][i];
   }
   return table;
 }

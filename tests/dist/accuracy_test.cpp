@@ -29,8 +29,10 @@ std::string threeDigits(double value) {
 // Recorded text: function -> {rows, largest error in ulp, largest error / (1 + k)}.
 std::map<std::string, std::vector<std::string>> readRecord() {
   std::map<std::string, std::vector<std::string>> record;
-  for (const auto& line : readCsv(referencePath("recorded.csv"))) {
-    if (line.size() == 4) record[line[0]] = {line[1], line[2], line[3]};
+  const survmeth::test::Csv csv(referencePath("recorded.csv"));
+  for (std::size_t i = 0; i < csv.rows(); ++i) {
+    record[csv.text("function", i)] = {csv.text("rows", i), csv.text("ulp", i),
+                                       csv.text("ulp/(1+k)", i)};
   }
   return record;
 }

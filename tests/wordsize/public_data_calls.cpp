@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "survival/survival.h"
-#include "tests/support/columns.h"
+#include "tests/support/csv.h"
 #include "tests/wordsize/calls.h"
 
 namespace survmeth::test {
@@ -18,8 +18,8 @@ constexpr double kAlpha = 0.05;
 
 using Vector = std::vector<double>;
 
-const Columns& dataSet(const std::string& name) {
-  static std::map<std::string, Columns> read;
+const Csv& dataSet(const std::string& name) {
+  static std::map<std::string, Csv> read;
   return read.try_emplace(name, SURVMETH_DATA "/" + name + ".csv").first->second;
 }
 
@@ -42,7 +42,7 @@ Vector sizesOf(const Vector& codes) {
 }
 
 // The named columns side by side, each less its mean, in units of `scale`.
-Vector covariatesOf(const Columns& data, const std::vector<std::string>& names, double scale) {
+Vector covariatesOf(const Csv& data, const std::vector<std::string>& names, double scale) {
   Vector all;
   for (const std::string& name : names) {
     const Vector column = data.numbers(name);
@@ -58,7 +58,7 @@ int sizeOf(const Vector& column) { return static_cast<int>(column.size()); }
 // Tables, means, quartiles and tests of the curves of each treatment.
 Call curves(const std::string& name, short lifeTable) {
   return {name, false, [lifeTable](Arrays& a, unsigned) {
-            const Columns& data = dataSet("veteran");
+            const Csv& data = dataSet("veteran");
             const Vector times = data.numbers("time");
             const int n = sizeOf(times);
             const Vector codes = data.numbers("trt"), groups = sizesOf(codes);
@@ -96,7 +96,7 @@ Call curves(const std::string& name, short lifeTable) {
 // Preparation and regression, stratified by cell type or not at all.
 Call regression(const std::string& name, bool stratified, int ties, int method) {
   return {name, false, [=](Arrays& a, unsigned) {
-            const Columns& data = dataSet("veteran");
+            const Csv& data = dataSet("veteran");
             const Vector times = data.numbers("time");
             const int n = sizeOf(times);
             const Vector codes = stratified ? codesOf(data.texts("celltype")) : Vector(n, 1.0);
@@ -127,7 +127,7 @@ Call regression(const std::string& name, bool stratified, int ties, int method) 
 
 Call parametric(const std::string& name, int law, int method) {
   return {name, false, [=](Arrays& a, unsigned) {
-            const Columns& data = dataSet("veteran");
+            const Csv& data = dataSet("veteran");
             const Vector days = data.numbers("time");
             const int n = sizeOf(days);
             constexpr int p = 4;
@@ -154,7 +154,7 @@ Call parametric(const std::string& name, int law, int method) {
 Call competing(const std::string& name, int type) {
   return {
       name, false, [=](Arrays& a, unsigned) {
-        const Columns& data = dataSet("pbc");
+        const Csv& data = dataSet("pbc");
         const Vector days = data.numbers("time");
         const int n = sizeOf(days);
         double *time = a.reals(days), *raw = a.reals(data.numbers("status")), *codes = a.blank(n),
@@ -180,7 +180,7 @@ Call competing(const std::string& name, int type) {
 
 Call gray(const std::string& name, double rho) {
   return {name, false, [=](Arrays& a, unsigned) {
-            const Columns& data = dataSet("pbc");
+            const Csv& data = dataSet("pbc");
             double *time = a.reals(data.numbers("time")), *status = a.reals(data.numbers("status")),
                    *group = a.reals(data.numbers("stage")), *out = a.scalars(3);
             const int n = sizeOf(data.numbers("time"));
@@ -218,7 +218,7 @@ Call curve(const std::string& name, int intervals, int area) {
 
 Call comparison(const std::string& name) {
   return {name, false, [](Arrays& a, unsigned) {
-            const Columns& data = dataSet("sah");
+            const Csv& data = dataSet("sah");
             constexpr int k = 3;
             Vector values;
             for (const char* marker : {"s100b", "ndka", "wfns"}) {
@@ -243,7 +243,7 @@ Call comparison(const std::string& name) {
 
 Call agreement(const std::string& name, int type) {
   return {name, false, [=](Arrays& a, unsigned) {
-            const Columns& data = dataSet("pefr");
+            const Csv& data = dataSet("pefr");
             const Vector wright = data.numbers("wright1");
             const int n = sizeOf(wright);
             double *x = a.reals(wright), *y = a.reals(data.numbers("mini1")),
@@ -257,7 +257,7 @@ Call agreement(const std::string& name, int type) {
 
 Call passingBablok(const std::string& name) {
   return {name, true, [](Arrays& a, unsigned) {
-            const Columns& data = dataSet("pefr");
+            const Csv& data = dataSet("pefr");
             const Vector wright = data.numbers("wright1");
             const int n = sizeOf(wright);
             double *x = a.reals(wright), *y = a.reals(data.numbers("mini1")), *s = a.scalars(9),
@@ -271,7 +271,7 @@ Call passingBablok(const std::string& name) {
 
 Call deming(const std::string& name, short weighted) {
   return {name, true, [weighted](Arrays& a, unsigned) {
-            const Columns& data = dataSet("pefr");
+            const Csv& data = dataSet("pefr");
             Vector x = data.numbers("wright1"), y = data.numbers("mini1");
             Vector ids = data.numbers("subject");
             const int m = sizeOf(x), n = 2 * m;
@@ -295,7 +295,7 @@ Call deming(const std::string& name, short weighted) {
 
 Call validation(const std::string& name) {
   return {name, false, [](Arrays& a, unsigned) {
-            const Columns& data = dataSet("veteran");
+            const Csv& data = dataSet("veteran");
             const Vector times = data.numbers("time");
             const int n = sizeOf(times);
             double *time = a.reals(times), *status = a.reals(data.numbers("status")),

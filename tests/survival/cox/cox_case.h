@@ -6,14 +6,13 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <fstream>
-#include <map>
 #include <string>
 #include <vector>
 
 #include "Klikro/Klikro"
 #include "survival/calls/cox.h"
 #include "survival/cox/cox.h"
+#include "tests/support/csv.h"
 
 namespace survmeth::test {
 
@@ -221,52 +220,18 @@ struct Regression {
   Ints order;
 };
 
-// A CSV file with a header line, by column; an empty field is an empty string.
-using Csv = std::map<std::string, std::vector<std::string>>;
-
-inline Csv readCsv(const std::string& path) {
-  std::ifstream file(path);
-  EXPECT_TRUE(file) << path;
-  const auto split = [](const std::string& line) {
-    std::vector<std::string> fields(1);
-    for (const char c : line) {
-      if (c == ',') {
-        fields.emplace_back();
-      } else if (c != '"') {
-        fields.back().push_back(c);
-      }
-    }
-    return fields;
-  };
-  std::string line;
-  std::getline(file, line);
-  const std::vector<std::string> names = split(line);
-  Csv csv;
-  while (std::getline(file, line)) {
-    const std::vector<std::string> fields = split(line);
-    for (std::size_t j = 0; j < names.size(); ++j) csv[names[j]].push_back(fields[j]);
-  }
-  return csv;
-}
-
-inline Doubles numbers(const std::vector<std::string>& fields) {
-  Doubles values;
-  for (const std::string& field : fields) values.push_back(std::stod(field));
-  return values;
-}
-
 // Survival in advanced lung cancer by age, sex and performance score; rows without a missing
 // score. `extra` numbers the rows from 1.
 inline CoxArrays lungCancer() {
-  const Csv csv = readCsv(SURVMETH_DATA "/lung.csv");
+  const Csv csv(SURVMETH_DATA "/lung.csv");
   Doubles time, status, age, male, score;
-  for (std::size_t i = 0; i < csv.at("time").size(); ++i) {
-    if (csv.at("ph.ecog")[i].empty()) continue;
-    time.push_back(std::stod(csv.at("time")[i]));
-    status.push_back(std::stod(csv.at("status")[i]));
-    age.push_back(std::stod(csv.at("age")[i]));
-    male.push_back(csv.at("sex")[i] == "male" ? 1.0 : 0.0);
-    score.push_back(std::stod(csv.at("ph.ecog")[i]));
+  for (std::size_t i = 0; i < csv.rows(); ++i) {
+    if (csv.text("ph.ecog", i).empty()) continue;
+    time.push_back(csv.number("time", i));
+    status.push_back(csv.number("status", i));
+    age.push_back(csv.number("age", i));
+    male.push_back(csv.text("sex", i) == "male" ? 1.0 : 0.0);
+    score.push_back(csv.number("ph.ecog", i));
   }
   CoxArrays arrays(time, status, {age, male, score});
   for (std::size_t i = 0; i < arrays.extra.size(); ++i) arrays.extra[i] = static_cast<double>(i);
@@ -276,20 +241,20 @@ inline CoxArrays lungCancer() {
 // The veterans' trial by Karnofsky score, age and months since diagnosis, stratified by cell type
 // in the order squamous, smallcell, adeno, large.
 inline CoxArrays veterans() {
-  const Csv csv = readCsv(SURVMETH_DATA "/veteran.csv");
+  const Csv csv(SURVMETH_DATA "/veteran.csv");
   const std::vector<std::string> types{"squamous", "smallcell", "adeno", "large"};
   Doubles stratum;
   Doubles sizes(types.size());
-  for (const std::string& type : csv.at("celltype")) {
+  for (const std::string& type : csv.texts("celltype")) {
     for (std::size_t s = 0; s < types.size(); ++s) {
       if (type != types[s]) continue;
       stratum.push_back(static_cast<double>(s + 1));
       ++sizes[s];
     }
   }
-  CoxArrays arrays(numbers(csv.at("time")), numbers(csv.at("status")),
-                   {numbers(csv.at("karno")), numbers(csv.at("age")), numbers(csv.at("diagtime"))},
-                   stratum, sizes);
+  CoxArrays arrays(csv.numbers("time"), csv.numbers("status"),
+                   {csv.numbers("karno"), csv.numbers("age"), csv.numbers("diagtime")}, stratum,
+                   sizes);
   for (std::size_t i = 0; i < arrays.extra.size(); ++i) arrays.extra[i] = static_cast<double>(i);
   return arrays;
 }

@@ -13,8 +13,6 @@ using survmeth::test::CoxArrays;
 using survmeth::test::Csv;
 using survmeth::test::Doubles;
 using survmeth::test::Ints;
-using survmeth::test::numbers;
-using survmeth::test::readCsv;
 using survmeth::test::Regression;
 
 CoxArrays threeEvents() { return CoxArrays({3, 1, 2}, {1, 1, 1}, {{1, 1, 0}}); }
@@ -26,21 +24,21 @@ void expectClose(double got, double expected, const std::string& what) {
 // Another program's fit of the same model.
 void expectReference(const Regression& r, const std::string& name) {
   const std::string base = SURVMETH_REFERENCE "/cox_" + name;
-  const Csv coefficients = readCsv(base + "_coefficients.csv");
+  const Csv coefficients(base + "_coefficients.csv");
   const char* columns[] = {"coef", "se", "wald.chisq", "", "hazard.ratio", "lower95", "upper95"};
   for (int i = 1; i <= r.finalCovariates; ++i) {
-    const std::string term = coefficients.at("term")[static_cast<std::size_t>(i - 1)];
+    const std::string term = coefficients.text("term", static_cast<std::size_t>(i - 1));
     for (int column = 1; column <= 7; ++column) {
       if (column == 4) continue;
-      const Doubles expected = numbers(coefficients.at(columns[column - 1]));
-      expectClose(r.coefficient(i, column), expected[static_cast<std::size_t>(i - 1)],
+      expectClose(r.coefficient(i, column),
+                  coefficients.number(columns[column - 1], static_cast<std::size_t>(i - 1)),
                   term + " " + columns[column - 1]);
     }
     EXPECT_DOUBLE_EQ(r.coefficient(i, 4), pValChiSq(r.coefficient(i, 3), 1));
   }
 
-  const Csv fit = readCsv(base + "_fit.csv");
-  const auto value = [&](const char* key) { return numbers(fit.at(key))[0]; };
+  const Csv fit(base + "_fit.csv");
+  const auto value = [&](const char* key) { return fit.number(key, 0); };
   expectClose(r.criterion(3, 1), -2 * value("loglik.null"), "null log-likelihood");
   expectClose(r.criterion(3, 2), -2 * value("loglik"), "log-likelihood");
   expectClose(r.test(1, 2), value("lr"), "likelihood ratio");
@@ -48,9 +46,9 @@ void expectReference(const Regression& r, const std::string& name) {
   expectClose(r.test(3, 2), value("wald"), "Wald");
 
   // Hazard: of the reference at every time of the stratum, one file after the other.
-  const Csv hazard = readCsv(base + "_baseline_hazard.csv");
-  const Doubles times = numbers(hazard.at("time"));
-  const Doubles cumulated = numbers(hazard.at("hazard"));
+  const Csv hazard(base + "_baseline_hazard.csv");
+  const Doubles times = hazard.numbers("time");
+  const Doubles cumulated = hazard.numbers("hazard");
   std::size_t line = 0;
   for (int s = 1; s <= r.a.S; ++s) {
     for (int k = 1; k <= r.a.distinctTimes[static_cast<std::size_t>(s - 1)]; ++k, ++line) {
@@ -62,9 +60,9 @@ void expectReference(const Regression& r, const std::string& name) {
   }
   EXPECT_EQ(line, times.size());
 
-  const Csv residuals = readCsv(base + "_residuals.csv");
-  const Doubles martingale = numbers(residuals.at("martingale"));
-  const Doubles deviance = numbers(residuals.at("deviance"));
+  const Csv residuals(base + "_residuals.csv");
+  const Doubles martingale = residuals.numbers("martingale");
+  const Doubles deviance = residuals.numbers("deviance");
   for (int row = 1; row <= r.a.n; ++row) {
     const auto original = static_cast<std::size_t>(r.a.extra[static_cast<std::size_t>(row - 1)]);
     EXPECT_NEAR(r.residual(row, 3), martingale[original], 1e-8) << row;

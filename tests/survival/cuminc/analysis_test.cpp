@@ -9,13 +9,13 @@
 
 #include "survival/calls/cuminc.h"
 #include "survival/calls/life.h"
-#include "tests/support/columns.h"
+#include "tests/support/csv.h"
 #include "tests/support/page.h"
 #include "tests/survival/cuminc/tables.h"
 
 namespace {
 
-using survmeth::test::Columns;
+using survmeth::test::Csv;
 using survmeth::test::Incidence;
 using survmeth::test::Page;
 using survmeth::test::Subjects;
@@ -30,7 +30,7 @@ struct Trial {
   double maxTime = 0.0;
 
   explicit Trial(const std::string& stratumName = "") {
-    const Columns data(SURVMETH_DATA "/pbc.csv");
+    const Csv data(SURVMETH_DATA "/pbc.csv");
     time = data.numbers("time");
     raw = data.numbers("status");
     n = static_cast<int>(time.size());
@@ -82,7 +82,7 @@ TEST(CompetingRisksAnalysis, TypesAreNumberedAsTheyAppear) {
 }
 
 TEST(CompetingRisksAnalysis, EndsWhereTablesMadeFromCountsEnd) {
-  const Columns data(SURVMETH_DATA "/pbc.csv");
+  const Csv data(SURVMETH_DATA "/pbc.csv");
   const Subjects subjects(data.numbers("time"), data.numbers("status"));
   Trial trial;
   for (const int type : {1, 2}) {
@@ -95,14 +95,14 @@ TEST(CompetingRisksAnalysis, EndsWhereTablesMadeFromCountsEnd) {
 
 TEST(CompetingRisksAnalysis, StrataAreThoseOfTheirRowsAlone) {
   Trial trial("trt");
-  const Columns data(SURVMETH_DATA "/pbc.csv");
+  const Csv data(SURVMETH_DATA "/pbc.csv");
   int offset = 0;
   for (const double treatment : {1.0, 2.0}) {
     Vector time, status;
     for (int i = 0; i < trial.n; ++i) {
-      if (data.numbers("trt")[i] != treatment) continue;
-      time.push_back(data.numbers("time")[i]);
-      status.push_back(data.numbers("status")[i]);
+      if (data.number("trt", i) != treatment) continue;
+      time.push_back(data.number("time", i));
+      status.push_back(data.number("status", i));
     }
     const int m = static_cast<int>(time.size());
     const Table table = trial.incidence(1, m, offset);
@@ -127,14 +127,14 @@ TEST(CompetingRisksAnalysis, FiveYearsOfTheLiverTrial) {
             transplant(row, 8), transplant(row, 9));
 
   // Another program's incidences and variances at that time.
-  const Columns reference(SURVMETH_REFERENCE "/cuminc_pbc.csv");
+  const Csv reference(SURVMETH_REFERENCE "/cuminc_pbc.csv");
   const Vector times = reference.numbers("time");
   std::size_t at = 0;
   while (times[at] != 1810) ++at;
-  EXPECT_NEAR(death(row, 6), reference.numbers("incidence2")[at], 1e-13);
-  EXPECT_NEAR(transplant(row, 6), reference.numbers("incidence1")[at], 1e-13);
-  EXPECT_NEAR(death(row, 7), std::sqrt(reference.numbers("var2")[at]), 1e-4);
-  EXPECT_NEAR(transplant(row, 7), std::sqrt(reference.numbers("var1")[at]), 1e-4);
+  EXPECT_NEAR(death(row, 6), reference.number("incidence2", at), 1e-13);
+  EXPECT_NEAR(transplant(row, 6), reference.number("incidence1", at), 1e-13);
+  EXPECT_NEAR(death(row, 7), std::sqrt(reference.number("var2", at)), 1e-4);
+  EXPECT_NEAR(transplant(row, 7), std::sqrt(reference.number("var1", at)), 1e-4);
 
   int r = 0;
   Table km = trial.pooled(trial.n, 0, r);
@@ -148,7 +148,7 @@ TEST(CompetingRisksAnalysis, FiveYearsOfTheLiverTrial) {
 }
 
 TEST(CompetingRisksAnalysis, TreatmentsOfTheLiverTrialByGraysTest) {
-  const Columns data(SURVMETH_DATA "/pbc.csv");
+  const Csv data(SURVMETH_DATA "/pbc.csv");
   Vector time = data.numbers("time"), status = data.numbers("status"), arm = data.numbers("trt");
   double statistic = 0.0, df = 0.0, pValue = 0.0;
   const int n = static_cast<int>(time.size());

@@ -14,13 +14,13 @@
 #include "Klikro/Klikro"
 #include "survival/calls/cuminc.h"
 #include "survival/cuminc/cuminc.h"
-#include "tests/support/columns.h"
+#include "tests/support/csv.h"
 #include "tests/support/matrices.h"
 
 namespace {
 
 using survmeth::test::Column;
-using survmeth::test::Columns;
+using survmeth::test::Csv;
 using survmeth::test::elements;
 using Vector = std::vector<double>;
 
@@ -51,7 +51,7 @@ struct Gray {
 };
 
 Rows liverTrial(const std::string& group) {
-  const Columns data(SURVMETH_DATA "/pbc.csv");
+  const Csv data(SURVMETH_DATA "/pbc.csv");
   return {data.numbers("time"), data.numbers("status"), data.numbers(group)};
 }
 
@@ -72,24 +72,24 @@ TEST(GrayTest, TheOtherGroupAsReferenceGivesTheSameStatistic) {
 }
 
 TEST(GrayTest, TheLiverTrialAgreesWithAnotherProgram) {
-  const Columns reference(SURVMETH_REFERENCE "/gray_pbc.csv");
-  std::size_t rows = reference.texts("group").size();
+  const Csv reference(SURVMETH_REFERENCE "/gray_pbc.csv");
+  std::size_t rows = reference.rows();
   ASSERT_EQ(rows, 6u);
   for (std::size_t i = 0; i < rows; ++i) {
-    const std::string group = reference.texts("group")[i];
-    const double df = reference.numbers("df")[i];
+    const std::string group = reference.text("group", i);
+    const double df = reference.number("df", i);
     const Gray test(liverTrial(group), static_cast<int>(df) + 1,
-                    static_cast<int>(reference.numbers("event")[i]), reference.numbers("rho")[i]);
-    const double statistic = reference.numbers("stat")[i];
+                    static_cast<int>(reference.number("event", i)), reference.number("rho", i));
+    const double statistic = reference.number("stat", i);
     EXPECT_NEAR(test.statistic, statistic, 1e-10 * statistic) << i;
     EXPECT_EQ(test.df, df);
     // That program forms 1 - distribution, so that its p-value has an absolute error.
-    EXPECT_NEAR(test.pValue, reference.numbers("pv")[i], 1e-12) << i;
+    EXPECT_NEAR(test.pValue, reference.number("pv", i), 1e-12) << i;
   }
 }
 
 TEST(GrayTest, RandomDataAgreeWithAnotherProgram) {
-  const Columns data(SURVMETH_REFERENCE "/gray_random_data.csv");
+  const Csv data(SURVMETH_REFERENCE "/gray_random_data.csv");
   std::map<double, Rows> sets;
   const Vector set = data.numbers("set");
   const Vector time = data.numbers("time");
@@ -101,7 +101,7 @@ TEST(GrayTest, RandomDataAgreeWithAnotherProgram) {
     rows.status.push_back(status[i]);
     rows.group.push_back(group[i]);
   }
-  const Columns reference(SURVMETH_REFERENCE "/gray_random.csv");
+  const Csv reference(SURVMETH_REFERENCE "/gray_random.csv");
   const Vector found = reference.numbers("set");
   const Vector groups = reference.numbers("groups");
   const Vector rho = reference.numbers("rho");

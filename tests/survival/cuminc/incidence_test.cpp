@@ -8,13 +8,13 @@
 #include "Klikro/Klikro"
 #include "survival/calls/cuminc.h"
 #include "survival/cuminc/cuminc.h"
-#include "tests/support/columns.h"
+#include "tests/support/csv.h"
 #include "tests/survival/cuminc/tables.h"
 
 namespace {
 
-using survmeth::test::Columns;
 using survmeth::test::Count;
+using survmeth::test::Csv;
 using survmeth::test::Incidence;
 using survmeth::test::kaplanMeier;
 using survmeth::test::Subjects;
@@ -222,29 +222,29 @@ TEST(CumIncCalc, AlphaAboveOneTurnsTheLimitsRound) {
 }
 
 TEST(CumIncCalc, WithoutCompetingEventsIncidenceIsOneMinusKaplanMeier) {
-  const Columns data(SURVMETH_DATA "/leukemia.csv");
+  const Csv data(SURVMETH_DATA "/leukemia.csv");
   Vector time, status;
-  for (std::size_t i = 0; i < data.texts("weeks").size(); ++i) {
-    if (data.texts("treatment")[i] != "6-MP") continue;
-    time.push_back(data.numbers("weeks")[i]);
-    status.push_back(data.numbers("relapse")[i]);
+  for (std::size_t i = 0; i < data.rows(); ++i) {
+    if (data.text("treatment", i) != "6-MP") continue;
+    time.push_back(data.number("weeks", i));
+    status.push_back(data.number("relapse", i));
   }
-  const Columns reference(SURVMETH_REFERENCE "/km_leukemia.csv");
+  const Csv reference(SURVMETH_REFERENCE "/km_leukemia.csv");
   const Incidence one(Subjects(time, status), 1);
   int k = 0;
-  for (std::size_t i = 0; i < reference.texts("group").size(); ++i) {
-    if (reference.texts("group")[i] != "6-MP") continue;
+  for (std::size_t i = 0; i < reference.rows(); ++i) {
+    if (reference.text("group", i) != "6-MP") continue;
     ++k;
-    EXPECT_NEAR(one.table(k, 6), 1 - reference.numbers("survival")[i], 1e-14);
+    EXPECT_NEAR(one.table(k, 6), 1 - reference.number("survival", i), 1e-14);
     // Survival before the first event is 1, so that its standard error is the usual one too.
-    EXPECT_NEAR(one.table(k, 7), reference.numbers("std.err")[i], 1e-14);
+    EXPECT_NEAR(one.table(k, 7), reference.number("std.err", i), 1e-14);
   }
   EXPECT_EQ(k, one.table.rows());
 }
 
 TEST(CumIncCalc, IncidencesOfTheLiverTrialAreThoseOfAnotherProgram) {
-  const Columns data(SURVMETH_DATA "/pbc.csv");
-  const Columns reference(SURVMETH_REFERENCE "/cuminc_pbc.csv");
+  const Csv data(SURVMETH_DATA "/pbc.csv");
+  const Csv reference(SURVMETH_REFERENCE "/cuminc_pbc.csv");
   const Subjects subjects(data.numbers("time"), data.numbers("status"));
   const Vector time = reference.numbers("time");
   for (const int type : {1, 2}) {

@@ -8,13 +8,13 @@
 #include "Klikro/Klikro"
 #include "survival/calls/cuminc.h"
 #include "survival/cuminc/cuminc.h"
-#include "tests/support/columns.h"
+#include "tests/support/csv.h"
 #include "tests/survival/cuminc/tables.h"
 
 namespace {
 
-using survmeth::test::Columns;
 using survmeth::test::Count;
+using survmeth::test::Csv;
 using survmeth::test::kaplanMeier;
 using survmeth::test::Subjects;
 using survmeth::test::Table;
@@ -112,12 +112,12 @@ TEST(TransNelsonAalen, AnEventInTheLastRowOnlyStandsThere) {
 
 TEST(TransNelsonAalen, RemissionTimesOfTextbook) {
   // Klein & Moeschberger, Survival Analysis (2003), table 4.2: 6-MP patients, variance d / n^2.
-  const Columns data(SURVMETH_DATA "/leukemia.csv");
+  const Csv data(SURVMETH_DATA "/leukemia.csv");
   Vector time, status;
-  for (std::size_t i = 0; i < data.texts("weeks").size(); ++i) {
-    if (data.texts("treatment")[i] != "6-MP") continue;
-    time.push_back(data.numbers("weeks")[i]);
-    status.push_back(data.numbers("relapse")[i]);
+  for (std::size_t i = 0; i < data.rows(); ++i) {
+    if (data.text("treatment", i) != "6-MP") continue;
+    time.push_back(data.number("weeks", i));
+    status.push_back(data.number("relapse", i));
   }
   const Subjects subjects(time, status);
   const std::vector<Count> counts = countsOf(subjects);

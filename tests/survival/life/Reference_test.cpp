@@ -7,13 +7,13 @@
 #include <string>
 #include <vector>
 
-#include "tests/support/columns.h"
+#include "tests/support/csv.h"
 #include "tests/support/page.h"
 #include "tests/survival/life/life_calls.h"
 
 namespace {
 
-using survmeth::test::Columns;
+using survmeth::test::Csv;
 using survmeth::test::kMissingMark;
 using survmeth::test::kYes;
 using survmeth::test::LifeCall;
@@ -41,7 +41,7 @@ struct Analysis {
 // Groups are numbered in the order in which they first appear.
 Analysis analyse(const std::string& file, const std::string& time, const std::string& status,
                  const std::string& group) {
-  const Columns data(std::string(SURVMETH_DATA) + "/" + file);
+  const Csv data(std::string(SURVMETH_DATA) + "/" + file);
   std::vector<std::string> names;
   Values codes, sizes;
   for (const std::string& name : data.texts(group)) {
@@ -94,36 +94,36 @@ Analysis analyse(const std::string& file, const std::string& time, const std::st
 }
 
 void expectReferenceTables(const Analysis& analysis, const std::string& file) {
-  const Columns reference(std::string(SURVMETH_REFERENCE) + "/" + file);
+  const Csv reference(std::string(SURVMETH_REFERENCE) + "/" + file);
   std::map<std::string, int> rows;
-  for (std::size_t i = 0; i < reference.texts("group").size(); ++i) {
-    const std::string& group = reference.texts("group")[i];
+  for (std::size_t i = 0; i < reference.rows(); ++i) {
+    const std::string& group = reference.text("group", i);
     const Sheet& table = analysis.strata.at(group).tables.table;
     const int row = ++rows[group] + 1;
-    EXPECT_EQ(table.at(row, 1), reference.numbers("time")[i]);
-    EXPECT_EQ(table.at(row, 3), reference.numbers("n.risk")[i]);
-    EXPECT_EQ(table.at(row, 4), reference.numbers("n.event")[i]);
-    EXPECT_EQ(table.at(row, 5), reference.numbers("n.censor")[i]);
-    const double survival = reference.numbers("survival")[i];
+    EXPECT_EQ(table.at(row, 1), reference.number("time", i));
+    EXPECT_EQ(table.at(row, 3), reference.number("n.risk", i));
+    EXPECT_EQ(table.at(row, 4), reference.number("n.event", i));
+    EXPECT_EQ(table.at(row, 5), reference.number("n.censor", i));
+    const double survival = reference.number("survival", i);
     EXPECT_NEAR(table.at(row, 8), survival, 1e-10);
     if (survival == 0.0) {
       // Where the curve reaches zero the sum has no finite value there, and a carried one here.
       EXPECT_EQ(table.at(row, 11), table.at(row - 1, 11));
       continue;
     }
-    EXPECT_NEAR(table.at(row, 11), reference.numbers("greenwood.sum")[i], 1e-10);
-    EXPECT_NEAR(table.at(row, 8) * std::sqrt(table.at(row, 11)), reference.numbers("std.err")[i],
+    EXPECT_NEAR(table.at(row, 11), reference.number("greenwood.sum", i), 1e-10);
+    EXPECT_NEAR(table.at(row, 8) * std::sqrt(table.at(row, 11)), reference.number("std.err", i),
                 1e-10);
   }
   for (const auto& [name, stratum] : analysis.strata) EXPECT_EQ(stratum.tables.nRows, rows[name]);
 }
 
 void expectReferenceLogRank(const Analysis& analysis, const std::string& name) {
-  const Columns reference(std::string(SURVMETH_REFERENCE) + "/logrank.csv");
-  for (std::size_t i = 0; i < reference.texts("data").size(); ++i) {
-    if (reference.texts("data")[i] != name) continue;
-    EXPECT_NEAR(analysis.tests.at(1, 1), reference.numbers("chisq")[i], 1e-10);
-    EXPECT_EQ(analysis.strata.size(), 1 + static_cast<std::size_t>(reference.numbers("df")[i]));
+  const Csv reference(std::string(SURVMETH_REFERENCE) + "/logrank.csv");
+  for (std::size_t i = 0; i < reference.rows(); ++i) {
+    if (reference.text("data", i) != name) continue;
+    EXPECT_NEAR(analysis.tests.at(1, 1), reference.number("chisq", i), 1e-10);
+    EXPECT_EQ(analysis.strata.size(), 1 + static_cast<std::size_t>(reference.number("df", i)));
     return;
   }
   FAIL() << name;

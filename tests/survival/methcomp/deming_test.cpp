@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <fstream>
 #include <limits>
 #include <map>
 #include <numeric>
@@ -13,6 +12,7 @@
 #include "Klikro/Klikro"
 #include "survival/methcomp/methcomp.h"
 #include "survival/survival.h"
+#include "tests/support/csv.h"
 #include "tests/support/matrices.h"
 #include "tests/support/page.h"
 
@@ -66,14 +66,9 @@ struct Fit {
 };
 
 std::map<std::string, double> reference() {
+  const survmeth::test::Csv csv(SURVMETH_REFERENCE "/methcomp/methcomp.csv");
   std::map<std::string, double> values;
-  std::ifstream file(SURVMETH_REFERENCE "/methcomp/methcomp.csv");
-  std::string line;
-  std::getline(file, line);
-  while (std::getline(file, line)) {
-    const std::size_t comma = line.find(',');
-    values[line.substr(0, comma)] = std::stod(line.substr(comma + 1));
-  }
+  for (std::size_t i = 0; i < csv.rows(); ++i) values[csv.text("name", i)] = csv.number("value", i);
   return values;
 }
 

@@ -15,11 +15,11 @@ void expectClose(double want, double got, double tolerance, std::size_t row) {
 }
 
 TEST(Derivatives, AgreeWithDifferencesInFiftyDigits) {
-  const auto table = readTable(std::string(SURVMETH_REFERENCE) + "/param/derivatives.csv");
-  const auto& laws = table.at("distribution");
+  const Csv table(SURVMETH_REFERENCE "/param/derivatives.csv");
+  const std::vector<double> laws = table.numbers("distribution");
   ASSERT_EQ(144u, laws.size());
   for (std::size_t i = 0; i < laws.size(); ++i) {
-    const auto at = [&](const char* name) { return table.at(name)[i]; };
+    const auto at = [&](const char* name) { return table.number(name, i); };
     const int law = static_cast<int>(laws[i]);
     Model model(law,
                 {{at("status"), at("time"), at("weight"), at("lower"), at("upper"), {at("x")}}});
@@ -37,9 +37,9 @@ TEST(Derivatives, AgreeWithDifferencesInFiftyDigits) {
 }
 
 TEST(LogLikelihood, AgreesWithFiftyDigitsButForItsOwnConventions) {
-  const auto table = readTable(std::string(SURVMETH_REFERENCE) + "/param/derivatives.csv");
-  for (std::size_t i = 0; i < table.at("distribution").size(); ++i) {
-    const auto at = [&](const char* name) { return table.at(name)[i]; };
+  const Csv table(SURVMETH_REFERENCE "/param/derivatives.csv");
+  for (std::size_t i = 0; i < table.rows(); ++i) {
+    const auto at = [&](const char* name) { return table.number(name, i); };
     const int law = static_cast<int>(at("distribution"));
     Model model(law,
                 {{at("status"), at("time"), at("weight"), at("lower"), at("upper"), {at("x")}}});

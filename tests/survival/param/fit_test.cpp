@@ -340,14 +340,12 @@ TEST(Fit, OneColumnTakesTheFirstOfTheCovariance) {
 // Against R's survreg, where the law is the textbook's.
 class AgainstSurvreg : public testing::Test {
  protected:
-  static std::map<std::string, std::vector<double>> reference() {
-    return readTable(std::string(SURVMETH_REFERENCE) + "/param/survreg.csv");
-  }
+  static Csv reference() { return Csv(SURVMETH_REFERENCE "/param/survreg.csv"); }
 
   static void expectFit(int law, const std::vector<Observation>& rows, double jacobian) {
-    const auto table = reference();
+    const Csv table = reference();
     const auto at = [&](const char* name) {
-      return table.at(name)[static_cast<std::size_t>(law) - 1];
+      return table.number(name, static_cast<std::size_t>(law) - 1);
     };
     Model model(law, rows);
     ASSERT_EQ(at("n"), model.n);
@@ -397,13 +395,14 @@ TEST_F(AgainstSurvreg, TheExponentialFitOfEventsIsTheTextbooks) {
 }
 
 TEST_F(AgainstSurvreg, BothTablesOfTheVeteranDataAgree) {
-  const auto own = reference();
-  const auto shared = readTable(std::string(SURVMETH_REFERENCE) + "/survreg_veteran.csv");
+  const Csv own = reference();
+  const Csv shared(SURVMETH_REFERENCE "/survreg_veteran.csv");
   for (const std::size_t law : {1, 2}) {
     for (const char* name : {"intercept", "karno", "age", "scale"}) {
-      EXPECT_NEAR(shared.at(name)[law], own.at(name)[law], 1e-8 * std::fabs(own.at(name)[law]));
+      const double expected = own.number(name, law);
+      EXPECT_NEAR(shared.number(name, law), expected, 1e-8 * std::fabs(expected));
     }
-    EXPECT_NEAR(shared.at("loglik.time.scale")[law], own.at("loglik")[law], 1e-9);
+    EXPECT_NEAR(shared.number("loglik.time.scale", law), own.number("loglik", law), 1e-9);
   }
 }
 

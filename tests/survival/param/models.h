@@ -4,16 +4,13 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdlib>
-#include <fstream>
 #include <limits>
-#include <map>
-#include <sstream>
 #include <string>
 #include <vector>
 
 #include "Klikro/Klikro"
 #include "survival/param/param.h"
+#include "tests/support/csv.h"
 #include "tests/support/matrices.h"
 
 namespace survmeth::test {
@@ -140,38 +137,14 @@ struct Fit {
   matrix parameters;
 };
 
-// A comma-separated file as columns by name; cells that are not numbers read as NaN.
-inline std::map<std::string, std::vector<double>> readTable(const std::string& path) {
-  const auto cellsOf = [](const std::string& line) {
-    std::vector<std::string> cells;
-    std::istringstream text(line);
-    for (std::string cell; std::getline(text, cell, ',');) cells.push_back(cell);
-    return cells;
-  };
-  std::ifstream file(path);
-  std::map<std::string, std::vector<double>> table;
-  std::string line;
-  std::getline(file, line);
-  const std::vector<std::string> names = cellsOf(line);
-  while (std::getline(file, line)) {
-    const std::vector<std::string> cells = cellsOf(line);
-    for (std::size_t column = 0; column < names.size(); ++column) {
-      char* end = nullptr;
-      const double value = std::strtod(cells.at(column).c_str(), &end);
-      table[names[column]].push_back(end == cells[column].c_str() ? kNaN : value);
-    }
-  }
-  return table;
-}
-
 // The veteran data with the named columns as covariates, times as logarithms.
 inline std::vector<Observation> veteran(const std::vector<std::string>& covariates = {"karno",
                                                                                       "age"}) {
-  const auto table = readTable(std::string(SURVMETH_DATA) + "/veteran.csv");
+  const Csv table(SURVMETH_DATA "/veteran.csv");
   std::vector<Observation> rows;
-  for (std::size_t i = 0; i < table.at("time").size(); ++i) {
-    Observation row{table.at("status")[i], std::log(table.at("time")[i])};
-    for (const std::string& name : covariates) row.covariates.push_back(table.at(name)[i]);
+  for (std::size_t i = 0; i < table.rows(); ++i) {
+    Observation row{table.number("status", i), std::log(table.number("time", i))};
+    for (const std::string& name : covariates) row.covariates.push_back(table.number(name, i));
     rows.push_back(row);
   }
   return rows;

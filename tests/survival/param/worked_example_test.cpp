@@ -9,10 +9,10 @@ namespace survmeth::test {
 namespace {
 
 TEST(ParametricDocument, TheWorkedExampleHolds) {
-  const auto file = readTable(std::string(SURVMETH_DATA) + "/veteran.csv");
-  std::vector<double> times = file.at("time"), status = file.at("status");
-  std::vector<double> covariates = file.at("karno");
-  covariates.insert(covariates.end(), file.at("age").begin(), file.at("age").end());
+  const Csv file(SURVMETH_DATA "/veteran.csv");
+  std::vector<double> times = file.numbers("time"), status = file.numbers("status");
+  std::vector<double> covariates = file.numbers("karno"), age = file.numbers("age");
+  covariates.insert(covariates.end(), age.begin(), age.end());
   const int n = static_cast<int>(times.size());
   const std::size_t rows = times.size();
   std::vector<double> bounds(2 * rows, 0.0), weights(rows, 1.0), initial(4, 0.0), parameters(4);

@@ -4,20 +4,20 @@
 #include <numeric>
 #include <string>
 
-#include "tests/support/columns.h"
+#include "tests/support/csv.h"
 #include "tests/support/page.h"
 #include "tests/survival/roc/support.h"
 
 namespace {
 
 using namespace survmeth::test::roc;
-using survmeth::test::Columns;
+using survmeth::test::Csv;
 using survmeth::test::Page;
 using Doubles = std::vector<double>;
 
 struct Sah {
   Sah() {
-    const Columns data(SURVMETH_DATA "/sah.csv");
+    const Csv data(SURVMETH_DATA "/sah.csv");
     for (const std::string& outcome : data.texts("outcome")) {
       status.push_back(outcome == "Poor" ? 1.0 : 0.0);
     }
@@ -30,37 +30,37 @@ struct Sah {
 TEST(RocSah, AreasAndDeLongErrorsAreThoseOfTheReference) {
   Sah sah;
   ASSERT_EQ(sah.status.size(), 113u);
-  const Columns reference(SURVMETH_REFERENCE "/roc_sah.csv");
-  ASSERT_EQ(reference.texts("marker").size(), 3u);
+  const Csv reference(SURVMETH_REFERENCE "/roc_sah.csv");
+  ASSERT_EQ(reference.rows(), 3u);
   for (std::size_t i = 0; i < 3; ++i) {
     for (const int rule : {2, 3}) {
-      Curve curve(sah.status, sah.marker.at(reference.texts("marker")[i]));
+      Curve curve(sah.status, sah.marker.at(reference.text("marker", i)));
       curve.positiveRule = rule;
       ASSERT_EQ(curve.run().code, 0);
-      EXPECT_NEAR(curve.area(), reference.numbers("auc")[i], 1e-9);
-      EXPECT_NEAR(curve.error(), reference.numbers("se.delong")[i], 1e-9);
+      EXPECT_NEAR(curve.area(), reference.number("auc", i), 1e-9);
+      EXPECT_NEAR(curve.error(), reference.number("se.delong", i), 1e-9);
     }
   }
 }
 
 TEST(RocSah, PairedComparisonsAreThoseOfTheReference) {
   Sah sah;
-  const Columns reference(SURVMETH_REFERENCE "/roc_sah_pairs.csv");
-  ASSERT_EQ(reference.texts("first").size(), 3u);
+  const Csv reference(SURVMETH_REFERENCE "/roc_sah_pairs.csv");
+  ASSERT_EQ(reference.rows(), 3u);
   for (std::size_t i = 0; i < 3; ++i) {
     Comparison comparison;
     comparison.status = sah.status;
     for (const char* side : {"first", "second"}) {
-      const Doubles& values = sah.marker.at(reference.texts(side)[i]);
+      const Doubles& values = sah.marker.at(reference.text(side, i));
       Curve curve(sah.status, values);
       curve.run();
       comparison.tests.push_back(values);
       comparison.aucs.push_back(curve.area());
     }
     comparison.run();
-    EXPECT_NEAR(comparison.at(comparison.zStat, 1, 2), reference.numbers("z")[i], 1e-9);
-    EXPECT_NEAR(comparison.at(comparison.pValue, 1, 2), reference.numbers("p")[i], 1e-9);
-    EXPECT_NEAR(comparison.at(comparison.covariance, 1, 2), reference.numbers("cov")[i], 1e-9);
+    EXPECT_NEAR(comparison.at(comparison.zStat, 1, 2), reference.number("z", i), 1e-9);
+    EXPECT_NEAR(comparison.at(comparison.pValue, 1, 2), reference.number("p", i), 1e-9);
+    EXPECT_NEAR(comparison.at(comparison.covariance, 1, 2), reference.number("cov", i), 1e-9);
   }
 }
 

@@ -9,13 +9,13 @@
 
 #include "Klikro/Klikro"
 #include "survival/validation/validation.h"
-#include "tests/support/columns.h"
+#include "tests/support/csv.h"
 #include "tests/support/matrices.h"
 
 namespace {
 
 using survmeth::test::Column;
-using survmeth::test::Columns;
+using survmeth::test::Csv;
 using Vector = std::vector<double>;
 
 constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
@@ -179,28 +179,28 @@ TEST(ConcordIndex, TheOrderOfTheRowsDoesNotMatter) {
 }
 
 TEST(ConcordIndex, LungCancerPairsCountedByAnotherProgram) {
-  const Columns data(SURVMETH_DATA "/lung.csv");
-  const Columns fit(SURVMETH_REFERENCE "/cox_lung_coefficients.csv");
-  const Columns reference(SURVMETH_REFERENCE "/concordance_lung.csv");
+  const Csv data(SURVMETH_DATA "/lung.csv");
+  const Csv fit(SURVMETH_REFERENCE "/cox_lung_coefficients.csv");
+  const Csv reference(SURVMETH_REFERENCE "/concordance_lung.csv");
   Vector time, status, covariates;
   std::vector<Vector> x(3);
-  for (std::size_t i = 0; i < data.texts("time").size(); ++i) {
-    if (data.texts("ph.ecog")[i].empty()) continue;
-    time.push_back(data.numbers("time")[i]);
-    status.push_back(data.numbers("status")[i]);
-    x[0].push_back(data.numbers("age")[i]);
-    x[1].push_back(data.texts("sex")[i] == "male" ? 1 : 0);
-    x[2].push_back(data.numbers("ph.ecog")[i]);
+  for (std::size_t i = 0; i < data.rows(); ++i) {
+    if (data.text("ph.ecog", i).empty()) continue;
+    time.push_back(data.number("time", i));
+    status.push_back(data.number("status", i));
+    x[0].push_back(data.number("age", i));
+    x[1].push_back(data.text("sex", i) == "male" ? 1 : 0);
+    x[2].push_back(data.number("ph.ecog", i));
   }
   for (const Vector& column : x) covariates.insert(covariates.end(), column.begin(), column.end());
   const int n = static_cast<int>(time.size());
-  ASSERT_EQ(n, reference.numbers("rows")[0]);
+  ASSERT_EQ(n, reference.number("rows", 0));
   Column t(time), s(status), beta(fit.numbers("coef"));
   matrix X(n, 3, covariates.data(), 0, 0);
   const double c = ConcordIndex(n, 3, &t, &s, &X, &beta);
-  EXPECT_EQ(c, reference.numbers("concordant")[0] / reference.numbers("usable")[0]);
+  EXPECT_EQ(c, reference.number("concordant", 0) / reference.number("usable", 0));
   // With half a point for tied scores, and pairs tied in time, other programs show more.
-  EXPECT_GT(reference.numbers("program.index")[0], c + 0.003);
+  EXPECT_GT(reference.number("program.index", 0), c + 0.003);
 }
 
 }  // namespace

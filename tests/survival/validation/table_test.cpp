@@ -8,12 +8,12 @@
 #include "Klikro/Klikro"
 #include "survival/calls/validation.h"
 #include "survival/validation/validation.h"
-#include "tests/support/columns.h"
+#include "tests/support/csv.h"
 #include "tests/support/page.h"
 
 namespace {
 
-using survmeth::test::Columns;
+using survmeth::test::Csv;
 using survmeth::test::Page;
 using Vector = std::vector<double>;
 
@@ -194,27 +194,27 @@ TEST(ComputeCVTable, SmallerMatricesReadMinusOne) {
 
 // The worked example of docs/statistics/validation.md.
 TEST(ComputeCVTable, LungCancerExample) {
-  const Columns data(SURVMETH_DATA "/lung.csv");
-  const Columns coefficients(SURVMETH_REFERENCE "/cox_lung_coefficients.csv");
-  const Columns fit(SURVMETH_REFERENCE "/cox_lung_fit.csv");
-  const Columns pairs(SURVMETH_REFERENCE "/concordance_lung.csv");
+  const Csv data(SURVMETH_DATA "/lung.csv");
+  const Csv coefficients(SURVMETH_REFERENCE "/cox_lung_coefficients.csv");
+  const Csv fit(SURVMETH_REFERENCE "/cox_lung_fit.csv");
+  const Csv pairs(SURVMETH_REFERENCE "/concordance_lung.csv");
   Vector time, status, X;
   std::vector<Vector> columns(3);
-  for (std::size_t i = 0; i < data.texts("time").size(); ++i) {
-    if (data.texts("ph.ecog")[i].empty()) continue;
-    time.push_back(data.numbers("time")[i]);
-    status.push_back(data.numbers("status")[i]);
-    columns[0].push_back(data.numbers("age")[i]);
-    columns[1].push_back(data.texts("sex")[i] == "male" ? 1 : 0);
-    columns[2].push_back(data.numbers("ph.ecog")[i]);
+  for (std::size_t i = 0; i < data.rows(); ++i) {
+    if (data.text("ph.ecog", i).empty()) continue;
+    time.push_back(data.number("time", i));
+    status.push_back(data.number("status", i));
+    columns[0].push_back(data.number("age", i));
+    columns[1].push_back(data.text("sex", i) == "male" ? 1 : 0);
+    columns[2].push_back(data.number("ph.ecog", i));
   }
   for (const Vector& column : columns) X.insert(X.end(), column.begin(), column.end());
   Vector beta = coefficients.numbers("coef");
   Vector H(9, 0.0), F(12, 0.0), table(5, 0.0);
   H[0] = 3;
-  H[3] = fit.numbers("lr")[0];
-  F[2] = -2 * fit.numbers("loglik.null")[0];
-  F[8] = -2 * fit.numbers("loglik")[0];
+  H[3] = fit.number("lr", 0);
+  F[2] = -2 * fit.number("loglik.null", 0);
+  F[8] = -2 * fit.number("loglik", 0);
   Cpp_ComputeCVTable(static_cast<int>(time.size()), 3, time.data(), status.data(), X.data(),
                      beta.data(), H.data(), F.data(), 1, 1, table.data());
   const Page page("validation");
@@ -226,7 +226,7 @@ TEST(ComputeCVTable, LungCancerExample) {
             1 - std::exp(-H[3] / rows));
   page.says("| 2 | %.4f | |", table[1]);
   page.says("| 3 | %.4f | |", table[2]);
-  const auto count = [&](const char* name) { return static_cast<int>(pairs.numbers(name)[0]); };
+  const auto count = [&](const char* name) { return static_cast<int>(pairs.number(name, 0)); };
   const int concordant = count("concordant"), usable = count("usable");
   page.says("| 4 | %.4f | %d,%03d of %d,%03d pairs;", table[3], concordant / 1000,
             concordant % 1000, usable / 1000, usable % 1000);
@@ -235,7 +235,7 @@ TEST(ComputeCVTable, LungCancerExample) {
   const int programs =
       count("program.concordant") + count("program.discordant") + count("program.tied");
   page.says("R's `concordance` gives %.4f, with half credit for %d tied pairs and %d more pairs",
-            pairs.numbers("program.index")[0], count("program.tied"), programs - usable);
+            pairs.number("program.index", 0), count("program.tied"), programs - usable);
 }
 
 }  // namespace
