@@ -97,12 +97,11 @@ inline std::map<int, Columns> randomData() {
   return sets;
 }
 
-// Within `tolerance` of each other relative to the larger of 1 and the expected value; NaN equals
-// NaN only.
+// Within `tolerance` of the expected value, relatively; NaN equals NaN only, 0 only 0.
 inline ::testing::AssertionResult near(double actual, double expected, double tolerance) {
   if (std::isnan(actual) && std::isnan(expected)) return ::testing::AssertionSuccess();
   if (actual == expected) return ::testing::AssertionSuccess();
-  if (std::fabs(actual - expected) <= tolerance * std::max(1.0, std::fabs(expected))) {
+  if (std::fabs(actual - expected) <= tolerance * std::fabs(expected)) {
     return ::testing::AssertionSuccess();
   }
   return ::testing::AssertionFailure() << actual << " is not " << expected;
