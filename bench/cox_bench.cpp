@@ -10,8 +10,8 @@
 #include <vector>
 
 #include "Klikro/Klikro"
-#include "Klikro/hot.h"
 #include "bench/cox_job.h"
+#include "numerics/hot.h"
 #include "survival/cox/cox.h"
 
 namespace {

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "Klikro/Klikro"
-#include "Klikro/hot.h"
+#include "numerics/hot.h"
 #include "survival/cox/cox.h"
 #include "survival/cox/likelihood.h"
 #include "survival/cox/riskSums.h"

@@ -6,7 +6,7 @@
 
 #include "Dist/Dist"
 #include "Klikro/Klikro"
-#include "Klikro/hot.h"
+#include "numerics/hot.h"
 #include "survival/cox/cox.h"
 #include "survival/cox/strata.h"
 

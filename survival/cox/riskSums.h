@@ -10,7 +10,7 @@
 #include <cstddef>
 #include <cstring>
 
-#include "Klikro/hot.h"
+#include "numerics/hot.h"
 
 namespace survival::cox {
 

@@ -6,7 +6,7 @@
 
 #include "Dist/Dist"
 #include "Klikro/Klikro"
-#include "Klikro/hot.h"
+#include "numerics/hot.h"
 #include "survival/methcomp/cusum.h"
 #include "survival/methcomp/deming.h"
 #include "survival/methcomp/methcomp.h"

@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-#include "Klikro/hot.h"
+#include "numerics/hot.h"
 #include "survival/param/lanes.h"
 
 namespace survival::param {

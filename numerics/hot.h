@@ -1,8 +1,8 @@
 // SURVMETH_HOT marks a loop that is compiled once for each instruction set; the loader picks the
 // widest that the machine has. Contraction is off and sums keep their order, so every version
 // gives the same bits.
-#ifndef KLIKRO_HOT_H_
-#define KLIKRO_HOT_H_
+#ifndef NUMERICS_HOT_H_
+#define NUMERICS_HOT_H_
 
 #if defined(SURVMETH_MULTIVERSION) && defined(__x86_64__) && defined(__linux__) && \
     defined(__GNUC__) && !defined(__clang__)
@@ -11,4 +11,4 @@
 #define SURVMETH_HOT
 #endif
 
-#endif  // KLIKRO_HOT_H_
+#endif  // NUMERICS_HOT_H_
