@@ -1,57 +1,15 @@
-// Errors of the library against the reference tables, in units of the last place of the result.
-#ifndef TESTS_DIST_ACCURACY_H_
-#define TESTS_DIST_ACCURACY_H_
+// The functions of libDist over their reference tables.
+#ifndef TESTS_ACCURACY_DIST_FUNCTIONS_H_
+#define TESTS_ACCURACY_DIST_FUNCTIONS_H_
 
-#include <algorithm>
-#include <cmath>
 #include <cstdint>
-#include <limits>
 #include <string>
 #include <vector>
 
 #include "Dist/Dist"
-#include "tests/support/csv.h"
+#include "accuracy.h"
 
-namespace dist_tests {
-
-// One line of a table: the value is `value` + `rest`, k the condition number.
-struct Reference {
-  std::vector<double> arguments;
-  double value = 0.0;
-  double rest = 0.0;
-  double k = 0.0;
-};
-
-inline std::string referencePath(const std::string& file) {
-  return std::string(SURVMETH_REFERENCE) + "/dist/" + file;
-}
-
-inline std::vector<Reference> readTable(const std::string& name) {
-  const survmeth::test::Csv csv(referencePath(name + ".csv"));
-  std::vector<std::vector<double>> columns;
-  for (const std::string& column : csv.names()) columns.push_back(csv.numbers(column));
-  const std::size_t n = columns.size() - 3;
-  std::vector<Reference> table(csv.rows());
-  for (std::size_t i = 0; i < table.size(); ++i) {
-    for (std::size_t j = 0; j < n; ++j) table[i].arguments.push_back(columns[j][i]);
-    table[i].value = columns[n][i];
-    table[i].rest = columns[n + 1][i];
-    table[i].k = columns[n + 2][i];
-  }
-  return table;
-}
-
-// The distance of two neighbouring doubles at x.
-inline double unitInLastPlace(double x) {
-  int power = 0;
-  std::frexp(x, &power);
-  return std::ldexp(1.0, std::max(x == 0.0 ? -1074 : power - 53, -1074));
-}
-
-inline double errorInUlp(double computed, const Reference& row) {
-  if (!std::isfinite(computed)) return std::numeric_limits<double>::infinity();
-  return std::fabs((computed - row.value) - row.rest) / unitInLastPlace(row.value);
-}
+namespace accuracy_tests {
 
 // The data of a row of V_PearsonRho.csv, by the rule of the program that made it.
 inline double pearsonRow(const std::vector<double>& a) {
@@ -80,15 +38,9 @@ double side(const std::vector<double>& a, F f) {
   return a[0] == 0.0 ? lower : upper;
 }
 
-struct Function {
-  const char* name;
-  const char* range;  // of the table's arguments
-  double (*compute)(const std::vector<double>& arguments);
-};
-
-inline const std::vector<Function>& functions() {
+inline std::vector<Function> distFunctions() {
   using Arguments = std::vector<double>;
-  static const std::vector<Function> kFunctions = {
+  return {
       {"CDFNormalStd", "x from -38.4 to 40", [](const Arguments& a) { return CDFNormalStd(a[0]); }},
       {"PDFNormalStd", "x from -38 to 38", [](const Arguments& a) { return PDFNormalStd(a[0]); }},
       {"InvCDFNormalStd", "p from 1e-300 to 1 - 2^-53",
@@ -129,30 +81,12 @@ inline const std::vector<Function>& functions() {
        }},
       {"V_PearsonRho", "n from 2 to 300, means up to 1e6 deviations", pearsonRow},
   };
-  return kFunctions;
 }
 
-struct Worst {
-  std::size_t rows = 0;
-  double ulp = 0.0;     // largest error
-  double scaled = 0.0;  // largest error / (1 + k)
-  std::vector<double> where;
-};
-
-inline Worst worstOf(const Function& function) {
-  Worst worst;
-  for (const Reference& row : readTable(function.name)) {
-    const double error = errorInUlp(function.compute(row.arguments), row);
-    ++worst.rows;
-    worst.ulp = std::fmax(worst.ulp, error);
-    if (error / (1.0 + row.k) >= worst.scaled) {
-      worst.scaled = error / (1.0 + row.k);
-      worst.where = row.arguments;
-    }
-  }
-  return worst;
+inline Library dist() {
+  return {"dist", true, distFunctions(), [](const std::string&) { return 4.0; }};
 }
 
-}  // namespace dist_tests
+}  // namespace accuracy_tests
 
-#endif  // TESTS_DIST_ACCURACY_H_
+#endif  // TESTS_ACCURACY_DIST_FUNCTIONS_H_

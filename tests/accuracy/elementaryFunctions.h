@@ -1,0 +1,35 @@
+// The elementary functions over their reference tables.
+#ifndef TESTS_ACCURACY_ELEMENTARY_FUNCTIONS_H_
+#define TESTS_ACCURACY_ELEMENTARY_FUNCTIONS_H_
+
+#include <string>
+#include <vector>
+
+#include "accuracy.h"
+#include "numerics/elementary.h"
+
+namespace accuracy_tests {
+
+inline Library elementary() {
+  namespace numerics = survmeth::numerics;
+  using Arguments = std::vector<double>;
+  return {
+      "elementary",
+      false,
+      {
+          {"exp", "x from -745.2 to 709.8", [](const Arguments& a) { return numerics::exp(a[0]); }},
+          {"expm1", "x from -709 to 709.8",
+           [](const Arguments& a) { return numerics::expm1(a[0]); }},
+          {"log", "x from 2^-1074 to 2^1024",
+           [](const Arguments& a) { return numerics::log(a[0]); }},
+          {"log1p", "x from -1 + 2^-53 to 2^1024",
+           [](const Arguments& a) { return numerics::log1p(a[0]); }},
+      },
+      [](const std::string& function) {
+        return function == "exp" || function == "log" ? 0.52 : 1.0;
+      }};
+}
+
+}  // namespace accuracy_tests
+
+#endif  // TESTS_ACCURACY_ELEMENTARY_FUNCTIONS_H_
