@@ -121,12 +121,14 @@ TEST(CoxBaseline, WhatFallsOutsideTheTablesIsDropped) {
 }
 
 TEST(CoxBaseline, WildTablesEndAndStayInside) {
+  const Doubles columns = {1, 2, 3, 1, 1, 1, 1, 0, 1};
   for (const int wild : {2147483647, -2147483647 - 1, 7, -7}) {
     for (int place = 0; place < 3; ++place) {
       CoxCase c(CoxArrays({1, 2, 3}, {1, 1, 1}, {{1, 0, 1}}));
       matrixInt* tables[] = {&c.start, &c.events, &c.distinct};
       tables[place]->vbset(1, 1, wild);
       Baseline(&c, {0.1});
+      EXPECT_EQ(c.columns(), columns);
     }
     CoxCase c(CoxArrays({1, 2, 3}, {1, 1, 1}, {{1, 0, 1}}));
     c.sizes.vbset(1, 1, wild);
@@ -135,6 +137,7 @@ TEST(CoxBaseline, WildTablesEndAndStayInside) {
     matrix table(1, 3, 7), mean(1, 3, 7), beta(1, 1, 0);
     SurvFoncCox(wild, wild, &c.X, &c.sizes, wild, &beta, &c.distinct, &c.start, &c.events, wild,
                 &table, &mean);
+    EXPECT_EQ(c.columns(), columns);
   }
 }
 

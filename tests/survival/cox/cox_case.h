@@ -13,6 +13,7 @@
 #include "survival/calls/cox.h"
 #include "survival/cox/cox.h"
 #include "tests/support/csv.h"
+#include "tests/support/matrices.h"
 
 namespace survmeth::test {
 
@@ -92,6 +93,16 @@ struct CoxCase {
         size(S, G, a.groupSize.data(), false),
         events(S, G, a.groupEvents.data(), false) {
     EXPECT_EQ(prepared, 0);
+  }
+
+  // Times, statuses and covariates, which no routine writes.
+  Doubles columns() const {
+    Doubles all = elements(time);
+    for (const matrix* column : {&delta, &X}) {
+      const Doubles more = elements(*column);
+      all.insert(all.end(), more.begin(), more.end());
+    }
+    return all;
   }
 
   int n;

@@ -397,6 +397,7 @@ TEST(CoxLikelihood, TablesThatPointOutsideReadAsTheContainersDo) {
 }
 
 TEST(CoxLikelihood, WildTablesEndAndStayInside) {
+  const Doubles columns = threeEvents().columns();
   const int extremes[] = {2147483647, -2147483647 - 1, 100000, -100000};
   for (const int wild : extremes) {
     for (int place = 0; place < 4; ++place) {
@@ -405,11 +406,13 @@ TEST(CoxLikelihood, WildTablesEndAndStayInside) {
         matrixInt* tables[] = {&c.start, &c.size, &c.events, &c.distinct};
         tables[place]->vbset(1, 1, wild);
         Likelihood(&c, ties, {0.1});
+        EXPECT_EQ(c.columns(), columns);
       }
     }
     CoxCase c = threeEvents();
     c.S = wild;
     Likelihood(&c, kBreslow, {0.1});
+    EXPECT_EQ(c.columns(), columns);
     CoxCase sized = threeEvents();
     sized.sizes.vbset(1, 1, wild);
     Likelihood(&sized, kBreslow, {0.1});

@@ -133,8 +133,9 @@ TEST(CompetingRisksAnalysis, FiveYearsOfTheLiverTrial) {
   while (times[at] != 1810) ++at;
   EXPECT_NEAR(death(row, 6), reference.number("incidence2", at), 1e-13);
   EXPECT_NEAR(transplant(row, 6), reference.number("incidence1", at), 1e-13);
-  EXPECT_NEAR(death(row, 7), std::sqrt(reference.number("var2", at)), 1e-4);
-  EXPECT_NEAR(transplant(row, 7), std::sqrt(reference.number("var1", at)), 1e-4);
+  // Its variance is another estimate, which differs by a part of the number of events.
+  EXPECT_NEAR(death(row, 7) / std::sqrt(reference.number("var2", at)), 1, 0.005);
+  EXPECT_NEAR(transplant(row, 7) / std::sqrt(reference.number("var1", at)), 1, 0.005);
 
   int r = 0;
   Table km = trial.pooled(trial.n, 0, r);

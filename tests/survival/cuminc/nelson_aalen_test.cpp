@@ -129,8 +129,9 @@ TEST(TransNelsonAalen, RemissionTimesOfTextbook) {
   for (int k = 1; k <= table.rows(); ++k) {
     for (const auto& row : published) {
       if (row[0] != table(k, 1)) continue;
+      // The book cuts the hazard after four places and rounds the variance there.
       EXPECT_NEAR(table(k, 5), row[1], 1e-4) << row[0];
-      EXPECT_NEAR(table(k, 6) * table(k, 6), row[2], 1e-4) << row[0];
+      EXPECT_NEAR(table(k, 6) * table(k, 6), row[2], 0.5e-4) << row[0];
       ++found;
     }
   }

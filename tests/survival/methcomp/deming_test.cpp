@@ -131,9 +131,9 @@ TEST(Deming, AgreementAndRepeatabilityMatchTheReference) {
   for (int i = 0; i < 34; ++i) subjects[i] = i % 17 + 1;
   double within;
   Cpp_GetRepeatability(values.data(), 34, subjects.data(), 0.05, &within, &lower, &upper);
-  EXPECT_NEAR(within, expected.at("within.sd"), 1e-9);
-  EXPECT_NEAR(lower, expected.at("within.sd.lower"), 1e-9);
-  EXPECT_NEAR(upper, expected.at("within.sd.upper"), 1e-9);
+  EXPECT_NEAR(within, expected.at("within.sd"), 1e-13 * within);
+  EXPECT_NEAR(lower, expected.at("within.sd.lower"), 1e-12 * lower);
+  EXPECT_NEAR(upper, expected.at("within.sd.upper"), 1e-12 * upper);
   page.says("within-subject standard deviation %.2f (%.2f to %.2f)", within, lower, upper);
 }
 
