@@ -140,8 +140,8 @@ TEST(Contract, ClopperPearsonStaysWithinZeroAndOneOrIsNaN) {
         EXPECT_TRUE(std::isnan(upper) || probability(upper)) << upper;
         if (std::isnan(x) || std::isnan(m) || !(alpha >= 0.0 && alpha <= 2.0)) {
           EXPECT_TRUE(std::isnan(lower) && std::isnan(upper));
-        } else if (x > 0.0 && x < m && std::isfinite(m) && alpha <= 1.0) {
-          EXPECT_LE(lower, upper);
+        } else if (x >= 0.0 && x <= m && std::isfinite(m) && alpha <= 1.0) {
+          EXPECT_LE(lower, upper);  // neither is NaN
         }
       }
     }

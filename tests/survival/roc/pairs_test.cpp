@@ -169,16 +169,19 @@ TEST(RocPairs, WeightsThatAreNotFiniteSpoilWhatTheLoopsSpoil) {
 
 TEST(RocPairs, ProductsOfWeightsThatOverflowOrUnderflowAreThoseOfTheLoops) {
   Sampler sampler(7);
+  int compared = 0;
   for (int run = 0; run < 400; ++run) {
     const Sample sample = sampleOf(sampler, Weights::extreme, true, false);
     Curve curve(sample.status, sample.values, sample.weights);
     if (curve.run().code != 0) continue;
+    ++compared;
     const LiteralTable table = literalTable(sample.status, sample.values, sample.weights, 2);
     const double literal = literalDelong(
         literalGroups(sample.status, sample.values, sample.weights), table.N, table.P);
     ASSERT_TRUE(same(curve.error(), literal) || near(curve.error() / literal, 1.0, 1e-12))
         << "run " << run << ": " << curve.error() << " against " << literal;
   }
+  EXPECT_GT(compared, 300);
 }
 
 // Each product of weights is 0, their sum times a weight is not: no pair counts, and the error is
