@@ -8,10 +8,13 @@
 #include "cli/shell/numbers.h"
 #include "cli/shell/problem.h"
 #include "cli/shell/session.h"
-#include "cli/shell/utf8.h"
+#include "text/utf8.h"
 
 namespace cli {
 namespace {
+
+using survmeth::text::displayWidth;
+using survmeth::text::shortened;
 
 using survmeth::SurvivalCurve;
 

@@ -6,10 +6,12 @@
 #include "cli/shell/numbers.h"
 #include "cli/shell/problem.h"
 #include "cli/shell/session.h"
-#include "cli/shell/utf8.h"
+#include "text/utf8.h"
 
 namespace cli {
 namespace {
+
+using survmeth::text::shortened;
 
 using survmeth::RocCurve;
 using survmeth::RocThreshold;

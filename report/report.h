@@ -11,6 +11,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <variant>
 #include <vector>
@@ -34,6 +35,11 @@ struct Column {
   std::string heading;  // for people: "95% lower"
   Kind kind = Kind::kEstimate;
   std::variant<std::vector<double>, std::vector<std::string>> values;
+
+  std::size_t rows() const;
+  bool isLabels() const { return values.index() == 1; }
+  const std::vector<double>& numbers() const { return std::get<0>(values); }
+  const std::vector<std::string>& labels() const { return std::get<1>(values); }
 };
 
 // How much of a table people see without asking. Programs (JSON, CSV) always get all of it.
@@ -53,6 +59,7 @@ struct Table {
   std::vector<std::string> remarks;  // sentences under the table, for people
 
   std::size_t rows() const;
+  const Column* find(std::string_view key) const;  // nullptr where there is none
 };
 
 // One named value: "n", "logLikelihood". A value that does not exist is std::monostate.
@@ -170,6 +177,12 @@ struct Report {
   std::vector<Method> methods;
   std::vector<Note> notes;
 };
+
+// Throws std::logic_error where a report is not what the renderers rely on: keys of facts and of a
+// table's columns not empty and unique, ids of tables and figures unique and of letters, digits,
+// '-' and '_', columns of one length, partedBy the key of labels. A mistake of the analysis, never
+// of the data: a key may be made with a name from the data where those are unique.
+void requireWellFormed(const Report& report);
 
 }  // namespace survmeth::report
 

@@ -7,11 +7,10 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <charconv>
-#include <cmath>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
+#include <string_view>
 #include <system_error>
 
 #include "cli/shell/problem.h"
@@ -110,43 +109,6 @@ void Output::write() {
   for (const auto& [path, contents] : files_) pending.makeFile(path, contents);
   if (!writeAll(STDOUT_FILENO, text_)) fail("standard output", errno);
   pending.keep();
-}
-
-CsvWriter::CsvWriter(std::initializer_list<std::string_view> header) {
-  for (const std::string_view name : header) cell(name);
-  endRow();
-}
-
-void CsvWriter::separate() {
-  if (rowBegun_) text_ += ',';
-  rowBegun_ = true;
-}
-
-void CsvWriter::cell(std::string_view text) {
-  separate();
-  if (text.find_first_of(",\"\r\n") == std::string_view::npos) {
-    text_ += text;
-    return;
-  }
-  text_ += '"';
-  for (const char c : text) {
-    if (c == '"') text_ += '"';
-    text_ += c;
-  }
-  text_ += '"';
-}
-
-void CsvWriter::cell(double value) {
-  separate();
-  if (std::isnan(value)) return;
-  char buffer[32];  // the shortest form of a double takes at most 24 characters
-  const auto end = std::to_chars(buffer, buffer + sizeof buffer, value);
-  text_.append(buffer, end.ptr);
-}
-
-void CsvWriter::endRow() {
-  text_ += '\n';
-  rowBegun_ = false;
 }
 
 }  // namespace cli

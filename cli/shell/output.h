@@ -4,17 +4,18 @@
 //
 //     output.text() += "...";                          // standard output
 //     output.file(dir + "/summary.csv", contents);
-//     CsvWriter csv({"group", "time"}); csv.cell("a"); csv.cell(1.5); csv.endRow(); csv.text()
 #ifndef CLI_SHELL_OUTPUT_H_
 #define CLI_SHELL_OUTPUT_H_
 
-#include <initializer_list>
 #include <string>
-#include <string_view>
 #include <utility>
 #include <vector>
 
+#include "report/csv.h"
+
 namespace cli {
+
+using survmeth::report::CsvWriter;
 
 class Output {
  public:
@@ -35,25 +36,6 @@ class Output {
   std::string text_;
   std::vector<std::pair<std::string, std::string>> files_;
   std::vector<std::string> folders_;
-};
-
-// CSV as RFC 4180 has it, LF line ends, every digit of every number; a value that does not exist
-// is an empty cell.
-class CsvWriter {
- public:
-  explicit CsvWriter(std::initializer_list<std::string_view> header);
-
-  void cell(std::string_view text);
-  void cell(double value);
-  void endRow();
-
-  std::string& text() { return text_; }
-
- private:
-  void separate();
-
-  std::string text_;
-  bool rowBegun_ = false;
 };
 
 }  // namespace cli

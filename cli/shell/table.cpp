@@ -18,10 +18,12 @@
 #include "cli/shell/intern.h"
 #include "cli/shell/numbers.h"
 #include "cli/shell/progress.h"
-#include "cli/shell/utf8.h"
+#include "text/utf8.h"
 
 namespace cli {
 namespace {
+
+using survmeth::text::isUtf8;
 
 constexpr std::size_t kChunk = 1 << 18;
 

@@ -1,0 +1,120 @@
+// The one vocabulary of keys: members of the JSON, headers of CSV files, columns of data frames. A
+// thing has one spelling wherever it stands, and an analysis that reports something new adds a
+// line here.
+#ifndef REPORT_KEYS_H_
+#define REPORT_KEYS_H_
+
+namespace survmeth::report::key {
+
+// What a row is about.
+inline constexpr char kName[] = "name";            // a covariate; column=level for an indicator
+inline constexpr char kStatistic[] = "statistic";  // what a row of estimates is
+inline constexpr char kTest[] = "test";            // a test's name
+inline constexpr char kGroup[] = "group";
+inline constexpr char kStratum[] = "stratum";
+inline constexpr char kMarker[] = "marker";
+inline constexpr char kSubject[] = "subject";
+inline constexpr char kFirst[] = "first";  // of two methods or markers
+inline constexpr char kSecond[] = "second";
+inline constexpr char kLine[] = "line";  // of the file; of data from memory the row
+inline constexpr char kTime[] = "time";
+inline constexpr char kEvent[] = "event";  // the event, or the type of event
+inline constexpr char kStatus[] = "status";
+inline constexpr char kWeight[] = "weight";
+inline constexpr char kCensorCode[] = "censorCode";  // whether a status is censoring
+inline constexpr char kInterval[] = "interval";
+inline constexpr char kIntervalStart[] = "intervalStart";  // included
+inline constexpr char kIntervalEnd[] = "intervalEnd";      // not included
+inline constexpr char kThreshold[] = "threshold";
+inline constexpr char kPositiveWhen[] = "positiveWhen";  // high or low
+inline constexpr char kReason[] = "reason";              // why numbers do not exist
+
+// Counts; sums of weights where there are weights.
+inline constexpr char kRows[] = "rows";
+inline constexpr char kN[] = "n";
+inline constexpr char kEvents[] = "events";
+inline constexpr char kCensored[] = "censored";
+inline constexpr char kAtRisk[] = "atRisk";  // just before the time
+inline constexpr char kEntering[] = "entering";
+inline constexpr char kEffective[] = "effective";  // entering less half of the censored
+inline constexpr char kObserved[] = "observed";
+inline constexpr char kExpected[] = "expected";
+inline constexpr char kIncluded[] = "included";  // has part in a test
+inline constexpr char kPairs[] = "pairs";
+inline constexpr char kExcluded[] = "excluded";
+inline constexpr char kSubjects[] = "subjects";
+inline constexpr char kMeasurements[] = "measurements";
+inline constexpr char kPositives[] = "positives";
+inline constexpr char kNegatives[] = "negatives";
+inline constexpr char kTruePositives[] = "truePositives";
+inline constexpr char kFalsePositives[] = "falsePositives";
+inline constexpr char kFalseNegatives[] = "falseNegatives";
+inline constexpr char kTrueNegatives[] = "trueNegatives";
+inline constexpr char kIterations[] = "iterations";
+
+// Estimates. lower and upper are the limits of the one quantity of a row that has limits; where
+// several have, they are sensitivityLower and so on. The same holds for standardError.
+inline constexpr char kEstimate[] = "estimate";
+inline constexpr char kStandardError[] = "standardError";
+inline constexpr char kLower[] = "lower";
+inline constexpr char kUpper[] = "upper";
+inline constexpr char kCoef[] = "coef";
+inline constexpr char kHazardRatio[] = "hazardRatio";  // with limits where a row has coef too
+inline constexpr char kMean[] = "mean";
+inline constexpr char kMedian[] = "median";
+inline constexpr char kDifference[] = "difference";
+inline constexpr char kRatio[] = "ratio";
+inline constexpr char kCorrelation[] = "correlation";
+inline constexpr char kBias[] = "bias";
+inline constexpr char kStandardDeviation[] = "standardDeviation";
+inline constexpr char kWithinSubjectSd[] = "withinSubjectSd";
+inline constexpr char kRepeatability[] = "repeatability";
+inline constexpr char kFitted[] = "fitted";
+inline constexpr char kResidual[] = "residual";
+inline constexpr char kMartingale[] = "martingale";
+inline constexpr char kDeviance[] = "deviance";
+inline constexpr char kSchoenfeld[] = "schoenfeld";          // a space and the covariate follow
+inline constexpr char kMedianResidual[] = "medianResidual";  // life time
+inline constexpr char kMedianResidualStandardError[] = "medianResidualStandardError";
+inline constexpr char kCost[] = "cost";
+inline constexpr char kLevel[] = "level";  // confidence level of limits
+
+// Probabilities and rates.
+inline constexpr char kSurvival[] = "survival";  // just after the time
+inline constexpr char kSurvivalAtStart[] = "survivalAtStart";
+inline constexpr char kSurvivalAtEnd[] = "survivalAtEnd";
+inline constexpr char kCumulativeHazard[] = "cumulativeHazard";
+inline constexpr char kCumulativeIncidence[] = "cumulativeIncidence";
+inline constexpr char kEventProbability[] = "eventProbability";  // events / effective
+inline constexpr char kDensity[] = "density";
+inline constexpr char kDensityStandardError[] = "densityStandardError";
+inline constexpr char kHazard[] = "hazard";
+inline constexpr char kHazardStandardError[] = "hazardStandardError";
+inline constexpr char kConcordance[] = "concordance";  // Harrell's
+inline constexpr char kArea[] = "area";                // under the curve
+inline constexpr char kFirstArea[] = "firstArea";
+inline constexpr char kSecondArea[] = "secondArea";
+inline constexpr char kSensitivity[] = "sensitivity";
+inline constexpr char kSensitivityLower[] = "sensitivityLower";
+inline constexpr char kSensitivityUpper[] = "sensitivityUpper";
+inline constexpr char kSpecificity[] = "specificity";
+inline constexpr char kSpecificityLower[] = "specificityLower";
+inline constexpr char kSpecificityUpper[] = "specificityUpper";
+inline constexpr char kYouden[] = "youden";
+inline constexpr char kPrevalence[] = "prevalence";
+inline constexpr char kPositivePredictiveValue[] = "positivePredictiveValue";
+inline constexpr char kNegativePredictiveValue[] = "negativePredictiveValue";
+inline constexpr char kPositiveLikelihoodRatio[] = "positiveLikelihoodRatio";
+inline constexpr char kNegativeLikelihoodRatio[] = "negativeLikelihoodRatio";
+
+// Statistics.
+inline constexpr char kZ[] = "z";
+inline constexpr char kChiSquare[] = "chiSquare";
+inline constexpr char kDegreesOfFreedom[] = "degreesOfFreedom";
+inline constexpr char kPValue[] = "pValue";  // two-sided unless a method says otherwise
+inline constexpr char kLogLikelihood[] = "logLikelihood";          // of the model
+inline constexpr char kNullLogLikelihood[] = "nullLogLikelihood";  // without covariates
+
+}  // namespace survmeth::report::key
+
+#endif  // REPORT_KEYS_H_
