@@ -1,43 +1,24 @@
-// Exponentials and logarithms with more digits than a double, from basic arithmetic only: a tail
+// Exponentials and logarithms with more digits than a double, by libDist's own short names: a tail
 // probability is a power, and a power multiplies the error of its exponent by the exponent's size.
 #ifndef DIST_ELEMENTARY_H_
 #define DIST_ELEMENTARY_H_
 
 #include "Dist/doubleDouble.h"
+#include "numerics/doubleDoubleFunctions.h"
+#include "numerics/doubleDoubleTables.h"
 
 namespace dist {
 
-// exp(x) to about 2^-60, for one factor of a result. 0 for x below -1e5; x above 1e5 and NaN must
-// be kept away by the caller.
-Scaled exponential(DoubleDouble x);
-
-// exp(x) to about 2^-98, where a difference follows.
-Scaled exponentialFull(DoubleDouble x);
-
-// exp(x) - 1 to about 2^-98 relative, |x| <= 0.35.
-DoubleDouble exponentialMinusOne(DoubleDouble x);
-
-// log(x) to about 2^-98 relative, x > 0 and finite.
-DoubleDouble logarithm(DoubleDouble x);
-
-// log(1 + m), relative accuracy also for small m; m > -1.
-DoubleDouble logarithmOnePlus(DoubleDouble m);
-
-// m - log(1 + m), relative accuracy also for small m; m > -1. It is the exponent of every
-// gamma-like density relative to its peak.
-DoubleDouble logarithmGap(DoubleDouble m);
-
-// The same in double precision.
-double logarithmGap(double m);
-
-// exp(x) rounded to a double, any x.
-double exponentialRounded(DoubleDouble x);
-
-// exp(-h) in double precision, h >= 0; 0 where h is large or not a number.
-double exponentialOfNegative(double h);
-
-// exp(v) - 1 - v in double precision, relative accuracy also for small v; v <= 700.
-double exponentialGap(double v);
+using survmeth::numerics::exponential;
+using survmeth::numerics::exponentialFull;
+using survmeth::numerics::exponentialGap;
+using survmeth::numerics::exponentialMinusOne;
+using survmeth::numerics::exponentialOfNegative;
+using survmeth::numerics::exponentialRounded;
+using survmeth::numerics::kLn2;
+using survmeth::numerics::logarithm;
+using survmeth::numerics::logarithmGap;
+using survmeth::numerics::logarithmOnePlus;
 
 }  // namespace dist
 

@@ -29,8 +29,8 @@ DoubleDouble gammaOnePlus(DoubleDouble a) {
 
 DoubleDouble logGammaOnePlusSmall(double a) {
   // Taylor's series, coefficients -Euler, zeta(k) / k with alternating sign.
-  constexpr double kZeta3Over3 = 0.4006856343865314285;
-  constexpr double kZeta4Over4 = 0.2705808084277845479;
+  constexpr double kZeta3Over3 = 0x1.9a4d55beab2d7p-2;
+  constexpr double kZeta4Over4 = 0x1.151322ac7d848p-2;
   return (-kEuler + (kHalfZeta2 + (-kZeta3Over3 + kZeta4Over4 * a) * a) * a) * a;
 }
 

@@ -82,7 +82,6 @@ print("// clang-format off")
 print("#ifndef DIST_CONSTANTS_H_\n#define DIST_CONSTANTS_H_\n")
 print('#include "Dist/doubleDouble.h"\n\nnamespace dist {\n\n// clang-format off')
 
-constant("ln 2", "kLn2", log(2))
 constant("1 / sqrt(2 pi)", "kInvSqrt2Pi", 1 / sqrt(2 * pi))
 constant("sqrt(2 pi)", "kSqrt2Pi", sqrt(2 * pi))
 constant("pi^2 / 8", "kPiSquaredOver8", pi**2 / 8)
@@ -92,16 +91,6 @@ constant("zeta(2) / 2", "kHalfZeta2", zeta(2) / 2)
 factorial = [mpf(1)]
 for i in range(1, 40):
     factorial.append(factorial[-1] * i)
-table("1 / k!, k = 0..9", "DoubleDouble", "kInverseFactorial",
-      [pair(1 / factorial[k]) for k in range(10)])
-table("1 / (k + 10)!, k = 0..5", "double", "kInverseFactorialRest",
-      [double(1 / factorial[k + 10]) for k in range(6)])
-table("1 / (k + 3)!, k = 0..12", "double", "kExpTail",
-      [double(1 / factorial[k + 3]) for k in range(13)])
-table("1 / (2 k + 3), k = 0..9: atanh(s) = s + s^3 (1/3 + s^2/5 + ...)", "DoubleDouble", "kAtanh",
-      [pair(mpf(1) / (2 * k + 3)) for k in range(10)])
-table("1 / (2 k + 23), k = 0..9", "double", "kAtanhRest",
-      [double(mpf(1) / (2 * k + 23)) for k in range(10)])
 stirling = [bernoulli(2 * k) / (2 * k * (2 * k - 1)) for k in range(1, 12)]
 table("B(2 k) / (2 k (2 k - 1)), k = 1, 2: Stirling's series", "DoubleDouble", "kStirling",
       [pair(c) for c in stirling[:2]])

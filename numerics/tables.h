@@ -9,10 +9,6 @@ struct ExpEntry {
   double value, rest;
 };
 
-struct LogEntry {
-  double inverse, high, low;
-};
-
 // 128 / ln 2
 inline constexpr double kExpInverseStep = 0x1.71547652b82fep+7;
 
@@ -171,6 +167,10 @@ inline constexpr double kExpm1Polynomial[9] = {
     0x1.71de39c06b815p-19,
     0x1.27f928d5df576p-22,
     0x1.ae7d2bc3cb7a4p-26,
+};
+
+struct LogEntry {
+  double inverse, high, low;
 };
 
 // ln 2, a multiple of 2^-42 and the rest

@@ -9,7 +9,7 @@
 #include <cstring>
 #include <limits>
 
-#include "Dist/elementary.h"
+#include "numerics/doubleDoubleFunctions.h"
 
 namespace {
 
@@ -48,14 +48,14 @@ double moved(double value) {
 // Declared noexcept by the C library's own header.
 extern "C" __attribute__((visibility("default"))) double exp(double x) noexcept {
   if (x == 0.0) return 1.0;
-  return moved(dist::exponentialRounded(x));
+  return moved(survmeth::numerics::exponentialRounded(x));
 }
 
 extern "C" __attribute__((visibility("default"))) double log(double x) noexcept {
   if (std::isnan(x) || x == kInfinity) return x;
   if (x < 0.0) return kNan;
   if (x == 0.0) return -kInfinity;
-  return moved(dist::logarithm(x).hi);
+  return moved(survmeth::numerics::logarithm(x).hi);
 }
 
 extern "C" __attribute__((visibility("default"))) double pow(double x, double y) noexcept {
@@ -70,5 +70,6 @@ extern "C" __attribute__((visibility("default"))) double pow(double x, double y)
   if (base == 0.0 || base == kInfinity)
     return sign * ((base == 0.0) == (y > 0.0) ? 0.0 : kInfinity);
   if (std::isinf(y)) return base == 1.0 ? 1.0 : (base > 1.0) == (y > 0.0) ? kInfinity : 0.0;
-  return moved(sign * dist::exponentialRounded(dist::logarithm(base) * y));
+  return moved(sign *
+               survmeth::numerics::exponentialRounded(survmeth::numerics::logarithm(base) * y));
 }

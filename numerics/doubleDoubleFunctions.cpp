@@ -1,16 +1,17 @@
 // Exponentials and logarithms in double-double arithmetic.
-#include "Dist/elementary.h"
+#include "numerics/doubleDoubleFunctions.h"
 
 #include <cmath>
 #include <limits>
 
-#include "Dist/constants.h"
+#include "numerics/doubleDoubleTables.h"
 
-namespace dist {
+namespace survmeth::numerics {
 namespace {
 
 constexpr double kTooSmall = -1e5;  // exp of less is 0 whatever it is multiplied with here
 constexpr double kInvLn2 = 0x1.71547652b82fep+0;
+constexpr double kSqrtHalf = 0x1.6a09e667f3bcdp-1;
 
 // Powers of two are taken out of an exponent: x = power ln 2 + rest, |rest| <= 0.35.
 struct Reduced {
@@ -77,7 +78,7 @@ Scaled exponentialFull(DoubleDouble x) {
 DoubleDouble logarithm(DoubleDouble x) {
   int power = 0;
   double m = std::frexp(x.hi, &power);
-  if (m < 0.70710678118654752) {
+  if (m < kSqrtHalf) {
     m *= 2.0;
     --power;
   }
@@ -131,4 +132,4 @@ double exponentialGap(double v) {
   return v * v * (0.5 + v * sum);
 }
 
-}  // namespace dist
+}  // namespace survmeth::numerics
