@@ -27,6 +27,17 @@ double log(double x);
 double expm1(double x);
 double log1p(double x);
 
+// x^y, any x and y. Error below 1 ulp; a result that is a double is exact.
+//
+// Edge pow(x, 0) = pow(1, y) = 1 even where the other is NaN; NaN for x < 0 and y not whole
+double pow(double x, double y);
+
+// log |Gamma(x)|, infinite at 0, -1, -2, ... Error below 1 ulp, but next to the zeros between
+// negative whole numbers 2^-96.
+//
+// Source Abramowitz & Stegun, Handbook of Mathematical Functions, 6.1.17, 6.1.33, 6.1.41
+double lgamma(double x);
+
 // out[i] = f(in[i]), bit for bit, in a fraction of the time.
 //
 // In   in[n]   any numbers

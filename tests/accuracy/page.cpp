@@ -41,13 +41,15 @@ std::string page(const Library& dist, const Library& elementary) {
          "smallest of those with respect to p, 1 - p and, for the symmetric laws, p - 1/2; of the\n"
          "Wald, Wilson and log intervals and the correlation the sum over all arguments.\n\n"
          "## Elementary functions\n\n"
-         "Of `numerics/elementary.h`. The arguments are those hardest to round of 20,000, "
-         "published\n"
-         "worst cases for correct rounding and the ends of the ranges. A correctly rounded\n"
-         "function shows 0.5.\n\n"
-         "| Function | Arguments tried | Rows | Largest error, ulp | Promised |\n"
-         "|---|---|---:|---:|---:|\n"
-      << rows(elementary, true);
+         "Of `numerics/elementary.h`. The tables hold the arguments hardest to round of 100,000,\n"
+         "published worst cases for correct rounding and the ends of the ranges; the dense\n"
+         "arguments, 100,000 in each of several regions, are held against the same functions in\n"
+         "double-double arithmetic, which are other methods. A correctly rounded function shows\n"
+         "0.5.\n\n"
+         "| Function | Arguments tried | Rows | Largest error, ulp | The same, dense | Promised |\n"
+         "|---|---|---:|---:|---:|---:|\n"
+      << rows(elementary, true)
+      << "\nBetween negative whole numbers `lgamma` has zeros; next to them 2^-96 is promised.\n";
   return out.str();
 }
 

@@ -10,8 +10,8 @@
 
 namespace accuracy_tests {
 
-// Recorded text: function -> {rows, largest error in ulp and, where k is known, the same / (1 +
-// k)}.
+// Recorded text: function -> {rows, largest error in ulp, and either the same / (1 + k) or that
+// over the dense arguments}.
 inline std::map<std::string, std::vector<std::string>> readRecord(const Library& library) {
   std::map<std::string, std::vector<std::string>> record;
   const survmeth::test::Csv csv(referencePath(library, "recorded.csv"));

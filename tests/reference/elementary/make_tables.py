@@ -13,7 +13,7 @@ import os
 import random
 import sys
 
-from mpmath import exp, expm1, floor, frexp, log, log1p, mp, mpf
+from mpmath import exp, expm1, floor, frexp, log, log1p, loggamma, mp, mpf
 
 mp.dps = 60
 HERE = os.path.dirname(os.path.abspath(__file__))
@@ -62,7 +62,7 @@ def write(name, arguments, rows):
     print(name, len(rows))
 
 
-def table(name, function, arguments, draws, fixed, worst):
+def table(name, function, arguments, draws, fixed, worst, tried=TRIED):
     """A table of `function`. Each of `draws` gives argument tuples of a region, `fixed` and `worst`
     are such tuples."""
     for args in worst:
@@ -70,7 +70,7 @@ def table(name, function, arguments, draws, fixed, worst):
     kept = {args: function(*map(mpf, args)) for args in [*fixed, *worst]}
     for draw in draws:
         drawn = {}
-        while len(drawn) < TRIED:
+        while len(drawn) < tried:
             args = draw()
             value = function(*map(mpf, args))
             if value != 0 and abs(value) < mpf(2)**1023:
@@ -141,7 +141,43 @@ def log1p_table(source):
           singles(WORST_LOG1P))
 
 
-TABLES = {"exp": exp_table, "expm1": expm1_table, "log": log_table, "log1p": log1p_table}
+def power(x, y):
+    return mpf(x)**y
+
+
+def base_to(source, x, low, high):
+    """x and a power that makes e^low to e^high of it."""
+    return x, source.uniform(low, high) / math.log(x)
+
+
+def pow_table(source):
+    near = lambda: 1 + power_of_two(source, -30, -2)
+    table("pow", power, ["x", "y"],
+          [lambda: base_to(source, abs(power_of_two(source, -1074, 1024)), -744, 709),
+           lambda: base_to(source, near(), -744, 709),
+           # Where the logarithm is least exact and the power largest
+           lambda: base_to(source, source.uniform(1.006, 1.0079), 690, 709),
+           lambda: base_to(source, source.uniform(0.01, 0.99), -744, -707),
+           lambda: (source.uniform(0, 1), source.uniform(0, 4))],
+          [(2.0, -1074.0), (2.0, 1023.0), (10.0, 22.0), (10.0, 308.0), (0.1, 3.0), (5e-324, 0.5),
+           (5e-324, 0.25), (1.7976931348623157e308, 0.5), (3.0, 33.0), (1 + 2.0**-52, 3e18),
+           (1 - 2.0**-53, 6e18), (9.0, 0.5), (2.0, 0.5), (0.7, -2.0)],
+          [])
+
+
+def lgamma_table(source):
+    either = lambda low, high: source.choice((1, 2)) + power_of_two(source, low, high)
+    table("lgamma", lambda x: loggamma(x).real, ["x"],
+          [lambda: (source.uniform(0, 3),), lambda: (either(-52, -1),),
+           lambda: (source.uniform(2, 30),), lambda: (abs(power_of_two(source, -1074, 1014)),),
+           lambda: (-source.uniform(0, 2.4),)],
+          singles([0.5, 1.5, 2.5, 3, 4, 10, 24, 100, 171.5, 1e5, 1e15, 1e300, 2.5e305, 5e-324, 1e-300,
+                   1e-18, -1e-18, -0.5, -1.5, -10.5, -100.5, -1e5 - 0.25, 2.0**-60, -2.0**-61]),
+          [], 2000)
+
+
+TABLES = {"exp": exp_table, "expm1": expm1_table, "log": log_table, "log1p": log1p_table,
+          "pow": pow_table, "lgamma": lgamma_table}
 
 for chosen in sys.argv[1:] or TABLES:
     TABLES[chosen](random.Random(chosen))
