@@ -1,93 +1,118 @@
+// Agreement and repeatability, computed here: the entry points take squares and denominators below
+// fixed sizes for 0, whatever the unit, and form squares as differences of large sums.
 #include "analysis/agreement.h"
 
-#include <algorithm>
 #include <cmath>
-#include <string>
 
 #include "Dist/Dist"
+#include "analysis/checks.h"
+#include "analysis/estimate.h"
 #include "analysis/invalidRequest.h"
-#include "survival/survival.h"
+#include "analysis/spread.h"
 
 namespace survmeth {
 namespace {
 
-constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
+// One pair's difference, NaN where the denominator is 0.
+double differenceOf(DifferenceKind kind, double first, double second, double mean) {
+  switch (kind) {
+    case DifferenceKind::kRelative:
+      return mean == 0 ? kNone : (second - first) / std::fabs(mean);
+    case DifferenceKind::kRatio:
+      return first == 0 ? kNone : second / first;
+    case DifferenceKind::kAbsolute:
+      break;
+  }
+  return second - first;
+}
+
+// Half of the sum, which itself may pass the largest double.
+double meanOfTwo(double first, double second) {
+  const double sum = first + second;
+  return std::isfinite(sum) ? sum / 2 : first / 2 + second / 2;
+}
 
 }  // namespace
 
-void requireSpread(std::span<const double> column, const std::string& member) {
-  const auto [least, most] = std::minmax_element(column.begin(), column.end());
-  if (*least == *most) throw InvalidRequest(member, "all values are the same");
-}
-
 AgreementResult agreement(const AgreementRequest& request) {
-  if (request.first.size() != request.second.size()) {
-    throw InvalidRequest("second", "the two methods have different numbers of values");
-  }
-  if (request.first.size() < 3) throw InvalidRequest("first", "fewer than three pairs");
-
   const std::size_t n = request.first.size();
-  AgreementResult result;
-  result.means.resize(n);
-  result.differences.resize(n);
-  std::vector<double> first(request.first.begin(), request.first.end());
-  std::vector<double> second(request.second.begin(), request.second.end());
-  const int kind = static_cast<int>(request.kind);
-  double lower = 0;
-  double upper = 0;
-  Cpp_BlandAltman(first.data(), second.data(), static_cast<int>(n), kind, request.alpha,
-                  result.differences.data(), result.means.data(), &result.bias.value, &result.sd,
-                  &result.bias.lower, &result.bias.upper, &lower, &upper);
-  for (double& difference : result.differences) {
-    if (difference > -1.797e308) continue;
-    difference = kNan;
-    ++result.excluded;
-  }
-  result.pairs = n - result.excluded;
-  if (result.pairs < 3) throw InvalidRequest("first", "fewer than three pairs have a difference");
+  requireRows(n, 3, "first", "fewer than three pairs");
+  require(request.second.size() == n, "second", "the two methods have different numbers of values");
+  requireAlpha(request.alpha);
+  requireFinite(request.first, "first");
+  requireFinite(request.second, "second");
 
+  AgreementResult result;
+  std::vector<double> differences;
+  for (std::size_t i = 0; i < n; ++i) {
+    const double first = request.first[i], second = request.second[i];
+    result.means.push_back(meanOfTwo(first, second));
+    result.differences.push_back(differenceOf(request.kind, first, second, result.means.back()));
+    const double difference = result.differences.back();
+    if (std::isinf(difference)) {
+      throw InvalidRequest("second", "a difference is beyond the largest number", i);
+    }
+    if (!std::isnan(difference)) differences.push_back(difference);
+  }
+  result.pairs = differences.size();
+  result.excluded = n - result.pairs;
+  require(result.pairs >= 3, "first", "fewer than three pairs have a difference");
+
+  const auto [bias, sd] = spreadOf(differences);
   const double pairs = static_cast<double>(result.pairs);
   const double p = 1 - request.alpha / 2;
-  const double z = InvCDFNormalStd(p);
-  const double halfWidth =
-      InvCDFStudent(p, pairs - 1) * result.sd * std::sqrt(1 / pairs + z * z / (2 * (pairs - 1)));
-  result.lowerLimit = {lower, lower - halfWidth, lower + halfWidth};
-  result.upperLimit = {upper, upper - halfWidth, upper + halfWidth};
+  const double z = InvCDFNormalStd(p), t = InvCDFStudent(p, pairs - 1);
+  const auto around = [](double value, double halfWidth) {
+    return BoundedValue{value, value - halfWidth, value + halfWidth};
+  };
+  const double halfWidth = t * std::sqrt(1 / pairs + z * z / (2 * (pairs - 1))) * sd;
+  result.sd = sd;
+  result.bias = around(bias, t / std::sqrt(pairs) * sd);
+  result.lowerLimit = around(bias - z * sd, halfWidth);
+  result.upperLimit = around(bias + z * sd, halfWidth);
+  require(std::isfinite(result.lowerLimit.lower) && std::isfinite(result.upperLimit.upper),
+          "second", "the limits are beyond the largest number");
   return result;
 }
 
 RepeatabilityResult repeatability(const RepeatabilityRequest& request) {
-  if (request.values.size() != request.subject.size()) {
-    throw InvalidRequest("subject", "values and subjects have different numbers");
-  }
+  const std::size_t n = request.values.size();
+  requireRows(n, 1, "values", "there are no values");
+  require(request.subject.size() == n, "subject", "values and subjects have different numbers");
+  requireAlpha(request.alpha);
+  requireFinite(request.values, "values");
+  requireCodes(request.subject, request.subjects, "subject");
+
   // The entry point forms the within-subject squares as a difference of large sums and takes small
-  // ones for 0; here they are summed around each subject's own mean.
-  std::vector<double> sum(request.subjects, 0), squares(request.subjects, 0);
+  // ones for 0; here they are summed around each subject's own mean, which is found from its first
+  // value, so that replicates that are the same deviate by exactly 0.
+  const int unit = unitOf(request.values);
+  std::vector<double> deviations = inUnit(request.values, unit);
+  std::vector<double> first(request.subjects, 0), sum(request.subjects, 0);
   std::vector<std::size_t> count(request.subjects, 0);
-  for (std::size_t i = 0; i < request.values.size(); ++i) {
-    sum[request.subject[i]] += request.values[i];
-    ++count[request.subject[i]];
-  }
-  for (std::size_t i = 0; i < request.values.size(); ++i) {
+  for (std::size_t i = 0; i < n; ++i) {
     const std::size_t s = request.subject[i];
-    const double deviation = request.values[i] - sum[s] / static_cast<double>(count[s]);
-    squares[s] += deviation * deviation;
+    if (count[s]++ == 0) first[s] = deviations[i];
+    deviations[i] -= first[s];
+    sum[s] += deviations[i];
+  }
+  for (std::size_t i = 0; i < n; ++i) {
+    const std::size_t s = request.subject[i];
+    deviations[i] -= sum[s] / static_cast<double>(count[s]);
   }
   RepeatabilityResult result;
-  result.values = request.values.size();
+  result.values = n;
+  for (const std::size_t values : count) result.subjects += values > 0 ? 1 : 0;
+  require(n > result.subjects, "subject", "no subject has two values");
+
+  const int finer = unitOf(deviations);
   double within = 0;
-  for (std::size_t s = 0; s < request.subjects; ++s) {
-    if (count[s] > 0) ++result.subjects;
-    within += squares[s];
-  }
-  if (result.values <= result.subjects) {
-    throw InvalidRequest("subject", "no subject has two values");
-  }
-  const double df = static_cast<double>(result.values - result.subjects);
-  const double sd = std::sqrt(within / df);
+  for (const double value : inUnit(deviations, finer)) within += value * value;
+  const double df = static_cast<double>(n - result.subjects);
+  const double sd = std::ldexp(std::sqrt(within / df), unit + finer);
   const double p = 1 - request.alpha / 2;
   result.degreesOfFreedom = df;
-  result.withinSd = {sd, kNan, kNan};
+  result.withinSd = {sd, kNone, kNone};
   if (sd > 0) {
     result.withinSd.lower = sd / std::sqrt(InvCDFChiSq(p, df) / df);
     result.withinSd.upper = sd / std::sqrt(InvCDFChiSq(request.alpha / 2, df) / df);

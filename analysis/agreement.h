@@ -4,17 +4,17 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <limits>
 #include <span>
-#include <string>
 #include <vector>
 
 namespace survmeth {
 
 enum class DifferenceKind {
   kAbsolute,  // second - first
-  kRelative,  // that over the mean of the two; a pair with mean 0 has none
-  kRatio,     // second / first; a pair with first = 0 has none
+  // That over the size of the mean of the two, so that its sign tells which is larger whatever the
+  // mean's; a pair with mean 0 has none.
+  kRelative,
+  kRatio,  // second / first; a pair with first = 0 has none
 };
 
 struct AgreementRequest {
@@ -38,11 +38,10 @@ struct AgreementResult {
   std::vector<double> means, differences;  // of every pair; NaN where there is no difference
 };
 
-// Refuses a column of one value repeated. The column is not empty.
-void requireSpread(std::span<const double> column, const std::string& member);
-
-// Bland-Altman agreement. Throws InvalidRequest for columns of different length, fewer than three
-// pairs. A column of one value, such as an assigned one, is a method like any other. Cost O(n).
+// Bland-Altman agreement, in any unit. Throws InvalidRequest for columns of different length, fewer
+// than three pairs, more than kMostRows, a value that is not finite, an
+// alpha out of its range, differences or limits beyond the largest double. A column of
+// one value, such as an assigned one, is a method like any other. Cost O(n).
 // Source Bland & Altman, Lancet 1 (1986) 307-310; Stat Methods Med Res 8 (1999) 135-160
 AgreementResult agreement(const AgreementRequest& request);
 
@@ -65,7 +64,9 @@ struct RepeatabilityResult {
   double repeatability = 0;
 };
 
-// Throws InvalidRequest unless some subject has two values. Cost O(n).
+// In any unit. Throws InvalidRequest for columns of different length, no values or more than
+// kMostRows, a value that is not finite, a subject or alpha out of its range, and unless some
+// subject has two values. Cost O(n + subjects).
 // Source Bland & Altman, Stat Methods Med Res 8 (1999) 135-160
 RepeatabilityResult repeatability(const RepeatabilityRequest& request);
 

@@ -3,10 +3,13 @@
 #define ANALYSIS_DEMING_FIT_H_
 
 #include <cstddef>
+#include <optional>
 #include <span>
+#include <string>
 #include <vector>
 
 #include "analysis/agreement.h"
+#include "analysis/estimate.h"
 
 namespace survmeth {
 
@@ -20,16 +23,26 @@ struct DemingResult {
   std::size_t pairs = 0;
   double correlation = 0;  // Pearson's
   // second = intercept + slope first. Limits by the jackknife with Student's t and pairs - 2
-  // degrees of freedom; NaN where leaving out a pair never changes the line.
+  // degrees of freedom.
   BoundedValue intercept, slope;
-  double interceptSe = 0, slopeSe = 0;  // jackknife standard errors
+  double interceptSe = kNone, slopeSe = kNone;  // jackknife standard errors
+  // Why errors and limits are NaN: every pair lies on the line, to rounding, or the pairs have no
+  // line of finite slope without one of them, `without` (the first such).
+  std::string reason;
+  std::optional<std::size_t> without;
   // For each pair the point of the line nearest to it, the ratio giving the direction: `fitted` is
   // its second coordinate, `residuals` second - fitted.
   std::vector<double> fitted, residuals;
 };
 
-// Throws InvalidRequest for columns of different length, fewer than three pairs, a column without
-// spread, columns that do not vary together, a ratio that is not above 0. Cost O(n^2).
+// In any unit and at any ratio: nothing overflows, vanishes or cancels. Methods without covariance
+// have slope 0 where first spreads wider against its error than second, and a vertical line where
+// second does; that, and an equal spread in every direction, is refused.
+//
+// Throws InvalidRequest for columns of different length, fewer than three pairs, more than
+// kMostRows, a value that is not finite, a column without spread, a ratio or alpha out of its
+// range, a line that is vertical or not determined, coefficients outside the range of doubles.
+// Cost O(n^2).
 // Source Deming, Statistical Adjustment of Data (1943); Linnet, Clin Chem 39 (1993) 424-432
 DemingResult demingFit(const DemingRequest& request);
 

@@ -37,7 +37,7 @@ DifferenceKind kindOf(const std::string& name) {
 std::string differenceName(const Options& o) {
   if (o.difference == "ratio") return o.second + " / " + o.first;
   const std::string difference = o.second + " - " + o.first;
-  return o.difference == "relative" ? "(" + difference + ") / mean" : difference;
+  return o.difference == "relative" ? "(" + difference + ") / |mean|" : difference;
 }
 
 Json bounded(const BoundedValue& value) {
@@ -233,8 +233,8 @@ Run declareAgree(CLI::App& app) {
       app.add_option("--second", o->second, "Column of the second method")->type_name("COL");
   CLI::Option* difference =
       app.add_option("--difference", o->difference,
-                     "absolute (second - first), relative (over the mean) or ratio (second / "
-                     "first); default absolute")
+                     "absolute (second - first), relative (over the size of the mean) or ratio "
+                     "(second / first); default absolute")
           ->type_name("KIND");
   CLI::Option* replicates =
       app.add_option("--replicates", o->replicates,

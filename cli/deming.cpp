@@ -67,6 +67,7 @@ void writeJson(Session& session, const Options& o, const Table& table, const Dem
   json["correlation"] = number(result.correlation);
   json["intercept"] = coefficient(result.intercept, result.interceptSe);
   json["slope"] = coefficient(result.slope, result.slopeSe);
+  json["reason"] = result.reason.empty() ? Json() : Json(result.reason);
   json["fitted"] = numbers(result.fitted);
   json["residuals"] = numbers(result.residuals);
   json["notes"] = session.notes();
@@ -87,8 +88,10 @@ void run(Session& session, const Options& o) {
     throw problemAt({table.source, 0, refused.member() == "second" ? o.second : o.first},
                     refused.what(), "at least three pairs that vary together");
   }
-  if (std::isnan(result.slope.lower)) {
-    session.note("every pair lies on the line: the jackknife gives no interval");
+  if (!result.reason.empty()) {
+    const std::string where =
+        result.without ? " (without line " + std::to_string(table.line(*result.without)) + ")" : "";
+    session.note("neither interval exists: " + result.reason + where);
   }
   if (!o.out.empty()) writeFiles(session, o, table, result);
   if (!o.plot.empty()) {

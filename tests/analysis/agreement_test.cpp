@@ -1,4 +1,4 @@
-// Agreement, repeatability and Deming regression as people get them.
+// Agreement and repeatability as people get them.
 #include "analysis/agreement.h"
 
 #include <gtest/gtest.h>
@@ -7,17 +7,31 @@
 #include <string>
 #include <vector>
 
-#include "analysis/demingFit.h"
 #include "analysis/invalidRequest.h"
+#include "tests/analysis/peakFlow.h"
 
 namespace {
 
 using survmeth::InvalidRequest;
 
-const std::vector<double> kWright = {494, 395, 516, 434, 476, 557, 413, 442, 650,
-                                     433, 417, 656, 267, 478, 178, 423, 427};
-const std::vector<double> kMini = {512, 430, 520, 428, 500, 600, 364, 380, 658,
-                                   445, 432, 626, 260, 477, 259, 350, 451};
+using survmeth::test::kMini;
+using survmeth::test::kWright;
+using survmeth::test::mapped;
+using survmeth::test::methodReference;
+
+template <class Request>
+std::string refusal(const Request& request) {
+  try {
+    if constexpr (requires { request.kind; }) {
+      survmeth::agreement(request);
+    } else {
+      survmeth::repeatability(request);
+    }
+  } catch (const InvalidRequest& refused) {
+    return refused.member() + ": " + refused.what();
+  }
+  return "";
+}
 
 TEST(Agreement, GivesThePublishedPeakFlows) {
   const auto result = survmeth::agreement({.first = kMini, .second = kWright});
@@ -47,10 +61,84 @@ TEST(Agreement, PairsWithoutARatioAreCounted) {
   EXPECT_EQ(result.differences[2], 1.25);
 }
 
+TEST(Agreement, HoldsInAnyUnit) {
+  // tests/reference/methcomp/deming.py. The differences are exact; the sums of 17 of them and their
+  // squares round to some 1e-15.
+  for (const int exponent : {-200, 160}) {
+    const std::string name = "1e" + std::to_string(exponent);
+    const double unit = std::stod(name);
+    const auto scaled = [unit](double value) { return value * unit; };
+    const std::vector<double> x = mapped(kWright, scaled), y = mapped(kMini, scaled);
+    const auto result = survmeth::agreement({.first = x, .second = y});
+    const double bias = methodReference("agree" + name + ".bias");
+    const double sd = methodReference("agree" + name + ".sd");
+    EXPECT_NEAR(result.bias.value / bias, 1, 1e-14);
+    EXPECT_NEAR(result.sd / sd, 1, 1e-14);
+    // z is R's qnorm(0.975).
+    EXPECT_NEAR(result.upperLimit.value / (bias + 1.959963984540054 * sd), 1, 1e-14);
+  }
+}
+
+TEST(Agreement, DifferencesThatAreTheSameHaveNoSpread) {
+  const std::vector<double> x = {0.1, 0.2, 0.4, 0.8}, y = {0.2, 0.4, 0.8, 1.6};
+  const auto result =
+      survmeth::agreement({.first = x, .second = y, .kind = survmeth::DifferenceKind::kRatio});
+  EXPECT_EQ(result.sd, 0);
+  EXPECT_EQ(result.bias.value, 2);
+  EXPECT_EQ(result.upperLimit.upper, 2);
+}
+
+TEST(Agreement, RelativeDifferencesAreOverTheSizeOfTheMean) {
+  const auto relative = [](const std::vector<double>& x, const std::vector<double>& y) {
+    return survmeth::agreement(
+        {.first = x, .second = y, .kind = survmeth::DifferenceKind::kRelative});
+  };
+  const auto positive = relative(kWright, kMini);
+  EXPECT_NEAR(positive.bias.value / methodReference("relative.bias"), 1, 1e-14);
+  EXPECT_NEAR(positive.sd / methodReference("relative.sd"), 1, 1e-14);
+  // -8 is above -10 by 2 of 9.
+  const auto negative = relative({-10, -20, -30}, {-8, -16, -34});
+  EXPECT_DOUBLE_EQ(negative.differences[0], 2 / 9.0);
+  EXPECT_DOUBLE_EQ(negative.differences[1], 4 / 18.0);
+  EXPECT_DOUBLE_EQ(negative.differences[2], -4 / 32.0);
+}
+
+TEST(Agreement, OnlyAMeanOfExactlyZeroLeavesAPairOut) {
+  const std::vector<double> x = {1, 1e-20, 2, 3, -2}, y = {2, 3e-20, 4, 5, 2};
+  const auto result =
+      survmeth::agreement({.first = x, .second = y, .kind = survmeth::DifferenceKind::kRelative});
+  EXPECT_EQ(result.excluded, 1u);
+  EXPECT_TRUE(std::isnan(result.differences[4]));
+  EXPECT_DOUBLE_EQ(result.differences[1], 1);
+}
+
 TEST(Agreement, RefusesWhatHasNoAnswer) {
-  const std::vector<double> x = {1, 2, 3}, two = {1, 2};
-  EXPECT_THROW(survmeth::agreement({.first = x, .second = two}), InvalidRequest);
-  EXPECT_THROW(survmeth::agreement({.first = two, .second = two}), InvalidRequest);
+  const std::vector<double> x = {1, 2, 3}, two = {1, 2}, none = {1, NAN, 3};
+  using Request = survmeth::AgreementRequest;
+  EXPECT_EQ(refusal(Request{.first = x, .second = two}),
+            "second: the two methods have different numbers of values");
+  EXPECT_EQ(refusal(Request{.first = two, .second = two}), "first: fewer than three pairs");
+  EXPECT_EQ(refusal(Request{.first = none, .second = x}), "first: a value is not finite");
+  EXPECT_EQ(refusal(Request{.first = x, .second = none}), "second: a value is not finite");
+  EXPECT_EQ(refusal(Request{.first = x, .second = x, .alpha = 1}),
+            "alpha: the significance level is not between 0 and 1");
+}
+
+TEST(Agreement, RefusesWhatPassesTheLargestNumber) {
+  const std::vector<double> x = {-1.5e308, 1, 2}, y = {1.5e308, 2, 5}, z = {1.2e308, 3, -5e307};
+  EXPECT_EQ(refusal(survmeth::AgreementRequest{.first = x, .second = y}),
+            "second: a difference is beyond the largest number");
+  const std::vector<double> small = {1, 2, 4};
+  EXPECT_EQ(refusal(survmeth::AgreementRequest{.first = small, .second = z}),
+            "second: the limits are beyond the largest number");
+}
+
+TEST(Agreement, MeansOfLargeNumbersDoNotOverflow) {
+  const std::vector<double> x = {1.5e308, 1.2e308, 1.4e308}, y = {1.5e308, 1.3e308, 1.4e308};
+  const auto result =
+      survmeth::agreement({.first = x, .second = y, .kind = survmeth::DifferenceKind::kRelative});
+  EXPECT_EQ(result.means[0], 1.5e308);
+  EXPECT_NEAR(result.differences[1], 0.08, 1e-15);
 }
 
 TEST(Agreement, AMethodIsComparedWithAnAssignedValue) {
@@ -92,44 +180,40 @@ TEST(Repeatability, HoldsInVerySmallUnits) {
   EXPECT_NEAR(result.withinSd.value * 1e9, std::sqrt(5.0), 1e-12);
 }
 
-TEST(Repeatability, NeedsASubjectWithTwoValues) {
-  const std::vector<double> values = {1, 3};
-  const std::vector<std::uint32_t> subject = {0, 1};
-  EXPECT_THROW(survmeth::repeatability({.values = values, .subject = subject, .subjects = 2}),
-               InvalidRequest);
+TEST(Repeatability, HoldsInAnyUnit) {
+  for (const double unit : {1e-300, 1e-200, 1e160, 1e300}) {
+    const std::vector<double> values = {1 * unit, 3 * unit, 4 * unit, 8 * unit};
+    const std::vector<std::uint32_t> subject = {0, 0, 1, 1};
+    const auto result =
+        survmeth::repeatability({.values = values, .subject = subject, .subjects = 2});
+    EXPECT_NEAR(result.withinSd.value / unit, std::sqrt(5.0), 1e-14);
+  }
 }
 
-TEST(DemingFit, MatchesOrthogonalRegressionWithItsJackknife) {
-  // From R's prcomp, leaving out each pair in turn (tests/reference/methcomp).
-  const auto fit = survmeth::demingFit({.first = kWright, .second = kMini});
-  EXPECT_NEAR(fit.slope.value, 0.970880819764939, 1e-10);
-  EXPECT_NEAR(fit.slope.lower, 0.674572896739185, 1e-10);
-  EXPECT_NEAR(fit.slope.upper, 1.26718874279069, 1e-10);
-  EXPECT_NEAR(fit.intercept.value, 15.2315555223308, 1e-8);
-  EXPECT_NEAR(fit.intercept.lower, -132.860564289237, 1e-7);
-  EXPECT_NEAR(fit.correlation, 0.943279446890946, 1e-12);
+TEST(Repeatability, ReplicatesThatAreTheSameHaveNoSpread) {
+  const std::vector<double> values = {0.1, 0.1, 0.1, 0.1, 0.1, 0.1, 7, 7};
+  const std::vector<std::uint32_t> subject = {0, 0, 0, 0, 0, 0, 1, 1};
+  const auto result =
+      survmeth::repeatability({.values = values, .subject = subject, .subjects = 2});
+  EXPECT_EQ(result.withinSd.value, 0);
+  EXPECT_TRUE(std::isnan(result.withinSd.lower));
 }
 
-TEST(DemingFit, ExchangingTheMethodsInvertsTheLine) {
-  const auto forth = survmeth::demingFit({.first = kWright, .second = kMini, .ratio = 4});
-  const auto back = survmeth::demingFit({.first = kMini, .second = kWright, .ratio = 0.25});
-  EXPECT_NEAR(forth.slope.value * back.slope.value, 1, 1e-12);
-}
-
-TEST(DemingFit, FallingLinesAreFitted) {
-  std::vector<double> negated = kMini;
-  for (double& value : negated) value = -value;
-  const auto rising = survmeth::demingFit({.first = kWright, .second = kMini});
-  const auto falling = survmeth::demingFit({.first = kWright, .second = negated});
-  EXPECT_NEAR(falling.slope.value, -rising.slope.value, 1e-12);
-  EXPECT_NEAR(falling.slope.lower, -rising.slope.upper, 1e-12);
-}
-
-TEST(DemingFit, RefusesWhatHasNoLine) {
-  const std::vector<double> x = {1, 2, 3, 4}, cross = {1, -1, -1, 1}, same = {2, 2, 2, 2};
-  EXPECT_THROW(survmeth::demingFit({.first = x, .second = same}), InvalidRequest);
-  EXPECT_THROW(survmeth::demingFit({.first = x, .second = x, .ratio = 0}), InvalidRequest);
-  EXPECT_THROW(survmeth::demingFit({.first = x, .second = cross}), InvalidRequest);
+TEST(Repeatability, RefusesWhatHasNoAnswer) {
+  using Request = survmeth::RepeatabilityRequest;
+  const std::vector<double> values = {1, 3}, none = {1, INFINITY};
+  const std::vector<std::uint32_t> subject = {0, 1}, outside = {0, 2}, one = {0};
+  EXPECT_EQ(refusal(Request{.values = values, .subject = subject, .subjects = 2}),
+            "subject: no subject has two values");
+  EXPECT_EQ(refusal(Request{.values = values, .subject = outside, .subjects = 2}),
+            "subject: a subject code is out of range");
+  EXPECT_EQ(refusal(Request{.values = values, .subject = one, .subjects = 2}),
+            "subject: values and subjects have different numbers");
+  EXPECT_EQ(refusal(Request{.values = none, .subject = subject, .subjects = 2}),
+            "values: a value is not finite");
+  EXPECT_EQ(refusal(Request{.values = values, .subject = subject, .subjects = 2, .alpha = 0}),
+            "alpha: the significance level is not between 0 and 1");
+  EXPECT_EQ(refusal(Request{}), "values: there are no values");
 }
 
 }  // namespace
