@@ -2,8 +2,8 @@
 // take values within 1e-12 for tied, in whatever unit, and of their rules only "at or above" goes
 // with DeLong's error. The area under the curve and its error are theirs, as are the counts and
 // limits at each threshold; what they compute by guarded proportions (likelihood ratios,
-// predictive values) or with the upper tail as 1 less the lower one (p-values) is formed here from
-// those counts and errors.
+// predictive values), at the rows' own prevalence only (costs) or with the upper tail as 1 less the
+// lower one (p-values) is formed here from those counts and errors.
 #include "analysis/rocCurve.h"
 
 #include <algorithm>
@@ -12,6 +12,7 @@
 #include <limits>
 
 #include "Dist/Dist"
+#include "analysis/checks.h"
 #include "analysis/invalidRequest.h"
 #include "survival/survival.h"
 
@@ -22,43 +23,37 @@ constexpr int kAtOrAbove = 2, kTwoSided = 0, kHanleyMcNeil = 0, kDeLong = 2;
 constexpr short kTrue = -1, kFalse = 0;
 // Rows that whole weights may stand for.
 constexpr double kMostCopies = 1e7;
-// The entry points' arrays are counted in int, three elements a row.
-constexpr std::size_t kMostRows = std::numeric_limits<int>::max() / 3 - 1;
 // A variance of a difference below this part of what it is the difference of is rounding.
 constexpr double kRounding = 1e-10;
+
+// A cost is the sum of four products of factors that are rounded themselves: a decimal cost, a
+// share of the rows formed by four operations. Costs closer than that are the same.
+constexpr double kCostRounding = 8 * std::numeric_limits<double>::epsilon();
 
 constexpr const char* kNoCounts = "the weights are not counts of subjects";
 constexpr const char* kOneRow = "a class of one row has no standard error";
 constexpr const char* kNoError = "the standard error is 0";
 
-void require(bool holds, const char* member, const char* what) {
-  if (!holds) throw InvalidRequest(member, what);
-}
-
 void check(const RocRequest& request) {
   const std::size_t n = request.positive.size();
-  require(n > 0 && n <= kMostRows, "positive", n > 0 ? "too many rows" : "there are no rows");
+  requireRows(n, 1, "positive", "there are no rows");
   require(!request.markers.empty(), "marker", "there is no marker");
   require(request.weight.empty() || request.weight.size() == n, "weight",
           "as many weights as rows are needed");
-  require(request.alpha > 0 && request.alpha < 1, "alpha", "alpha is not between 0 and 1");
+  requireAlpha(request.alpha);
+  requireWeights(request.weight);
   if (request.prevalence) {
     require(*request.prevalence > 0 && *request.prevalence < 1, "prevalence",
             "the prevalence is not between 0 and 1");
   }
   const RocCosts& costs = request.costs;
+  double rows = request.weight.empty() ? static_cast<double>(n) : 0;
+  for (const double weight : request.weight) rows += weight;
   for (const double cost : {costs.tp, costs.fp, costs.fn, costs.tn}) {
     require(std::isfinite(cost), "cost", "a cost is not finite");
+    require(std::isfinite(4 * rows * cost), "cost",
+            "the cost of all rows is beyond the largest number");
   }
-  double total = 0;
-  for (std::size_t i = 0; i < request.weight.size(); ++i) {
-    const double weight = request.weight[i];
-    if (!std::isfinite(weight) || weight < 0) {
-      throw InvalidRequest("weight", "a weight is negative or not finite", i);
-    }
-    total += weight;
-  }
-  require(std::isfinite(total), "weight", "the weights' sum is not finite");
   for (std::size_t m = 0; m < request.markers.size(); ++m) {
     const std::span<const double> values = request.markers[m].values;
     require(values.size() == n, "positive", "the columns differ in length");
@@ -114,12 +109,11 @@ struct Curve {
     points.assign(2 * (t + 1), 0);
     area.assign(9, 0);
     std::vector<double> status = sample.status, values = ranks.rank, weight = sample.weight;
-    const RocCosts& costs = request.costs;
     Cpp_ComputeROC(status.data(), sample.size(), T, values.data(), weight.data(), kAtOrAbove,
-                   request.alpha, kTwoSided, interval, kFalse, errorMethod, 0, costs.tp, costs.fp,
-                   costs.fn, costs.tn, thresholds.data(), points.data(), sensitivity.data(),
-                   specificity.data(), tp.data(), tn.data(), fp.data(), fn.data(), ratios.data(),
-                   predictive.data(), area.data(), cost.data());
+                   request.alpha, kTwoSided, interval, kFalse, errorMethod, 0, 0, 0, 0, 0,
+                   thresholds.data(), points.data(), sensitivity.data(), specificity.data(),
+                   tp.data(), tn.data(), fp.data(), fn.data(), ratios.data(), predictive.data(),
+                   area.data(), cost.data());
   }
 };
 
@@ -238,8 +232,31 @@ class Analysis {
       row.positiveValue = row.tp / (row.tp + row.fp);
       row.negativeValue = row.tn / (row.tn + row.fn);
     }
-    row.cost = made.cost[k];
+    row.cost = costOf(row, P, N).value;
     return row;
+  }
+
+  // A cost, and what rounding may have made of it.
+  struct Cost {
+    double value, rounding;
+  };
+
+  Cost costOf(const RocThreshold& row, double P, double N) const {
+    // As many positives and negatives as the rows would hold at the prevalence, for each there is.
+    double positives = 1, negatives = 1;
+    if (request_.prevalence) {
+      positives = (P + N) * *request_.prevalence / P;
+      negatives = (P + N) * (1 - *request_.prevalence) / N;
+    }
+    const RocCosts& costs = request_.costs;
+    const double parts[] = {positives * row.tp * costs.tp, negatives * row.fp * costs.fp,
+                            positives * row.fn * costs.fn, negatives * row.tn * costs.tn};
+    Cost cost{0, 0};
+    for (const double part : parts) {
+      cost.value += part;
+      cost.rounding += kCostRounding * std::fabs(part);
+    }
+    return cost;
   }
 
   RocCurve curve(std::size_t m) const {
@@ -290,15 +307,20 @@ class Analysis {
 
   void choose(RocCurve& result) const {
     double most = counts_ ? 0 : 1e-12;  // of weights an index below that is rounding
-    result.leastCost = result.positives * request_.costs.fn + result.negatives * request_.costs.tn;
+    RocThreshold nobody;
+    nobody.fn = result.positives;
+    nobody.tn = result.negatives;
+    Cost least = costOf(nobody, result.positives, result.negatives);
     for (const RocThreshold& row : result.thresholds) {
       most = std::max(most, row.youden);
-      result.leastCost = std::min(result.leastCost, row.cost);
+      if (row.cost < least.value) least = costOf(row, result.positives, result.negatives);
     }
+    result.leastCost = least.value;
     for (std::size_t k = 0; k < result.thresholds.size(); ++k) {
       const RocThreshold& row = result.thresholds[k];
       if (row.youden == most && most > 0) result.best.push_back(k);
-      if (row.cost == result.leastCost) result.cheapest.push_back(k);
+      const Cost cost = costOf(row, result.positives, result.negatives);
+      if (cost.value - least.value <= cost.rounding + least.rounding) result.cheapest.push_back(k);
     }
   }
 

@@ -38,8 +38,9 @@ struct RocRequest {
   std::span<const double> weight;          // frequencies, finite, not negative; empty: 1 each
   double alpha = 0.05;                     // in (0, 1); intervals have level 1 - alpha
   RateInterval interval = RateInterval::kWilson;
-  std::optional<double> prevalence;  // in (0, 1), for predictive values; else that of the rows
-  RocCosts costs;                    // finite
+  // In (0, 1), for predictive values and costs; else that of the rows.
+  std::optional<double> prevalence;
+  RocCosts costs;  // finite, also for all rows together
 };
 
 // Positive is called who has a value at or above the threshold, or at or below it where lower is
@@ -53,7 +54,7 @@ struct RocThreshold {
   double negativeRatio = kNone;
   double positiveValue = kNone;  // predictive values; none where nobody is called so
   double negativeValue = kNone;
-  double cost = 0;  // of all rows
+  double cost = 0;  // of as many subjects as there are rows, at the prevalence
 };
 
 struct RocCurve {
@@ -67,7 +68,8 @@ struct RocCurve {
   // Thresholds with the largest Youden index, empty where none is above 0: calling everybody the
   // same is no worse then.
   std::vector<std::size_t> best;
-  // Thresholds of least cost, and that cost; empty where calling nobody positive costs less.
+  // Thresholds of least cost, to rounding, and that cost; empty where calling nobody positive costs
+  // less.
   std::vector<std::size_t> cheapest;
   double leastCost = kNone;
 };

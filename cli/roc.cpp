@@ -252,7 +252,7 @@ Run declareRoc(CLI::App& app) {
       ->type_name("KIND");
   addAlpha(app, *o);
   app.add_option("--prevalence", o->prevalence,
-                 "Prevalence for the predictive values (default that of the rows)")
+                 "Prevalence for predictive values and costs (default that of the rows)")
       ->type_name("P");
   app.add_option("--cost", o->cost,
                  "Costs of a true positive, false positive, false negative, true negative")

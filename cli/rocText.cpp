@@ -204,7 +204,11 @@ std::vector<std::string> rocMethods(const RocReport& report) {
   }
   if (report.costs) {
     const survmeth::RocCosts& cost = *report.costs;
-    methods.push_back("cost: of all rows, tp " + brief(cost.tp) + ", fp " + brief(cost.fp) +
+    const std::string subjects =
+        report.prevalence
+            ? "of as many subjects as there are rows, at prevalence " + brief(*report.prevalence)
+            : "of all rows";
+    methods.push_back("cost: " + subjects + ", tp " + brief(cost.tp) + ", fp " + brief(cost.fp) +
                       ", fn " + brief(cost.fn) + ", tn " + brief(cost.tn));
   }
   if (!report.weight.empty()) {

@@ -145,7 +145,7 @@ TEST(RocCurve, TiedValuesAreHalfAPair) {
   EXPECT_TRUE(same.curve().best.empty());
 }
 
-TEST(RocCurve, ThePrevalenceChangesThePredictiveValuesOnly) {
+TEST(RocCurve, ThePrevalenceChangesThePredictiveValuesNotTheRatios) {
   Data data = byHand();
   data.options.prevalence = 0.1;
   const RocThreshold three = data.curve().thresholds[2];
