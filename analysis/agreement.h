@@ -38,10 +38,10 @@ struct AgreementResult {
   std::vector<double> means, differences;  // of every pair; NaN where there is no difference
 };
 
-// Bland-Altman agreement, in any unit. Throws InvalidRequest for columns of different length, fewer
-// than three pairs, more than kMostRows, a value that is not finite, an
-// alpha out of its range, differences or limits beyond the largest double. A column of
-// one value, such as an assigned one, is a method like any other. Cost O(n).
+// Bland-Altman agreement, in any unit. A column of one value, such as an assigned one, is a method
+// like any other. Throws InvalidRequest for columns of different length, fewer than three pairs,
+// more than kMostRows, a value that is not finite, an alpha out of its range, differences or limits
+// beyond the largest double. Cost O(n).
 // Source Bland & Altman, Lancet 1 (1986) 307-310; Stat Methods Med Res 8 (1999) 135-160
 AgreementResult agreement(const AgreementRequest& request);
 

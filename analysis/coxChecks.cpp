@@ -5,12 +5,15 @@
 #include <limits>
 
 #include "analysis/coxModel.h"
+#include "analysis/spread.h"
 
 namespace survmeth {
 namespace {
 
 // What is left of a column that depends on others is rounding noise below this part of its length.
 constexpr double kDependent = 1e-9;
+// A column whose weight in a combination is below this part of the largest is not one of it.
+constexpr double kPresent = 1e-6;
 
 double norm(const double* x, std::size_t n) {
   double squares = 0;
@@ -29,27 +32,49 @@ std::string listed(const std::vector<std::string>& names) {
 
 // Columns around their mean in each stratum, at length 1; an empty one where nothing varies.
 std::vector<std::vector<double>> withinStrata(const CoxRows& rows) {
-  std::vector<std::vector<double>> columns = rows.x;
-  for (std::vector<double>& column : columns) {
-    double largest = 0;
-    for (const double value : column) largest = std::max(largest, std::fabs(value));
+  std::vector<std::vector<double>> columns;
+  for (const std::vector<double>& values : rows.x) {
+    const std::vector<double> scaled = inUnit(values, unitOf(values));
+    std::vector<double> column;
     for (std::size_t s = 0; s + 1 < rows.starts.size(); ++s) {
-      const std::size_t first = rows.starts[s], last = rows.starts[s + 1];
-      double sum = 0;
-      for (std::size_t i = first; i < last; ++i) sum += column[i];
-      const double mean = sum / static_cast<double>(last - first);
-      for (std::size_t i = first; i < last; ++i) column[i] -= mean;
+      std::vector<double> stratum(scaled.begin() + static_cast<std::ptrdiff_t>(rows.starts[s]),
+                                  scaled.begin() + static_cast<std::ptrdiff_t>(rows.starts[s + 1]));
+      centre(stratum);
+      column.insert(column.end(), stratum.begin(), stratum.end());
     }
+    // In a unit in which squares neither overflow nor vanish.
+    column = inUnit(column, unitOf(column));
     const double length = norm(column.data(), column.size());
-    const double noise = 1e-13 * largest * std::sqrt(static_cast<double>(column.size()));
-    if (!(length > noise)) {
-      column.clear();
-      continue;
-    }
+    if (length == 0) column.clear();
     for (double& value : column) value /= length;
+    columns.push_back(std::move(column));
   }
   return columns;
 }
+
+// Parts of columns along directions found one after the other: parts[j][k] of column j along the
+// k-th direction, in which the column taken[k] was the first to go.
+struct Dependence {
+  std::vector<std::vector<double>> parts;
+  std::vector<std::size_t> taken;
+
+  // The columns that column j is a combination of, in their order.
+  std::vector<std::size_t> origins(std::size_t j) const {
+    std::vector<double> weight = parts[j];
+    double largest = 0;
+    for (std::size_t k = taken.size(); k-- > 0;) {
+      weight[k] /= parts[taken[k]][k];
+      largest = std::max(largest, std::fabs(weight[k]));
+      for (std::size_t m = 0; m < k; ++m) weight[m] -= weight[k] * parts[taken[k]][m];
+    }
+    std::vector<std::size_t> found;
+    for (std::size_t k = 0; k < taken.size(); ++k) {
+      if (std::fabs(weight[k]) > kPresent * largest) found.push_back(taken[k]);
+    }
+    std::sort(found.begin(), found.end());
+    return found;
+  }
+};
 
 // Counts of scores at or below a rank, for ranks added one by one.
 class RankCounts {
@@ -94,7 +119,8 @@ void requireIndependence(const CoxRows& rows) {
 
   // Each column is replaced by what is independent of those taken before it.
   const std::size_t n = rows.time.size();
-  std::vector<std::size_t> taken, left(columns.size());
+  Dependence found{std::vector<std::vector<double>>(columns.size()), {}};
+  std::vector<std::size_t> left(columns.size());
   for (std::size_t j = 0; j < left.size(); ++j) left[j] = j;
   while (!left.empty()) {
     std::size_t best = 0;
@@ -110,25 +136,31 @@ void requireIndependence(const CoxRows& rows) {
     if (longest <= kDependent) break;
     std::vector<double> direction = columns[left[best]];
     for (double& value : direction) value /= longest;
-    taken.push_back(left[best]);
+    found.taken.push_back(left[best]);
+    found.parts[left[best]].push_back(longest);
     left.erase(left.begin() + static_cast<std::ptrdiff_t>(best));
     for (const std::size_t j : left) {
+      found.parts[j].push_back(0);
       // Twice is enough: what the first pass leaves by rounding the second removes.
       for (int pass = 0; pass < 2; ++pass) {
         double product = 0;
         for (std::size_t i = 0; i < n; ++i) product += direction[i] * columns[j][i];
         for (std::size_t i = 0; i < n; ++i) columns[j][i] -= product * direction[i];
+        found.parts[j].back() += product;
       }
     }
   }
   if (left.empty()) return;
 
-  std::vector<std::string> dependent, others;
-  for (const std::size_t j : left) dependent.push_back(rows.names[j]);
-  for (const std::size_t j : taken) others.push_back(rows.names[j]);
-  throw NoSuchModel("the covariate" + std::string(dependent.size() > 1 ? "s " : " ") +
-                    listed(dependent) + (dependent.size() > 1 ? " follow" : " follows") +
-                    " exactly from " + listed(others) + "; leave out one of them");
+  std::string clauses;
+  for (const std::size_t j : left) {
+    std::vector<std::string> others;
+    for (const std::size_t k : found.origins(j)) others.push_back(rows.names[k]);
+    clauses += clauses.empty() ? "the covariate " + listed({rows.names[j]}) + " follows exactly"
+                               : ", and " + listed({rows.names[j]});
+    clauses += " from " + listed(others);
+  }
+  throw NoSuchModel(clauses + "; leave out one of " + (left.size() > 1 ? "each" : "them"));
 }
 
 void requireOverlap(const CoxRows& rows) {

@@ -7,8 +7,9 @@
 #include <utility>
 
 #include "Dist/Dist"
+#include "analysis/checks.h"
 #include "analysis/coxChecks.h"
-#include "analysis/invalidRequest.h"
+#include "analysis/spread.h"
 #include "survival/survival.h"
 
 namespace survmeth {
@@ -22,14 +23,14 @@ constexpr double kTolerance = 1e-9;  // of the log-likelihood
 constexpr int kFurtherSteps = 3;
 constexpr double kStandingStill = 1e-4;  // change over those steps, in standard deviations of x
 
-void require(bool holds, const char* member, const char* what) {
-  if (!holds) throw InvalidRequest(member, what);
-}
+// The entry point's tables have a cell for each stratum and each of the most distinct times in one.
+// It holds some 70 bytes for a cell: this many are about 2 GB.
+constexpr std::size_t kMostCells = std::size_t{1} << 25;
 
 // The entry points' arrays for one fit.
 struct Fit {
   int p = 0, G = 0, S = 1;
-  std::vector<double> x;  // columns at mean 0 and standard deviation 1
+  std::vector<double> x;  // standardized columns
   std::vector<double> beta, criteria, tests, table, baseline, mean, residuals, history;
   std::vector<int> order;
   int kept = 0, iterations = 0, steps = 0;
@@ -41,6 +42,7 @@ class Regression {
     checkRequest();
     sortRows();
     leaveOutConstant();
+    listGroups();
     standardize();
   }
 
@@ -69,7 +71,7 @@ class Regression {
  private:
   void checkRequest() const {
     const std::size_t n = request_.time.size();
-    require(n >= 2, "time", "fewer than two rows");
+    requireRows(n, 2, "time", "fewer than two rows");
     require(request_.event.size() == n, "event", "as many events as times are needed");
     require(!request_.covariates.empty(), "covariates", "no covariate");
     require(request_.stratum.empty() || request_.stratum.size() == n, "stratum",
@@ -77,6 +79,17 @@ class Regression {
     for (const CoxCovariate& covariate : request_.covariates) {
       require(covariate.values.size() == n, "covariates", "as many values as times are needed");
     }
+    require(request_.covariates.size() <= (12 * kMostRows / n - 4) / 2, "covariates",
+            "there are too many covariates for so many rows");
+    requireAlpha(request_.alpha);
+    const double removeAt = request_.removeAt.value_or(0.5);
+    require(removeAt > 0 && removeAt < 1, "removeAt",
+            "the p-value for removal is not between 0 and 1");
+    requireFinite(request_.time, "time");
+    for (const CoxCovariate& covariate : request_.covariates) {
+      requireFinite(covariate.values, "covariates");
+    }
+    requireCodes(request_.stratum, request_.strata, "stratum");
     require(std::any_of(request_.event.begin(), request_.event.end(),
                         [](std::uint8_t event) { return event != 0; }),
             "event", "no row is an event");
@@ -86,45 +99,25 @@ class Regression {
     return request_.stratum.empty() ? 0 : request_.stratum[i];
   }
 
-  // The entry point sorts the rows and lists the groups of tied times; the extra column tells
-  // where each row stood. Strata without rows are left out.
+  // By stratum, then time. Strata without rows are left out.
   void sortRows() {
-    const int n = static_cast<int>(request_.time.size());
-    std::vector<double> sizes(std::max<std::size_t>(request_.strata, 1), 0);
-    std::vector<double> stratum(n), place(n), key(n, 1.0);
-    rows_.time.assign(request_.time.begin(), request_.time.end());
-    rows_.event.resize(n);
-    for (int i = 0; i < n; ++i) {
-      stratum[i] = stratumOf(i);
-      sizes.at(stratumOf(i)) += 1;
-      place[i] = i;
-      rows_.event[i] = request_.event[i] != 0 ? 1 : 0;
+    const std::size_t n = request_.time.size();
+    place_.resize(n);
+    std::iota(place_.begin(), place_.end(), std::size_t{0});
+    std::stable_sort(place_.begin(), place_.end(), [this](std::size_t a, std::size_t b) {
+      const std::uint32_t first = stratumOf(a), second = stratumOf(b);
+      return first != second ? first < second : request_.time[a] < request_.time[b];
+    });
+    for (std::size_t i = 0; i < n; ++i) {
+      if (i == 0 || stratumOf(place_[i]) != stratumOf(place_[i - 1])) rows_.starts.push_back(i);
+      rows_.time.push_back(request_.time[place_[i]]);
+      rows_.event.push_back(request_.event[place_[i]] != 0 ? 1 : 0);
     }
-    sizes.erase(std::remove(sizes.begin(), sizes.end(), 0.0), sizes.end());
-    sizes_ = sizes;
-    const int S = static_cast<int>(sizes.size());
-    const std::size_t cells = static_cast<std::size_t>(S) * n;
-    std::vector<int> start(cells), size(cells), events(cells);
-    distinct_.resize(S);
-    censored_.resize(S);
-    std::vector<double> none(n);  // without covariates one column is still touched
-    groups_ = 0;
-    Cpp_ReorganizeDataCox(rows_.time.data(), n, 0, rows_.event.data(), place.data(), key.data(),
-                          none.data(), stratum.data(), sizes_.data(), S, distinct_.data(),
-                          censored_.data(), start.data(), size.data(), events.data(), &groups_);
-    const std::size_t used = static_cast<std::size_t>(S) * groups_;
-    groupStart_.assign(start.begin(), start.begin() + static_cast<std::ptrdiff_t>(used));
-    groupSize_.assign(size.begin(), size.begin() + static_cast<std::ptrdiff_t>(used));
-    groupEvents_.assign(events.begin(), events.begin() + static_cast<std::ptrdiff_t>(used));
-    place_.assign(place.begin(), place.end());
-    rows_.starts = {0};
-    for (const double m : sizes) {
-      rows_.starts.push_back(rows_.starts.back() + static_cast<std::size_t>(m));
-    }
+    rows_.starts.push_back(n);
     for (const CoxCovariate& covariate : request_.covariates) {
       rows_.names.push_back(covariate.name);
       std::vector<double> column(n);
-      for (int i = 0; i < n; ++i) column[i] = covariate.values[place_[i]];
+      for (std::size_t i = 0; i < n; ++i) column[i] = covariate.values[place_[i]];
       rows_.x.push_back(std::move(column));
     }
   }
@@ -146,17 +139,55 @@ class Regression {
     rows_.x.resize(left);
   }
 
+  // The tables that Cpp_ReorganizeDataCox would make, without its room for as many distinct times
+  // in every stratum as there are rows.
+  void listGroups() {
+    const std::size_t S = rows_.starts.size() - 1;
+    std::size_t most = 0;
+    for (std::size_t s = 0; s < S; ++s) {
+      const auto first = rows_.time.begin() + static_cast<std::ptrdiff_t>(rows_.starts[s]);
+      const auto last = rows_.time.begin() + static_cast<std::ptrdiff_t>(rows_.starts[s + 1]);
+      std::size_t groups = 1;
+      for (auto at = first + 1; at < last; ++at) groups += *at != *(at - 1) ? 1 : 0;
+      distinct_.push_back(static_cast<int>(groups));
+      sizes_.push_back(static_cast<double>(last - first));
+      most = std::max(most, groups);
+    }
+    require(most <= kMostCells / S, "stratum",
+            "there are too many strata for so many distinct times in one of them");
+    groups_ = static_cast<int>(most);
+    for (auto* table : {&groupStart_, &groupSize_, &groupEvents_}) table->assign(S * most, 0);
+    for (std::size_t s = 0; s < S; ++s) {
+      std::size_t cell = s;
+      int censored = 0;
+      for (std::size_t i = rows_.starts[s]; i < rows_.starts[s + 1]; ++i) {
+        if (i > rows_.starts[s] && rows_.time[i] != rows_.time[i - 1]) cell += S;
+        if (groupSize_[cell]++ == 0) groupStart_[cell] = static_cast<int>(i) + 1;
+        if (rows_.event[i] != 0) {
+          ++groupEvents_[cell];
+        } else {
+          ++censored;
+        }
+      }
+      censored_.push_back(censored);
+    }
+  }
+
   // The entry points take exp of the linear predictor and drop small risk sums: columns go in
   // around their means, at unit spread.
   void standardize() {
-    const double n = static_cast<double>(rows_.time.size());
     for (const std::vector<double>& column : rows_.x) {
-      double sum = 0, squares = 0;
-      for (const double value : column) sum += value;
-      const double mean = sum / n;
-      for (const double value : column) squares += (value - mean) * (value - mean);
-      centre_.push_back(mean);
-      spread_.push_back(squares > 0 ? std::sqrt(squares / n) : 1);
+      const double n = static_cast<double>(column.size());
+      const Spread all = spreadOf(column);
+      centre_.push_back(all.mean);
+      spread_.push_back(all.sd > 0 ? all.sd * std::sqrt((n - 1) / n) : 1);
+      // In a unit in which the difference from the mean cannot overflow.
+      const int unit = unitOf(column);
+      const double mean = std::ldexp(centre_.back(), -unit);
+      const double spread = std::ldexp(spread_.back(), -unit);
+      std::vector<double> standard = inUnit(column, unit);
+      for (double& value : standard) value = (value - mean) / spread;
+      standard_.push_back(std::move(standard));
     }
   }
 
@@ -168,7 +199,7 @@ class Regression {
     fit.G = groups_;
     fit.S = static_cast<int>(sizes_.size());
     for (const std::size_t j : columns) {
-      for (const double value : rows_.x[j]) fit.x.push_back((value - centre_[j]) / spread_[j]);
+      fit.x.insert(fit.x.end(), standard_[j].begin(), standard_[j].end());
     }
     const std::size_t p = columns.size();
     const std::size_t cells = withCurves ? static_cast<std::size_t>(fit.S) * fit.G : 1;
@@ -238,7 +269,7 @@ class Regression {
       c.name = rows_.names[columns[j]];
       c.coef = fit.beta[j] / spread_[columns[j]];
       c.se = fit.table[p + j] / spread_[columns[j]];
-      c.z = c.coef / c.se;
+      c.z = fit.beta[j] / fit.table[p + j];
       c.p = fit.table[3 * p + j];
       c.hazardRatio = std::exp(c.coef);
       c.lower = std::exp(c.coef - z * c.se);
@@ -321,6 +352,7 @@ class Regression {
   CoxRows rows_;
   std::vector<bool> constant_;      // of each covariate in the request; the others are in rows_.x
   std::vector<std::size_t> place_;  // in the data, of each sorted row
+  std::vector<std::vector<double>> standard_;  // columns at mean 0 and standard deviation 1
   std::vector<double> sizes_, centre_, spread_;
   std::vector<int> distinct_, censored_, groupStart_, groupSize_, groupEvents_;
   int groups_ = 0;

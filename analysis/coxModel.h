@@ -81,12 +81,15 @@ class NoSuchModel : public std::runtime_error {
 
 // Cox regression with Breslow's treatment of tied times.
 //
-// Throws InvalidRequest for columns of different length, no covariate, fewer than two rows, no
-// event; NoSuchModel where no covariate varies (within strata), for covariates that depend on
-// others linearly, a covariate that separates the events from those at risk, estimates that run
-// away, iterations that do not converge.
-// Edge more covariates than events: fitted if there is a maximum, which is then a matter of luck
-// Cost O(g n p^2) for each iteration, g the number of distinct times.
+// Throws InvalidRequest for columns of different length, no covariate, fewer than two rows or more
+// than kMostRows (with many covariates: fewer), no event, values that are not finite, a stratum
+// code, alpha or removeAt out of range, and where the number of strata times the largest number of
+// distinct times in one of them passes 2^25; NoSuchModel where no covariate varies (within strata),
+// for covariates that depend on others linearly, a covariate that separates the events from those
+// at risk, estimates that run away, iterations that do not converge.
+// Edge   more covariates than events: fitted if there is a maximum, which is then a matter of luck
+// Cost   O(g n p^2) for each iteration, g the number of distinct times; memory O(n p) and about 70
+//        bytes for each stratum and each of the most distinct times in one
 // Source Cox, J R Stat Soc B 34 (1972) 187-220; Breslow, Biometrics 30 (1974) 89-99;
 //        Harrell et al., Stat Med 15 (1996) 361-387 (concordance)
 CoxModel coxModel(const CoxRequest& request);
