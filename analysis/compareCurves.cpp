@@ -19,6 +19,8 @@ namespace survmeth {
 namespace {
 
 constexpr std::size_t kLargestGrid = std::size_t{1} << 27;  // 1 GB of doubles
+// The squared score of the Gehan-Breslow test is of the fourth degree in the numbers at risk.
+constexpr double kLargestRisk = 1e75;
 
 // Numbers at risk and events of the included groups at the pooled event times, as the entry point
 // takes them: column by column (time, then at risk, events, censored of each group).
@@ -92,6 +94,7 @@ struct Survey {
   std::vector<double> observed, expected;
   std::array<double, 3> largestScore{};  // largest |U| of each test
   std::array<double, 3> scale{};         // what it is large against
+  double largestRisk = 0;
   bool linked = false;
   bool fractionalRisk = false;  // less than one at risk: the variance formula does not hold
 };
@@ -109,6 +112,7 @@ Survey surveyOf(const Grid& grid) {
       atRisk += grid.atRisk(i, j);
       events += grid.events(i, j);
     }
+    survey.largestRisk = std::max(survey.largestRisk, atRisk);
     const std::array<double, 3> weights{1.0, atRisk, std::sqrt(atRisk)};
     for (std::size_t t = 0; t < 3; ++t) survey.scale[t] += weights[t] * events;
     std::size_t first = groups;
@@ -150,8 +154,8 @@ std::string refusal(const Survey& survey) {
 Comparison compareCurves(const std::vector<SurvivalCurve>& curves) {
   Comparison comparison;
   comparison.included.assign(curves.size(), false);
-  comparison.observed.assign(curves.size(), 0.0);
-  comparison.expected.assign(curves.size(), 0.0);
+  comparison.observed.assign(curves.size(), kNone);
+  comparison.expected.assign(curves.size(), kNone);
   if (curves.size() < 2) {
     comparison.reason = "there is one group";
     return comparison;
@@ -178,12 +182,6 @@ Comparison compareCurves(const std::vector<SurvivalCurve>& curves) {
 
   Grid grid(included, std::move(times));
   const Survey survey = surveyOf(grid);
-  for (std::size_t g = 0, j = 0; g < curves.size(); ++g) {
-    if (!comparison.included[g]) continue;
-    comparison.observed[g] = survey.observed[j];
-    comparison.expected[g] = survey.expected[j];
-    ++j;
-  }
   comparison.reason = refusal(survey);
   if (!comparison.reason.empty()) return comparison;
 
@@ -195,12 +193,20 @@ Comparison compareCurves(const std::vector<SurvivalCurve>& curves) {
     const double statistic = result[t];
     // Only a covariance that was singular to the last digit gives 0 for scores that are not.
     const bool lost = statistic == 0 && survey.largestScore[t] > 1e-9 * survey.scale[t];
-    if (!(statistic >= 0) || lost) {
-      comparison.reason = "the covariance is singular to working precision";
+    if (!(statistic >= 0) || std::isinf(statistic) || lost) {
+      comparison.reason = survey.largestRisk > kLargestRisk
+                              ? "the weights are too large for the sums of the tests"
+                              : "the covariance is singular to working precision";
       comparison.tests = {};
       return comparison;
     }
     comparison.tests[t] = {statistic, result[6 + t]};
+  }
+  for (std::size_t g = 0, j = 0; g < curves.size(); ++g) {
+    const bool hasPart = comparison.included[g];
+    comparison.observed[g] = hasPart ? survey.observed[j] : 0;
+    comparison.expected[g] = hasPart ? survey.expected[j] : 0;
+    if (hasPart) ++j;
   }
   comparison.degreesOfFreedom = static_cast<double>(included.size() - 1);
   return comparison;

@@ -11,33 +11,21 @@
 #include <functional>
 #include <limits>
 
-#include "analysis/invalidRequest.h"
+#include "analysis/checks.h"
 #include "survival/survival.h"
 
 namespace survmeth {
 namespace {
 
-void require(bool holds, const char* member, const char* what) {
-  if (!holds) throw InvalidRequest(member, what);
-}
-
 void check(const GrayRequest& request) {
   const std::size_t n = request.time.size();
-  require(n > 0, "time", "there are no rows");
-  require(n <= static_cast<std::size_t>(std::numeric_limits<int>::max()), "time",
-          "there are too many rows");
+  requireRows(n, 1, "time", "there are no rows");
   require(request.status.size() == n && request.group.size() == n, "time",
           "the columns differ in length");
   require(request.event != 0, "event", "type 0 is censoring, not an event");
   require(std::isfinite(request.rho), "rho", "rho is not finite");
-  for (std::size_t i = 0; i < n; ++i) {
-    if (!std::isfinite(request.time[i]) || request.time[i] < 0) {
-      throw InvalidRequest("time", "a time is negative or not finite", i);
-    }
-    if (request.group[i] >= request.groups) {
-      throw InvalidRequest("group", "a group code is out of range", i);
-    }
-  }
+  requireTimes(request.time);
+  requireCodes(request.group, request.groups, "group");
 }
 
 // What decides whether the variance is singular.

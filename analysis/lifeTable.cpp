@@ -9,6 +9,7 @@
 #include <string>
 
 #include "Dist/Dist"
+#include "analysis/checks.h"
 #include "analysis/invalidRequest.h"
 
 namespace survmeth {
@@ -155,9 +156,7 @@ std::vector<LifeInterval> tableOf(const std::vector<TimeCounts>& counts,
 }  // namespace
 
 std::vector<std::vector<LifeInterval>> lifeTables(const LifeTableRequest& request) {
-  if (!(request.alpha > 0 && request.alpha < 1)) {
-    throw InvalidRequest("alpha", "the significance level is not between 0 and 1");
-  }
+  requireAlpha(request.alpha);
   const Tally tally(request.data);
   const std::vector<double> bounds = lowerBounds(request);
   const double z = std::fabs(InvCDFNormalStd(1 - request.alpha / 2));

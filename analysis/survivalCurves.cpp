@@ -8,7 +8,7 @@
 #include <stdexcept>
 
 #include "Dist/Dist"
-#include "analysis/invalidRequest.h"
+#include "analysis/checks.h"
 #include "survival/survival.h"
 
 namespace survmeth {
@@ -114,9 +114,7 @@ Estimate medianOf(const SurvivalCurve& curve) {
 }
 
 CurveResult survivalCurves(const CurveRequest& request) {
-  if (!(request.alpha > 0 && request.alpha < 1)) {
-    throw InvalidRequest("alpha", "the significance level is not between 0 and 1");
-  }
+  requireAlpha(request.alpha);
   const Tally tally(request.data);
   CurveResult result;
   result.curves.reserve(tally.groups());

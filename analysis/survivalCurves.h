@@ -55,7 +55,7 @@ struct TestResult {
 };
 
 // Comparison of the groups. A group in which nobody is at risk at any event time has no part in
-// it. Where no test exists, `reason` says why and the numbers are NaN.
+// it, and none of the events. Where no test exists, `reason` says why and the numbers are NaN.
 struct Comparison {
   std::string reason;
   double degreesOfFreedom = kNone;

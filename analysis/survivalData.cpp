@@ -6,50 +6,32 @@
 #include <limits>
 #include <numeric>
 
+#include "analysis/checks.h"
 #include "analysis/invalidRequest.h"
 
 namespace survmeth {
 namespace {
 
-void checkShape(const SurvivalData& data) {
+void check(const SurvivalData& data) {
   const std::size_t n = data.time.size();
-  if (data.event.size() != n || (!data.weight.empty() && data.weight.size() != n) ||
-      (!data.group.empty() && data.group.size() != n)) {
-    throw InvalidRequest("time", "the columns differ in length");
-  }
-  if (n < 2) throw InvalidRequest("time", "at least two rows are needed");
-  // Flat arrays of the entry points are counted in int, twelve elements a row.
-  if (n > static_cast<std::size_t>(std::numeric_limits<int>::max() / 12 - 2)) {
-    throw InvalidRequest("time", "there are too many rows");
-  }
-  if (data.groups < 1) throw InvalidRequest("group", "at least one group is needed");
-}
-
-void checkValues(const SurvivalData& data) {
-  for (std::size_t i = 0; i < data.time.size(); ++i) {
-    if (!std::isfinite(data.time[i]) || data.time[i] < 0) {
-      throw InvalidRequest("time", "a time is negative or not finite", i);
-    }
-    const double weight = data.weight.empty() ? 1 : data.weight[i];
-    if (!std::isfinite(weight) || weight < 0) {
-      throw InvalidRequest("weight", "a weight is negative or not finite", i);
-    }
-    if (!data.group.empty() && data.group[i] >= data.groups) {
-      throw InvalidRequest("group", "a group code is out of range", i);
-    }
-  }
+  requireRows(n, 2, "time", "at least two rows are needed");
+  require(data.event.size() == n && (data.weight.empty() || data.weight.size() == n) &&
+              (data.group.empty() || data.group.size() == n),
+          "time", "the columns differ in length");
+  require(data.groups >= 1, "group", "at least one group is needed");
+  requireTimes(data.time);
+  requireWeights(data.weight);
+  requireCodes(data.group, data.groups, "group");
 }
 
 }  // namespace
 
 Tally::Tally(const SurvivalData& data) : data_(data) {
-  checkShape(data);
-  checkValues(data);
+  check(data);
   const std::size_t n = data.time.size();
 
   if (!data.weight.empty()) {
     const double total = std::accumulate(data.weight.begin(), data.weight.end(), 0.0);
-    if (!std::isfinite(total)) throw InvalidRequest("weight", "the weights' sum is not finite");
     // Half the precision's last place at the sum: sums of multiples of it are exact.
     const double quantum =
         std::ldexp(1.0, std::ilogb(total) + 2 - std::numeric_limits<double>::digits);
@@ -60,14 +42,19 @@ Tally::Tally(const SurvivalData& data) : data_(data) {
 
   starts_.assign(data.groups + 1, 0);
   std::vector<double> totals(data.groups, 0.0);
+  std::vector<bool> anyWeight(data.groups, data.weight.empty());
   const auto groupOf = [&data](std::size_t i) { return data.group.empty() ? 0 : data.group[i]; };
   for (std::size_t i = 0; i < n; ++i) {
     ++starts_[groupOf(i) + 1];
     totals[groupOf(i)] += weightOf(i);
+    if (!data.weight.empty() && data.weight[i] > 0) anyWeight[groupOf(i)] = true;
   }
   for (std::size_t g = 0; g < data.groups; ++g) {
     if (starts_[g + 1] == 0) throw InvalidRequest("group", "a group has no rows", g);
-    if (!(totals[g] > 0)) throw InvalidRequest("group", "a group's weights are all 0", g);
+    if (!anyWeight[g]) throw InvalidRequest("group", "a group's weights are all 0", g);
+    if (!(totals[g] > 0)) {
+      throw InvalidRequest("group", "a group's weights vanish beside the largest weights", g);
+    }
   }
   std::partial_sum(starts_.begin(), starts_.end(), starts_.begin());
   rows_.resize(n);

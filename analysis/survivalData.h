@@ -32,8 +32,9 @@ struct TimeCounts {
 class Tally {
  public:
   // Throws InvalidRequest: columns of different length ("time"), fewer than two rows ("time"), a
-  // time, weight or group out of its range (with the row's index), a group without rows or with a
-  // total weight of 0 ("group", with the group's index).
+  // time, weight or group out of its range (with the row's index), a group without rows, with a
+  // total weight of 0, or with weights that are lost beside the others' ("group", with the group's
+  // index).
   explicit Tally(const SurvivalData& data);
 
   std::size_t groups() const { return starts_.size() - 1; }

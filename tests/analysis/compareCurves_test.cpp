@@ -150,6 +150,32 @@ TEST(CompareCurves, AGroupGoneBeforeTheFirstEventHasNoPart) {
   }
 }
 
+TEST(CompareCurves, WhatHasNoTestHasNoObservedNorExpectedEvents) {
+  // One group; nobody else at risk; a singular covariance.
+  for (const Columns& columns :
+       {groupsOf({{{1, 1}, {2, 0}}}), groupsOf({{{1, 0}, {2, 0}}, {{3, 1}, {5, 0}}}),
+        groupsOf({{{5, 1}}, {{5, 1}}})}) {
+    const Comparison comparison = compare(columns);
+    ASSERT_FALSE(comparison.reason.empty());
+    ASSERT_EQ(comparison.observed.size(), columns.groups);
+    for (std::size_t g = 0; g < columns.groups; ++g) {
+      EXPECT_TRUE(std::isnan(comparison.observed[g]) && std::isnan(comparison.expected[g]));
+    }
+  }
+  // A group without part in a test that exists has none of its events.
+  const Comparison comparison =
+      compare(groupsOf({{{1, 0}, {2, 0}}, {{3, 1}, {5, 0}}, {{4, 1}, {6, 0}}}));
+  EXPECT_EQ(comparison.reason, "");
+  EXPECT_EQ(comparison.observed[0], 0);
+  EXPECT_EQ(comparison.expected[0], 0);
+}
+
+TEST(CompareCurves, WeightsWhoseSquaresOverflowAreNamed) {
+  Columns columns = groupsOf({{{1, 1}, {3, 0}}, {{2, 1}, {4, 0}}});
+  columns.weight = {1e200, 1e200, 1e200, 1e200};
+  EXPECT_EQ(compare(columns).reason, "the weights are too large for the sums of the tests");
+}
+
 TEST(CompareCurves, NobodyElseAtRiskMeansNoTest) {
   const Comparison comparison = compare(groupsOf({{{1, 0}, {2, 0}}, {{3, 1}, {5, 0}}}));
   EXPECT_EQ(comparison.reason, "nobody is at risk at an event time outside one group");

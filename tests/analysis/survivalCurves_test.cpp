@@ -274,6 +274,18 @@ Columns changed(void (*change)(Columns&)) {
   return columns;
 }
 
+TEST(SurvivalCurves, WeightsLostBesideOthersAreNotCalledZero) {
+  Columns columns = changed([](Columns& c) { c.group = {0, 1, 1}, c.groups = 2; });
+  columns.weight = {1e308, 1, 2};
+  try {
+    survivalCurves({columns.data(), 0.05, CurveLimits::kLogLog});
+    ADD_FAILURE() << "accepted";
+  } catch (const InvalidRequest& refused) {
+    EXPECT_STREQ(refused.what(), "a group's weights vanish beside the largest weights");
+    EXPECT_EQ(refused.index(), 1u);
+  }
+}
+
 TEST(SurvivalCurves, RefusalsPointAtTheDataAtFault) {
   const Columns good = changed([](Columns&) {});
   EXPECT_EQ(refusal(good), "accepted");
