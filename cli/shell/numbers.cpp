@@ -50,13 +50,7 @@ bool spellsMissing(std::string_view text) {
 
 std::string pValue(double p) {
   if (!std::isfinite(p)) return exact(p);
-  if (p == 0) return "<1e-300";  // below what a double holds
-  if (p < 0.0001) {
-    char buffer[16];
-    const auto end =
-        std::to_chars(buffer, buffer + sizeof buffer, p, std::chars_format::scientific, 1);
-    return std::string(buffer, end.ptr);
-  }
+  if (p < 0.0001) return "<0.0001";
   return p < 0.001 ? fixed(p, 5) : fixed(p, 4);
 }
 

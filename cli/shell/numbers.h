@@ -24,7 +24,7 @@ std::optional<double> parseNumber(std::string_view text);
 // Whether a cell spells a missing value: empty, NA, N/A, NaN, null or . in any case.
 bool spellsMissing(std::string_view text);
 
-// 0.0312; 0.00024 below 0.001; 4.2e-05 below 0.0001.
+// 0.0312; 0.00024 below 0.001; <0.0001 below 0.0001.
 std::string pValue(double p);
 
 }  // namespace cli
