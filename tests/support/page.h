@@ -12,6 +12,14 @@
 
 namespace survmeth::test {
 
+// A p-value as the pages give it.
+inline std::string pText(double p) {
+  if (p < 0.0001) return "<0.0001";
+  char text[16];
+  std::snprintf(text, sizeof text, "%.4f", p);
+  return text;
+}
+
 class Page {
  public:
   explicit Page(const std::string& family) {

@@ -95,8 +95,8 @@ TEST(RocSah, TheWorkedExampleOfTheDocumentation) {
             curve.likelihoodRatios[T + k]);
   page.says("| area under the curve (DeLong, error %.3f) | %.3f | %.3f to %.3f |", curve.error(),
             curve.area(), curve.aucSummary[2], curve.aucSummary[3]);
-  page.says("The test of an area of 0.5 gives Z = %.2f, p = %.1e.", curve.aucSummary[4],
-            curve.aucSummary[7]);
+  page.says("The test of an area of 0.5 gives Z = %.2f, p %s.", curve.aucSummary[4],
+            survmeth::test::pText(curve.aucSummary[7]).replace(0, 1, "< ").c_str());
 
   const auto youden = [&](std::ptrdiff_t i) {
     return curve.sensitivity[i] + curve.specificity[i] - 1;
