@@ -127,8 +127,8 @@ void writeAgreement(Session& session, const Options& o, const Table& table,
 }
 
 void runRepeatability(Session& session, const Options& o) {
-  const Table table =
-      readTable(o.file, {{.name = o.first}, {.name = o.replicates, .cells = Cells::kText}});
+  const Table table = readTable(
+      o.file, {{.name = o.first}, {.name = o.replicates, .cells = Cells::kText}}, o.missing);
   requireRows(table, 2);
   if (const std::string left = leftOutNote(table); !left.empty()) session.note(left);
   const Groups groups = groupsOf(table.columns[1]);
@@ -193,7 +193,7 @@ void runRepeatability(Session& session, const Options& o) {
 
 void runAgreement(Session& session, const Options& o) {
   const DifferenceKind kind = kindOf(o.difference);
-  const Table table = readTable(o.file, {{.name = o.first}, {.name = o.second}});
+  const Table table = readTable(o.file, {{.name = o.first}, {.name = o.second}}, o.missing);
   requireRows(table, 3);
   if (const std::string left = leftOutNote(table); !left.empty()) session.note(left);
   AgreementResult result;
@@ -240,6 +240,7 @@ Run declareAgree(CLI::App& app) {
       app.add_option("--replicates", o->replicates,
                      "Column of the subject: repeatability of the first method alone")
           ->type_name("COL");
+  addMissing(app, *o);
   addAlpha(app, *o);
   addJson(app, *o);
   addOut(app, *o, "Folder for agreement.csv and pairs.csv, or repeatability.csv");

@@ -8,6 +8,8 @@
 
 #include "analysis/invalidRequest.h"
 #include "cli/coxReport.h"
+#include "cli/shell/coding.h"
+#include "cli/shell/lists.h"
 #include "cli/shell/numbers.h"
 #include "cli/shell/problem.h"
 
@@ -15,7 +17,8 @@ namespace cli {
 namespace {
 
 struct Options : Common {
-  std::string time, event, eventValue, covariates, strata, select, remove, residuals, baseline;
+  std::string time, event, eventValue, covariates, factor, strata, select, remove, residuals,
+      baseline;
 };
 
 constexpr const char* kExample =
@@ -24,8 +27,9 @@ constexpr const char* kExample =
     "  survmeth cox data/veteran.csv --time time --event status --covariates karno,age \\\n"
     "      --strata celltype --plot hazard-ratios.svg\n"
     "\n"
-    "A column with text becomes one indicator for each level but the first in sorted order.\n"
-    "Rows with a missing cell are left out and counted. Tied times are treated as Breslow does;\n"
+    "A column with text, and one named in --factor, becomes one indicator for each level but the\n"
+    "first in sorted order. Rows with a missing cell are left out and counted; docs/data.md says\n"
+    "how data are read. Tied times are treated as Breslow does;\n"
     "the baseline holds at the covariates' means.";
 
 double thresholdOption(const Options& options) {
@@ -42,6 +46,18 @@ double thresholdOption(const Options& options) {
                   " is not a p-value; expected a number between 0 and 1");
   }
   return *p;
+}
+
+std::vector<std::string> factorOption(const std::string& list,
+                                      const std::vector<std::string>& covariates) {
+  if (list.empty()) return {};
+  std::vector<std::string> factors = columnNames("--factor", list);
+  for (const std::string& name : factors) {
+    if (std::find(covariates.begin(), covariates.end(), name) != covariates.end()) continue;
+    throw Problem("--factor: " + quote(name) + " is no covariate; expected one of " +
+                  nearestFirst(name, covariates));
+  }
+  return factors;
 }
 
 // The columns of the model: numbers as they are, text as indicators against its first level.
@@ -67,7 +83,7 @@ std::deque<std::vector<double>> designOf(const Table& table, std::size_t firstCo
     constexpr std::size_t kMostLevels = 100;
     if (present.size() > kMostLevels) {
       throw problemAt({table.source, 0, column.name},
-                      "the text has " + grouped(present.size()) + " levels",
+                      "the column has " + grouped(present.size()) + " levels",
                       "numbers, or at most " + std::to_string(kMostLevels) + " levels");
     }
     for (std::size_t k = 1; k < present.size(); ++k) {
@@ -99,19 +115,25 @@ void run(const Options& options, Session& session) {
   report.removeAt = thresholdOption(options);
   report.selected = !options.select.empty();
   const std::vector<std::string> names = columnNames("--covariates", options.covariates);
+  const std::vector<std::string> factors = factorOption(options.factor, names);
+  const std::vector<std::string> named = eventValues(options.eventValue);
   std::vector<Wanted> wanted = {{.name = options.time, .cells = Cells::kNumbers, .least = 0},
-                                {.name = options.event, .cells = Cells::kText}};
-  for (const std::string& name : names) wanted.push_back({.name = name, .cells = Cells::kEither});
+                                {.name = options.event, .cells = Cells::kText, .named = named}};
+  for (const std::string& name : names) {
+    const bool isFactor = std::find(factors.begin(), factors.end(), name) != factors.end();
+    wanted.push_back({.name = name,
+                      .cells = isFactor ? Cells::kText : Cells::kEither,
+                      .labelsOption = "--factor"});
+  }
   if (!options.strata.empty()) wanted.push_back({.name = options.strata, .cells = Cells::kText});
-  const Table table = readTable(options.file, wanted);
+  const Table table = readTable(options.file, wanted, options.missing);
   requireRows(table, 2);
   if (const std::string left = leftOutNote(table); !left.empty()) session.note(left);
 
   const Column& eventColumn = table.columns[1];
-  const std::vector<bool> yes = yesLabels(table, eventColumn, options.eventValue, "--event-value");
-  std::vector<std::uint8_t> events;
-  events.reserve(table.rows);
-  for (const std::uint32_t code : eventColumn.codes) events.push_back(yes[code] ? 1 : 0);
+  const YesNo coded = yesNoOf(table, eventColumn, named, kEvents);
+  if (!coded.note.empty()) session.note(coded.note);
+  const std::vector<std::uint8_t>& events = coded.rows;
   if (std::find(events.begin(), events.end(), 1) == events.end()) {
     throw problemAt({table.source, 0, eventColumn.name}, "no row is an event",
                     "at least one event among the complete rows");
@@ -165,10 +187,13 @@ Run declareCox(CLI::App& app) {
   };
   column("--time", o->time, "Column with the times")->required();
   column("--event", o->event, "Column that says which rows are events")->required();
-  app.add_option("--event-value", o->eventValue, "The value that is an event, all others censored")
-      ->type_name("V");
+  app.add_option("--event-value", o->eventValue,
+                 "The values that are events, separated by commas; all others are censored")
+      ->type_name("V,W,...");
   app.add_option("--covariates", o->covariates, "Columns of the model, separated by commas")
       ->required()
+      ->type_name("A,B,...");
+  app.add_option("--factor", o->factor, "Covariates whose cells are labels, also where numbers")
       ->type_name("A,B,...");
   column("--strata", o->strata, "Column of strata, each with its own baseline");
   app.add_option("--select", o->select, "backward: remove covariates by their Wald p-values")
@@ -176,6 +201,7 @@ Run declareCox(CLI::App& app) {
   app.add_option("--remove", o->remove,
                  "Smallest p-value at which a covariate is removed (default 0.1)")
       ->type_name("P");
+  addMissing(app, *o);
   addAlpha(app, *o);
   app.add_option("--residuals", o->residuals,
                  "File for martingale, deviance and Schoenfeld residuals (CSV)")

@@ -75,7 +75,7 @@ void writeJson(Session& session, const Options& o, const Table& table, const Dem
 }
 
 void run(Session& session, const Options& o) {
-  const Table table = readTable(o.file, {{.name = o.first}, {.name = o.second}});
+  const Table table = readTable(o.file, {{.name = o.first}, {.name = o.second}}, o.missing);
   requireRows(table, 3);
   if (const std::string left = leftOutNote(table); !left.empty()) session.note(left);
   DemingResult result;
@@ -148,6 +148,7 @@ Run declareDeming(CLI::App& app) {
          },
          "Error variance of the first method over that of the second (default 1)")
       ->type_name("L");
+  addMissing(app, *o);
   addAlpha(app, *o);
   addJson(app, *o);
   addOut(app, *o, "Folder for deming.csv and residuals.csv");

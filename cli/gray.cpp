@@ -7,6 +7,7 @@
 
 #include "analysis/grayTest.h"
 #include "analysis/invalidRequest.h"
+#include "cli/shell/coding.h"
 #include "cli/shell/numbers.h"
 #include "cli/shell/problem.h"
 #include "cli/shell/textTable.h"
@@ -24,8 +25,8 @@ constexpr const char* kExample =
     "  survmeth gray data/pbc.csv --time time --status status --group trt\n"
     "\n"
     "Each row ends in an event of one type or is censored; the status column, text or numbers,\n"
-    "says which. Without --censor the code 0 or \"censored\" is censoring. Without --event each\n"
-    "type is tested in turn, the others competing. Rows with a missing cell are left out.";
+    "says which. Without --event each type is tested in turn, the others competing. Rows with a\n"
+    "missing cell are left out and counted. docs/data.md says how data are read.";
 
 // The more groups, the longer the work: it grows with their square.
 constexpr std::size_t kMostGroups = 100;
@@ -75,22 +76,11 @@ std::string listed(const Codes& status) {
              : text;
 }
 
-bool sameCode(const std::string& label, const std::string& wanted) {
-  if (label == wanted) return true;
-  const std::optional<double> a = parseNumber(label), b = parseNumber(wanted);
-  return a && b && *a == *b;
-}
-
 std::optional<std::size_t> find(const Codes& status, const std::string& wanted) {
   for (std::size_t i = 0; i < status.labels.size(); ++i) {
-    if (sameCode(status.labels[i], wanted)) return i;
+    if (sameValue(status.labels[i], wanted)) return i;
   }
   return std::nullopt;
-}
-
-bool spellsCensored(std::string label) {
-  for (char& c : label) c = c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c;
-  return label == "censored" || sameCode(label, "0");
 }
 
 // Which code is censoring.
@@ -106,16 +96,17 @@ std::optional<std::size_t> censorOption(const Options& o, const Table& table, co
   std::optional<std::size_t> found;
   bool one = true;
   for (std::size_t i = 0; i < status.labels.size(); ++i) {
-    if (!spellsCensored(status.labels[i])) continue;
+    if (answerOf(status.labels[i]) != Answer::kNo) continue;
     one = !found;
     found = i;
   }
   if (found && one) return found;
-  throw problemAt(place,
-                  std::string(found ? "more than one code" : "no code") +
-                      " says that a row is censored (0 or censored); the codes are " +
-                      listed(status),
-                  "the code of the censored in --censor, or --censor none");
+  throw problemAt(
+      place,
+      std::string(found ? "more than one code" : "no code") +
+          " says that a row is censored (0, censored, alive, no or false); the codes are " +
+          listed(status),
+      "the code of the censored in --censor, or --censor none");
 }
 
 // The types to be tested.
@@ -273,9 +264,12 @@ Json jsonOf(const Options& o, const Table& table, const GrayReport& report,
 }
 
 void run(const Options& o, Session& session) {
-  const Table table = readTable(o.file, {{.name = o.time, .cells = Cells::kNumbers, .least = 0},
-                                         {.name = o.status, .cells = Cells::kText},
-                                         {.name = o.group, .cells = Cells::kText}});
+  const Table table =
+      readTable(o.file,
+                {{.name = o.time, .cells = Cells::kNumbers, .least = 0},
+                 {.name = o.status, .cells = Cells::kText, .named = {o.censor, o.event}},
+                 {.name = o.group, .cells = Cells::kText}},
+                o.missing);
   requireRows(table, 2);
   if (const std::string left = leftOutNote(table); !left.empty()) session.note(left);
   const GrayReport report = analyse(o, table, session);
@@ -295,7 +289,7 @@ Run declareGray(CLI::App& app) {
   column("--status", o->status, "Column that says how each row ends, text or numbers");
   column("--group", o->group, "Column of groups, text or numbers");
   app.add_option("--censor", o->censor,
-                 "The status of the censored, or none (default 0 or censored)")
+                 "The status of the censored, or none (default 0, censored, alive, no or false)")
       ->type_name("CODE");
   app.add_option("--event", o->event, "The type of event to be tested (default each in turn)")
       ->type_name("CODE");
@@ -308,6 +302,7 @@ Run declareGray(CLI::App& app) {
          },
          "Weight (1 - pooled incidence)^R: above 0 early events count more (default 0)")
       ->type_name("R");
+  addMissing(app, *o);
   addJson(app, *o);
   app.footer(kExample);
   return [o](Session& session) { run(*o, session); };

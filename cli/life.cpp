@@ -10,6 +10,7 @@
 
 #include "analysis/invalidRequest.h"
 #include "cli/lifeReport.h"
+#include "cli/shell/coding.h"
 #include "cli/shell/numbers.h"
 #include "cli/shell/problem.h"
 
@@ -26,7 +27,7 @@ constexpr const char* kExample =
     "  survmeth life data/leukemia.csv --time weeks --event relapse --group treatment \\\n"
     "      --table km --plot curves.svg --out results\n"
     "\n"
-    "Rows with a missing cell (empty, NA, N/A, NaN, null or .) are left out and counted.\n"
+    "Rows with a missing cell are left out and counted. docs/data.md says how data are read.\n"
     "Methods: product-limit curves, Greenwood variance, log-log limits; the median is where a\n"
     "curve crosses 1/2, its limits where the curve's limits do. docs/json.md has the JSON layout.";
 
@@ -109,13 +110,12 @@ struct Input {
   }
 };
 
-void readEvents(Input& input, const Options& options) {
-  const std::vector<bool> yes =
-      yesLabels(input.table, *input.event, options.eventValue, "--event-value");
-  input.events.reserve(input.table.rows);
-  for (const std::uint32_t code : input.event->codes) input.events.push_back(yes[code] ? 1 : 0);
-  for (std::size_t i = 0; i < yes.size(); ++i) {
-    if (!yes[i]) continue;
+void readEvents(Input& input, const std::vector<std::string>& named, Session& session) {
+  YesNo events = yesNoOf(input.table, *input.event, named, kEvents);
+  input.events = std::move(events.rows);
+  if (!events.note.empty()) session.note(events.note);
+  for (std::size_t i = 0; i < events.labels.size(); ++i) {
+    if (!events.labels[i]) continue;
     if (!input.eventLabels.empty()) input.eventLabels += ", ";
     input.eventLabels += input.event->labels[i];
   }
@@ -154,14 +154,15 @@ void check(const Input& input, Session& session) {
 }
 
 Input readInput(const Options& options, Session& session) {
+  const std::vector<std::string> named = eventValues(options.eventValue);
   std::vector<Wanted> wanted = {{.name = options.time, .cells = Cells::kNumbers, .least = 0},
-                                {.name = options.event, .cells = Cells::kText}};
+                                {.name = options.event, .cells = Cells::kText, .named = named}};
   if (!options.group.empty()) wanted.push_back({.name = options.group, .cells = Cells::kText});
   if (!options.weight.empty()) {
     wanted.push_back({.name = options.weight, .cells = Cells::kNumbers, .least = 0});
   }
   Input input;
-  input.table = readTable(options.file, wanted);
+  input.table = readTable(options.file, wanted, options.missing);
   requireRows(input.table, 2);
   const std::string leftOut = leftOutNote(input.table);
   if (!leftOut.empty()) session.note(leftOut);
@@ -170,7 +171,7 @@ Input readInput(const Options& options, Session& session) {
   input.event = &columns[1];
   if (!options.group.empty()) input.group = &columns[2];
   if (!options.weight.empty()) input.weight = &columns.back();
-  readEvents(input, options);
+  readEvents(input, named, session);
   if (input.group != nullptr) {
     input.groups = groupsOf(*input.group);
   } else {
@@ -252,15 +253,18 @@ Run declareLife(CLI::App& app) {
   app.add_option("--time", options->time, "Column of times, numbers from 0")
       ->required()
       ->type_name("COL");
-  app.add_option("--event", options->event, "Column of events: 1 or true, censored 0 or false")
+  app.add_option(
+         "--event", options->event,
+         "Column of events: 1, true, yes or dead; censored 0, false, no or alive; or 2 and 1")
       ->required()
       ->type_name("COL");
   app.add_option("--event-value", options->eventValue,
-                 "The value that is an event; all others are censored")
-      ->type_name("V");
+                 "The values that are events, separated by commas; all others are censored")
+      ->type_name("V,W,...");
   app.add_option("--group", options->group, "Column of groups, text or numbers")->type_name("COL");
   app.add_option("--weight", options->weight, "Column of frequencies, numbers from 0")
       ->type_name("COL");
+  addMissing(app, *options);
   addAlpha(app, *options);
   app.add_option("--conf", options->confidence, "Limits: log-log (default), log or plain")
       ->type_name("KIND");

@@ -6,9 +6,12 @@
 #include <cmath>
 #include <cstdint>
 #include <memory>
+#include <optional>
 
 #include "analysis/invalidRequest.h"
 #include "cli/rocReport.h"
+#include "cli/shell/coding.h"
+#include "cli/shell/lists.h"
 #include "cli/shell/numbers.h"
 #include "cli/shell/problem.h"
 
@@ -18,7 +21,8 @@ namespace {
 using survmeth::RateInterval;
 
 struct Options : Common {
-  std::string classColumn, positive, markers, lower, weight, interval, prevalence, cost;
+  std::optional<std::string> positive;
+  std::string classColumn, markers, lower, weight, interval, prevalence, cost;
   bool table = false;
 };
 
@@ -28,7 +32,7 @@ constexpr const char* kExample =
     "\n"
     "A row is called positive at or above a threshold, or at or below it for a marker named in\n"
     "--lower-is-positive. A missing marker leaves a row out of that marker's curve only; two\n"
-    "markers are compared on the rows that have both.";
+    "markers are compared on the rows that have both. docs/data.md says how data are read.";
 
 constexpr RateInterval kIntervals[] = {RateInterval::kWilson, RateInterval::kWald,
                                        RateInterval::kClopperPearson, RateInterval::kAgresti};
@@ -87,31 +91,38 @@ std::vector<bool> lowerOption(const std::string& list, const std::vector<std::st
   return lower;
 }
 
+std::vector<std::string> namedPositive(const Options& o) {
+  return o.positive ? std::vector<std::string>{*o.positive} : std::vector<std::string>();
+}
+
 // The class of each row; notes what the negatives are when that is not plain.
 std::vector<std::uint8_t> classesOf(const Options& o, const Table& table, RocReport& report,
                                     Session& session) {
   const Column& column = table.columns[0];
   const Place place{table.source, 0, column.name};
-  if (o.positive.empty()) throw Problem("--positive is empty; expected the label of the positives");
-  const std::vector<bool> yes = yesLabels(table, column, o.positive, "--positive");
+  if (o.positive && o.positive->empty()) {
+    throw Problem("--positive is empty; expected the label of the positives");
+  }
+  const YesNo coded = yesNoOf(table, column, namedPositive(o), kPositives);
+  if (!coded.note.empty()) session.note(coded.note);
   std::vector<std::size_t> counts(column.labels.size(), 0);
-  std::vector<std::uint8_t> positive;
-  std::size_t positives = 0;
-  for (const std::uint32_t code : column.codes) {
-    positive.push_back(yes[code] ? 1 : 0);
-    positives += positive.back();
-    ++counts[code];
+  for (const std::uint32_t code : column.codes) ++counts[code];
+  const auto positives =
+      static_cast<std::size_t>(std::count(coded.rows.begin(), coded.rows.end(), 1));
+  report.positive = o.positive.value_or("");
+  for (std::size_t i = 0; !o.positive && i < counts.size(); ++i) {
+    if (!coded.labels[i] || counts[i] == 0) continue;
+    report.positive += (report.positive.empty() ? "" : ", ") + column.labels[i];
   }
   if (positives == 0 || positives == table.rows) {
-    throw problemAt(
-        place,
-        std::string(positives == 0 ? "no" : "every") + " complete row holds " + quote(o.positive),
-        "positive and negative rows");
+    throw problemAt(place,
+                    std::string(positives == 0 ? "no" : "every") + " complete row " +
+                        (o.positive ? "holds " + quote(*o.positive) : "means yes"),
+                    "positive and negative rows");
   }
-  report.positive = o.positive;
   std::string names;
   for (std::size_t i = 0; i < counts.size(); ++i) {
-    if (yes[i] || counts[i] == 0) continue;
+    if (coded.labels[i] || counts[i] == 0) continue;
     report.negative.push_back(column.labels[i]);
     names += (names.empty() ? "" : ", ") + quote(column.labels[i]) + " (" +
              counted(counts[i], "row", "rows") + ")";
@@ -121,7 +132,7 @@ std::vector<std::uint8_t> classesOf(const Options& o, const Table& table, RocRep
   } else if (report.negative.size() > 12) {
     session.note(grouped(report.negative.size()) + " different labels are negative");
   }
-  return positive;
+  return coded.rows;
 }
 
 void addWeightNotes(const Column& weight, const RocReport& report, Session& session) {
@@ -176,14 +187,15 @@ void run(const Options& o, Session& session) {
   report.alpha = o.alpha;
   report.table = o.table;
 
-  std::vector<Wanted> wanted = {{.name = o.classColumn, .cells = Cells::kText}};
+  std::vector<Wanted> wanted = {
+      {.name = o.classColumn, .cells = Cells::kText, .named = namedPositive(o)}};
   for (const std::string& name : report.markers) {
     wanted.push_back({.name = name, .cells = Cells::kNumbers, .mayBeMissing = true});
   }
   if (!o.weight.empty()) {
     wanted.push_back({.name = o.weight, .cells = Cells::kNumbers, .least = 0});
   }
-  const Table table = readTable(o.file, wanted);
+  const Table table = readTable(o.file, wanted, o.missing);
   requireRows(table, 2);
   if (const std::string left = leftOutNote(table); !left.empty()) session.note(left);
   report.source = table.source;
@@ -236,8 +248,9 @@ Run declareRoc(CLI::App& app) {
   app.add_option("--class", o->classColumn, "Column that tells the positives from the negatives")
       ->required()
       ->type_name("COL");
-  app.add_option("--positive", o->positive, "The label of the positives, all others negative")
-      ->required()
+  app.add_option("--positive", o->positive,
+                 "The label of the positives, all others negative (default 1, true, yes or dead; "
+                 "or 2 against 1)")
       ->type_name("LABEL");
   app.add_option("--marker", o->markers, "Columns of the markers, separated by commas")
       ->required()
@@ -250,6 +263,7 @@ Run declareRoc(CLI::App& app) {
                  "Limits of sensitivity and specificity: wilson (default), wald, clopper-pearson "
                  "or agresti")
       ->type_name("KIND");
+  addMissing(app, *o);
   addAlpha(app, *o);
   app.add_option("--prevalence", o->prevalence,
                  "Prevalence for predictive values and costs (default that of the rows)")

@@ -10,7 +10,7 @@ namespace survmeth::frame {
 enum class Cells {
   kNumbers,  // a cell that is neither a number nor missing is refused
   kText,     // labels, also where they look like numbers
-  kEither,   // numbers when every cell is one, labels otherwise
+  kEither,   // numbers where every cell is one, labels where none is; a mixture is refused
 };
 
 // Rows in which a wanted column is missing are left out, unless it may be missing.

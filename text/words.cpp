@@ -2,19 +2,12 @@
 #include "text/words.h"
 
 #include <algorithm>
-#include <cctype>
 #include <numeric>
 
 namespace survmeth::text {
 namespace {
 
 constexpr std::size_t kLongestQuote = 40;
-
-std::string folded(std::string_view text) {
-  std::string result(text);
-  for (char& c : result) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
-  return result;
-}
 
 // Edits (insert, delete, replace) that lead from one text to the other.
 std::size_t distance(const std::string& a, const std::string& b) {
@@ -50,10 +43,10 @@ std::string quote(std::string_view text) {
 
 std::string nearestFirst(std::string_view wanted, const std::vector<std::string>& names,
                          std::size_t limit) {
-  const std::string target = folded(wanted);
+  const std::string target = lowered(wanted);
   std::vector<std::size_t> order(names.size()), far(names.size());
   std::iota(order.begin(), order.end(), std::size_t{0});
-  for (std::size_t i = 0; i < names.size(); ++i) far[i] = distance(target, folded(names[i]));
+  for (std::size_t i = 0; i < names.size(); ++i) far[i] = distance(target, lowered(names[i]));
   std::stable_sort(order.begin(), order.end(),
                    [&far](std::size_t a, std::size_t b) { return far[a] < far[b]; });
   std::string result;
@@ -79,6 +72,14 @@ std::string grouped(std::size_t count) {
 
 std::string counted(std::size_t count, std::string_view one, std::string_view many) {
   return (grouped(count) + ' ').append(count == 1 ? one : many);
+}
+
+char lowered(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; }
+
+std::string lowered(std::string_view text) {
+  std::string result(text);
+  for (char& c : result) c = lowered(c);
+  return result;
 }
 
 }  // namespace survmeth::text

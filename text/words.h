@@ -1,4 +1,5 @@
-// The wording that all messages share: names in quotes, the nearest names, counts.
+// The wording that all messages share: names in quotes, the nearest names, counts, lower
+// case.
 #ifndef TEXT_WORDS_H_
 #define TEXT_WORDS_H_
 
@@ -22,6 +23,10 @@ std::string grouped(std::size_t count);
 
 // "1 row", "3 rows".
 std::string counted(std::size_t count, std::string_view one, std::string_view many);
+
+// The letters of ASCII in lower case, everything else as it is.
+char lowered(char c);
+std::string lowered(std::string_view text);
 
 }  // namespace survmeth::text
 

@@ -20,30 +20,6 @@ std::optional<std::vector<double>> numbersOf(const std::vector<std::string>& lab
   return numbers;
 }
 
-std::string lowered(std::string text) {
-  for (char& c : text) {
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c + 32);
-  }
-  return text;
-}
-
-// 1 for yes, 0 for no, -1 for neither.
-int truthOf(const std::string& label) {
-  const std::string text = lowered(label);
-  if (text == "true") return 1;
-  if (text == "false") return 0;
-  const std::optional<double> number = parseNumber(text);
-  if (number && *number == 1) return 1;
-  if (number && *number == 0) return 0;
-  return -1;
-}
-
-bool sameValue(const std::string& label, const std::string& value) {
-  if (label == value) return true;
-  const std::optional<double> a = parseNumber(label), b = parseNumber(value);
-  return a && b && *a == *b;
-}
-
 }  // namespace
 
 void requireRows(const Table& table, std::size_t least) {
@@ -62,25 +38,6 @@ void requireRows(const Table& table, std::size_t least) {
   }
   const std::string missing = leftOutNote(table);
   throw problemAt(place, missing.empty() ? what : what + " (" + missing + ")", expected);
-}
-
-std::vector<std::string> columnNames(const std::string& option, const std::string& list) {
-  std::vector<std::string> names;
-  std::size_t start = 0;
-  while (start <= list.size()) {
-    const std::size_t comma = std::min(list.find(',', start), list.size());
-    const std::string name = list.substr(start, comma - start);
-    if (name.empty()) {
-      throw Problem(option + ": " + quote(list) +
-                    " has an empty name; expected column names separated by commas");
-    }
-    if (std::find(names.begin(), names.end(), name) != names.end()) {
-      throw Problem(option + ": " + quote(name) + " stands there twice");
-    }
-    names.push_back(name);
-    start = comma + 1;
-  }
-  return names;
 }
 
 std::string leftOutNote(const Table& table) {
@@ -127,32 +84,6 @@ Groups groupsOf(const Column& column) {
     ++groups.counts[toGroup[code]];
   }
   return groups;
-}
-
-std::vector<bool> yesLabels(const Table& table, const Column& column, const std::string& value,
-                            const std::string& valueOption) {
-  std::vector<bool> yes;
-  bool found = false;
-  for (std::size_t i = 0; i < column.labels.size(); ++i) {
-    const std::string& label = column.labels[i];
-    if (value.empty()) {
-      const int truth = truthOf(label);
-      if (truth < 0) {
-        throw problemAt({table.source, column.labelLine[i], column.name},
-                        quote(label) + " is neither yes nor no",
-                        "0 or 1, true or false, or the value that means yes in " + valueOption);
-      }
-      yes.push_back(truth == 1);
-    } else {
-      yes.push_back(sameValue(label, value));
-      found = found || yes.back();
-    }
-  }
-  if (!value.empty() && !found) {
-    throw problemAt({table.source, 0, column.name}, "no row holds " + quote(value),
-                    "one of " + nearestFirst(value, column.labels));
-  }
-  return yes;
 }
 
 }  // namespace cli

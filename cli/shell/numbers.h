@@ -18,11 +18,12 @@ using survmeth::text::counted;
 using survmeth::text::grouped;
 
 // The number that the whole of `text` spells (decimal, a leading + allowed, no locale), else
-// nothing. Infinities, NaN and what no finite double can hold are not numbers here.
+// nothing. Infinities, NaN and what is too large for a double are not numbers here; what is too
+// small for one is 0.
 std::optional<double> parseNumber(std::string_view text);
 
-// Whether a cell spells a missing value: empty, NA, N/A, NaN, null or . in any case.
-bool spellsMissing(std::string_view text);
+// Whether the whole of `text` spells a decimal number that is too large for a double.
+bool isTooLarge(std::string_view text);
 
 // 0.0312; 0.00024 below 0.001; <0.0001 below 0.0001.
 std::string pValue(double p);

@@ -4,6 +4,7 @@
 #include <CLI/CLI.hpp>
 
 #include "cli/shell/gnuplot.h"
+#include "cli/shell/lists.h"
 #include "cli/shell/numbers.h"
 #include "cli/shell/problem.h"
 #include "cli/version.h"
@@ -24,6 +25,16 @@ void addFile(CLI::App& app, Common& common) {
   app.add_option("FILE", common.file, "CSV or TSV file with a header line; - is standard input")
       ->required()
       ->type_name("");
+}
+
+void addMissing(CLI::App& app, Common& common) {
+  app.add_option_function<std::string>(
+         "--missing",
+         [&common](const std::string& list) {
+           common.missing = Missing(listItems("--missing", list, "words"));
+         },
+         "Words that mean a missing cell, besides an empty one (default NA,N/A,NaN,null,.)")
+      ->type_name("A,B,...");
 }
 
 void addAlpha(CLI::App& app, Common& common) {

@@ -53,8 +53,10 @@ struct Common {
   double alpha = 0.05;
   bool json = false;
   std::string out, plot;
+  Missing missing;
 };
 void addFile(CLI::App& app, Common& common);
+void addMissing(CLI::App& app, Common& common);
 void addAlpha(CLI::App& app, Common& common);
 void addJson(CLI::App& app, Common& common);
 void addOut(CLI::App& app, Common& common, const std::string& what);

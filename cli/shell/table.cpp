@@ -11,11 +11,10 @@
 #include <cstring>
 #include <exception>
 #include <memory>
-#include <optional>
 #include <string_view>
 #include <unordered_set>
 
-#include "cli/shell/intern.h"
+#include "cli/shell/growing.h"
 #include "cli/shell/numbers.h"
 #include "cli/shell/progress.h"
 #include "text/utf8.h"
@@ -33,92 +32,12 @@ std::string_view trimmed(std::string_view text) {
   return text;
 }
 
-// A wanted column while it grows. The cell of the current row waits in `number` or `code` until
-// the row is known to be complete.
-class Growing {
- public:
-  explicit Growing(const Wanted& wanted) : wanted_(wanted) {
-    column.name = wanted.name;
-    column.isText = wanted.cells == Cells::kText;
-  }
-
-  // Takes the current row's cell; false when it is missing.
-  bool take(std::string_view cell, std::size_t line, const std::string& source) {
-    if (spellsMissing(cell)) {
-      number_ = std::numeric_limits<double>::quiet_NaN();
-      if (wanted_.mayBeMissing) return true;
-      ++column.missing;
-      return false;
-    }
-    if (!column.isText) {
-      const std::optional<double> number = parseNumber(cell);
-      if (number && *number >= wanted_.least) {
-        number_ = *number;
-        return true;
-      }
-      if (number || wanted_.cells == Cells::kNumbers) refuse(cell, number, line, source);
-      becomeText(line);
-    }
-    const auto [code, isNew] = intern_(cell);
-    if (isNew) {
-      if (!isUtf8(cell)) {
-        throw problemAt({source, line, column.name}, "the cell is not UTF-8",
-                        "text in UTF-8 encoding");
-      }
-      column.labels.emplace_back(cell);
-      column.labelLine.push_back(line);
-    }
-    code_ = code;
-    return true;
-  }
-
-  void keep() {
-    if (column.isText) {
-      column.codes.push_back(code_);
-    } else {
-      column.numbers.push_back(number_);
-    }
-  }
-
-  Column column;
-
- private:
-  [[noreturn]] void refuse(std::string_view cell, std::optional<double> number, std::size_t line,
-                           const std::string& source) const {
-    std::string expected = "a number";
-    if (std::isfinite(wanted_.least)) expected += " not below " + brief(wanted_.least);
-    throw problemAt({source, line, column.name},
-                    quote(cell) + (number ? " is out of range" : " is not a number"), expected);
-  }
-
-  // The first cell that is no number turns the numbers so far into labels.
-  void becomeText(std::size_t line) {
-    column.isText = true;
-    column.codes.reserve(column.numbers.capacity());
-    for (const double number : column.numbers) {
-      const std::string label = exact(number);
-      const auto [code, isNew] = intern_(label);
-      if (isNew) {
-        column.labels.push_back(label);
-        column.labelLine.push_back(line);
-      }
-      column.codes.push_back(code);
-    }
-    column.numbers = {};
-  }
-
-  Wanted wanted_;
-  double number_ = 0;
-  std::uint32_t code_ = 0;
-  Interner intern_;
-};
-
 // What libcsv's callbacks feed. An exception must not cross the C code: it is kept and thrown
 // again once the parser has returned.
 class Sink {
  public:
-  Sink(Table& table, const std::vector<Wanted>& wanted) : table_(table) {
-    for (const Wanted& each : wanted) growing_.emplace_back(each);
+  Sink(Table& table, const std::vector<Wanted>& wanted, const Missing& missing) : table_(table) {
+    for (const Wanted& each : wanted) growing_.emplace_back(each, missing);
   }
 
   static void cell(void* text, std::size_t length, void* sink) {
@@ -143,6 +62,7 @@ class Sink {
   void finish() {
     table_.rowsRead = rowsRead_;
     table_.rows = rows_;
+    for (const Growing& each : growing_) each.check(table_.source);
     for (Growing& each : growing_) table_.columns.push_back(std::move(each.column));
   }
 
@@ -336,7 +256,8 @@ std::size_t Table::line(std::size_t row) const {
   return step.second + (row - step.first);
 }
 
-Table readTable(const std::string& file, const std::vector<Wanted>& wanted) {
+Table readTable(const std::string& file, const std::vector<Wanted>& wanted,
+                const Missing& missing) {
   Table table;
   table.source = file == "-" ? "standard input" : file;
   const std::unique_ptr<std::FILE, Closer> input(file == "-" ? stdin
@@ -350,7 +271,7 @@ Table readTable(const std::string& file, const std::vector<Wanted>& wanted) {
     }
     if (S_ISREG(status.st_mode)) size = static_cast<std::uint64_t>(status.st_size);
   }
-  Sink sink(table, wanted);
+  Sink sink(table, wanted, missing);
   parse(input.get(), size, sink, table.source);
   if (!sink.sawHeader()) {
     throw problemAt({table.source, 0, {}}, "the file is empty", "a header line and rows of data");

@@ -3,7 +3,7 @@
 // input. The separator is the commonest of tab, comma and semicolon in the header line.
 //
 // A command says which columns it wants and gets those only, without the rows in which one of
-// them is missing:
+// them is missing (missing.h):
 //
 //     Table table = readTable(file, {{.name = "weeks", .cells = Cells::kNumbers, .least = 0},
 //                                    {.name = "arm", .cells = Cells::kText}});
@@ -25,6 +25,7 @@
 #include <utility>
 #include <vector>
 
+#include "cli/shell/missing.h"
 #include "cli/shell/problem.h"
 
 namespace cli {
@@ -32,14 +33,16 @@ namespace cli {
 enum class Cells {
   kNumbers,  // a cell that is neither a number nor missing is refused
   kText,     // labels, also where they look like numbers
-  kEither,   // numbers when every cell is one, labels otherwise
+  kEither,   // numbers where every cell is one, labels where none is; a mixture is refused
 };
 
 struct Wanted {
   std::string name;
   Cells cells = Cells::kNumbers;
   double least = -std::numeric_limits<double>::infinity();  // smaller numbers are refused
-  bool mayBeMissing = false;  // numbers only: a missing cell is NaN and keeps its row
+  bool mayBeMissing = false;            // numbers only: a missing cell is NaN and keeps its row
+  std::vector<std::string> named = {};  // labels that a person named: never taken for missing
+  std::string labelsOption = {};        // kEither: what to say for labels, in messages
 };
 
 // One column of the kept rows: numbers, or codes into labels.
@@ -75,14 +78,11 @@ struct Table {
 // Reads the wanted columns of `file`. The same column may be wanted more than once. A file with a
 // header and no rows, or with no complete row, gives a table of 0 rows for the command to refuse
 // (requireRows).
-Table readTable(const std::string& file, const std::vector<Wanted>& wanted);
+Table readTable(const std::string& file, const std::vector<Wanted>& wanted,
+                const Missing& missing = Missing());
 
 // Refuses a table without complete rows, or with fewer than `least`.
 void requireRows(const Table& table, std::size_t least = 1);
-
-// The names in a list of columns, separated by commas; refuses empty ones and those that stand
-// there twice. `option` is the one that holds the list.
-std::vector<std::string> columnNames(const std::string& option, const std::string& list);
 
 // What was left out, as a note: `5 of 228 rows left out: missing in "age" (3), "sex" (2)`; empty
 // when nothing was.
@@ -97,12 +97,6 @@ struct Groups {
   std::vector<std::size_t> counts;   // kept rows
 };
 Groups groupsOf(const Column& column);
-
-// Which labels of a two-valued column mean yes: 1 or true against 0 or false, or, when `value` is
-// not empty, that value against all others. Refuses other labels with file, line and column;
-// `meaning` ends the sentence "expected 0 or 1, true or false, or --event-value".
-std::vector<bool> yesLabels(const Table& table, const Column& column, const std::string& value,
-                            const std::string& valueOption);
 
 }  // namespace cli
 

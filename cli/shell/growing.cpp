@@ -1,0 +1,180 @@
+#include "cli/shell/growing.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "cli/shell/numbers.h"
+#include "text/utf8.h"
+
+namespace cli {
+
+using survmeth::text::isUtf8;
+
+namespace {
+
+constexpr std::size_t kShown = 5;  // odd cells in a message
+
+// 0,5 or 1.234,5 or 1,234: nothing but digits, signs and points beside a comma before a digit.
+bool hasDecimalComma(std::string_view text) {
+  const std::size_t after = text.find(',') + 1;  // npos + 1 is 0
+  return after > 0 && after < text.size() && text[after] >= '0' && text[after] <= '9' &&
+         text.find_first_not_of("+-.,0123456789") == std::string_view::npos;
+}
+
+std::string listed(const OddCells& cells) {
+  std::string text;
+  for (const OddCells::Cell& cell : cells.first) {
+    if (!text.empty()) text += ", ";
+    text += quote(cell.text) + " (line " + std::to_string(cell.line) + ")";
+  }
+  if (cells.count > cells.first.size()) {
+    text += " and " + grouped(cells.count - cells.first.size()) + " more";
+  }
+  return text;
+}
+
+constexpr const char* kNoComma = "written with a decimal point and no comma";
+
+std::string commaHint(const OddCells& cells) {
+  return std::any_of(cells.first.begin(), cells.first.end(),
+                     [](const OddCells::Cell& cell) { return hasDecimalComma(cell.text); })
+             ? std::string(", ") + kNoComma
+             : "";
+}
+
+// `one` and `many` end "X is ..." and "3 cells are ...".
+[[noreturn]] void refuse(const Place& column, const OddCells& cells, const std::string& one,
+                         const std::string& many, const std::string& limit) {
+  if (cells.count == 1) {
+    throw problemAt({column.source, cells.first[0].line, column.column},
+                    quote(cells.first[0].text) + " is " + one, "a number" + limit);
+  }
+  throw problemAt(column, grouped(cells.count) + " cells are " + many + ": " + listed(cells),
+                  "numbers" + limit);
+}
+
+}  // namespace
+
+void OddCells::add(std::string_view cell, std::size_t line) {
+  if (++count <= kShown) first.push_back({line, std::string(cell)});
+}
+
+Growing::Growing(const Wanted& wanted, const Missing& missing)
+    : wanted_(wanted), missing_(missing), decided_(wanted.cells != Cells::kEither) {
+  column.name = wanted.name;
+  column.isText = wanted.cells == Cells::kText;
+}
+
+bool Growing::take(std::string_view cell, std::size_t line, const std::string& source) {
+  const bool isNamed = !cell.empty() && std::find(wanted_.named.begin(), wanted_.named.end(),
+                                                  cell) != wanted_.named.end();
+  if (!isNamed && missing_(cell)) {
+    number_ = std::numeric_limits<double>::quiet_NaN();
+    if (wanted_.mayBeMissing) return true;
+    ++column.missing;
+    return false;
+  }
+  if (wanted_.cells == Cells::kText) {
+    takeLabel(cell, line, source);
+    return true;
+  }
+  const std::optional<double> number = parseNumber(cell);
+  const bool isNumber = number || isTooLarge(cell);
+  if (!decided_) {
+    decided_ = true;
+    column.isText = !isNumber;
+  }
+  (isNumber ? numbers_ : others_).add(cell, line);
+  if (column.isText) {
+    takeLabel(cell, line, source);
+  } else if (isNumber) {
+    takeNumber(cell, number, line);
+  }
+  return true;
+}
+
+void Growing::takeNumber(std::string_view cell, std::optional<double> number, std::size_t line) {
+  if (!number) {
+    tooLarge_.add(cell, line);
+  } else if (*number < wanted_.least) {
+    tooSmall_.add(cell, line);
+  } else {
+    number_ = *number;
+  }
+}
+
+void Growing::takeLabel(std::string_view cell, std::size_t line, const std::string& source) {
+  const auto [code, isNew] = intern_(cell);
+  if (isNew) {
+    if (!isUtf8(cell)) {
+      throw problemAt({source, line, column.name}, "the cell is not UTF-8",
+                      "text in UTF-8 encoding");
+    }
+    column.labels.emplace_back(cell);
+    column.labelLine.push_back(line);
+  }
+  code_ = code;
+}
+
+void Growing::keep() {
+  if (column.isText) {
+    column.codes.push_back(code_);
+  } else {
+    column.numbers.push_back(number_);
+  }
+}
+
+void Growing::check(const std::string& source) const {
+  if (wanted_.cells == Cells::kEither) checkMixture(source);
+  if (!column.isText) checkNumbers(source);
+}
+
+void Growing::checkNumbers(const std::string& source) const {
+  const Place place{source, 0, column.name};
+  const std::string limit =
+      std::isfinite(wanted_.least) ? " not below " + brief(wanted_.least) : "";
+  if (others_.count > 1 && numbers_.count == 0) {
+    const OddCells::Cell& first = others_.first[0];
+    throw problemAt(place,
+                    "no cell is a number; the first is " + quote(first.text) + " in line " +
+                        std::to_string(first.line),
+                    "numbers" + limit + commaHint(others_));
+  }
+  if (others_.count > 0) {
+    refuse(place, others_, "not a number", "not numbers", limit + commaHint(others_));
+  }
+  if (tooSmall_.count > 0) refuse(place, tooSmall_, "out of range", "out of range", limit);
+  if (tooLarge_.count > 0) {
+    refuse(place, tooLarge_, "out of range", "out of range", " of size 1.8e308 at most");
+  }
+}
+
+// Numbers among words are as likely a slip of the pen as words among numbers.
+void Growing::checkMixture(const std::string& source) const {
+  std::string orLabels;
+  if (!wanted_.labelsOption.empty()) {
+    orLabels =
+        ", or " + wanted_.labelsOption + " " + quote(column.name) + " to take them as labels";
+  }
+  if (numbers_.count == 0 && !column.labels.empty() &&
+      std::all_of(column.labels.begin(), column.labels.end(), hasDecimalComma)) {
+    throw problemAt({source, column.labelLine[0], column.name},
+                    quote(column.labels[0]) + " and all other cells hold a comma",
+                    std::string("numbers ") + kNoComma + orLabels);
+  }
+  if (numbers_.count == 0 || others_.count == 0) return;
+  const bool fewerNumbers = numbers_.count < others_.count;
+  const OddCells& fewer = fewerNumbers ? numbers_ : others_;
+  const OddCells& more = fewerNumbers ? others_ : numbers_;
+  std::string what = grouped(more.count);
+  if (fewerNumbers) {
+    what += " cells are not numbers and ";
+  } else {
+    what += more.count == 1 ? " cell is a number and " : " cells are numbers and ";
+  }
+  what += grouped(fewer.count) + (fewer.count == 1 ? " is" : " are") + (fewerNumbers ? "" : " not");
+  throw problemAt({source, 0, column.name}, what + ": " + listed(fewer),
+                  "numbers in every row" + commaHint(others_) + orLabels);
+}
+
+}  // namespace cli

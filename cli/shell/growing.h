@@ -1,0 +1,64 @@
+// A wanted column while its file is read.
+#ifndef CLI_SHELL_GROWING_H_
+#define CLI_SHELL_GROWING_H_
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "cli/shell/intern.h"
+#include "cli/shell/table.h"
+
+namespace cli {
+
+// Cells of one kind that a column should not hold: how many, and the first of them.
+struct OddCells {
+  struct Cell {
+    std::size_t line;
+    std::string text;
+  };
+  std::size_t count = 0;
+  std::vector<Cell> first;
+
+  void add(std::string_view cell, std::size_t line);
+};
+
+// The cell of the current row waits until the row is known to be complete. Odd cells are gathered
+// and refused at the end, so that a person sees them together.
+class Growing {
+ public:
+  Growing(const Wanted& wanted, const Missing& missing);
+
+  // Takes the current row's cell; false when it is missing.
+  bool take(std::string_view cell, std::size_t line, const std::string& source);
+
+  // The current row is complete.
+  void keep();
+
+  // Refuses the odd cells of the file.
+  void check(const std::string& source) const;
+
+  Column column;
+
+ private:
+  void takeNumber(std::string_view cell, std::optional<double> number, std::size_t line);
+  void takeLabel(std::string_view cell, std::size_t line, const std::string& source);
+  void checkNumbers(const std::string& source) const;
+  void checkMixture(const std::string& source) const;
+
+  Wanted wanted_;
+  const Missing& missing_;
+  double number_ = 0;
+  std::uint32_t code_ = 0;
+  bool decided_ = false;  // which of Cells::kEither it is: by the first cell that is not missing
+  OddCells numbers_, others_, tooLarge_, tooSmall_;
+  Interner intern_;
+};
+
+}  // namespace cli
+
+#endif  // CLI_SHELL_GROWING_H_

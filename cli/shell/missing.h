@@ -1,0 +1,30 @@
+// Which cells hold no value.
+#ifndef CLI_SHELL_MISSING_H_
+#define CLI_SHELL_MISSING_H_
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace cli {
+
+// An empty cell, and one that holds any of a list of words: without regard to case, and a number
+// in any spelling. docs/data.md has the list for people.
+class Missing {
+ public:
+  // NA, N/A, NaN, null and .
+  Missing();
+  // These words instead; an empty cell is missing all the same.
+  explicit Missing(std::vector<std::string> words);
+
+  bool operator()(std::string_view cell) const;
+
+ private:
+  std::vector<std::string> words_;  // in lower case
+  std::vector<double> numbers_;
+  std::size_t longest_ = 0;
+};
+
+}  // namespace cli
+
+#endif  // CLI_SHELL_MISSING_H_
