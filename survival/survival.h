@@ -2,10 +2,11 @@
  *
  * Conventions, for every function below:
  *  1. Arrays belong to the caller, are column-major and must hold the number of elements that the
- *     comment shows, outputs included. A vector is one column. Shapes may be written x[rows *
- * cols].
- *  2. Where a shape depends on a count that may be 0 (strata, covariates, bounds), at least one
- *     element must be there: the count is raised to 1.
+ *     comment shows, outputs included. A vector is one column. Shapes may be written
+ *     x[rows * cols].
+ *  2. Where a shape depends on a count that may be 0 (strata, covariates, bounds, thresholds,
+ *     tests), the count is raised to 1. One array may stand for several arguments: each is as if
+ *     copied in and, after the computation, back.
  *  3. A flag is a short: -1 is true, every other value, 1 included, is false.
  *  4. An output that was not asked for is still touched: its first element becomes 0.
  *  5. What an entry point does not write keeps what the caller put there, unless said otherwise;

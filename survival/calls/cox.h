@@ -7,7 +7,8 @@
 /* Sorts the rows by stratum and time and indexes the distinct times (tie groups) of each stratum.
  *
  * In/out time[n], status[n], extraColumn[n], tieKey[n], covariates[n * max(p, 1)], stratum[n]
- *                      come back sorted by stratum, then time; equal times keep their order
+ *                      come back sorted by stratum, then time; equal times keep their order. The
+ *                      stratum column itself moves for S > 1 only
  *        status        in [0, 1]: 0 is censored, any other value an event
  *        extraColumn   any numbers; they only move with their rows
  *        tieKey        1 for a row that counts, 0 for one that is left out of its tie group when
@@ -52,7 +53,9 @@ SURVIVAL_C int Cpp_ReorganizeDataCox(double* time, int n, int p, double* status,
  *        alpha          of the hazard ratios' limits
  *        survival       -1 also fills baselineSurvival, meanSurvival and residuals
  *        unused1..5     anything
- * In/out iterations     limit on entry (0 or less: 1000); iterations of the last fit on return
+ * In/out iterations     limit on entry; iterations of the last fit on return. Without a limit (0 or
+ *                       less) a fit that never converges ends where it stands still, at the latest
+ *                       after 100,000 iterations
  * Out    finalCovariates  how many covariates the model has, q; they keep their order
  *        beta[max(p, 1)]  coefficients, first q elements
  *        criteria[6 * 2]  model without covariates | fitted model: events (all rows less the
@@ -75,7 +78,9 @@ SURVIVAL_C int Cpp_ReorganizeDataCox(double* time, int n, int p, double* status,
  *        iterations, in markers in `coefficients` and in the tests only.
  * Edge   forward selection returns every covariate when none enters, and for p > 1 enters p - 1 at
  *        most; a coefficient without a variance has markers in columns 2 to 7; so has the p-value
- *        of a likelihood ratio below 0
+ *        of a likelihood ratio below 0. Residuals of a row that is in no tie group: martingale
+ *        the status, deviance missing, Schoenfeld and second ones not numbers; past the last
+ *        stratum all of them are 0
  * Cost   each likelihood evaluation O(groups * n * p^2) */
 SURVIVAL_C int RunCoxReg(double* time, int n, int p, int* finalCovariates, double* status,
                          int unused1, double* covariates, int unused2, double* stratumSizes, int S,

@@ -13,17 +13,20 @@
  *        covariates[n * p]
  * In/out removeFlags[n]      0 on entry; 1 for a dropped subject, in sorted order
  *        bounds[n * 2]       the inspections around the change, in sorted order; the rows of
- * dropped subjects are not taken out, so rows do not line up with those of type type[n] 0 right-, 2
- * left-, 3 interval-censored, kept subjects first sortKey[n]          the time by which the rows
- * are ordered, kept subjects first. What type and sortKey hold past the kept subjects is the sorted
- * column's end Out    covariatesOut[n * p]  covariates of the kept subjects, in sorted order
+ *                            dropped subjects are not taken out, so rows do not line up with
+ *                            those of type
+ *        type[n]             0 right-, 2 left-, 3 interval-censored, kept subjects first
+ *        sortKey[n]          the time by which the rows are ordered, kept subjects first. What type
+ *                            and sortKey hold past the kept subjects is the sorted column's end
+ * Out    covariatesOut[n * p]  covariates of the kept subjects, in sorted order
  *        summary[k * 2]      sum of the first nKept rows of the answers as passed, and that sum in
  *                            percent of n
  *        nRemoved, nKept     one int each
  * Returns 0
  *        -2   every subject was dropped
- *        -1   one of the n values of type is outside 0 .. 3: a dropped subject that sorts last, or
- *             a value passed in for a subject that was not classified
+ *        -1   one of the n values of type is outside 0 .. 3: a dropped subject whose place in the
+ *             sorted order is past the number of kept ones (there always is one when more are
+ *             dropped than kept), or a value passed in for a subject that was not classified
  *        Every output is written whatever the result.
  * Edge   a subject that says yes throughout is right-censored at the last inspection; yes, no, yes
  *        is left-censored; a no after that makes it an interval again, up to that no. An interval

@@ -13,7 +13,8 @@
 /* Checks, groups by stratum and sorts by time.
  *
  * I/O  time[n], status[n], weight[n], stratum[n]  re-ordered together: ascending stratum code,
- *                        ascending time within; ties keep their order
+ *                        ascending time within; ties keep their order. With one stratum the
+ *                        stratum column stays as it was
  * In   n[1]              rows
  *      strataSizes[max(nStrata, 1)]  rows of each stratum, in ascending order of stratum code
  *      nStrata           0: not sorted at all; 1: the first strataSizes[0] rows are sorted
@@ -56,7 +57,8 @@ SURVIVAL_C int ReorganizeData(double* time, int* n, double* status, double* weig
  *                        12 Greenwood's sum unguarded, 13 and 14 standard errors of density and
  *                        hazard, 15 and 16 median residual lifetime and its standard error.
  *                        Cells not named, column 9 of rows without events and rows past the last
- *                        stay as passed.
+ *                        stay as passed; a life table's first interval writes 0 into the origin's
+ *                        column 9.
  *      total[1]          number at risk at the start
  *      nRows[1]          rows after the origin
  * I/O  strataGrid[(3 nStrata + 1) * max(nGrid, 1)]  row 1 the times of LoadKaplanTest; rows

@@ -49,10 +49,12 @@ SURVIVAL_C void Cpp_GetRepeatability(double* values, int n, double* subjects, do
  *      perpDistances[n]  signed distance from the line, 0 for a residual within 1e-12
  *      fitted[n]       a + b x
  *      cusumMax, cusumCritical, cusumPValue   linearity test; the critical value is missing for
- *                      an alpha outside (0, 1]
+ *                      an alpha below 0 or above 1
  * Edge pairs tied in x or y and slopes of -1 are dropped; only the first 2,000,000 pairs in row
  *      order are looked at; a position past the list of slopes gives -1 (falling lines, and the
- *      upper limit of very few rows)
+ *      upper limit of four rows or fewer at the usual levels). A perpendicular distance is the root
+ *      of a difference of squares: one below some 1e-8 of the coordinates has hardly a right digit,
+ *      or is not a number
  * Results land in the arrays directly. Returns 0. Cost O(n log n) and at most 2,000,000 slopes.
  * Source Passing & Bablok, J Clin Chem Clin Biochem 21 (1983) 709-720
  */

@@ -12,13 +12,15 @@
  *                        read in other rows
  *   covariates[n * max(p, 1)]
  *   weights[n]           case weights
- *   distribution         1 exponential, 2 Weibull, 3 log-normal. Any other code has log-likelihood
- * 0 and zero derivatives: its fits fail parameters[p + k]    coefficients in the order of the
- * columns, intercept, sigma iterations           step limit; 0 or less allows 1000 tolerance a fit
- * ends when |change of the log-likelihood| < tolerance useInitialValues     flag: start at
- * initialValues[p + k] instead of the least-squares fit fixIntercept         flag: hold the
- * intercept at interceptValue. Not the constrained maximum: each step is that of the free model,
- * with the intercept left out
+ *   distribution         1 exponential, 2 Weibull, 3 log-normal. Any other code has
+ *                        log-likelihood 0 and zero derivatives: its fits fail
+ *   parameters[p + k]    coefficients in the order of the columns, intercept, sigma
+ *   iterations           step limit; with 0 or less there is none, and a fit that never converges
+ *                        ends where it stands still, at the latest after 100,000 steps
+ *   tolerance            a fit ends when |change of the log-likelihood| < tolerance
+ *   useInitialValues     flag: start at initialValues[p + k] instead of the least-squares fit
+ *   fixIntercept         flag: hold the intercept at interceptValue. Not the constrained maximum:
+ *                        each step is that of the free model, with the intercept left out
  *
  * Not the textbook's numbers, and required to be so: the log-likelihood of exponential rows adds
  * the last terms of other statuses again, Weibull rows of status 2 and 3 enter it without their
@@ -77,7 +79,8 @@ SURVIVAL_C int Cpp_OptimizeParamModel(double* times, int n, int p, int k, double
  *                                     otherwise the first one, whose p-value counts as 0
  *        removeThreshold              removal goes on while that p-value is at least this
  * Out    as Cpp_OptimizeParamModel, of the last fit, but covariance[(p + k) * (p + k)] whole; sizes
- *        are those of the p passed, the smaller model stands in the leading rows and columns
+ *        are those of the p passed, the smaller model stands in the leading rows and columns; the
+ *        gradient stays as passed past it
  *        selectionSteps[3 * max(p, 1)]  for each step: covariates before it, Wald chi-square,
  *                                     p-value
  *        selectionCount               steps made + 1
@@ -95,10 +98,14 @@ SURVIVAL_C int Cpp_Param_BackSelection(
  * of covariates of the candidate model. As Cpp_Param_BackSelection, but for
  *
  * In     enterThreshold               the best candidate enters when its p-value is at most this
- * and not exactly 0 Out    selectionSteps[3 * max(p, 1)]  for each step: its number, the
- * likelihood-ratio statistic, the p-value selectionOrder[max(p, 1)]    for each covariate passed,
- * the step at which it entered, or 0 Returns 0 Edge   at most p - 1 covariates enter (one where p
- * is 1); when none does the full model is fitted */
+ *                                     and not exactly 0
+ * Out    selectionSteps[3 * max(p, 1)]  for each step: its number, the likelihood-ratio statistic,
+ *                                     the p-value
+ *        selectionOrder[max(p, 1)]    for each covariate passed, the step at which it entered, or
+ *                                     0
+ * Returns 0
+ * Edge   at most p - 1 covariates enter (one where p is 1); when none does the full model is
+ *        fitted */
 SURVIVAL_C int Cpp_Param_ForSelection(
     double* times, int n, int* p, int k, double* status, double* bounds, double* covariates,
     double* weights, int* iterations, double tolerance, int distribution, short useInitialValues,
@@ -151,8 +158,11 @@ SURVIVAL_C void Cpp_ResParam(double* times, int n, int p, int k, int distributio
  *                                     status 3 first
  *        noCovariates                 flag: the model has no covariates
  *        selectionMethod              -1 none, 0 forward, 1 backward; otherwise nothing is fitted
- * and the tables describe the parameters passed in backwardOption, enterThreshold, removeThreshold
- * of the selections alpha                        intervals have level 1 - alpha reserved ignored
+ *                                     and the tables describe the parameters passed in
+ *        backwardOption, enterThreshold, removeThreshold
+ *                                     of the selections
+ *        alpha                        intervals have level 1 - alpha
+ *        reserved                     ignored
  * Out    nCovariatesOut               covariates in the final model
  *        parameters[p + k]
  *        fitStatistics[7 * 2], tests[3 * 3], coefficients[(p + k) * 9]

@@ -12,7 +12,8 @@
  * In   status[n]             1 positive, 0 negative; any other value splits into that share of a
  *                            positive and the rest of a negative
  *      n                     observations
- *      nThresholds           T, the number of distinct non-missing values, which the caller counts
+ *      nThresholds           the number of distinct non-missing values, which the caller counts; T
+ *                            below is that, at least 1
  *      weights[n]            weight of each observation, not below 0
  *      positiveRule          called positive where the value is 0: below, 1: at or below, 2: at or
  *                            above, any other code (3): above the threshold
@@ -30,9 +31,9 @@
  *                            carry no weight
  * Out  row k for the k-th smallest distinct non-missing value, its weighted counts and rates:
  *      thresholds[T]         the value
- *      rocPoints[(T + 1) * 2]  1 - specificity, sensitivity; sorted by both, so row k is not
- *                            threshold k; the corner no threshold reaches is added: (0, 0) for
- *                            rules 1 and 2, else (1, 1)
+ *      rocPoints[(nThresholds + 1) * 2]  1 - specificity, sensitivity, at least one row; sorted by
+ *                            both, so row k is not threshold k; the corner no threshold reaches is
+ *                            added: (0, 0) for rules 1 and 2, else (1, 1)
  *      sensitivity[T * 3], specificity[T * 3]  value, lower bound, upper bound
  *      tp[T], tn[T], fp[T], fn[T]  sums of weights
  *      likelihoodRatios[T * 2]  positive, negative; without negatives the bare proportion of the
@@ -80,7 +81,9 @@ SURVIVAL_C int Cpp_ComputeROC(double* status, int n, int nThresholds, double* va
  *                            where the ratio is 0
  *      proportions[3 * 3]    the table over its total, with its margins
  * Result 0
- * Edge a table of zeros gives values that are not numbers in rows 1-7 and missing ones after */
+ * Edge a table of zeros gives values that are not numbers in rows 1-7 and missing ones after. At a
+ *      given prevalence of 1 the positive predictive value of a test without true positives is not
+ *      a number, nor the negative one of a test without false negatives */
 SURVIVAL_C int Cpp_GetROCStats(double* table, double alpha, int ciMethod,
                                short continuityCorrection, double prevalence, double* stats,
                                double* proportions);
@@ -100,7 +103,8 @@ SURVIVAL_C void Cpp_CreateROCContingencyTable(wchar_t** labels, int n, wchar_t* 
                                               int thresholdRule, double* weights, double* table);
 
 /* Areas of k tests compared two by two: by DeLong's covariance where every test was made on the
- * same subjects, else by a Student test with Welch's degrees of freedom.
+ * same subjects, else by a Student test with Welch's degrees of freedom. In the shapes k counts as
+ * at least 1.
  *
  * In   status[n]          paired design: 1 positive, 0 negative
  *      testValues[n * k]  paired design: one column for each test

@@ -57,8 +57,9 @@ SURVIVAL_C void ComputeLogLikeDerivativesCox(int p, matrix* delta, matrix* X, in
 
 // Maximum of the log partial likelihood, from beta = 0, by Newton-Raphson with step halving.
 //
-// In/out iterations      limit; on return the iterations made. A limit of 0 or less ends after
-//                        1000.
+// In/out iterations      limit; on return the iterations made. Without one (0 or less) a fit that
+//                        never converges ends where it stands still or is not a number, or after
+//                        100,000 iterations
 // In     tolerance       the fit ends when the log-likelihood changes by less than this, or after
 //                        more than ten iterations when every step is smaller
 // Out    beta            p x 1, the last step taken: after ten refusals 2^-10 of the full step,

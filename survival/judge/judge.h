@@ -15,13 +15,14 @@
 //        removeFlags[n]      zeros; becomes 1 for a dropped subject, sorted
 //        bounds (n x 2)      interval of the change, sorted; dropped subjects are not taken out
 //        type[n]             0 right-, 2 left-, 3 interval-censored (-1 dropped); kept subjects
-//        first sortKey[n]          the time of the order, kept subjects first
+//                            first
+//        sortKey[n]          the time of the order, kept subjects first
 // Out    covariatesOut (n x p)  covariates of the kept subjects
 //        summary (k x 2)     sum of the first nKept answers as passed; the same in percent of n
 //        nRemoved, nKept     subjects
 // Returns 0; -2 when every subject was dropped; -1 when one of the n values of type is not in
-// [0, 3], which a dropped subject that sorts after the kept ones brings about. Everything is
-// written before
+//        [0, 3]: of a dropped subject whose sorted place is past the number of kept ones.
+//        Everything is written before
 // Edge   an interval that would begin at time 0 moves one inspection on; a bound past the last
 //        inspection is -1; for k = 1 a subject that said yes gets nothing
 // Cost   O(n k + n log n)

@@ -112,7 +112,9 @@ SURVIVAL_C int cLoadKaplanTest(int* n, matrix* times, matrix* grid);
 // In   nTimes  columns of the grid that take part
 // Out  result  3 x 4, a row per test in that order: chi-square statistic, critical value,
 //              p-value, alpha
-// Edge a singular covariance gives statistic 0 and p-value 1
+// Edge a singular covariance gives statistic 0 and p-value 1. A time with nobody at risk keeps the
+//      expectation of the time before; before anybody is at risk a stratum finds what the last
+//      time left for the stratum before it, the first stratum 0
 // Cost O(K^2 nTimes + K^3)
 // Source Mantel (1966); Gehan, Biometrika 52 (1965) 203-223; Tarone & Ware, Biometrika 64 (1977)
 //        156-160

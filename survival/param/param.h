@@ -59,7 +59,8 @@ SURVIVAL_API int modifyDerivatives(matrix* hessian, int m);
 
 // Maximum likelihood by Newton-Raphson steps with step halving.
 //
-// In/out iterations   step limit (0 or less: 1000), then the steps made
+// In/out iterations   step limit, then the steps made. Without one (0 or less) a fit that never
+//                     converges ends where it stands still, or after 100,000 steps
 // In     tolerance    the fit ends when |change of the log-likelihood| < tolerance
 //        useInitialValues, initialValues[p + k]
 //                     -1: start there; otherwise at the weighted least-squares fit of the times
@@ -95,7 +96,7 @@ SURVIVAL_C int OptimizeParamModel(matrix* times, int n, int p, int k, matrix* st
 //        removeThreshold  removed while its p-value is at least this; the last one always stays
 // Out    parameters, logLik, logLik0, gradient ... hessian0
 //                         of the last fit, in the leading elements of matrices that keep their
-//                         shape
+//                         shape, but for the gradient, which takes that of the model
 //        selectionSteps   3 x max(p, 1): covariates before the step, Wald statistic, p-value
 //        selectionCount   steps made + 1
 //        selectionOrder   reshaped to (p + k) x 1: the step that removed each covariate, or 0

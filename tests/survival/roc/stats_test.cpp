@@ -183,6 +183,20 @@ TEST(RocStats, AGivenPrevalenceMovesThePredictiveValuesOnly) {
   }
 }
 
+// 0 / 0: the guards are on the table, not on these denominators.
+TEST(RocStats, AtAGivenPrevalenceOfOneAPredictiveValueMayNotBeANumber) {
+  Stats withoutTruePositives(0, 3, 4, 5);
+  withoutTruePositives.prevalence = 1.0;
+  withoutTruePositives.run();
+  EXPECT_TRUE(std::isnan(withoutTruePositives.value(8)));
+  EXPECT_EQ(withoutTruePositives.value(9), 0.0);
+  Stats withoutFalseNegatives(4, 3, 0, 5);
+  withoutFalseNegatives.prevalence = 1.0;
+  withoutFalseNegatives.run();
+  EXPECT_EQ(withoutFalseNegatives.value(8), 1.0);
+  EXPECT_TRUE(std::isnan(withoutFalseNegatives.value(9)));
+}
+
 TEST(RocStats, LikelihoodRatiosHaveLogIntervals) {
   for (const int method : {0, 1, 3}) {
     Stats stats = example();
