@@ -4,17 +4,36 @@
 #include "survival/cox/cox.h"
 #include "survival/exports/frame.h"
 
+using survival::Apart;
 using survival::Block;
 using survival::IntBlock;
 using survival::raised;
+using survival::reads;
+using survival::sets;
 using survival::shape;
 using survival::view;
+using survival::writes;
 
 int Cpp_ReorganizeDataCox(double* time, int n, int p, double* status, double* extraColumn,
                           double* tieKey, double* covariates, double* stratum, double* stratumSizes,
                           int S, int* distinctTimes, int* censored, int* groupStart, int* groupSize,
                           int* groupEvents, int* maxGroups) {
   const int strata = raised(S);
+  const long long columnCells = 1LL * n * raised(p);
+  const long long tableCells = 1LL * strata * n;
+  Apart apart{writes(time, n),
+              writes(status, n),
+              writes(extraColumn, n),
+              writes(tieKey, n),
+              writes(covariates, columnCells),
+              writes(stratum, n),
+              writes(stratumSizes, strata),
+              writes(distinctTimes, strata),
+              writes(censored, strata),
+              writes(groupStart, tableCells),
+              writes(groupSize, tableCells),
+              writes(groupEvents, tableCells),
+              sets(maxGroups)};
   Block times(n, 1, time);
   Block statuses(n, 1, status);
   Block extra(n, 1, extraColumn);
@@ -38,6 +57,7 @@ int Cpp_ReorganizeDataCox(double* time, int n, int p, double* status, double* ex
   for (const IntBlock* block : {&distinct, &censoredCounts, &starts, &groupSizes, &events}) {
     block->copyBack();
   }
+  apart.giveBack();
   return code;
 }
 
@@ -53,6 +73,29 @@ int RunCoxReg(double* time, int n, int p, int* finalCovariates, double* status, 
   const int groups = raised(G);
   const int candidates = raised(p);
   const bool asked = survival == kTrue;
+  const int residualColumns = shape(2LL * p + 4);
+  const long long tableCells = 1LL * strata * groups;
+  Apart apart{reads(time, n),
+              sets(finalCovariates),
+              reads(status, n),
+              reads(covariates, 1LL * n * candidates),
+              reads(stratumSizes, strata),
+              sets(iterations),
+              reads(distinctTimes, strata),
+              reads(groupSize, tableCells),
+              reads(groupEvents, tableCells),
+              reads(censored, strata),
+              reads(groupStart, tableCells),
+              writes(beta, candidates),
+              writes(criteria, 12),
+              writes(tests, 9),
+              writes(coefficients, 9LL * candidates),
+              writes(baselineSurvival, asked ? tableCells : 1),
+              writes(meanSurvival, asked ? tableCells : 1),
+              writes(residuals, asked ? 1LL * n * residualColumns : 1),
+              writes(history, 3LL * candidates),
+              sets(steps),
+              writes(order, candidates)};
   matrix times = view(n, 1, time);
   matrix statuses = view(n, 1, status);
   Block columns(n, candidates, covariates);  // selections move them
@@ -68,7 +111,7 @@ int RunCoxReg(double* time, int n, int p, int* finalCovariates, double* status, 
   Block coefficientTable(candidates, 9, coefficients);
   Block baseline(asked, strata, groups, baselineSurvival);
   Block mean(asked, strata, groups, meanSurvival);
-  Block residualTable(asked, n, shape(2LL * p + 4), residuals);
+  Block residualTable(asked, n, residualColumns, residuals);
   Block historyTable(3, candidates, history);
   IntBlock orders(candidates, 1, order);
 
@@ -83,5 +126,6 @@ int RunCoxReg(double* time, int n, int p, int* finalCovariates, double* status, 
     block->copyBack();
   }
   orders.copyBack();
+  apart.giveBack();
   return 0;
 }

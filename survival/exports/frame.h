@@ -6,6 +6,7 @@
 #include <limits>
 
 #include "Klikro/Klikro"
+#include "survival/exports/apart.h"
 
 namespace survival {
 
@@ -19,35 +20,42 @@ inline int shape(long long count) {
 }
 
 // A block that is only read, or only written through the checked accessors, may be a view on the
-// caller's array: a copy there and back would show the same, at twice the memory.
+// caller's array: where no other argument shares it, a copy there and back would show the same, at
+// twice the memory.
 inline matrix view(int rows, int cols, double* home) { return matrix(rows, cols, home, true); }
 
-// An owned copy of a caller's block; copyBack returns the elements to where they came from.
+// An owned copy of a caller's block; copyBack returns the elements to where they came from, at most
+// as many as came: some routines reshape what they are given.
 class Block : public matrix {
  public:
-  Block(int rows, int cols, double* home) : matrix(rows, cols, home, 0, 0), home_(home) {}
+  Block(int rows, int cols, double* home)
+      : matrix(rows, cols, home, 0, 0), home_(home), came_(count()) {}
 
   // A block that is wanted only where `asked`: otherwise one zero, which copyBack puts into the
   // caller's first element.
   Block(bool asked, int rows, int cols, double* home)
-      : matrix(asked ? rows : 1, asked ? cols : 1, 0), home_(home) {
+      : matrix(asked ? rows : 1, asked ? cols : 1, 0), home_(home), came_(count()) {
     if (asked) std::copy_n(home, count(), data());
   }
 
-  void copyBack() const { copyMatTo(home_); }
+  void copyBack() const { std::copy_n(data(), std::min(count(), came_), home_); }
 
  private:
   double* home_;
+  int came_;
 };
 
 // The same for a block of int.
 class IntBlock : public matrixInt {
  public:
-  IntBlock(int rows, int cols, int* home) : matrixInt(rows, cols, home, false), home_(home) {}
-  void copyBack() const { copyMatTo(home_); }
+  IntBlock(int rows, int cols, int* home)
+      : matrixInt(rows, cols, home, false), home_(home), came_(count()) {}
+
+  void copyBack() const { std::copy_n(data(), std::min(count(), came_), home_); }
 
  private:
   int* home_;
+  int came_;
 };
 
 }  // namespace survival

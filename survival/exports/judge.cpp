@@ -4,13 +4,28 @@
 #include "survival/exports/frame.h"
 #include "survival/judge/judge.h"
 
+using survival::Apart;
 using survival::Block;
 using survival::IntBlock;
+using survival::reads;
+using survival::sets;
 using survival::view;
+using survival::writes;
 
 int Cpp_PrepareIntervalData(double* answers, int n, int k, double* times, double* covariates, int p,
                             int* nRemoved, int* removeFlags, int* nKept, double* bounds,
                             double* type, double* sortKey, double* covariatesOut, double* summary) {
+  Apart apart{reads(answers, 1LL * n * k),
+              reads(times, k),
+              reads(covariates, 1LL * n * p),
+              sets(nRemoved),
+              writes(removeFlags, n),
+              sets(nKept),
+              writes(bounds, 2LL * n),
+              writes(type, n),
+              writes(sortKey, n),
+              writes(covariatesOut, 1LL * n * p),
+              writes(summary, 2LL * k)};
   matrix answersBlock = view(n, k, answers);
   matrix timesBlock = view(k, 1, times);
   Block covariatesBlock(n, p, covariates);
@@ -28,12 +43,20 @@ int Cpp_PrepareIntervalData(double* answers, int n, int k, double* times, double
        {&boundsBlock, &typeBlock, &sortKeyBlock, &covariatesOutBlock, &summaryBlock}) {
     out->copyBack();
   }
+  apart.giveBack();
   return code;
 }
 
 int Cpp_TransformJudgeToInt(double* rating, int n, int K, double* subjectKey, int G,
                             double* subjectSizes, double* X, int p, double* indicators,
                             double* subjectX, double* levels) {
+  Apart apart{reads(rating, n),
+              reads(subjectKey, n),
+              reads(subjectSizes, G),
+              reads(X, 1LL * n * p),
+              writes(levels, K),
+              writes(subjectX, 1LL * G * p),
+              writes(indicators, 1LL * G * K)};
   Block ratingBlock(n, 1, rating);
   Block keyBlock(n, 1, subjectKey);
   Block sizesBlock(1, G, subjectSizes);
@@ -45,5 +68,6 @@ int Cpp_TransformJudgeToInt(double* rating, int n, int K, double* subjectKey, in
       TransformJudgeToInt(&ratingBlock, n, K, &keyBlock, G, &sizesBlock, &covariatesBlock, p,
                           &indicatorsBlock, &subjectBlock, &levelsBlock);
   for (const Block* out : {&levelsBlock, &subjectBlock, &indicatorsBlock}) out->copyBack();
+  apart.giveBack();
   return code;
 }

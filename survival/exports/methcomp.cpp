@@ -4,12 +4,19 @@
 #include "survival/exports/frame.h"
 #include "survival/methcomp/methcomp.h"
 
+using survival::Apart;
 using survival::Block;
+using survival::reads;
+using survival::sets;
 using survival::view;
+using survival::writes;
 
 int Cpp_BlandAltman(double* first, double* second, int n, int differenceType, double alpha,
                     double* differences, double* means, double* bias, double* sdDiff,
                     double* biasLower, double* biasUpper, double* loaLower, double* loaUpper) {
+  Apart apart{reads(first, n), reads(second, n), writes(means, n), writes(differences, n),
+              sets(bias),      sets(sdDiff),     sets(biasLower),  sets(biasUpper),
+              sets(loaLower),  sets(loaUpper)};
   matrix firsts = view(n, 1, first);
   matrix seconds = view(n, 1, second);
   Block differenceBlock(n, 1, differences);
@@ -18,14 +25,18 @@ int Cpp_BlandAltman(double* first, double* second, int n, int differenceType, do
               sdDiff, biasLower, biasUpper, loaLower, loaUpper);
   meanBlock.copyBack();
   differenceBlock.copyBack();
+  apart.giveBack();
   return 0;
 }
 
 void Cpp_GetRepeatability(double* values, int n, double* subjects, double alpha, double* withinSd,
                           double* withinSdLower, double* withinSdUpper) {
+  Apart apart{reads(values, n), reads(subjects, n), sets(withinSd), sets(withinSdLower),
+              sets(withinSdUpper)};
   matrix valueBlock = view(n, 1, values);
   matrix subjectBlock = view(n, 1, subjects);
   GetRepeatability(&valueBlock, n, &subjectBlock, alpha, withinSd, withinSdLower, withinSdUpper);
+  apart.giveBack();
 }
 
 int VB_PassingBablok(double* x, int n, double* y, double alpha, double* intercept,
@@ -33,6 +44,11 @@ int VB_PassingBablok(double* x, int n, double* y, double alpha, double* intercep
                      double* slopeLower, double* slopeUpper, double* residuals, double* yMinusX,
                      double* perpDistances, double* fitted, double* cusumMax, double* cusumCritical,
                      double* cusumPValue) {
+  Apart apart{
+      reads(x, n),          reads(y, n),         sets(intercept),          sets(interceptLower),
+      sets(interceptUpper), sets(slope),         sets(slopeLower),         sets(slopeUpper),
+      writes(residuals, n), writes(yMinusX, n),  writes(perpDistances, n), writes(fitted, n),
+      sets(cusumMax),       sets(cusumCritical), sets(cusumPValue)};
   matrix xView(n, 1, x, true);
   matrix yView(n, 1, y, true);
   matrix residualView(n, 1, residuals, true);
@@ -42,6 +58,7 @@ int VB_PassingBablok(double* x, int n, double* y, double alpha, double* intercep
   PassingBablok(&xView, n, &yView, alpha, intercept, interceptLower, interceptUpper, slope,
                 slopeLower, slopeUpper, &residualView, &differenceView, &distanceView, &fittedView,
                 cusumMax, cusumCritical, cusumPValue);
+  apart.giveBack();
   return 0;
 }
 
@@ -57,6 +74,43 @@ int VB_DemingRegression(double* x, int n, double* y, double* subjectIds, short h
                         double* ySd, double* maxAbsDiff, double* yPred1, double* yPred1Lower,
                         double* yPred1Upper, double* yPred2, double* yPred2Lower,
                         double* yPred2Upper, double* varA, double* varB, double* covAB) {
+  Apart apart{writes(x, n),
+              writes(y, n),
+              writes(subjectIds, n),
+              reads(replicateCounts, m),
+              sets(intercept),
+              sets(interceptLower),
+              sets(interceptUpper),
+              sets(slope),
+              sets(slopeLower),
+              sets(slopeUpper),
+              writes(yMinusX, n),
+              writes(biasAndSe, 2LL * n),
+              writes(residuals, n),
+              writes(fitted, n),
+              writes(band, 2LL * n),
+              sets(cusumMax),
+              sets(cusumCritical),
+              sets(cusumPValue),
+              sets(pearsonR),
+              sets(xMin),
+              sets(xMax),
+              sets(xMean),
+              sets(xSd),
+              sets(yMin),
+              sets(yMax),
+              sets(yMean),
+              sets(ySd),
+              sets(maxAbsDiff),
+              sets(yPred1),
+              sets(yPred1Lower),
+              sets(yPred1Upper),
+              sets(yPred2),
+              sets(yPred2Lower),
+              sets(yPred2Upper),
+              sets(varA),
+              sets(varB),
+              sets(covAB)};
   matrix xView(n, 1, x, true);
   matrix yView(n, 1, y, true);
   matrix idView(n, 1, subjectIds, true);
@@ -73,5 +127,6 @@ int VB_DemingRegression(double* x, int n, double* y, double* subjectIds, short h
                    cusumCritical, cusumPValue, pearsonR, xMin, xMax, xMean, xSd, yMin, yMax, yMean,
                    ySd, maxAbsDiff, yPred1, yPred1Lower, yPred1Upper, yPred2, yPred2Lower,
                    yPred2Upper, varA, varB, covAB);
+  apart.giveBack();
   return 0;
 }

@@ -1,17 +1,20 @@
 // Flat-array entry points of the parametric regression.
 #include "survival/calls/param.h"
 
-#include <algorithm>
 #include <type_traits>
 
 #include "survival/exports/frame.h"
 #include "survival/param/model.h"
 #include "survival/param/param.h"
 
+using survival::Apart;
 using survival::Block;
 using survival::IntBlock;
 using survival::raised;
+using survival::reads;
+using survival::sets;
 using survival::view;
+using survival::writes;
 using survival::param::parameterCount;
 
 namespace {
@@ -74,22 +77,15 @@ struct Fit {
 // The history of a selection. The backward selection makes the order longer than the caller's.
 struct History {
   History(int p, double* stepsHome, int* orderHome)
-      : steps(3, raised(p), stepsHome),
-        order(raised(p), 1, orderHome, false),
-        orderHome_(orderHome),
-        orderCount_(raised(p)) {}
+      : steps(3, raised(p), stepsHome), order(raised(p), 1, orderHome) {}
 
   void copyBack() const {
     steps.copyBack();
-    std::copy_n(order.data(), std::min(order.count(), orderCount_), orderHome_);
+    order.copyBack();
   }
 
   Block steps;
-  matrixInt order;
-
- private:
-  int* orderHome_;
-  int orderCount_;
+  IntBlock order;
 };
 
 }  // namespace
@@ -99,6 +95,15 @@ void Cpp_ComputeLogLikeDerivativesParam(double* times, int n, int p, int k, doub
                                         double* weights, int distribution, double* logLik,
                                         double* gradient, double* hessian) {
   const int m = parameterCount(p, k);
+  Apart apart{reads(times, n),
+              reads(status, n),
+              reads(bounds, 2LL * n),
+              reads(covariates, 1LL * n * raised(p)),
+              reads(weights, n),
+              reads(parameters, m),
+              sets(logLik),
+              writes(gradient, m),
+              writes(hessian, 1LL * m * m)};
   Viewed data(n, p, times, status, bounds, covariates, weights);
   Block parametersBlock(m, 1, parameters);
   Block gradientBlock(m, 1, gradient);
@@ -108,6 +113,7 @@ void Cpp_ComputeLogLikeDerivativesParam(double* times, int n, int p, int k, doub
                                  &gradientBlock, &hessianBlock);
   gradientBlock.copyBack();
   hessianBlock.copyBack();
+  apart.giveBack();
 }
 
 int Cpp_OptimizeParamModel(double* times, int n, int p, int k, double* status, double* bounds,
@@ -117,6 +123,21 @@ int Cpp_OptimizeParamModel(double* times, int n, int p, int k, double* status, d
                            double* logLik0, double* gradient, double* hessian, double* covariance,
                            double* gradient0, double* hessian0, double* parameters) {
   const int m = parameterCount(p, k);
+  Apart apart{reads(times, n),
+              reads(status, n),
+              reads(bounds, 2LL * n),
+              reads(covariates, 1LL * n * raised(p)),
+              reads(weights, n),
+              sets(iterations),
+              reads(initialValues, m),
+              sets(logLik),
+              sets(logLik0),
+              writes(parameters, m),
+              writes(gradient, m),
+              writes(hessian, 1LL * m * m),
+              writes(covariance, m),
+              writes(gradient0, m),
+              writes(hessian0, 1LL * m * m)};
   Viewed data(n, p, times, status, bounds, covariates, weights);
   Block initialBlock(m, 1, initialValues);
   // Callers of this one provide a single column for the covariance.
@@ -127,6 +148,7 @@ int Cpp_OptimizeParamModel(double* times, int n, int p, int k, double* status, d
       logLik, logLik0, &fit.gradient, &fit.hessian, &fit.covariance, &fit.gradient0, &fit.hessian0,
       &fit.parameters);
   fit.copyBack();
+  apart.giveBack();
   return code;
 }
 
@@ -139,6 +161,25 @@ int Cpp_Param_BackSelection(double* times, int n, int* p, int k, double* status,
                             double* gradient0, double* hessian0, double* selectionSteps,
                             int* selectionCount, int* selectionOrder) {
   const int m = parameterCount(*p, k);
+  Apart apart{reads(times, n),
+              reads(status, n),
+              reads(bounds, 2LL * n),
+              writes(covariates, 1LL * n * raised(*p)),
+              reads(weights, n),
+              sets(p),
+              sets(iterations),
+              reads(initialValues, m),
+              sets(logLik),
+              sets(logLik0),
+              writes(parameters, m),
+              writes(gradient, m),
+              writes(hessian, 1LL * m * m),
+              writes(covariance, 1LL * m * m),
+              writes(gradient0, m),
+              writes(hessian0, 1LL * m * m),
+              writes(selectionSteps, 3LL * raised(*p)),
+              sets(selectionCount),
+              writes(selectionOrder, raised(*p))};
   Copied data(n, *p, times, status, bounds, covariates, weights);
   Block initialBlock(m, 1, initialValues);
   Fit fit(m, m, gradient, hessian, covariance, gradient0, hessian0, parameters);
@@ -152,6 +193,7 @@ int Cpp_Param_BackSelection(double* times, int n, int* p, int k, double* status,
   data.covariates.copyBack();
   fit.copyBack();
   history.copyBack();
+  apart.giveBack();
   return code;
 }
 
@@ -163,6 +205,25 @@ int Cpp_Param_ForSelection(double* times, int n, int* p, int k, double* status, 
                            double* hessian, double* covariance, double* gradient0, double* hessian0,
                            double* selectionSteps, int* selectionCount, int* selectionOrder) {
   const int m = parameterCount(*p, k);
+  Apart apart{reads(times, n),
+              reads(status, n),
+              reads(bounds, 2LL * n),
+              writes(covariates, 1LL * n * raised(*p)),
+              reads(weights, n),
+              sets(p),
+              sets(iterations),
+              reads(initialValues, m),
+              sets(logLik),
+              sets(logLik0),
+              writes(parameters, m),
+              writes(gradient, m),
+              writes(hessian, 1LL * m * m),
+              writes(covariance, 1LL * m * m),
+              writes(gradient0, m),
+              writes(hessian0, 1LL * m * m),
+              writes(selectionSteps, 3LL * raised(*p)),
+              sets(selectionCount),
+              writes(selectionOrder, raised(*p))};
   Copied data(n, *p, times, status, bounds, covariates, weights);
   Block initialBlock(m, 1, initialValues);
   Fit fit(m, m, gradient, hessian, covariance, gradient0, hessian0, parameters);
@@ -176,6 +237,7 @@ int Cpp_Param_ForSelection(double* times, int n, int* p, int k, double* status, 
   data.covariates.copyBack();
   fit.copyBack();
   history.copyBack();
+  apart.giveBack();
   return code;
 }
 
@@ -184,6 +246,11 @@ void Cpp_ComputeCritParam(int n, int p, int k, double logLik, double logLik0, in
                           double* zOut, double* gradient0, double* hessian0, double* fitStatistics,
                           double* coefficients, double* tests) {
   const int m = parameterCount(p, k);
+  Apart apart{reads(parameters, m),      reads(hessian, 1LL * m * m),
+              reads(covariance, m),      sets(zOut),
+              reads(gradient0, m),       reads(hessian0, 1LL * m * m),
+              writes(fitStatistics, 14), writes(coefficients, 9LL * m),
+              writes(tests, 9)};
   Block parametersBlock(m, 1, parameters);
   Block hessianBlock(m, m, hessian);
   // Callers of this one provide a single column: further variances read as -1.
@@ -197,14 +264,23 @@ void Cpp_ComputeCritParam(int n, int p, int k, double logLik, double logLik0, in
                    &covarianceBlock, zOut, &gradient0Block, &hessian0Block, &statisticsBlock,
                    &coefficientsBlock, &testsBlock);
   for (const Block* out : {&statisticsBlock, &coefficientsBlock, &testsBlock}) out->copyBack();
+  apart.giveBack();
 }
 
 void Cpp_ResParam(double* times, int n, int p, int k, int distribution, short logTimes,
                   double* covariates, double* parameters, double* survivalOut,
                   double* probabilitiesOut, double* residualsOut, double* quantilesOut) {
+  const int m = parameterCount(p, k);
+  Apart apart{reads(times, n),
+              reads(covariates, 1LL * n * raised(p)),
+              reads(parameters, m),
+              writes(survivalOut, n),
+              writes(probabilitiesOut, 2LL * n),
+              writes(residualsOut, n),
+              writes(quantilesOut, 9LL * n)};
   matrix timesBlock = view(n, 1, times);
   matrix covariatesBlock = view(n, raised(p), covariates);
-  Block parametersBlock(parameterCount(p, k), 1, parameters);
+  Block parametersBlock(m, 1, parameters);
   Block survivalBlock(n, 1, survivalOut);
   Block probabilitiesBlock(n, 2, probabilitiesOut);
   // Callers of this one provide room for the first column only.
@@ -215,6 +291,7 @@ void Cpp_ResParam(double* times, int n, int p, int k, int distribution, short lo
   for (const Block* out : {&survivalBlock, &probabilitiesBlock, &residualsBlock, &quantilesBlock}) {
     out->copyBack();
   }
+  apart.giveBack();
 }
 
 int Cpp_RunParamReg(double* times, int n, int p, int* nCovariatesOut, int k, double* status,
@@ -228,6 +305,24 @@ int Cpp_RunParamReg(double* times, int n, int p, int* nCovariatesOut, int k, dou
                     double* quantilesOut, double* selectionSteps, int* selectionCount,
                     int* selectionOrder) {
   const int m = parameterCount(p, k);
+  Apart apart{reads(times, n),
+              reads(status, n),
+              reads(bounds, 2LL * n),
+              reads(covariates, 1LL * n * raised(p)),
+              reads(weights, n),
+              sets(nCovariatesOut),
+              reads(initialValues, m),
+              writes(parameters, m),
+              writes(fitStatistics, 14),
+              writes(tests, 9),
+              writes(coefficients, 9LL * m),
+              writes(survivalOut, n),
+              writes(residualsOut, 2LL * n),
+              writes(probabilitiesOut, 2LL * n),
+              writes(quantilesOut, 9LL * n),
+              writes(selectionSteps, 3LL * raised(p)),
+              sets(selectionCount),
+              writes(selectionOrder, raised(p))};
   Copied data(n, p, times, status, bounds, covariates, weights);
   Block initialBlock(m, 1, initialValues);
   Block parametersBlock(m, 1, parameters);
@@ -251,5 +346,6 @@ int Cpp_RunParamReg(double* times, int n, int p, int* nCovariatesOut, int k, dou
     out->copyBack();
   }
   history.copyBack();
+  apart.giveBack();
   return code;
 }

@@ -17,6 +17,7 @@ Call curve(Input& in, Arrays& a) {
     std::sort(sorted.begin(), sorted.end());
     t = static_cast<int>(std::unique(sorted.begin(), sorted.end()) - sorted.begin());
   }
+  const int rows = std::max(t, 1);
   const int rule = in.integer(0, 3), alternative = in.integer(-1, 1), ciMethod = in.integer(0, 3),
             aucMethod = in.integer(0, 2);
   const short correction = in.flag();
@@ -24,11 +25,11 @@ Call curve(Input& in, Arrays& a) {
   const double costTP = in.number(), costFP = in.number(), costFN = in.number(),
                costTN = in.number();
   double *status = a.in(in.column(n, Likely::kStatus)), *values = a.inOut(tested),
-         *weights = a.in(in.column(n, Likely::kOnes)), *thresholds = a.out(t),
-         *points = a.out(2LL * (t + 1)), *sensitivity = a.out(3LL * t),
-         *specificity = a.out(3LL * t), *tp = a.out(t), *tn = a.out(t), *fp = a.out(t),
-         *fn = a.out(t), *ratios = a.out(2LL * t), *predictive = a.out(2LL * t),
-         *summary = a.out(9), *cost = a.out(t);
+         *weights = a.in(in.column(n, Likely::kOnes)), *thresholds = a.out(rows),
+         *points = a.out(2LL * std::max(t + 1, 1)), *sensitivity = a.out(3LL * rows),
+         *specificity = a.out(3LL * rows), *tp = a.out(rows), *tn = a.out(rows), *fp = a.out(rows),
+         *fn = a.out(rows), *ratios = a.out(2LL * rows), *predictive = a.out(2LL * rows),
+         *summary = a.out(9), *cost = a.out(rows);
   return [=] {
     return coded(Cpp_ComputeROC(status, n, t, values, weights, rule, alpha, alternative, ciMethod,
                                 correction, aucMethod, prevalence, costTP, costFP, costFN, costTN,
@@ -71,14 +72,16 @@ Call comparison(Input& in, Arrays& a) {
   const int n = in.count(40), k = in.count(6);
   const short paired = in.flag();
   const double alpha = in.alpha();
-  const long long cells = 1LL * std::max(k, 0) * std::max(k, 0);
+  const int tests = std::max(k, 1);
+  const long long cells = 1LL * tests * tests;
   double *status = a.in(in.column(n, Likely::kStatus)),
-         *values = a.in(in.column(std::max(n, 0) * std::max(k, 0), Likely::kTimes)),
-         *weights = a.in(in.column(n, Likely::kOnes)), *sizes = a.in(in.column(k, Likely::kTimes)),
-         *aucs = a.in(in.column(k, Likely::kProbabilities)),
-         *variances = a.inOut(in.column(k, Likely::kProbabilities)), *difference = a.out(cells),
+         *values = a.in(in.column(std::max(n, 0) * tests, Likely::kTimes)),
+         *weights = a.in(in.column(n, Likely::kOnes)),
+         *sizes = a.in(in.column(tests, Likely::kTimes)),
+         *aucs = a.in(in.column(tests, Likely::kProbabilities)),
+         *variances = a.inOut(in.column(tests, Likely::kProbabilities)), *difference = a.out(cells),
          *z = a.out(cells), *half = a.out(cells), *covariance = a.out(cells), *p = a.out(cells);
-  int *selected = a.in(in.integers(k, 0, 1)), *significant = a.outInts(cells);
+  int *selected = a.in(in.integers(tests, 0, 1)), *significant = a.outInts(cells);
   return [=] {
     Cpp_ComputeROCComparisonsDep2(status, n, values, weights, sizes, k, alpha, paired, aucs,
                                   variances, selected, difference, z, half, covariance, p,

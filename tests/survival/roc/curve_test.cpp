@@ -256,16 +256,21 @@ TEST(RocCurve, TooFewThresholdsFollowTheLinearPositions) {
   EXPECT_EQ(curve.sensitivity[2], 0.0);  // (1, 2): the sensitivity of row 3
 }
 
-TEST(RocCurve, NegativeThresholdCountsWriteNothingButTheSummary) {
-  for (const int T : {-1, -5, -2147483647 - 1}) {
-    Doubles status{0, 1}, values{2, 1}, weights{1, 1}, one{kUntouched}, summary(9, kUntouched);
-    EXPECT_EQ(Cpp_ComputeROC(status.data(), 2, T, values.data(), weights.data(), 2, 0.05, 0, 0, 0,
-                             0, 0, 0, 0, 0, 0, one.data(), one.data(), one.data(), one.data(),
-                             one.data(), one.data(), one.data(), one.data(), one.data(), one.data(),
-                             summary.data(), one.data()),
-              0);
-    EXPECT_EQ(one[0], kUntouched);
-    EXPECT_EQ(summary[0], 0.0);
+// As one threshold does: each column of the one row is the first of the other rows' cells too, so
+// it ends as row 2 of the column before.
+TEST(RocCurve, ThresholdCountsOfZeroAndBelowGiveOneRow) {
+  for (const int T : {0, -5, -2147483647 - 1}) {
+    Curve curve({0, 1}, {2, 1});
+    curve.thresholdCount = T;
+    ASSERT_EQ(curve.run().code, 0);
+    EXPECT_EQ(curve.thresholds, (Doubles{1}));
+    EXPECT_EQ(curve.tp, (Doubles{1}));
+    EXPECT_EQ(curve.fp, (Doubles{1}));
+    EXPECT_EQ(curve.tn, (Doubles{0}));
+    EXPECT_EQ(curve.fn, (Doubles{0}));
+    EXPECT_EQ(curve.cost, (Doubles{0}));
+    EXPECT_EQ(curve.sensitivity, (Doubles{1, 0, 0}));  // of 1; then of 2 with its lower bound
+    EXPECT_EQ(curve.area(), 0.0);                      // of no threshold
   }
 }
 

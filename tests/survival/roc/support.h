@@ -48,7 +48,7 @@ struct Curve {
   std::vector<double> status;
   std::vector<double> values;
   std::vector<double> weights;  // all 1 where empty
-  int thresholdCount = -1;      // counted where negative
+  int thresholdCount = -1;      // -1: counted
   int positiveRule = 2;
   double alpha = 0.05;
   int alternative = 0;
@@ -72,18 +72,18 @@ struct Curve {
 
   Curve& run() {
     if (weights.empty()) weights.assign(values.size(), 1.0);
-    if (thresholdCount < 0) {
+    if (thresholdCount == -1) {
       std::set<double> distinct;
       for (const double v : values) {
         if (!isMissing(v) && !std::isnan(v)) distinct.insert(v);
       }
       thresholdCount = static_cast<int>(distinct.size());
     }
-    const std::size_t t = static_cast<std::size_t>(std::max(thresholdCount, 0));
+    const std::size_t t = static_cast<std::size_t>(std::max(thresholdCount, 1));
     for (auto* column : {&thresholds, &tp, &tn, &fp, &fn, &cost}) column->assign(t, kUntouched);
     for (auto* pair : {&likelihoodRatios, &predictiveValues}) pair->assign(2 * t, kUntouched);
     for (auto* triple : {&sensitivity, &specificity}) triple->assign(3 * t, kUntouched);
-    rocPoints.assign(2 * (t + 1), kUntouched);
+    rocPoints.assign(2 * (static_cast<std::size_t>(std::max(thresholdCount, 0)) + 1), kUntouched);
     aucSummary.assign(9, kUntouched);
     code = Cpp_ComputeROC(status.data(), static_cast<int>(values.size()), thresholdCount,
                           values.data(), weights.data(), positiveRule, alpha, alternative, ciMethod,
