@@ -88,8 +88,9 @@ int firstPass(const survival::Stratum& stratum, const Intervals& intervals, doub
     conditional = 1.0 - events / effective;
     table->vbset(row, 7, conditional);
     table->vbset(row, 8, survival);
-    // The row above is divided by this interval's width: the same number where all are equal.
-    if (k > 1) table->vbset(row - 1, 9, (before - survival) / width);
+    // The row above, the origin included, is divided by this interval's width: the same number
+    // where all are equal.
+    table->vbset(row - 1, 9, (before - survival) / width);
     table->vbset(row, 10, 2.0 * (1.0 - conditional) / ((1.0 + conditional) * width));
     table->vbset(row, 11, guarded);
     if (k > 1) table->vbset(row, 12, unguarded);

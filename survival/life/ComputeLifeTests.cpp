@@ -34,43 +34,68 @@ struct Test {
   matrix covariance;
 };
 
+// One grid time: at risk and events of strata 0..K - 1, and both added up.
+class GridTime {
+ public:
+  explicit GridTime(std::size_t strata) : n(strata), d(strata) {}
+
+  void read(const matrix* grid, int column) {
+    events = 0.0;
+    atRisk = 0.0;
+    for (std::size_t j = 0; j < n.size(); ++j) {
+      const int row = 3 * (static_cast<int>(j) + 1);
+      const double observed = grid->vbget(row, column);
+      n[j] = grid->vbget(row - 1, column);
+      d[j] = observed > 0.0 ? observed : 0.0;
+      events += d[j];
+      atRisk += n[j];
+    }
+  }
+
+  double expected(std::size_t j) const { return events * n[j] / atRisk; }
+
+  std::vector<double> n;
+  std::vector<double> d;
+  double events = 0.0;
+  double atRisk = 0.0;
+};
+
 class Tests {
  public:
   explicit Tests(int size)
       : expected_(static_cast<std::size_t>(size), 0.0),
         tests_{Test(size), Test(size), Test(size)} {}
 
-  // One grid time: n[j] at risk and d[j] events of stratum j = 0..K - 1.
-  void add(const std::vector<double>& n, const std::vector<double>& d) {
-    double events = 0.0;
-    double atRisk = 0.0;
-    for (std::size_t j = 0; j < n.size(); ++j) {
-      events += d[j];
-      atRisk += n[j];
+  // The expectation is one variable, which a time with nobody at risk leaves as it is. It goes
+  // through the times stratum by stratum, so that the first times of a stratum may find what
+  // `last`, the last time with anybody at risk, left for the stratum before.
+  void carryOver(const GridTime& last) {
+    for (std::size_t j = 1; j < expected_.size(); ++j) expected_[j] = last.expected(j - 1);
+  }
+
+  void add(const GridTime& time) {
+    if (time.atRisk > 0.0) {
+      for (std::size_t j = 0; j < expected_.size(); ++j) expected_[j] = time.expected(j);
     }
-    // With nobody at risk the expectation of the time before stands.
-    if (atRisk > 0.0) {
-      for (std::size_t j = 0; j < expected_.size(); ++j) expected_[j] = events * n[j] / atRisk;
-    }
-    if (!(events > 0.0)) return;
-    const double weights[kTests] = {1.0, atRisk, sqr(atRisk)};
-    for (int t = 0; t < kTests; ++t) addTo(tests_[t], weights[t], n, d, events, atRisk);
+    if (!(time.events > 0.0)) return;
+    const double weights[kTests] = {1.0, time.atRisk, sqr(time.atRisk)};
+    for (int t = 0; t < kTests; ++t) addTo(tests_[t], weights[t], time);
   }
 
   const Test& operator[](int t) const { return tests_[t]; }
 
  private:
-  void addTo(Test& test, double weight, const std::vector<double>& n, const std::vector<double>& d,
-             double events, double atRisk) {
+  void addTo(Test& test, double weight, const GridTime& time) {
     const std::size_t size = expected_.size();
-    for (std::size_t j = 0; j < size; ++j) test.score[j] += (d[j] - expected_[j]) * weight;
+    for (std::size_t j = 0; j < size; ++j) test.score[j] += (time.d[j] - expected_[j]) * weight;
+    const double atRisk = time.atRisk;
     if (atRisk * (atRisk - 1.0) == 0.0) return;
-    const double common = weight * weight * events * (atRisk - events) / (atRisk - 1.0);
+    const double common = weight * weight * time.events * (atRisk - time.events) / (atRisk - 1.0);
     double* cell = test.covariance.data();
     for (std::size_t l = 0; l < size; ++l) {
-      const double share = n[l] / atRisk;
+      const double share = time.n[l] / atRisk;
       for (std::size_t j = 0; j < size; ++j) {
-        *cell++ += common * (n[j] / atRisk) * ((j == l ? 1.0 : 0.0) - share);
+        *cell++ += common * (time.n[j] / atRisk) * ((j == l ? 1.0 : 0.0) - share);
       }
     }
   }
@@ -83,18 +108,18 @@ class Tests {
 
 int cComputeLifeTests(matrix* grid, int nTimes, int K, double alpha, matrix* result) {
   Tests tests(std::max(K, 1) - 1);
-  const std::size_t strata = static_cast<std::size_t>(std::max(K, 0));
-  std::vector<double> n(strata);
-  std::vector<double> d(strata);
+  GridTime time(static_cast<std::size_t>(std::max(K, 0)));
   // Columns past the grid hold no event and change nothing.
   const int columns = std::min(nTimes, grid->count());
+  for (int i = columns; i >= 1; --i) {
+    time.read(grid, i);
+    if (!(time.atRisk > 0.0)) continue;
+    tests.carryOver(time);
+    break;
+  }
   for (int i = 1; i <= columns; ++i) {
-    for (int j = 1; j <= K; ++j) {
-      const double events = grid->vbget(3 * j, i);
-      n[static_cast<std::size_t>(j) - 1] = grid->vbget(3 * j - 1, i);
-      d[static_cast<std::size_t>(j) - 1] = events > 0.0 ? events : 0.0;
-    }
-    tests.add(n, d);
+    time.read(grid, i);
+    tests.add(time);
   }
 
   const double df = K - 1.0;

@@ -324,8 +324,8 @@ def life_table(offset, m, n_intervals, width, time, status, weight, bounds, coun
             S = S_prev * p_prev
         table.put(k + 1, 7, p)
         table.put(k + 1, 8, S)
+        table.put(k, 9, div((1.0 if previous is None else previous[0]) - S, w))
         if previous is not None:
-            table.put(k, 9, div(previous[0] - S, w))
             if previous[1] > 0:
                 G += div(1 - previous[1], previous[1] * previous[2])
             table.put(k + 1, 12, (0.0 if k == 2 else table(k, 12)) + div(1 - previous[1], previous[1] * previous[2]))
@@ -461,9 +461,10 @@ def main():
         grid = Mat(3 * K + 1, G)
         for g in range(1, G + 1):
             grid.put(1, g, float(g))
+            nobody = rnd.random() < .1
             for j in range(1, K + 1):
-                risk = rnd.choice([0, 1, 2, 5, 9])
-                d = rnd.choice([-1, 0, min(1, risk), min(2, risk)])
+                risk = 0 if nobody else rnd.choice([0, 1, 2, 5, 9])
+                d = rnd.choice([-1, 0, min(1, risk), min(2, risk)] + [1] * (rnd.random() < .1))
                 grid.put(3 * j - 1, g, float(risk))
                 grid.put(3 * j, g, float(d))
                 grid.put(3 * j + 1, g, float(-1 if d < 0 else rnd.randrange(2)))

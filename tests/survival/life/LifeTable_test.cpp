@@ -117,13 +117,26 @@ TEST(LifeTable, TheRowPastTheLastHoldsItsLowerBound) {
   EXPECT_EQ(given.table.at(5, 1), 22 + (22 - 19));
 }
 
-TEST(LifeTable, TheOriginHasThreeColumns) {
+TEST(LifeTable, TheOriginHasFourColumns) {
   LifeCall call = tenSubjects();
   call.fill = kU;
   const LifeTables out = runLife(call);
   for (int j = 1; j <= 16; ++j) {
-    EXPECT_EQ(out.table.at(1, j), j == 6 ? 10.0 : j == 7 || j == 8 ? 1.0 : kU) << j;
+    EXPECT_EQ(out.table.at(1, j), j == 6 ? 10.0 : j == 7 || j == 8 ? 1.0 : j == 9 ? 0.0 : kU) << j;
   }
+}
+
+TEST(LifeTable, TheDensityOfTheOriginIsThatOfTheFirstInterval) {
+  // (1 - 1) / w, as for every row above another: not a number for a width of 0.
+  EXPECT_EQ(runLife(between({1, 2, 3}, {1, 0, 1}, {0, 2, 4})).table.at(1, 9), 0.0);
+  EXPECT_TRUE(std::isnan(runLife(between({1, 2, 3}, {1, 0, 1}, {0, 0, 4})).table.at(1, 9)));
+  // Nothing at risk in the first interval: no interval writes it.
+  LifeCall empty = between({1}, {0}, {0, 2});
+  empty.weight = {0.0};
+  empty.countsFormat = kYes;
+  const LifeTables none = runLife(empty);
+  ASSERT_EQ(none.nRows, 0);
+  EXPECT_EQ(none.table.at(1, 9), survmeth::test::kUntouched);
 }
 
 TEST(LifeTable, CellsThatNoRuleNamesStayAsPassed) {
@@ -481,7 +494,7 @@ void naive(const LifeCall& call, Reference& out) {
     S[at] = k == 1 ? 1.0 : S[at - 1] * p[at - 1];
     T.vbset(k + 1, 7, p[at]);
     T.vbset(k + 1, 8, S[at]);
-    if (k > 1) T.vbset(k, 9, (S[at - 1] - S[at]) / width(k));
+    T.vbset(k, 9, ((k == 1 ? 1.0 : S[at - 1]) - S[at]) / width(k));
     T.vbset(k + 1, 10, 2.0 * (1.0 - p[at]) / ((1.0 + p[at]) * width(k)));
     double guarded = 0.0, unguarded = 0.0;
     for (std::size_t i = 1; i < at; ++i) {

@@ -158,6 +158,23 @@ TEST(LifeTests, BeforeTheFirstTimeTheExpectationIsZero) {
   EXPECT_DOUBLE_EQ(test(times, 2).at(1, 1), 1.1 * 1.1 * 300 / 247);
 }
 
+TEST(LifeTests, AStratumStartsWithTheExpectationThatTheOneBeforeItEndedWith) {
+  // An event of the second stratum while nobody is at risk, then 6, 5, 4 at risk and an event in
+  // the first and the last. E of the first stratum is 0, then 12/15; of the second 12/15 still,
+  // then 10/15. U = (1/5, 1 - 4/5 - 2/3); V = 13/7 [2/5 3/5, -2/5 1/3; ., 1/3 2/3].
+  const Sheet out = test({{{0, 0}, {0, 1}, {0, 0}}, {{6, 1}, {5, 0}, {4, 1}}}, 3);
+  const double a = 6.0 / 25, b = -2.0 / 15, c = 2.0 / 9;  // V without 13/7
+  const double u = 1.0 / 5, v = 1 - 4.0 / 5 - 2.0 / 3;
+  const double form = (c * u * u - 2 * b * u * v + a * v * v) / (a * c - b * b);
+  EXPECT_DOUBLE_EQ(out.at(1, 1), form * 7 / 13);
+  EXPECT_NEAR(out.at(1, 1), 0.54923, 5e-6);  // the five digits of the sum worked on paper
+}
+
+TEST(LifeTests, WithNobodyEverAtRiskTheExpectationIsZeroInEveryStratum) {
+  // U = (1, 1), but no V: singular, and no statistic.
+  EXPECT_EQ(test({{{0, 1}, {0, 1}, {0, 0}}}, 3).at(1, 1), 0.0);
+}
+
 TEST(LifeTests, ASingularCovarianceGivesNoStatistic) {
   const Sheet out = test({{{3, 1}, {0, -1}}, {{2, 1}, {0, -1}}}, 2);
   for (int row = 1; row <= 3; ++row) {
