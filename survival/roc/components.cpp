@@ -23,12 +23,16 @@ struct WeightRange {
       finite = finite && std::isfinite(w);
       negative = negative || w < 0.0;
       if (w == 0.0) continue;
+      ++cases;
+      anyCase = i;
       smallest = std::min(smallest, std::fabs(w));
       largest = std::max(largest, std::fabs(w));
     }
   }
   bool finite = true;
   bool negative = false;
+  std::size_t cases = 0;      // rows with a weight
+  std::size_t anyCase = 0;    // one of them
   double smallest = DBL_MAX;  // magnitude, zeros apart
   double largest = 0.0;
 };
@@ -155,6 +159,9 @@ Components componentsOf(const ClassView& negatives, const ClassView& positives, 
     const std::vector<double> below = scores(y, x);
     for (std::size_t i = 0; i < y.size(); ++i) result.positive[y.row[i]] = y.weight[i] * below[i];
     for (const double sum : result.negative) total += sum;
+    // Of a single case the variance is 0 / 0, so its sum and the total must be the same number,
+    // which the sum over the other class, in its own order, need not be.
+    if (positiveWeights.cases == 1) total = result.positive[positiveWeights.anyCase];
   }
 
   for (double& sum : result.negative) sum /= P;

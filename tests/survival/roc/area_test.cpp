@@ -158,6 +158,30 @@ TEST(RocArea, DeLongWithOneCaseInAClassIsNotANumber) {
   for (int row = 5; row <= 9; ++row) EXPECT_EQ(curve.aucSummary[row - 1], kMissing);
 }
 
+// One case of weight 1 has the whole area as its component, so that its spread is 0 and the error
+// 0 / 0, whatever the weights of the other class and the order in which their products are added.
+TEST(RocArea, DeLongWithOneCaseInAClassIsNotANumberWhateverTheOtherWeights) {
+  for (const double single : {0.0, 1.0}) {
+    for (int cases = 2; cases <= 40; ++cases) {
+      Curve curve({single}, {0.5}, {1.0});
+      for (int i = 1; i < cases; ++i) {
+        curve.status.push_back(1.0 - single);
+        curve.values.push_back(i % 7 / 7.0);
+        curve.weights.push_back(0.1 * (1 + i % 3) + 1.0 / (i + 2));
+      }
+      curve.run();
+      ASSERT_TRUE(std::isnan(curve.error())) << cases << ": " << curve.error();
+      for (int row = 5; row <= 9; ++row) EXPECT_EQ(curve.aucSummary[row - 1], kMissing);
+      // Others in the class that are missing leave it one case.
+      curve.status.push_back(single);
+      curve.values.push_back(kMissing);
+      curve.weights.push_back(0.3);
+      curve.run();
+      ASSERT_TRUE(std::isnan(curve.error())) << cases;
+    }
+  }
+}
+
 // 1e-12 - 0 is exactly 1e-12: neither a tie (a half) nor above (one). Just beside it is one or the
 // other.
 TEST(RocArea, ADifferenceOfExactlyTheToleranceCountsNothing) {

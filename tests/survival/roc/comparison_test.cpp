@@ -300,6 +300,28 @@ TEST(RocComparison, OneClassOnlyGivesNoNumbers) {
   }
 }
 
+// As for a single curve: 0 / 0. The first weight is taken as 1, so the first row is the case.
+TEST(RocComparison, OneCaseInAClassGivesNoNumbersWhateverTheOtherWeights) {
+  for (const double single : {0.0, 1.0}) {
+    for (int cases = 3; cases <= 30; ++cases) {
+      Comparison comparison;
+      comparison.tests.resize(2);
+      comparison.aucs = {0.6, 0.7};
+      for (int i = 0; i < cases; ++i) {
+        comparison.status.push_back(i == 0 ? single : 1.0 - single);
+        comparison.weights.push_back(0.1 * (1 + i % 3) + 1.0 / (i + 2));
+        comparison.tests[0].push_back(i % 7);
+        comparison.tests[1].push_back((3 * i + 1) % 5);
+      }
+      comparison.run();
+      for (const double covariance : comparison.covariance) ASSERT_TRUE(std::isnan(covariance));
+      for (const double error : comparison.aucVariances) ASSERT_TRUE(std::isnan(error));
+      EXPECT_EQ(comparison.at(comparison.zStat, 1, 2), kMissing);
+      EXPECT_EQ(comparison.at(comparison.pValue, 1, 2), kMissing);
+    }
+  }
+}
+
 TEST(RocComparison, UnusualStatusesAreSurvived) {
   for (const double status : {kNaN, kInf, -kInf, 1e9, -1e9, 7.0, -7.0, 0.5}) {
     Comparison comparison = twoTests();
