@@ -12,7 +12,8 @@ namespace {
 // How far the upper tail of Kolmogorov's law at h lies above alpha.
 double excess(double h, double alpha) { return 1.0 - CDFKolmogorov(h) - alpha; }
 
-// The h whose upper tail is alpha in (0, 1].
+// The h whose upper tail is alpha, by the steps of the search; the first h they try where alpha is
+// not a number. It has no end for an alpha below 0 or above 1.
 double kolmogorovCritical(double alpha) {
   // Published to these digits; callers compare with the printed tables.
   if (alpha == 0.01) return 1.62762361151;
@@ -63,7 +64,7 @@ void cusumTest(matrix* residuals, matrix* positions, int n, double alpha, double
 
   const double scale = sqr(static_cast<double>(above) + below);
   *cusumPValue = 1.0 - CDFKolmogorov(*cusumMax / scale);
-  *cusumCritical = alpha > 0.0 && alpha <= 1.0 ? kolmogorovCritical(alpha) * scale : kMissing;
+  *cusumCritical = alpha < 0.0 || alpha > 1.0 ? kMissing : kolmogorovCritical(alpha) * scale;
 }
 
 }  // namespace survival

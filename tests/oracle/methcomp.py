@@ -6,7 +6,7 @@ Usage: methcomp.py LIBSURVIVAL LIBDIST [CASES]
 import math
 import sys
 
-from frame import EPSILON, INF, INFINITE, MISSING, NAN, Dist, Library, Mat, Run, div, order, root, sort_q
+from frame import EPSILON, INF, INFINITE, MISSING, NAN, Dist, Library, Mat, Run, div, order, root, sort_q, trunc
 
 
 def mean_sd(values):
@@ -74,7 +74,7 @@ def cusum(residuals, positions, alpha, dist):
     K = dist.CDFKolmogorov
     scale = root(float(up + down))
     table = {0.01: 1.62762361151, 0.05: 1.35809863932, 0.1: 1.2238478702091}
-    if not 0 < alpha <= 1:
+    if alpha < 0 or alpha > 1:
         critical = MISSING
     elif alpha in table:
         critical = table[alpha] * scale
@@ -114,7 +114,8 @@ def passing_bablok(x, y, alpha, dist):
     K = next((i for i, s in enumerate(slopes) if s > -1), N)
     b = (S(N // 2 + K) + S(N // 2 + K + 1)) / 2 if N % 2 == 0 else S((N + 1) // 2 + K)
     W = dist.InvCDFNormalStd(1 - alpha / 2) * root(2.0 * n + 5) * root(n * (n - 1) / 18.0)
-    M1 = math.floor((N - W) / 2 + 0.5)
+    middle = (N - W) / 2 + 0.5
+    M1 = math.floor(middle) if math.isfinite(middle) else trunc(middle)
     low, up = S(max(1, M1 + K)), S(N - M1 + 1 + K)
     a, a_low, a_up = (median([v - s * u for u, v in zip(x, y)]) for s in (b, up, low))
     fitted = [a + b * u for u in x]
@@ -264,6 +265,7 @@ def main():
     run = Run()
     rnd = run.random
     alphas = [0.05, 0.01, 0.1, 0.2, 0.5, 0.9]
+    odd_alphas = alphas + [0.0, 1.0, 1.5, -0.5, float("nan")]
 
     def pairs(n):
         x = [round(rnd.uniform(1, 20), rnd.choice([0, 1, 6])) for _ in range(n)]
@@ -300,7 +302,7 @@ def main():
     for _ in range(cases):
         n = rnd.choice([0, 1, 2, 3, 4, 5, 9, 20])
         x, y = pairs(n)
-        alpha = rnd.choice(alphas)
+        alpha = rnd.choice(odd_alphas)
         want = passing_bablok(x, y, alpha, dist)
         blank = [9.0] * n
         got, arr = lib.call("VB_PassingBablok", [("D", x), ("i", n), ("D", y), ("d", alpha)] + [("D", [9.0])] * 6 +

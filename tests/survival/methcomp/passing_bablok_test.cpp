@@ -136,10 +136,23 @@ TEST(PassingBablok, OtherLevelsAreFoundByBisection) {
 TEST(PassingBablok, ALevelOutsideHasNoCriticalValue) {
   const std::vector<double> x = {0, 1, 2, 3};
   const std::vector<double> y = {0.1, 0.9, 2.3, 2.8};
-  for (const double alpha : {0.0, -0.5, 1.5, kNan}) {
+  for (const double alpha : {-1e-300, -0.5, std::nextafter(1.0, 2.0), 1.5}) {
     EXPECT_EQ(Fit(x, y, alpha).critical, kMissing) << alpha;
   }
   EXPECT_TRUE(std::isfinite(Fit(x, y, 1.0).critical));
+}
+
+TEST(PassingBablok, LevelsThatEndTheSearchAtOnceHaveTheValueThatItStandsAt) {
+  // Slopes 2/5, 3/5 and 1 thrice: the line is y = x, two rows lie off it, on either side, and the
+  // scale is sqrt(2). The tail is 0 in double precision from 4.5 on, the first middle of 1 and 8;
+  // with a level that is not a number the search never leaves 1.
+  const std::vector<double> x = {0, 1, 2, 3, 4, 5};
+  const std::vector<double> y = {0, 1, 2.5, 2.5, 4, 5};
+  const Fit zero(x, y, 0.0);
+  ASSERT_EQ(zero.a, 0);
+  ASSERT_EQ(zero.b, 1);
+  EXPECT_DOUBLE_EQ(zero.critical, 4.5 * std::sqrt(2.0));
+  EXPECT_DOUBLE_EQ(Fit(x, y, kNan).critical, std::sqrt(2.0));
 }
 
 TEST(PassingBablok, DistancesArePerpendicular) {
