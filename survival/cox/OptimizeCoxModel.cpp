@@ -1,7 +1,5 @@
 // Newton-Raphson fit of a Cox model with step halving.
 #include <cmath>
-#include <cstring>
-#include <limits>
 #include <vector>
 
 #include "Klikro/Klikro"
@@ -9,6 +7,7 @@
 #include "survival/cox/cox.h"
 #include "survival/cox/likelihood.h"
 #include "survival/cox/strata.h"
+#include "survival/repetition.h"
 
 namespace {
 
@@ -17,43 +16,10 @@ constexpr int kHalvings = 10;
 constexpr double kDoubtful = 1e-6;
 // The step-size rule of the solver is heeded only after this many iterations.
 constexpr int kPatience = 10;
-// Where the caller's limit can never be reached.
-constexpr int kUnlimited = 1000;
-
-// Whether two vectors have the same bits, so that everything computed from them has, too.
-bool sameBits(const std::vector<double>& a, const std::vector<double>& b) {
-  return a.size() == b.size() &&
-         (a.empty() || std::memcmp(a.data(), b.data(), a.size() * sizeof(double)) == 0);
-}
 
 std::vector<double> valuesOf(const matrix* m) {
   return std::vector<double>(m->data(), m->data() + m->count());
 }
-
-// Finds out when iterations repeat themselves, by comparing the coefficients with those of an
-// earlier iteration, which moves on at powers of two (Brent, BIT 20 (1980) 176-184).
-class Repetition {
- public:
-  // How many iterations may be skipped at iteration t of `last`: whole periods only, which lead
-  // back to the state in hand.
-  int skippable(int t, int last, const std::vector<double>& state) {
-    if (markedAt_ > 0 && sameBits(state, marked_)) {
-      const int period = t - markedAt_;
-      return (last - t) / period * period;
-    }
-    if (t >= nextMark_) {
-      marked_ = state;
-      markedAt_ = t;
-      nextMark_ = t > std::numeric_limits<int>::max() / 2 ? std::numeric_limits<int>::max() : 2 * t;
-    }
-    return 0;
-  }
-
- private:
-  std::vector<double> marked_;
-  int markedAt_ = 0;
-  int nextMark_ = kPatience + 1;
-};
 
 // What a step of -`back` adds to a quadratic likelihood of that gradient whose top it leads to.
 double expectedGain(const matrix& gradient, const std::vector<double>& back) {
@@ -81,7 +47,7 @@ int OptimizeCoxModel(int p, matrix* delta, matrix* X, matrix* stratumSizes, int 
   std::vector<double> knownAt;
   const auto evaluate = [&](Known wanted) {
     const std::vector<double> here = valuesOf(beta);
-    if (known >= wanted && sameBits(here, knownAt)) return;
+    if (known >= wanted && survival::sameBits(here, knownAt)) return;
     if (wanted == Known::value) {
       *logLik = survival::cox::logLikelihood(
           p, delta, X, ties, beta,
@@ -94,8 +60,9 @@ int OptimizeCoxModel(int p, matrix* delta, matrix* X, matrix* stratumSizes, int 
     knownAt = here;
   };
 
-  const int last = *iterations > 0 ? *iterations : kUnlimited;
-  Repetition repetition;
+  const bool limited = *iterations > 0;
+  const int last = limited ? *iterations : survival::kMostSteps;
+  survival::Repetition repetition(kPatience + 1);
   for (int t = 0;;) {
     evaluate(Known::derivatives);
     const std::vector<double> before = valuesOf(beta);
@@ -131,16 +98,19 @@ int OptimizeCoxModel(int p, matrix* delta, matrix* X, matrix* stratumSizes, int 
 
     ++t;
     const bool settled = std::fabs(*logLik - logLikBefore) < tolerance;
-    if (t == last || (solved == 1 && t > kPatience) || settled) {
+    bool ended = t == last || (solved == 1 && t > kPatience) || settled;
+    if (!ended && t > kPatience) {
+      // Nothing is better than what is not a number.
+      if (!limited) ended = std::isnan(logLikBefore) || survival::anyNaN(valuesOf(beta));
+      if (const int period = repetition.period(t, valuesOf(beta)); period > 0) {
+        // Whole periods lead back to the state in hand and may be skipped.
+        if (limited) t += (last - t) / period * period;
+        ended = t == last || !limited;
+      }
+    }
+    if (ended) {
       *iterations = t;
       return 0;
-    }
-    if (t > kPatience) {
-      t += repetition.skippable(t, last, valuesOf(beta));
-      if (t == last) {
-        *iterations = t;
-        return 0;
-      }
     }
   }
 }

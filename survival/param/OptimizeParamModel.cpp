@@ -1,20 +1,18 @@
 // The Newton-Raphson fit of one model.
 #include <cmath>
-#include <cstring>
+#include <vector>
 
 #include "Dist/Dist"
 #include "Klikro/Klikro"
 #include "solver/solver.h"
 #include "survival/param/evaluate.h"
 #include "survival/param/param.h"
+#include "survival/repetition.h"
 
 namespace {
 
 using survival::param::Model;
 
-// Steps after which a fit without a limit ends: a log-likelihood that is not a number never
-// changes by less than a tolerance.
-constexpr int kUnlimitedSteps = 1000;
 constexpr int kHalvings = 10;
 // The last parameter after a step that took it to 0 or below.
 constexpr double kSmallestLast = 1e-12;
@@ -51,10 +49,14 @@ void startingValues(const Model& model, short fixIntercept, matrix* start) {
   }
 }
 
-// Bit patterns, because a state that is not a number repeats itself too.
-bool sameBits(const matrix& a, const matrix& b) {
-  return a.count() == b.count() &&
-         std::memcmp(a.data(), b.data(), sizeof(double) * static_cast<std::size_t>(a.count())) == 0;
+// What the steps after this one depend on: where it starts from, the estimates and the curvature.
+std::vector<double> stateOf(const matrix& candidate, const matrix& parameters,
+                            const matrix& hessian) {
+  std::vector<double> state;
+  for (const matrix* part : {&candidate, &parameters, &hessian}) {
+    state.insert(state.end(), part->data(), part->data() + part->count());
+  }
+  return state;
 }
 
 }  // namespace
@@ -90,14 +92,14 @@ int OptimizeParamModel(matrix* times, int n, int p, int k, matrix* status, matri
   M_Duplicate(hessian, m, m, hessian0, 1, 1, 1, 1);
   V_Duplicate(parameters, 1, 1, m, &candidate, 1, 1);
 
-  const int limit = *iterations;
-  const int lastStep = limit > 0 ? limit : kUnlimitedSteps;
+  const bool limited = *iterations > 0;
+  const int lastStep = limited ? *iterations : survival::kMostSteps;
+  survival::Repetition repetition(1);
   double before = 0.0;
   evaluate(model, &candidate, &before, nullptr, nullptr);
   for (int t = 1;; ++t) {
     *logLik = before;
-    matrix from(m, &candidate);
-    matrix curvature(hessian->rows(), hessian);
+    const std::vector<double> from = stateOf(candidate, *parameters, *hessian);
     const int solverCode = cNewtonRaphson(&candidate, m, &mask, gradient, hessian, tolerance, &work,
                                           covariance, -1, 1.0);
     // Meant for sigma, but it holds for the last parameter of every law.
@@ -127,13 +129,16 @@ int OptimizeParamModel(matrix* times, int n, int p, int k, matrix* status, matri
       // All but the last go back; the last one starts the next step from where halving left it.
       V_Duplicate(parameters, 1, 1, m - 1, &candidate, 1, 1);
       // What is refused and changes nothing is refused again, up to the limit.
-      repeats = sameBits(candidate, from) && sameBits(*hessian, curvature);
+      repeats = survival::sameBits(stateOf(candidate, *parameters, *hessian), from);
+    }
+    if (!limited && !repeats) {
+      repeats = repetition.period(t, stateOf(candidate, *parameters, *hessian)) > 0;
     }
 
     const bool converged = std::fabs(before - after) < tolerance;
     if (converged || repeats || t == lastStep) {
       if (solverCode < 0) return -2;
-      *iterations = converged ? t : lastStep;
+      *iterations = converged || !limited ? t : lastStep;
       return 0;
     }
     if (accepted) {

@@ -61,10 +61,9 @@ int Param_BackSelection(matrix* times, int n, int* p, int k, matrix* status, mat
                             hessian0};
   const int m = parameterCount(whole, k);
   requireMatrix(m, m);
-  matrix fitted(m, 1, 0);
   matrixInt::matCheck(selectionOrder, m, 1, 0.0);
   *selectionCount = 1;
-  selection.fit(whole, covariates, parameters, &fitted, iterations);
+  selection.fit(whole, covariates, parameters, gradient, iterations);
 
   while (*p > 1) {
     const int step = *selectionCount;
@@ -77,9 +76,8 @@ int Param_BackSelection(matrix* times, int n, int* p, int k, matrix* status, mat
     selectionOrder->vbset(inputPosition(worst.covariate, whole, selectionOrder), 1, step);
     M_RemoveCol(covariates, n, *p, worst.covariate, covariates);
     *p -= 1;
-    selection.fit(*p, covariates, parameters, &fitted, iterations);
+    selection.fit(*p, covariates, parameters, gradient, iterations);
     *selectionCount = step + 1;
   }
-  storeGradient(fitted, gradient);
   return 0;
 }

@@ -40,7 +40,6 @@ int Param_ForSelection(matrix* times, int n, int* p, int k, matrix* status, matr
                             hessian0};
   const int m = parameterCount(whole, k);
   requireMatrix(m, m);
-  matrix fitted(m, 1, 0);
   selectionOrder->ReInit();
   *selectionCount = 1;
 
@@ -57,7 +56,7 @@ int Param_ForSelection(matrix* times, int n, int* p, int k, matrix* status, matr
       outside.vbset(j, 1, 0.0);
       M_RemoveColsInList(covariates, n, whole, &outside, &chosen);
       outside.vbset(j, 1, 1.0);
-      selection.fit(size, &chosen, &trial, &fitted, iterations);
+      selection.fit(size, &chosen, &trial, gradient, iterations);
       // Each first candidate is compared with its own start, which stands for the null model.
       const double before = *selectionCount == 1 ? *logLik0 : reference;
       const double statistic = -2.0 * (before - *logLik);
@@ -81,15 +80,14 @@ int Param_ForSelection(matrix* times, int n, int* p, int k, matrix* status, matr
   }
 
   if (inside == 0) {
-    selection.fit(std::max(whole, 0), covariates, parameters, &fitted, iterations);
+    selection.fit(std::max(whole, 0), covariates, parameters, gradient, iterations);
   } else {
     M_RemoveColsInList(covariates, n, whole, &outside, &chosen);
     matrix estimates(parameterCount(inside, k), 1, 0);
-    selection.fit(inside, &chosen, &estimates, &fitted, iterations);
+    selection.fit(inside, &chosen, &estimates, gradient, iterations);
     estimates.copyMatTo(parameters);
     M_Duplicate(&chosen, n, inside, covariates, 1, 1, 1, 1);
     *p = inside;
   }
-  storeGradient(fitted, gradient);
   return 0;
 }

@@ -35,12 +35,6 @@ struct Selection {
   }
 };
 
-// The gradient of the last model at the head of a matrix that keeps its shape, zero beyond.
-inline void storeGradient(const matrix& fitted, matrix* gradient) {
-  std::fill_n(gradient->data(), gradient->count(), 0.0);
-  fitted.copyMatTo(gradient);
-}
-
 }  // namespace survival::param
 
 #endif  // SURVIVAL_PARAM_SELECTION_H_

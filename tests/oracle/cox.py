@@ -194,7 +194,7 @@ def fit(p, delta, X, sizes, S, limit, tol, ties, D, m, d, g):
             beta = [b + x * 2.0 ** -h for b, x in zip(beta, delta_step)]
             stale = True
         t += 1
-        if t == limit or (r == 1 and t > 10) or abs(ll - ll_old) < tol or t >= 1000:
+        if t == limit or (r == 1 and t > 10) or abs(ll - ll_old) < tol or t >= 100000:
             break
     out.update(beta=beta, ll=ll, U=U, H=H, t=t)
     return out

@@ -171,7 +171,8 @@ TEST(Driver, WithoutALimitTheStepsNeverMatchIt) {
     driver.iterations = limit;
     driver.tolerance = -1.0;
     EXPECT_EQ(0, driver.run(model));
-    EXPECT_EQ(1000.0, driver.statistics.vbget(7, 2));
+    EXPECT_GT(driver.statistics.vbget(7, 2), 3.0);
+    EXPECT_LT(driver.statistics.vbget(7, 2), 10.0);
   }
 }
 

@@ -160,8 +160,9 @@ TEST(EntryPoint, BackwardSelectionGivesBackTheWholeCovarianceAndTheCovariates) {
   EXPECT_EQ(fit.covariance.vbget(2, 2), flat.covariance[6]);
   EXPECT_EQ(fit.hessian.vbget(3, 3), flat.hessian[12]);
   EXPECT_EQ(fit.gradient.vbget(3, 1), flat.gradient[2]);
-  // The larger model's part: nothing left in gradient and Hessian.
-  EXPECT_EQ(0.0, flat.gradient[4]);
+  // The larger model's part: the gradient keeps the caller's values, the Hessian is cleared.
+  EXPECT_EQ(777.0, flat.gradient[3]);
+  EXPECT_EQ(777.0, flat.gradient[4]);
   EXPECT_EQ(0.0, flat.hessian[24]);
   EXPECT_EQ(before.times, data.times);
 }
