@@ -102,8 +102,8 @@ void iniSuperMat(matrix** arr, int count, int rows, int cols) {
 }
 
 void deletecascade(matrix** arr, int count) {
-  for (int i = count - 1; i >= 0; --i) {
-    delete arr[i];
-    arr[i] = nullptr;
+  for (int made = count; made > 0; --made) {
+    delete arr[made - 1];
+    arr[made - 1] = nullptr;
   }
 }

@@ -56,7 +56,13 @@ double quantile(std::vector<double> values, double p) {
   std::nth_element(values.begin(), below, values.end(), numbersFirst);
   if (fraction == 0.0) return *below;
   const double above = *std::min_element(below + 1, values.end(), numbersFirst);
-  return *below + fraction * (above - *below);
+  const double step = above - *below;
+  // Ends of both signs near the largest double lie further apart than a double can tell; their
+  // halves do not.
+  if (std::isinf(step) && std::isfinite(above) && std::isfinite(*below)) {
+    return 2.0 * (*below / 2.0 + fraction * (above / 2.0 - *below / 2.0));
+  }
+  return *below + fraction * step;
 }
 
 }  // namespace

@@ -1,12 +1,19 @@
 // Row permutations of a matrix.
 #include "survival/SortApply.h"
 
+#include <algorithm>
+
 #include "Klikro/Klikro"
 
 template <typename T, typename U>
 void SortApply(T* src, int n, int cols, matrix* perm, U* dst) {
+  const int rows = std::min(n, src->rows());
   for (int j = 1; j <= cols; ++j) {
-    for (int i = 1; i <= n; ++i) dst->vbset(i, j, src->vbget(truncated(perm->vbget(i, 1)), j));
+    for (int i = 1; i <= n; ++i) {
+      // The accessor looks at the linear position alone and would answer from another column.
+      const int row = truncated(perm->vbget(i, 1));
+      dst->vbset(i, j, row >= 1 && row <= rows ? src->vbget(row, j) : -1);
+    }
   }
 }
 

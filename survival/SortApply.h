@@ -7,7 +7,8 @@
 #include "survival/export.h"
 
 // dst(i, j) := src(perm(i), j) for rows 1..n and columns 1..cols. perm holds 1-based row numbers,
-// truncated; an entry outside 1..n reads as the containers' -1. Cost O(n cols).
+// truncated; an entry that is no row of src, or lies outside 1..n, gives -1 in every column.
+// Cost O(n cols).
 template <typename T, typename U>
 SURVIVAL_API void SortApply(T* src, int n, int cols, matrix* perm, U* dst);
 

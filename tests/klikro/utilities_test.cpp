@@ -292,6 +292,18 @@ TEST(Quantile, WithInfinitiesAtAnOrderStatisticIsThatOne) {
   EXPECT_EQ(V_Quantile(&v, 3, 0.0), -kInf);
 }
 
+TEST(Quantile, BetweenValuesFurtherApartThanADoubleReachesIsTheirMixture) {
+  constexpr double large = 1.7e308;
+  Column v({large, -large});
+  EXPECT_EQ(V_Quantile(&v, 2, 0.5), 0.0);
+  EXPECT_DOUBLE_EQ(V_Quantile(&v, 2, 0.25), -large / 2);  // 3/4 of the one, 1/4 of the other
+  EXPECT_DOUBLE_EQ(V_Quantile(&v, 2, 0.75), large / 2);
+  short none[] = {0, 0};
+  EXPECT_EQ(V_QuantileM(&v, 2, none, 0.5), 0.0);
+  Column infinite({-kInf, large});
+  EXPECT_EQ(V_Quantile(&infinite, 2, 1.0), large);
+}
+
 TEST(SuperMatrix, MakesAndDeletesZeroMatrices) {
   matrix* arr[3];
   iniSuperMat(arr, 3, 2, 2);
@@ -301,6 +313,7 @@ TEST(SuperMatrix, MakesAndDeletesZeroMatrices) {
   EXPECT_EQ(arr[0], nullptr);
   iniSuperMat(arr, 0, 2, 2);
   deletecascade(arr, 0);
+  for (const int count : {-1, std::numeric_limits<int>::min()}) deletecascade(nullptr, count);
 }
 
 TEST(LeastSquares, FitsALineExactly) {
@@ -383,6 +396,43 @@ TEST(LeastSquares, AColumnOfZerosGetsZero) {
   OLSBasic(2, 1, &x, &y, &w, 1, 0, 0, 1e-4, &coefficients, &residuals);
   EXPECT_EQ(coefficients.vbget(1, 1), 0.0);
   EXPECT_NEAR(coefficients.vbget(2, 1), 15, 1e-13);
+}
+
+TEST(LeastSquares, ScalesOfTheColumnsDoNotMatter) {
+  // Rows (0, 1), (1, 3), (2, 4), (3, 8): slope 11/5, intercept 7/10; powers of two change nothing.
+  const double slope = 2.2, intercept = 0.7;
+  for (const int scale : {0, -565, 532, -1000, 1000}) {  // 1, 1e-170, 1e160 and further
+    for (const int height : {0, -500, 500}) {
+      const double s = std::ldexp(1.0, scale), h = std::ldexp(1.0, height);
+      Column x({0, s, 2 * s, 3 * s});
+      Column y({h, 3 * h, 4 * h, 8 * h});
+      Column w({1, 1, 1, 1});
+      matrix coefficients(2, 1, 9);
+      matrix residuals(4, 1, 9);
+      OLSBasic(4, 1, &x, &y, &w, 1, 0, 0, 1e-4, &coefficients, &residuals);
+      const double expected = std::ldexp(slope, height - scale);
+      if (std::isnormal(expected)) {
+        EXPECT_NEAR(coefficients.vbget(1, 1) / expected, 1, 1e-14) << scale << ", " << height;
+        EXPECT_NEAR(residuals.vbget(4, 1) / h, 0.7, 1e-13) << scale << ", " << height;
+      }
+      EXPECT_NEAR(coefficients.vbget(2, 1) / h, intercept, 1e-13) << scale << ", " << height;
+    }
+  }
+}
+
+TEST(LeastSquares, ScalesOfTheWeightsDoNotMatter) {
+  for (const double scale : {1.0, 1e-320, 1e-300, 1e300}) {
+    Column x({0, 1, 2});
+    Column y({0, 1, 5});
+    Column w({scale, 2 * scale, scale});
+    matrix coefficients(2, 1, 0);
+    matrix residuals(3, 1, 0);
+    OLSBasic(3, 1, &x, &y, &w, 1, 0, 0, 1e-4, &coefficients, &residuals);
+    // As with weights 1, 2, 1; those below the normal numbers keep some digits only.
+    const double digits = scale < 1e-310 ? 1e-3 : 1e-13;
+    EXPECT_NEAR(coefficients.vbget(1, 1), 2.5, digits) << scale;
+    EXPECT_NEAR(coefficients.vbget(2, 1), -0.75, digits) << scale;
+  }
 }
 
 TEST(LeastSquares, OfNoRowsIsZero) {

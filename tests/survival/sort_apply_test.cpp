@@ -43,6 +43,34 @@ TEST(SortApply, ARowNumberOutsideReadsAsMinusOne) {
   EXPECT_EQ(elements(wholeTarget), (std::vector<int>{-1, -1}));
 }
 
+TEST(SortApply, AnEntryThatIsNoRowGivesMinusOneInEveryColumn) {
+  // By linear position 0 would be the last row of the column before, 4 the first of the next.
+  Rows source({{1, 10}, {2, 20}, {3, 30}});
+  Column perm({0, 4, -2});
+  Rows target({{0, 0}, {0, 0}, {0, 0}});
+  SortApply<matrix, matrix>(&source, 3, 2, &perm, &target);
+  EXPECT_EQ(elements(target), std::vector<double>(6, -1));
+  SortApply2<matrix>(&source, 3, 2, &perm);
+  EXPECT_EQ(elements(source), std::vector<double>(6, -1));
+  matrixInt whole(3, 2, 7);
+  SortApply2<matrixInt>(&whole, 3, 2, &perm);
+  EXPECT_EQ(elements(whole), std::vector<int>(6, -1));
+}
+
+TEST(SortApply, RowsPastTheOnesThatAreSortedDoNotCount) {
+  Rows source({{1, 10}, {2, 20}, {3, 30}});
+  Column perm({3, 2});
+  Rows target({{0, 0}, {0, 0}});
+  SortApply<matrix, matrix>(&source, 2, 2, &perm, &target);
+  EXPECT_EQ(elements(target), (std::vector<double>{-1, 2, -1, 20}));
+  // Nor do those that the source does not have.
+  Rows shorter({{1, 10}, {2, 20}});
+  Column wide({3, 1, 2});
+  Rows wider({{0, 0}, {0, 0}, {0, 0}});
+  SortApply<matrix, matrix>(&shorter, 3, 2, &wide, &wider);
+  EXPECT_EQ(elements(wider), (std::vector<double>{-1, 1, 2, -1, 10, 20}));
+}
+
 TEST(SortApply, OfNoRowsOrColumnsDoesNothing) {
   Column source({1, 2});
   Column perm({2, 1});
