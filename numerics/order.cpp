@@ -1,0 +1,65 @@
+#include "numerics/order.h"
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <utility>
+
+namespace survmeth::numerics {
+namespace {
+
+constexpr int kBits = 11;
+constexpr std::size_t kDigits = std::size_t{1} << kBits;
+constexpr int kPasses = 6;  // 6 times 11 bits cover 64
+// Below this many values the counts of a pass cost more than comparisons.
+constexpr std::size_t kFew = 512;
+
+struct Entry {
+  std::uint64_t key;
+  std::uint32_t position;
+};
+
+// An unsigned number that is ordered as the double is: the sign bit turned for positive numbers,
+// every bit for negative ones. Adding 0 makes -0 and 0 one.
+std::uint64_t orderedKey(double value) {
+  const auto bits = std::bit_cast<std::uint64_t>(value + 0.0);
+  constexpr std::uint64_t kSign = std::uint64_t{1} << 63;
+  return (bits & kSign) != 0 ? ~bits : bits | kSign;
+}
+
+std::size_t digit(std::uint64_t key, int pass) {
+  return static_cast<std::size_t>(key >> (pass * kBits)) & (kDigits - 1);
+}
+
+}  // namespace
+
+std::vector<std::uint32_t> ascendingOrder(std::span<const double> values) {
+  const std::size_t n = values.size();
+  std::vector<Entry> entries(n);
+  for (std::size_t i = 0; i < n; ++i) {
+    entries[i] = {orderedKey(values[i]), static_cast<std::uint32_t>(i)};
+  }
+  if (n < kFew) {
+    std::stable_sort(entries.begin(), entries.end(),
+                     [](const Entry& a, const Entry& b) { return a.key < b.key; });
+  } else {
+    std::vector<std::array<std::uint32_t, kDigits>> counts(kPasses);
+    for (const Entry& entry : entries) {
+      for (int pass = 0; pass < kPasses; ++pass) ++counts[pass][digit(entry.key, pass)];
+    }
+    std::vector<Entry> sorted(n);
+    for (int pass = 0; pass < kPasses; ++pass) {
+      std::array<std::uint32_t, kDigits>& starts = counts[pass];
+      if (starts[digit(entries.front().key, pass)] == n) continue;
+      std::uint32_t next = 0;
+      for (std::uint32_t& start : starts) next += std::exchange(start, next);
+      for (const Entry& entry : entries) sorted[starts[digit(entry.key, pass)]++] = entry;
+      entries.swap(sorted);
+    }
+  }
+  std::vector<std::uint32_t> order(n);
+  for (std::size_t i = 0; i < n; ++i) order[i] = entries[i].position;
+  return order;
+}
+
+}  // namespace survmeth::numerics
