@@ -1,0 +1,119 @@
+#include "engine/risk/arrangement.h"
+
+#include <algorithm>
+
+namespace survmeth::engine::risk {
+namespace {
+
+// Rows by stratum, the order within a stratum kept; rows of weight 0 left out. `starts` gets the
+// first position of every stratum code and, behind them, the count of all.
+std::vector<std::uint32_t> byStratum(const std::vector<std::uint32_t>& order, const Rows& rows,
+                                     std::vector<std::uint32_t>& starts) {
+  const auto takesPart = [&](std::uint32_t row) {
+    return rows.weight.empty() || rows.weight[row] > 0.0;
+  };
+  const std::size_t strata = rows.stratum.empty() ? 1 : rows.strata;
+  const auto code = [&](std::uint32_t row) {
+    return rows.stratum.empty() ? 0U : rows.stratum[row];
+  };
+  starts.assign(strata + 1, 0);
+  for (const std::uint32_t row : order) {
+    if (takesPart(row)) ++starts[code(row) + 1];
+  }
+  for (std::size_t s = 0; s < strata; ++s) starts[s + 1] += starts[s];
+  std::vector<std::uint32_t> next(starts.begin(), starts.end() - 1);
+  std::vector<std::uint32_t> sorted(starts.back());
+  for (const std::uint32_t row : order) {
+    if (takesPart(row)) sorted[next[code(row)]++] = row;
+  }
+  return sorted;
+}
+
+}  // namespace
+
+Arrangement::Arrangement(const Response& response, const Rows& rows, double tieTolerance) {
+  const TimeCodes codes(response, tieTolerance);
+  std::vector<std::uint32_t> starts;
+  source = byStratum(codes.exitOrder, rows, starts);
+  const std::size_t n = source.size();
+
+  // Events before the others of their time and stratum.
+  std::vector<std::uint32_t> others;
+  for (std::size_t s = 0; s + 1 < starts.size(); ++s) {
+    for (std::size_t i = starts[s]; i < starts[s + 1];) {
+      std::size_t stop = i;
+      while (stop < starts[s + 1] && codes.exit[source[stop]] == codes.exit[source[i]]) ++stop;
+      others.clear();
+      std::size_t to = i;
+      for (std::size_t j = i; j < stop; ++j) {
+        if (response.event[source[j]] != 0) {
+          source[to++] = source[j];
+        } else {
+          others.push_back(source[j]);
+        }
+      }
+      std::copy(others.begin(), others.end(), source.begin() + static_cast<std::ptrdiff_t>(to));
+      i = stop;
+    }
+  }
+
+  weight.resize(n, 1.0);
+  event.resize(n);
+  end.resize(n);
+  rowStratum.resize(n);
+  for (std::size_t i = 0; i < n; ++i) {
+    event[i] = response.event[source[i]] != 0 ? 1 : 0;
+    if (!rows.weight.empty()) weight[i] = rows.weight[source[i]];
+  }
+  if (!rows.offset.empty()) {
+    offset.resize(n);
+    for (std::size_t i = 0; i < n; ++i) offset[i] = rows.offset[source[i]];
+  }
+  std::vector<std::uint32_t> timeCode;
+  for (std::size_t s = 0; s + 1 < starts.size(); ++s) {
+    if (starts[s] == starts[s + 1]) continue;
+    const auto stratum = static_cast<std::uint32_t>(stratumCode.size());
+    stratumCode.push_back(static_cast<std::uint32_t>(s));
+    stratumRow.push_back(starts[s]);
+    stratumTime.push_back(static_cast<std::uint32_t>(time.size()));
+    for (std::uint32_t i = starts[s]; i < starts[s + 1]; ++i) {
+      rowStratum[i] = stratum;
+      const std::uint32_t code = codes.exit[source[i]];
+      if (event[i] != 0) {
+        if (time.size() == stratumTime.back() || timeCode.back() != code) {
+          time.push_back(codes.time[code]);
+          timeCode.push_back(code);
+          timeStratum.push_back(stratum);
+          firstEvent.push_back(i);
+          events.push_back(0);
+          eventWeight.push_back(0.0);
+        }
+        ++events.back();
+        eventWeight.back() += weight[i];
+      }
+      end[i] = static_cast<std::uint32_t>(time.size());
+    }
+  }
+  stratumRow.push_back(static_cast<std::uint32_t>(n));
+  stratumTime.push_back(static_cast<std::uint32_t>(time.size()));
+
+  if (response.entry.empty()) return;
+  std::vector<std::uint32_t> position(response.rows());
+  for (std::size_t i = 0; i < n; ++i) position[source[i]] = static_cast<std::uint32_t>(i);
+  const std::vector<std::uint32_t> byEntry = byStratum(codes.entryOrder, rows, starts);
+  first.resize(n);
+  bool late = false;
+  for (std::size_t s = 0; s < strata(); ++s) {
+    std::uint32_t k = stratumTime[s];
+    for (std::uint32_t i = stratumRow[s]; i < stratumRow[s + 1]; ++i) {
+      const std::uint32_t row = byEntry[i];
+      while (k < stratumTime[s + 1] && timeCode[k] <= codes.entry[row]) ++k;
+      // A row between two event times is never at risk.
+      first[position[row]] = std::min(k, end[position[row]]);
+      late = late || k > stratumTime[s];
+    }
+  }
+  if (!late) first.clear();
+}
+
+}  // namespace survmeth::engine::risk
