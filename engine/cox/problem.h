@@ -1,0 +1,85 @@
+// What a proportional-hazards likelihood is made of: the arranged rows with their covariates, and
+// the sums over risk sets at one set of coefficients.
+#ifndef ENGINE_COX_PROBLEM_H_
+#define ENGINE_COX_PROBLEM_H_
+
+#include <cstddef>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "engine/input.h"
+#include "engine/risk/arrangement.h"
+#include "engine/risk/sums.h"
+#include "numerics/gram.h"
+
+namespace survmeth::engine::cox {
+
+// How events at one time are treated.
+enum class Ties {
+  kEfron,     // Efron, JASA 72 (1977) 557-565
+  kBreslow,   // Breslow, Biometrics 30 (1974) 89-99
+  kDiscrete,  // Cox's discrete model: every set of as many rows as fail could have failed
+  kMarginal,  // the sum over all orders in which the tied rows can have failed
+};
+
+// The arranged rows. Covariates are centred at the means of their stratum, which changes no
+// result and keeps second moments from cancelling.
+struct Problem {
+  Problem(const Response& response, const Rows& rows, const Design& design, double tieTolerance);
+  Problem(const Problem&) = delete;
+  Problem& operator=(const Problem&) = delete;
+
+  std::size_t columns() const { return x.columns(); }
+  // What was taken from column j in stratum s of the arrangement.
+  double centre(std::size_t s, std::size_t j) const { return centres[s * columns() + j]; }
+
+  risk::Arrangement arrangement;
+  risk::Sums sums;
+  numerics::BlockedColumns x;          // rows of the arrangement
+  std::vector<double> centres;         // strata x columns
+  std::vector<double> spread;          // of each column: largest centred absolute value
+  std::vector<double> size;            // of each column: largest absolute value
+  std::vector<std::uint32_t> cluster;  // of the caller's rows, or empty
+  std::size_t clusters = 0;
+  std::size_t sourceRows = 0;  // the caller's, those of weight 0 included
+  std::vector<std::string> names, termNames;
+  std::vector<std::size_t> term;
+};
+
+// The events of one time as a sum of d terms, the l-th with the share f of the failing rows' risk
+// in its denominator D = S0 of the others + f S0 of the failing ones; u = D0 / D with D0 the sum
+// of both. Breslow: one term with f = 1.
+struct TieMoments {
+  double u, uf;          // sums of (omega / d) u, u f
+  double u2, u2f, u2ff;  // sums of (omega / d) u^2, u^2 f, u^2 f^2
+};
+
+// The sums at one set of coefficients. A stratum's risks are divided by exp(shift), so that
+// predictors far from 0 neither overflow nor vanish.
+struct Hazards {
+  std::vector<double> predictor;   // rows: x'b + offset, of the centred covariates
+  std::vector<double> risk;        // rows: weight exp(predictor - shift)
+  std::vector<double> shift;       // strata
+  std::vector<double> others;      // times: S0 of the rows at risk that do not fail
+  std::vector<double> failing;     // times: S0 of those that fail
+  std::vector<double> increment;   // times: of the cumulative hazard, times exp(shift)
+  std::vector<double> own;         // times: the part that counts for the rows that fail
+  std::vector<double> cumulative;  // rows: hazard over its time at risk, times exp(shift)
+  double logLikelihood = 0.0;
+
+  double all(std::size_t k) const { return others[k] + failing[k]; }
+};
+
+// The sums over the d tied events of time k; all 0 at tied times of the exact methods, which have
+// terms of their own there.
+TieMoments tieMoments(const Problem& problem, const Hazards& hazards, Ties ties, std::size_t k);
+
+// False where the predictors of one stratum are more than 1300 apart or no numbers.
+// Cost O(n p)
+bool hazardsAt(const Problem& problem, Ties ties, std::span<const double> coefficients,
+               Hazards& hazards);
+
+}  // namespace survmeth::engine::cox
+
+#endif  // ENGINE_COX_PROBLEM_H_
