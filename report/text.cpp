@@ -5,16 +5,14 @@
 #include <utility>
 #include <vector>
 
+#include "report/phrases.h"
 #include "report/textTable.h"
 #include "text/utf8.h"
-#include "text/words.h"
 
 namespace survmeth::report {
 namespace {
 
-using text::counted;
 using text::displayWidth;
-using text::grouped;
 using text::printable;
 using text::wrapped;
 
@@ -60,8 +58,7 @@ class Writer {
   void methods(const Report& report);
 
  private:
-  void block(const std::vector<const Column*>& columns, const std::vector<Format>& formats,
-             std::size_t first, std::size_t last);
+  void block(const std::vector<Shown>& columns, const Part& part);
 
   std::vector<std::string> lines(const std::string& text, std::size_t indent) const {
     const std::size_t limit = options_.width == 0 ? kProseWidth : options_.width;
@@ -72,26 +69,6 @@ class Writer {
   const TextOptions& options_;
   std::string out_;
 };
-
-std::string dataLine(const Data& data) {
-  std::string rows = counted(data.rowsRead, "row", "rows");
-  if (data.rowsUsed != data.rowsRead) rows = grouped(data.rowsUsed) + " of " + rows;
-  return data.name.empty() ? rows : data.name + ", " + rows;
-}
-
-// "" for what is on or off.
-std::string settingText(const Setting& setting) {
-  if (const std::string* word = std::get_if<std::string>(&setting)) return *word;
-  if (const double* number = std::get_if<double>(&setting)) return exact(*number);
-  std::string list;
-  if (const auto* numbers = std::get_if<std::vector<double>>(&setting)) {
-    for (const double each : *numbers) list += (list.empty() ? "" : ", ") + exact(each);
-  }
-  if (const auto* words = std::get_if<std::vector<std::string>>(&setting)) {
-    for (const std::string& each : *words) list += (list.empty() ? "" : ", ") + each;
-  }
-  return list;
-}
 
 std::string planLine(const Report& report) {
   std::string line;
@@ -104,19 +81,10 @@ std::string planLine(const Report& report) {
   return line;
 }
 
-std::string factText(const Fact& fact, int digits) {
-  if (const bool* flag = std::get_if<bool>(&fact.value)) return *flag ? "yes" : "no";
-  if (const std::string* text = std::get_if<std::string>(&fact.value)) return *text;
-  if (const double* number = std::get_if<double>(&fact.value)) {
-    return shown(*number, formatOf(fact.kind, {number, 1}, digits));
-  }
-  return "-";
-}
-
 void Writer::head(const Report& report) {
   section();
   if (!report.title.empty()) title(report.title);
-  if (!report.data.name.empty() || report.data.rowsRead > 0) prose(dataLine(report.data));
+  if (!report.data.name.empty() || report.data.rowsRead > 0) prose(dataText(report.data));
   if (const std::string plan = planLine(report); !plan.empty()) prose(plan);
   if (report.summary.empty()) return;
   section();
@@ -136,60 +104,37 @@ void Writer::facts(const Report& report) {
   out_ += texts.text(options_.width);
 }
 
-void Writer::block(const std::vector<const Column*>& columns, const std::vector<Format>& formats,
-                   std::size_t first, std::size_t last) {
-  if (first == last) {
+void Writer::block(const std::vector<Shown>& columns, const Part& part) {
+  if (part.first == part.last) {
     line("(no rows)");
     return;
   }
   std::vector<Heading> headings;
   std::size_t labels = 0;  // columns of labels before the first number
-  for (const Column* column : columns) {
-    if (column->isLabels() && labels == headings.size()) ++labels;
-    headings.push_back({column->heading, column->isLabels() ? kLeft : kRight});
+  for (const Shown& each : columns) {
+    const bool isLabels = each.column->isLabels();
+    if (isLabels && labels == headings.size()) ++labels;
+    headings.push_back({each.column->heading, isLabels ? kLeft : kRight});
   }
   TextTable texts(std::move(headings));
-  for (std::size_t row = first; row < last; ++row) {
+  for (std::size_t row = part.first; row < part.last; ++row) {
     std::vector<std::string> cells;
     cells.reserve(columns.size());
-    for (std::size_t i = 0; i < columns.size(); ++i) {
-      cells.push_back(columns[i]->isLabels() ? columns[i]->labels()[row]
-                                             : shown(columns[i]->numbers()[row], formats[i]));
-    }
+    for (const Shown& each : columns) cells.push_back(each.cell(row));
     texts.row(std::move(cells));
   }
   out_ += texts.text(options_.width, std::max<std::size_t>(labels, 1));
 }
 
 void Writer::table(const Table& table) {
-  std::vector<const Column*> columns;
-  std::vector<Format> formats;
-  for (const Column& column : table.columns) {
-    if (column.key == table.partedBy) continue;
-    columns.push_back(&column);
-    formats.push_back(column.isLabels() ? Format{}
-                                        : formatOf(column.kind, column.numbers(), options_.digits));
-  }
-  const Column* parting = table.partedBy.empty() ? nullptr : table.find(table.partedBy);
-  std::size_t first = 0;
-  do {
-    std::size_t last = table.rows();
-    std::string caption = table.caption;
-    if (parting != nullptr && first < last) {
-      const std::vector<std::string>& labels = parting->labels();
-      const std::string name =
-          (parting->heading.empty() ? "" : parting->heading + " = ") + labels[first];
-      caption += (caption.empty() ? "" : ", ") + name;
-      last = static_cast<std::size_t>(
-          std::find_if(labels.begin() + static_cast<std::ptrdiff_t>(first), labels.end(),
-                       [&](const std::string& each) { return each != labels[first]; }) -
-          labels.begin());
-    }
+  const std::vector<Shown> columns = shownColumns(table, options_.digits);
+  for (const Part& part : partsOf(table)) {
+    const bool both = !table.caption.empty() && !part.heading.empty();
+    const std::string caption = table.caption + (both ? ", " : "") + part.heading;
     section();
     if (!caption.empty()) prose(caption);
-    block(columns, formats, first, last);
-    first = last;
-  } while (first < table.rows());
+    block(columns, part);
+  }
   for (const std::string& remark : table.remarks) prose(remark);
 }
 

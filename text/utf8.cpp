@@ -20,8 +20,7 @@ constexpr Range kWide[] = {
     {0x4E00, 0x9FFF},   {0xA000, 0xA4CF},   {0xAC00, 0xD7A3},   {0xF900, 0xFAFF},
     {0xFE30, 0xFE4F},   {0xFF00, 0xFF60},   {0xFFE0, 0xFFE6},   {0x1F300, 0x1F64F},
     {0x1F680, 0x1F6FF}, {0x1F900, 0x1F9FF}, {0x1FA70, 0x1FAFF}, {0x20000, 0x3FFFD}};
-constexpr Range kControls[] = {{0x00, 0x1F},     {0x7F, 0x9F},     {0x061C, 0x061C},
-                               {0x200E, 0x200F}, {0x2028, 0x202E}, {0x2066, 0x2069}};
+constexpr Range kControls[] = {{0x00, 0x1F}, {0x7F, 0x9F}, {0x2028, 0x202E}, {0x2066, 0x2069}};
 
 template <std::size_t N>
 bool within(const Range (&ranges)[N], std::uint32_t character) {
@@ -31,6 +30,7 @@ bool within(const Range (&ranges)[N], std::uint32_t character) {
 }
 
 std::size_t widthOf(std::uint32_t character) {
+  if (character < kZero[0].first) return 1;
   if (within(kZero, character)) return 0;
   return within(kWide, character) ? 2 : 1;
 }
@@ -69,7 +69,10 @@ bool isUtf8(std::string_view text) {
   return true;
 }
 
-bool isControl(std::uint32_t character) { return within(kControls, character); }
+bool isControl(std::uint32_t character) {
+  if (character >= ' ' && character < 0x7F) return false;
+  return within(kControls, character);
+}
 
 std::string printable(std::string_view text) {
   std::string result;

@@ -20,7 +20,7 @@ std::uint32_t takeCharacter(std::string_view& text);
 bool isUtf8(std::string_view text);
 
 // Whether a character would break lines, reach the terminal as a command or turn the direction of
-// what follows it: controls, line and paragraph separators, directional marks and overrides.
+// what follows it: controls, line and paragraph separators, directional overrides and isolates.
 bool isControl(std::uint32_t character);
 
 // The text with '?' for every control character and every byte that is no UTF-8.

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
+#include <iterator>
 #include <regex>
 #include <set>
 
@@ -81,10 +82,13 @@ TEST(Report, ATableIsPartedByLabels) {
             "report: table is parted by n, which is no column of labels");
 }
 
-TEST(Keys, AreSpeltAsTheyAreNamedAndOnce) {
+TEST(Keys, AreSpeltAsTheyAreNamedOnceAndDocumented) {
   std::ifstream header(SURVMETH_SOURCE "/report/keys.h");
   ASSERT_TRUE(header.is_open());
   const std::regex declaration(R"re(inline constexpr char k(\w)(\w*)\[\] = "(\w)(\w*)";.*)re");
+  std::ifstream page(SURVMETH_SOURCE "/docs/report.md");
+  ASSERT_TRUE(page.is_open());
+  const std::string documented((std::istreambuf_iterator<char>(page)), {});
   std::set<std::string> keys;
   for (std::string line; std::getline(header, line);) {
     std::smatch parts;
@@ -92,7 +96,9 @@ TEST(Keys, AreSpeltAsTheyAreNamedAndOnce) {
     ASSERT_TRUE(std::regex_match(line, parts, declaration)) << line;
     EXPECT_EQ(std::string(1, static_cast<char>(parts[3].str()[0] - 'a' + 'A')), parts[1]) << line;
     EXPECT_EQ(parts[2], parts[4]) << line;
-    EXPECT_TRUE(keys.insert(parts[3].str() + parts[4].str()).second) << line;
+    const std::string key = parts[3].str() + parts[4].str();
+    EXPECT_TRUE(keys.insert(key).second) << line;
+    EXPECT_NE(documented.find('`' + key + '`'), std::string::npos) << key << " is not on the page";
   }
   EXPECT_TRUE(keys.contains("pValue"));
   EXPECT_TRUE(keys.contains("standardError"));

@@ -27,6 +27,8 @@ TEST(Printable, ControlsOfEveryKindAreQuestionMarks) {
   EXPECT_EQ(printable("\xE2\x80\xA8"), "?");
 }
 
+TEST(Printable, MarksOfDirectionStay) { EXPECT_EQ(printable("a\xE2\x80\x8F"), "a\xE2\x80\x8F"); }
+
 TEST(Printable, BytesThatAreNoUtf8AreQuestionMarks) { EXPECT_EQ(printable("\xFF\xC3"), "??"); }
 
 TEST(Printable, LettersOfEveryScriptStay) {
