@@ -10,6 +10,7 @@
 #include "analysis/checks.h"
 #include "analysis/coxChecks.h"
 #include "analysis/spread.h"
+#include "numerics/elementary.h"
 #include "survival/survival.h"
 
 namespace survmeth {
@@ -271,9 +272,9 @@ class Regression {
       c.se = fit.table[p + j] / spread_[columns[j]];
       c.z = fit.beta[j] / fit.table[p + j];
       c.p = fit.table[3 * p + j];
-      c.hazardRatio = std::exp(c.coef);
-      c.lower = std::exp(c.coef - z * c.se);
-      c.upper = std::exp(c.coef + z * c.se);
+      c.hazardRatio = numerics::exp(c.coef);
+      c.lower = numerics::exp(c.coef - z * c.se);
+      c.upper = numerics::exp(c.coef + z * c.se);
       model.coefficients.push_back(c);
       model.centre.push_back(centre_[columns[j]]);
     }
@@ -319,7 +320,7 @@ class Regression {
         const double survival = fit.baseline[cell];
         baseline.time.push_back(rows_.time[groupStart_[cell] - 1]);
         baseline.survival.push_back(survival);
-        baseline.cumulativeHazard.push_back(0 - std::log(survival));  // not -0
+        baseline.cumulativeHazard.push_back(0 - numerics::log(survival));  // not -0
       }
       model.baseline.push_back(std::move(baseline));
     }

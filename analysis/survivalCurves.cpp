@@ -9,6 +9,7 @@
 
 #include "Dist/Dist"
 #include "analysis/checks.h"
+#include "numerics/elementary.h"
 #include "survival/survival.h"
 
 namespace survmeth {
@@ -93,15 +94,15 @@ SurvivalLimits survivalLimits(double survival, double greenwoodSum, double z, Cu
       return {std::max(survival - spread * survival, 0.0),
               std::min(survival + spread * survival, 1.0)};
     case CurveLimits::kLog:
-      return {survival * std::exp(-spread), std::min(survival * std::exp(spread), 1.0)};
+      return {survival * numerics::exp(-spread), std::min(survival * numerics::exp(spread), 1.0)};
     case CurveLimits::kLogLog:
       break;
   }
   if (!(survival < 1)) return {};
-  const double logSurvival = std::log(survival);
-  const double centre = std::log(-logSurvival);
-  return {std::exp(-std::exp(centre - spread / logSurvival)),
-          std::exp(-std::exp(centre + spread / logSurvival))};
+  const double logSurvival = numerics::log(survival);
+  const double centre = numerics::log(-logSurvival);
+  return {numerics::exp(-numerics::exp(centre - spread / logSurvival)),
+          numerics::exp(-numerics::exp(centre + spread / logSurvival))};
 }
 
 double SurvivalCurve::standardError(std::size_t i) const {

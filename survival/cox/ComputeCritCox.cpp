@@ -4,8 +4,11 @@
 
 #include "Dist/Dist"
 #include "Klikro/Klikro"
+#include "numerics/elementary.h"
 #include "survival/cox/cox.h"
 #include "survival/cox/strata.h"
+
+namespace numerics = survmeth::numerics;
 
 namespace {
 
@@ -15,7 +18,7 @@ constexpr double kLargestExponent = 709.0;
 void fillCriteria(int n, int q, int censored, double logLik, double logLik0, int iterations,
                   matrix* criteria) {
   const double events = static_cast<double>(n) - censored;
-  const double logEvents = std::log(events);
+  const double logEvents = numerics::log(events);
   const double models[2][6] = {
       {events, 0.0, -2.0 * logLik0, -2.0 * logLik0, 0.0 * logEvents - 2.0 * logLik0, 1.0},
       {events, static_cast<double>(q), -2.0 * logLik, 2.0 * q - 2.0 * logLik,
@@ -38,9 +41,9 @@ void fillCoefficient(int i, double beta, double variance, double z, matrix* coef
   coefficients->vbset(i, 2, error);
   coefficients->vbset(i, 3, wald);
   coefficients->vbset(i, 4, wald == kMissing ? kMissing : pValChiSq(wald, 1.0));
-  coefficients->vbset(i, 5, std::exp(beta));
-  coefficients->vbset(i, 6, std::exp(beta - z * error));
-  coefficients->vbset(i, 7, upper <= kLargestExponent ? std::exp(upper) : kInfinite);
+  coefficients->vbset(i, 5, numerics::exp(beta));
+  coefficients->vbset(i, 6, numerics::exp(beta - z * error));
+  coefficients->vbset(i, 7, upper <= kLargestExponent ? numerics::exp(upper) : kInfinite);
 }
 
 }  // namespace

@@ -5,11 +5,14 @@
 #include <vector>
 
 #include "Klikro/Klikro"
+#include "numerics/elementary.h"
 #include "numerics/hot.h"
 #include "survival/cox/cox.h"
 #include "survival/cox/likelihood.h"
 #include "survival/cox/riskSums.h"
 #include "survival/cox/strata.h"
+
+namespace numerics = survmeth::numerics;
 
 namespace {
 
@@ -118,13 +121,12 @@ class PartialLikelihood {
     const Vector& eta = rows_.eta();
     risk_.resize(eta.size());
     leftOut_.assign(ties_ == kBreslow ? eta.size() : 0, false);
+    numerics::expArray(eta, risk_);
+    if (ties_ != kBreslow) return;
     for (std::size_t i = 0; i < eta.size(); ++i) {
-      if (ties_ == kBreslow && eta[i] >= survival::cox::kLargestPredictor) {
-        leftOut_[i] = true;
-        risk_[i] = 0.0;
-      } else {
-        risk_[i] = std::exp(eta[i]);
-      }
+      if (!(eta[i] >= survival::cox::kLargestPredictor)) continue;
+      risk_[i] = 0.0;
+      leftOut_[i] = true;
     }
   }
 
@@ -230,7 +232,7 @@ class PartialLikelihood {
 
   void addBreslowLikelihood(Totals* totals) const {
     for (int k = 0; k < count_; ++k) {
-      if (totals_[k] > kEpsilon) totals->logLik -= groups_[k].events * std::log(totals_[k]);
+      if (totals_[k] > kEpsilon) totals->logLik -= groups_[k].events * numerics::log(totals_[k]);
     }
   }
 
@@ -314,7 +316,7 @@ class PartialLikelihood {
     takeTiedShare(total, nullptr, nullptr);
     for (int a = 0; a < activeCount_; ++a) {
       double logs = 0.0;
-      addForEachEvent(a, std::log(total[a]), &logs);
+      addForEachEvent(a, numerics::log(total[a]), &logs);
       totals->logLik -= logs;
     }
   }

@@ -6,9 +6,12 @@
 
 #include "Dist/Dist"
 #include "Klikro/Klikro"
+#include "numerics/elementary.h"
 #include "numerics/hot.h"
 #include "survival/cox/cox.h"
 #include "survival/cox/strata.h"
+
+namespace numerics = survmeth::numerics;
 
 namespace {
 
@@ -89,7 +92,7 @@ class StratumResiduals {
       const Row end = std::min<Row>(group.last, first_ + static_cast<Row>(rows_) - 1);
       for (Row row = std::max(group.first, first_); row <= end; ++row) {
         const std::size_t i = static_cast<std::size_t>(row - first_);
-        if (survival > 0.0) hazard_[i] = -std::log(survival);
+        if (survival > 0.0) hazard_[i] = -numerics::log(survival);
         riskSum_[i] = riskSums_.total(k);
         group_[i] = k;
       }
@@ -103,11 +106,11 @@ class StratumResiduals {
     for (std::size_t i = 0; i < rows_; ++i) {
       const double delta = delta_[i];
       const double m = eta_[i] < survival::cox::kLargestPredictor
-                           ? delta - hazard_[i] * std::exp(eta_[i])
+                           ? delta - hazard_[i] * numerics::exp(eta_[i])
                            : delta;
       martingale_[i] = m;
-      deviance_[i] =
-          delta - m != 0.0 ? FSgn(m) * sqr(2.0 * (-m - delta * std::log(delta - m))) : kMissing;
+      deviance_[i] = delta - m != 0.0 ? FSgn(m) * sqr(2.0 * (-m - delta * numerics::log(delta - m)))
+                                      : kMissing;
     }
   }
 

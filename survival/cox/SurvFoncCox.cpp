@@ -3,8 +3,11 @@
 #include <cmath>
 
 #include "Klikro/Klikro"
+#include "numerics/elementary.h"
 #include "survival/cox/cox.h"
 #include "survival/cox/strata.h"
+
+namespace numerics = survmeth::numerics;
 
 namespace {
 
@@ -43,10 +46,10 @@ void SurvFoncCox(int n, int q, matrix* X, matrix* stratumSizes, int S, matrix* b
       const double atRisk = riskSums.total(k);
       ++k;
       if (std::fabs(atRisk) > kEpsilon) hazard += group.events / atRisk;
-      const double survival = std::exp(-hazard);
+      const double survival = numerics::exp(-hazard);
       baselineSurvival->vbset(strata.number(), k, survival);
       if (mean < survival::cox::kLargestPredictor) {
-        meanSurvival->vbset(strata.number(), k, std::pow(survival, std::exp(mean)));
+        meanSurvival->vbset(strata.number(), k, numerics::pow(survival, numerics::exp(mean)));
       }
     }
   }

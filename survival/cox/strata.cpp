@@ -2,13 +2,15 @@
 #include "survival/cox/strata.h"
 
 #include <algorithm>
-#include <cmath>
 #include <limits>
 
 #include "Klikro/Klikro"
+#include "numerics/elementary.h"
 #include "survival/cox/riskSums.h"
 
 namespace survival::cox {
+
+namespace numerics = survmeth::numerics;
 namespace {
 
 int withinInt(Row row) {
@@ -171,14 +173,13 @@ void GuardedRiskSums::load(const ReachedRows& rows, const std::vector<Group>& gr
                            int covariates) {
   groups_ = groups.size();
   const std::vector<double>& eta = rows.eta();
-  risk_.assign(eta.size(), 0.0);
+  risk_.resize(eta.size());
   leftOut_.assign(eta.size(), false);
+  numerics::expArray(eta, risk_);
   for (std::size_t i = 0; i < eta.size(); ++i) {
-    if (eta[i] < kLargestPredictor) {
-      risk_[i] = std::exp(eta[i]);
-    } else {
-      leftOut_[i] = true;
-    }
+    if (eta[i] < kLargestPredictor) continue;
+    risk_[i] = 0.0;
+    leftOut_[i] = true;
   }
   sets_.load(rows, groups, risk_, leftOut_);
   std::vector<Term> terms{{nullptr, nullptr}};

@@ -5,8 +5,11 @@
 
 #include "Dist/Dist"
 #include "Klikro/Klikro"
+#include "numerics/elementary.h"
 #include "survival/cuminc/cuminc.h"
 #include "survival/cuminc/rows.h"
+
+namespace numerics = survmeth::numerics;
 
 namespace {
 
@@ -149,8 +152,8 @@ class RunningVariance {
 void setLimits(int j, double z, double error, matrix* table) {
   const double incidence = table->vbget(j, kIncidence);
   const double width = z * error / incidence;
-  table->vbset(j, kLower, std::exp(std::log(incidence) - width));
-  table->vbset(j, kUpper, std::exp(std::log(incidence) + width));
+  table->vbset(j, kLower, numerics::exp(numerics::log(incidence) - width));
+  table->vbset(j, kUpper, numerics::exp(numerics::log(incidence) + width));
 }
 
 // Incidence, and the variance and limits of the first row. That variance has no factor of the

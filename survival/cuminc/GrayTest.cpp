@@ -7,7 +7,10 @@
 
 #include "Dist/Dist"
 #include "Klikro/Klikro"
+#include "numerics/elementary.h"
 #include "survival/cuminc/cuminc.h"
+
+namespace numerics = survmeth::numerics;
 
 namespace {
 
@@ -282,7 +285,7 @@ void GrayTest(int n, int K, matrix* time, matrix* status, matrix* group, int eve
         T1 += each.weight;
         T2 += (1.0 - each.incidence) * each.atRisk / each.survival;
       }
-      const double w = std::pow(1.0 - F, rho);
+      const double w = numerics::pow(1.0 - F, rho);
       for (std::size_t k = 0; k < scored; ++k) {
         const Group& each = groups[k];
         if (!(each.atRisk > 0.0)) continue;

@@ -3,8 +3,11 @@
 
 #include "Dist/Dist"
 #include "Klikro/Klikro"
+#include "numerics/elementary.h"
 #include "survival/cuminc/cuminc.h"
 #include "survival/cuminc/rows.h"
+
+namespace numerics = survmeth::numerics;
 
 namespace {
 
@@ -48,7 +51,7 @@ int TransNelsonAalen(matrix* kmTable, matrix* table, int, int r, double alpha, i
       double lower = hazard - deviation;
       double upper = hazard + deviation;
       if (ciMethod != 1) {
-        const double ratio = std::exp(deviation / hazard);
+        const double ratio = numerics::exp(deviation / hazard);
         lower = hazard / ratio;
         upper = hazard * ratio;
       }
@@ -56,7 +59,7 @@ int TransNelsonAalen(matrix* kmTable, matrix* table, int, int r, double alpha, i
       table->vbset(j, kError, variance);
       table->vbset(j, kLower, lower);
       table->vbset(j, kUpper, upper);
-      table->vbset(j, kSurvival, std::exp(-hazard));
+      table->vbset(j, kSurvival, numerics::exp(-hazard));
     } else if (d <= 0.0) {
       survival::repeatRowAbove(j, {kHazard, kError, kLower, kUpper, kSurvival}, table);
     }

@@ -6,10 +6,13 @@
 
 #include "Dist/Dist"
 #include "Klikro/Klikro"
+#include "numerics/elementary.h"
 #include "numerics/hot.h"
 #include "survival/methcomp/cusum.h"
 #include "survival/methcomp/deming.h"
 #include "survival/methcomp/methcomp.h"
+
+namespace numerics = survmeth::numerics;
 
 namespace {
 
@@ -203,6 +206,7 @@ int DemingRegression(matrix* xColumn, int n, matrix* yColumn, matrix* subjectIds
 
   matrix distances(n, 1, 0);  // residuals, kept apart from an output that may be shorter
   matrix positions(n, 1, 0);
+  const double distance = sqr(numerics::pow(b, -2.0) + 1.0);
   for (int i = 1; i <= n; ++i) {
     const double xi = x[i - 1];
     const double yi = y[i - 1];
@@ -212,7 +216,7 @@ int DemingRegression(matrix* xColumn, int n, matrix* yColumn, matrix* subjectIds
     residuals->vbset(i, 1, yi - fit);
     distances.vbset(i, 1, yi - fit);
     biasAndSe->vbset(i, 1, a + (b - 1.0) * xi);
-    positions.vbset(i, 1, (yi + xi / b - a) / sqr(std::pow(b, -2.0) + 1.0));
+    positions.vbset(i, 1, (yi + xi / b - a) / distance);
   }
 
   const double t = InvCDFStudent(1.0 - alpha / 2.0, m - 2.0);

@@ -4,8 +4,11 @@
 
 #include "Dist/Dist"
 #include "Klikro/Klikro"
+#include "numerics/elementary.h"
 #include "survival/param/model.h"
 #include "survival/param/param.h"
+
+namespace numerics = survmeth::numerics;
 
 namespace {
 
@@ -26,7 +29,7 @@ void writeStatistics(int column, double logLik, double parameterCount, double n,
   } else if (column == 2) {
     const double m = parameterCount;
     criteria[1] = 2.0 * m - 2.0 * logLik;
-    criteria[2] = m * std::log(n) - 2.0 * logLik;
+    criteria[2] = m * numerics::log(n) - 2.0 * logLik;
     criteria[3] = criteria[1] + 2.0 * m * (m + 1.0) / (n - 1.0 - m);
   }
   for (int row = 0; row < 4; ++row) statistics->vbset(row + 3, column, criteria[row]);
@@ -53,8 +56,8 @@ void writeCoefficient(int row, const Estimate& estimate, double z, bool isScale,
   double upper = estimate.value + z * error;
   if (isScale) {
     const double f = z * error / estimate.value;
-    lower = f >= 0.0 ? estimate.value / std::exp(f) : 0.0;
-    upper = f <= kLargestExponent ? estimate.value * std::exp(f) : kInfinite;
+    lower = f >= 0.0 ? estimate.value / numerics::exp(f) : 0.0;
+    upper = f <= kLargestExponent ? estimate.value * numerics::exp(f) : kInfinite;
   }
   coefficients->vbset(row, 2, error);
   coefficients->vbset(row, 3, wald);

@@ -4,10 +4,13 @@
 
 #include "Dist/Dist"
 #include "Klikro/Klikro"
+#include "numerics/elementary.h"
 #include "solver/solver.h"
 #include "survival/param/evaluate.h"
 #include "survival/param/param.h"
 #include "survival/repetition.h"
+
+namespace numerics = survmeth::numerics;
 
 namespace {
 
@@ -25,7 +28,7 @@ constexpr double kWeibullShift = 0.572;
 double startingScale(const Model& model) {
   const double deviation = sqr(V_Var(model.times, model.n, nullptr, model.weights));
   if (model.distribution != survival::param::kWeibull) return deviation;
-  const double rescaled = 0.5 * std::log(4.0 * deviation / 1.64);
+  const double rescaled = 0.5 * numerics::log(4.0 * deviation / 1.64);
   return rescaled > 0.0 ? rescaled : deviation;
 }
 

@@ -1,12 +1,14 @@
 // Residuals, fitted probabilities and predicted percentiles.
 #include <algorithm>
-#include <cmath>
 #include <iterator>
 #include <vector>
 
 #include "Klikro/Klikro"
+#include "numerics/elementary.h"
 #include "survival/param/param.h"
 #include "survival/param/predictor.h"
+
+namespace numerics = survmeth::numerics;
 
 namespace {
 
@@ -44,16 +46,16 @@ void ResParam(matrix* times, int n, int p, int distribution, short logTimes, mat
     for (int i = 0; i < count; ++i) {
       const int row = first + i + 1;
       const double residual = (time[i] - eta[i]) / sigma;
-      const double hazard = std::exp(residual);
-      const double survival = std::exp(-hazard);
+      const double hazard = numerics::exp(residual);
+      const double survival = numerics::exp(-hazard);
       residualsOut->vbset(row, 1, residual);
       survivalOut->vbset(row, 1, survival);
       probabilitiesOut->vbset(row, 1, 1.0 - survival);
       probabilitiesOut->vbset(row, 2, hazard * (1.0 / sigma) * survival);
-      if (survival > 0.0) residualsOut->vbset(row, 2, -std::log(survival));
+      if (survival > 0.0) residualsOut->vbset(row, 2, -numerics::log(survival));
       for (int c = 0; c < kQuantileCount; ++c) {
         double value = eta[i] + sigma * kQuantiles[c];
-        if (logTimes == kTrue) value = value >= kExpLimit ? kMissing : std::exp(value);
+        if (logTimes == kTrue) value = value >= kExpLimit ? kMissing : numerics::exp(value);
         quantilesOut->vbset(row, c + 1, value);
       }
     }

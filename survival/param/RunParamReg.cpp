@@ -1,10 +1,12 @@
 // The whole parametric regression.
 #include <algorithm>
-#include <cmath>
 
 #include "Klikro/Klikro"
+#include "numerics/elementary.h"
 #include "survival/param/model.h"
 #include "survival/param/param.h"
+
+namespace numerics = survmeth::numerics;
 
 namespace {
 
@@ -15,9 +17,9 @@ constexpr double kIntervalCensored = 3.0;
 void takeLogarithms(matrix* times, int n, const matrix* status, matrix* bounds) {
   const int rows = std::min(n, std::max(times->count(), bounds->count()));
   for (int i = 1; i <= rows; ++i) {
-    times->vbset(i, 1, std::log(times->vbget(i, 1)));
+    times->vbset(i, 1, numerics::log(times->vbget(i, 1)));
     if (status->vbget(i, 1) != kIntervalCensored) continue;
-    for (int j = 1; j <= 2; ++j) bounds->vbset(i, j, std::log(bounds->vbget(i, j)));
+    for (int j = 1; j <= 2; ++j) bounds->vbset(i, j, numerics::log(bounds->vbget(i, j)));
   }
 }
 

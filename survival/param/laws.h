@@ -5,12 +5,13 @@
 #ifndef SURVIVAL_PARAM_LAWS_H_
 #define SURVIVAL_PARAM_LAWS_H_
 
-#include <cmath>
-
 #include "Dist/Dist"
+#include "numerics/elementary.h"
 #include "survival/param/model.h"
 
 namespace survival::param {
+
+namespace numerics = survmeth::numerics;
 
 struct Row {
   double time;
@@ -69,7 +70,8 @@ inline Terms ofProbability(double probability, const End& lower, const End& uppe
 
 // The minimum extreme-value law at z: hazard u = e^z, survival S = e^-u.
 struct ExtremeValue {
-  explicit ExtremeValue(double at) : z(at), hazard(std::exp(at)), survival(std::exp(-hazard)) {}
+  explicit ExtremeValue(double at)
+      : z(at), hazard(numerics::exp(at)), survival(numerics::exp(-hazard)) {}
   End end() const {
     const double density = hazard * survival;
     return {z, density, density - hazard * density};
@@ -92,7 +94,7 @@ class Exponential {
     const double d = row.time - row.eta;
     if (row.status == 1.0) {
       const bool formed = d < kExpLimit;
-      const double u = formed ? std::exp(d) : 0.0;
+      const double u = formed ? numerics::exp(d) : 0.0;
       if constexpr (kValue) event_ = formed ? d - u : event_ + d;
       if constexpr (kDerivatives) {
         *terms = {formed ? -1.0 + u : -1.0, -u, 0.0, 0.0, 0.0};
@@ -100,7 +102,7 @@ class Exponential {
       }
     } else if (row.status == 0.0) {
       if (d < kExpLimit) {
-        const double u = std::exp(d);
+        const double u = numerics::exp(d);
         if constexpr (kValue) right_ = -u;
         if constexpr (kDerivatives) {
           *terms = {u, -u, 0.0, 0.0, 0.0};
@@ -111,7 +113,7 @@ class Exponential {
       const ExtremeValue at(d);
       const double probability = 1.0 - at.survival;
       if constexpr (kValue) {
-        if (d < kExpLimit) left_ = std::log(probability);
+        if (d < kExpLimit) left_ = numerics::log(probability);
       }
       if constexpr (kDerivatives) {
         *terms = ofProbability(probability, kOpen, at.end(), kUnitScale);
@@ -122,7 +124,7 @@ class Exponential {
       const ExtremeValue upper(*row.upper - row.eta);
       const double probability = lower.survival - upper.survival;
       if constexpr (kValue) {
-        if (upper.z < kExpLimit) interval_ = std::log(probability);
+        if (upper.z < kExpLimit) interval_ = numerics::log(probability);
       }
       if constexpr (kDerivatives) {
         *terms = ofProbability(probability, lower.end(), upper.end(), kUnitScale);
@@ -151,7 +153,7 @@ class Weibull {
   static constexpr bool kHasScale = true;
   explicit Weibull(double sigma)
       : sigma_(sigma),
-        logSigma_(std::log(sigma)),
+        logSigma_(numerics::log(sigma)),
         scale_{1.0 / sigma, 1.0 / (sigma * sigma), 1.0 / (sigma * sigma)} {}
 
   template <bool kValue, bool kDerivatives>
@@ -159,7 +161,7 @@ class Weibull {
     if (row.status == 1.0) {
       const double d = row.time - row.eta;
       const double z = d / sigma_;
-      const double u = std::exp(z);
+      const double u = numerics::exp(z);
       if constexpr (kValue) {
         *logLik += -row.weight * logSigma_ + row.weight * d / sigma_ - row.weight * row.time;
         if (!(z >= kExpLimit)) *logLik -= row.weight * u;
@@ -179,7 +181,7 @@ class Weibull {
     }
     if (row.status == 0.0) {
       const double z = (row.time - row.eta) / sigma_;
-      const double u = std::exp(z);
+      const double u = numerics::exp(z);
       if constexpr (kValue) {
         if (!(z >= kExpLimit)) *logLik -= row.weight * u;
       }
@@ -193,7 +195,7 @@ class Weibull {
     if (row.status == 2.0) {
       const ExtremeValue at((row.time - row.eta) / sigma_);
       const double probability = 1.0 - at.survival;
-      if constexpr (kValue) *logLik += std::log(probability);
+      if constexpr (kValue) *logLik += numerics::log(probability);
       if constexpr (!kDerivatives) return Extent::kNone;
       *terms = ofProbability(probability, kOpen, at.end(), scale_);
       return Extent::kAll;
@@ -202,7 +204,7 @@ class Weibull {
       const ExtremeValue lower((*row.lower - row.eta) / sigma_);
       const ExtremeValue upper((*row.upper - row.eta) / sigma_);
       const double probability = lower.survival - upper.survival;
-      if constexpr (kValue) *logLik += std::log(probability);
+      if constexpr (kValue) *logLik += numerics::log(probability);
       if constexpr (!kDerivatives) return Extent::kNone;
       *terms = ofProbability(probability, lower.end(), upper.end(), scale_);
       return Extent::kAll;
@@ -225,13 +227,14 @@ class LogNormal {
   static constexpr bool kHasScale = true;
   // The derivatives with respect to sigma go by way of sigma^3 and overflow with its inverse.
   explicit LogNormal(double sigma)
-      : sigma_(sigma), scale_{1.0 / sigma, 1.0 / (sigma * sigma), sigma / std::pow(sigma, 3)} {}
+      : sigma_(sigma),
+        scale_{1.0 / sigma, 1.0 / (sigma * sigma), sigma / numerics::pow(sigma, 3)} {}
 
   template <bool kValue, bool kDerivatives>
   Extent add(const Row& row, double* logLik, Terms* terms) const {
     if (row.status == 1.0) {
       const double z = (row.time - row.eta) / sigma_;
-      if constexpr (kValue) *logLik += row.weight * std::log(PDFNormalStd(z) / sigma_);
+      if constexpr (kValue) *logLik += row.weight * numerics::log(PDFNormalStd(z) / sigma_);
       if constexpr (!kDerivatives) return Extent::kNone;
       *terms = {z * scale_.first, -scale_.second, (z * z - 1.0) * scale_.first,
                 -2.0 * z * scale_.secondOfSigma, (1.0 - 3.0 * z * z) * scale_.secondOfSigma};
@@ -243,7 +246,7 @@ class LogNormal {
       const double below = CDFNormalStd(z);
       const double probability = right ? 1.0 - below : below;
       if constexpr (kValue) {
-        const double term = row.weight * std::log(probability);
+        const double term = row.weight * numerics::log(probability);
         *logLik += right ? term : -term;
       }
       if constexpr (!kDerivatives) return Extent::kNone;
@@ -256,7 +259,7 @@ class LogNormal {
       const double lower = (*row.lower - row.eta) / sigma_;
       const double upper = (*row.upper - row.eta) / sigma_;
       const double probability = CDFNormalStd(upper) - CDFNormalStd(lower);
-      if constexpr (kValue) *logLik += row.weight * std::log(probability);
+      if constexpr (kValue) *logLik += row.weight * numerics::log(probability);
       if constexpr (!kDerivatives) return Extent::kNone;
       *terms = ofProbability(probability, endAt(lower), endAt(upper), scale_);
       return Extent::kAll;

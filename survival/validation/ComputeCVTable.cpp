@@ -1,9 +1,11 @@
 // One row of the validation table of a survival regression.
 #include <algorithm>
-#include <cmath>
 
 #include "Klikro/Klikro"
+#include "numerics/elementary.h"
 #include "survival/validation/validation.h"
+
+namespace numerics = survmeth::numerics;
 
 int ComputeCVTable(int n, int p, matrix* time, matrix* status, matrix* X, matrix* beta, matrix* H,
                    matrix* F, int row, matrix* table) {
@@ -11,13 +13,13 @@ int ComputeCVTable(int n, int p, matrix* time, matrix* status, matrix* X, matrix
   const double gain = 2.0 / nu * (F->vbget(3, 1) - F->vbget(3, 2));
   // Where the exponential would overflow the measure reads 1, although the model is the worse one
   // there: callers show such rows as saturated.
-  const double rSquared = gain < -700.0 ? 1.0 : 1.0 - std::exp(-gain);
+  const double rSquared = gain < -700.0 ? 1.0 : 1.0 - numerics::exp(-gain);
   table->vbset(row, 1, rSquared);
 
   // nu divides the exponential, not its exponent: stored tables hold the measure on this scale.
   const double reached = 2.0 * F->vbget(3, 1);
   double rescaled = rSquared;
-  if (!(reached / nu < -700.0)) rescaled = rSquared / (1.0 - std::exp(-reached) / nu);
+  if (!(reached / nu < -700.0)) rescaled = rSquared / (1.0 - numerics::exp(-reached) / nu);
   table->vbset(row, 2, rescaled);
 
   const double before = H->vbget(1, 2);

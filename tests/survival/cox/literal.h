@@ -6,6 +6,7 @@
 #include <cmath>
 #include <vector>
 
+#include "numerics/elementary.h"
 #include "tests/survival/cox/cox_case.h"
 
 namespace survmeth::test {
@@ -54,7 +55,7 @@ struct LiteralLikelihood {
         }
         for (int i = g; i <= b; ++i) {
           if (ties == 0 && eta(i) >= 700) continue;
-          const double e = std::exp(eta(i));
+          const double e = numerics::exp(eta(i));
           S0.vbset(k, 1, S0.vbget(k, 1) + e);
           for (int r = 1; r <= p; ++r) {
             S1.vbset(k, r, S1.vbget(k, r) + c->X.vbget(i, r) * e);
@@ -64,7 +65,7 @@ struct LiteralLikelihood {
           }
         }
         for (int i = g; ties == 1 && i <= g + m - 1; ++i) {
-          const double e = std::exp(eta(i));
+          const double e = numerics::exp(eta(i));
           const double d = c->delta.vbget(i, 1);
           T0.vbset(k, 1, T0.vbget(k, 1) + d * e);
           for (int r = 1; r <= p; ++r) {
@@ -100,7 +101,7 @@ struct LiteralLikelihood {
     for (int k = 1; k <= D; ++k) {
       const int d = c->events.vbget(s, k);
       const double total = S0.vbget(k, 1);
-      if (total > epsilon) logLik -= d * std::log(total);
+      if (total > epsilon) logLik -= d * numerics::log(total);
       if (!(std::fabs(total) > epsilon)) continue;
       for (int j = 1; j <= p; ++j) {
         gradient.vbset(j, 1, gradient.vbget(j, 1) + (A.vbget(k, j) - d * S1.vbget(k, j) / total));
@@ -126,7 +127,7 @@ struct LiteralLikelihood {
       for (int m = 1; m <= d; ++m) {
         const double f = (m - 1) / d;  // in integers, as the routine has it
         const double total = S0.vbget(k, 1) - f * T0.vbget(k, 1);
-        logs += std::log(total);
+        logs += numerics::log(total);
         for (int r = 1; r <= p; ++r) {
           const double ofR = S1.vbget(k, r) - f * T1.vbget(k, r);
           expected[r - 1] += ofR / total;
