@@ -80,16 +80,16 @@ void writeAgreement(Session& session, const Options& o, const Table& table,
     session.output.file(o.out + "/pairs.csv", pairs.text());
   }
   if (!o.plot.empty()) {
-    session.output.file(
-        o.plot, gnuplot(levelScatter(
-                    pictureOf(o.plot), "Agreement of " + o.first + " and " + o.second,
-                    "mean of " + o.first + " and " + o.second, differenceName(o), result.means,
-                    result.differences,
-                    {{"upper limit", result.upperLimit.value, result.upperLimit.lower,
-                      result.upperLimit.upper, false},
-                     {"bias", result.bias.value, result.bias.lower, result.bias.upper, true},
-                     {"lower limit", result.lowerLimit.value, result.lowerLimit.lower,
-                      result.lowerLimit.upper, false}})));
+    session.output.figure(
+        o.plot,
+        levelScatter(pictureOf(o.plot), "Agreement of " + o.first + " and " + o.second,
+                     "mean of " + o.first + " and " + o.second, differenceName(o), result.means,
+                     result.differences,
+                     {{"upper limit", result.upperLimit.value, result.upperLimit.lower,
+                       result.upperLimit.upper, false},
+                      {"bias", result.bias.value, result.bias.lower, result.bias.upper, true},
+                      {"lower limit", result.lowerLimit.value, result.lowerLimit.lower,
+                       result.lowerLimit.upper, false}}));
   }
   if (o.json) {
     Json json = session.json(table);
@@ -243,12 +243,14 @@ Run declareAgree(CLI::App& app) {
   addMissing(app, *o);
   addAlpha(app, *o);
   addJson(app, *o);
-  addOut(app, *o, "Folder for agreement.csv and pairs.csv, or repeatability.csv");
+  addOut(app, *o, "Folder for agreement.csv and pairs.csv, or repeatability.csv",
+         {"agreement.csv", "pairs.csv", "repeatability.csv"});
   addPlot(app, *o, "Difference against mean, with bias and limits");
   replicates->excludes(second);
   replicates->excludes(difference);
   app.footer("Example: survmeth agree data/pefr.csv --first wright1 --second mini1");
   return [o](Session& session) {
+    reserveOutputs(*o, session);
     if (!o->replicates.empty()) {
       if (!o->plot.empty()) throw Problem("--plot draws two methods; --replicates has only one");
       runRepeatability(session, *o);

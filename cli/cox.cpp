@@ -111,6 +111,8 @@ void addModelNotes(const survmeth::CoxModel& model, bool strata, Session& sessio
 }
 
 void run(const Options& options, Session& session) {
+  reserveOutputs(options, session,
+                 {{"--residuals", options.residuals}, {"--baseline", options.baseline}});
   CoxReport report;
   report.removeAt = thresholdOption(options);
   report.selected = !options.select.empty();
@@ -172,7 +174,7 @@ void run(const Options& options, Session& session) {
     session.output.file(options.residuals, coxResiduals(table, report));
   }
   if (!options.baseline.empty()) session.output.file(options.baseline, coxBaseline(report));
-  if (!options.plot.empty()) session.output.file(options.plot, coxPlot(options.plot, report));
+  if (!options.plot.empty()) session.output.figure(options.plot, coxPlot(options.plot, report));
   session.output.text() +=
       options.json ? written(coxJson(session, table, report)) : coxText(report);
 }

@@ -194,9 +194,9 @@ std::string coxPlot(const std::string& file, const CoxReport& report) {
                           brief(rows[i].upper, 3) + ")") +
               " at graph 1.03, first " + std::to_string(-i) + " left\n";
   }
-  return gnuplot(script + block + "EOD\n" +
-                 "plot $rows using 1:2:3:4 with xerrorbars pt 5 ps 1 lw 1.8 lc rgb '#0072B2' "
-                 "notitle\n");
+  return script + block + "EOD\n" +
+         "plot $rows using 1:2:3:4 with xerrorbars pt 5 ps 1 lw 1.8 lc rgb '#0072B2' "
+         "notitle\n";
 }
 
 }  // namespace cli

@@ -23,7 +23,8 @@ std::string coxText(const CoxReport& report);
 Json coxJson(const Session& session, const Table& table, const CoxReport& report);
 std::string coxResiduals(const Table& table, const CoxReport& report);  // CSV
 std::string coxBaseline(const CoxReport& report);                       // CSV
-std::string coxPlot(const std::string& file, const CoxReport& report);  // forest plot
+std::string coxPlot(const std::string& file,
+                    const CoxReport& report);  // forest plot, a script for gnuplot
 
 }  // namespace cli
 

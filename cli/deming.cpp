@@ -75,6 +75,7 @@ void writeJson(Session& session, const Options& o, const Table& table, const Dem
 }
 
 void run(Session& session, const Options& o) {
+  reserveOutputs(o, session);
   const Table table = readTable(o.file, {{.name = o.first}, {.name = o.second}}, o.missing);
   requireRows(table, 3);
   if (const std::string left = leftOutNote(table); !left.empty()) session.note(left);
@@ -95,11 +96,11 @@ void run(Session& session, const Options& o) {
   }
   if (!o.out.empty()) writeFiles(session, o, table, result);
   if (!o.plot.empty()) {
-    session.output.file(
-        o.plot, gnuplot(lineScatter(pictureOf(o.plot),
-                                    "Deming regression of " + o.second + " on " + o.first, o.first,
-                                    o.second, table.columns[0].numbers, table.columns[1].numbers,
-                                    result.intercept.value, result.slope.value)));
+    session.output.figure(
+        o.plot,
+        lineScatter(pictureOf(o.plot), "Deming regression of " + o.second + " on " + o.first,
+                    o.first, o.second, table.columns[0].numbers, table.columns[1].numbers,
+                    result.intercept.value, result.slope.value));
   }
   if (o.json) {
     writeJson(session, o, table, result);
@@ -151,7 +152,7 @@ Run declareDeming(CLI::App& app) {
   addMissing(app, *o);
   addAlpha(app, *o);
   addJson(app, *o);
-  addOut(app, *o, "Folder for deming.csv and residuals.csv");
+  addOut(app, *o, "Folder for deming.csv and residuals.csv", {"deming.csv", "residuals.csv"});
   addPlot(app, *o, "Both methods with the line and the line of identity");
   app.footer("Example: survmeth deming data/pefr.csv --first wright1 --second mini1");
   return [o](Session& session) { run(session, *o); };

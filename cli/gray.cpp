@@ -264,6 +264,7 @@ Json jsonOf(const Options& o, const Table& table, const GrayReport& report,
 }
 
 void run(const Options& o, Session& session) {
+  reserveOutputs(o, session);
   const Table table =
       readTable(o.file,
                 {{.name = o.time, .cells = Cells::kNumbers, .least = 0},

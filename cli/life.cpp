@@ -196,6 +196,7 @@ void addComparisonNotes(const LifeReport& report, Session& session) {
 }
 
 void run(const Options& options, Session& session) {
+  reserveOutputs(options, session);
   LifeReport report;
   report.table = tableOption(options);
   report.limits = options.confidence.empty() ? survmeth::CurveLimits::kLogLog
@@ -229,7 +230,7 @@ void run(const Options& options, Session& session) {
   }
   addComparisonNotes(report, session);
   if (!options.plot.empty()) {
-    session.output.file(options.plot, lifePlot(report, options.plot));
+    session.output.figure(options.plot, lifePlot(report, options.plot));
     const std::string note = lifePlotNote(report);
     if (!note.empty()) session.note(note);
   }
@@ -275,7 +276,8 @@ Run declareLife(CLI::App& app) {
   app.add_option("--bounds", options->bounds, "Bounds of the actuarial table's intervals")
       ->type_name("A,B,C");
   addJson(app, *options);
-  addOut(app, *options, "Write summary and tables as CSV files into this folder");
+  addOut(app, *options, "Write summary and tables as CSV files into this folder",
+         {"summary.csv", "kaplan-meier.csv", "tests.csv", "actuarial.csv"});
   addPlot(app, *options, "Draw the curves");
   app.footer(kExample);
   return [options](Session& session) { run(*options, session); };

@@ -258,7 +258,7 @@ std::string lifePlot(const LifeReport& report, const std::string& file) {
                   "; expected at most " + std::to_string(kMostGroups) +
                   " that a reader can tell apart");
   }
-  return gnuplot(Figure(report, file).script());
+  return Figure(report, file).script();
 }
 
 }  // namespace cli

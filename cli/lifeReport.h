@@ -34,7 +34,7 @@ std::string lifeText(const LifeReport& report);
 void addLifeJson(const LifeReport& report, Json& json);
 void addLifeFiles(const LifeReport& report, const std::string& folder, Output& output);
 
-// The picture, as gnuplot made it.
+// The picture, as a script for gnuplot.
 std::string lifePlot(const LifeReport& report, const std::string& file);
 // What the picture leaves out, if anything.
 std::string lifePlotNote(const LifeReport& report);

@@ -1,12 +1,16 @@
 // The command line: finds the command, runs it, writes what it made and reports what went wrong.
 #include <CLI/CLI.hpp>
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <exception>
 #include <memory>
 #include <new>
+#include <sstream>
 #include <string>
 
 #include "cli/commands.h"
+#include "cli/shell/leftovers.h"
 #include "cli/shell/problem.h"
 #include "cli/shell/session.h"
 #include "cli/version.h"
@@ -54,9 +58,21 @@ int usageError(const std::string& who, const std::string& message) {
   return cli::kBadInput;
 }
 
+// Says what could not be written, and that nobody reads any more as programs commonly do.
+int finish(const std::string& who, const cli::Output::Shortfall& shortfall) {
+  for (const std::string& message : shortfall.messages) say(who, message);
+  if (shortfall.pipeClosed) {
+    cli::endOfClosedPipe();
+    say(who, std::string("standard output: cannot be written: ") + std::strerror(EPIPE));
+  }
+  return shortfall.messages.empty() && !shortfall.pipeClosed ? cli::kSuccess : cli::kFailed;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
+  cli::holdStandardDescriptors();
+  cli::endOnSignals();
   CLI::App app{"Survival analysis and method comparison.", "survmeth"};
   app.set_version_flag("--version", std::string("survmeth ") + cli::kVersion,
                        "Print the version and exit");
@@ -74,23 +90,30 @@ int main(int argc, char** argv) {
   }
 
   std::string who = "survmeth";
-  for (int i = 1; i < argc && who == "survmeth"; ++i) {
-    for (const cli::Command& command : cli::commands()) {
-      if (command.name == std::string(argv[i])) who += std::string(" ") + command.name;
+  const CLI::App* called = &app;
+  for (int i = 1; i < argc && called == &app; ++i) {
+    for (const auto& [sub, run] : runs) {
+      if (sub->get_name() == argv[i]) called = sub;
     }
   }
+  if (called != &app) who += " " + called->get_name();
   try {
     app.parse(argc, argv);
     for (const auto& [sub, run] : runs) {
       if (!sub->parsed()) continue;
       Session session(sub->get_name());
       run(session);
-      session.output.write();
+      const cli::Output::Shortfall shortfall = session.output.write();
       for (const std::string& note : session.notes()) say(who, "note: " + note);
+      return finish(who, shortfall);
     }
     return cli::kSuccess;
   } catch (const CLI::Success& wanted) {  // help and version
-    return app.exit(wanted);
+    std::ostringstream text;
+    app.exit(wanted, text, text);
+    cli::Output output;
+    output.text() = text.str();
+    return finish(who, output.write());
   } catch (const CLI::ParseError& error) {
     return usageError(who, usageMessage(app, error));
   } catch (const Problem& problem) {

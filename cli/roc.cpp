@@ -100,9 +100,6 @@ std::vector<std::uint8_t> classesOf(const Options& o, const Table& table, RocRep
                                     Session& session) {
   const Column& column = table.columns[0];
   const Place place{table.source, 0, column.name};
-  if (o.positive && o.positive->empty()) {
-    throw Problem("--positive is empty; expected the label of the positives");
-  }
   const YesNo coded = yesNoOf(table, column, namedPositive(o), kPositives);
   if (!coded.note.empty()) session.note(coded.note);
   std::vector<std::size_t> counts(column.labels.size(), 0);
@@ -176,6 +173,7 @@ void addMarkerNotes(const RocReport& report, Session& session) {
 }
 
 void run(const Options& o, Session& session) {
+  reserveOutputs(o, session);
   RocReport report;
   report.interval = intervalOption(o.interval);
   report.prevalence = prevalenceOption(o.prevalence);
@@ -228,7 +226,7 @@ void run(const Options& o, Session& session) {
   }
   if (!o.weight.empty()) addWeightNotes(table.columns.back(), report, session);
   addMarkerNotes(report, session);
-  if (!o.plot.empty()) session.output.file(o.plot, rocPlot(report, o.plot));
+  if (!o.plot.empty()) session.output.figure(o.plot, rocPlot(report, o.plot));
   if (o.json) {
     Json json = session.json(table);
     addRocJson(report, json);
@@ -273,7 +271,8 @@ Run declareRoc(CLI::App& app) {
       ->type_name("TP,FP,FN,TN");
   app.add_flag("--table", o->table, "Also print the table of thresholds");
   addJson(app, *o);
-  addOut(app, *o, "Write areas, thresholds and comparisons as CSV files into this folder");
+  addOut(app, *o, "Write areas, thresholds and comparisons as CSV files into this folder",
+         {"areas.csv", "thresholds.csv", "comparisons.csv"});
   addPlot(app, *o, "Draw the curves");
   app.footer(kExample);
   return [o](Session& session) { run(*o, session); };

@@ -92,7 +92,7 @@ std::string rocPlot(const RocReport& report, const std::string& file) {
                   "; expected at most " + std::to_string(kMostMarkers) +
                   " that a reader can tell apart");
   }
-  return gnuplot(scriptOf(report, picture));
+  return scriptOf(report, picture);
 }
 
 }  // namespace cli

@@ -34,7 +34,7 @@ std::string rocText(const RocReport& report);
 void addRocJson(const RocReport& report, Json& json);
 void addRocFiles(const RocReport& report, const std::string& folder, Output& output);
 
-// The picture, as gnuplot made it.
+// The picture, as a script for gnuplot.
 std::string rocPlot(const RocReport& report, const std::string& file);
 
 }  // namespace cli

@@ -6,7 +6,7 @@
 //     Picture picture = pictureOf("curve.svg");       // refuses other endings than svg, png, pdf
 //     std::string script = terminalLine(picture, 900, 640);
 //     script += "set title " + gnuplotText(title) + "\n" + ...;
-//     session.output.file("curve.svg", gnuplot(script));
+//     session.output.figure("curve.svg", script);       // which runs gnuplot
 #ifndef CLI_SHELL_GNUPLOT_H_
 #define CLI_SHELL_GNUPLOT_H_
 

@@ -1,16 +1,21 @@
 // Where output goes: whole or not at all. A command collects everything here while it works; the
 // shell writes it once the command has returned, each file under a temporary name beside its
-// place and then renamed. If anything cannot be written nothing is left behind.
+// place and then renamed, standard output last. If a file cannot be written none is left behind
+// and nothing is printed; a figure that cannot be drawn takes nothing else with it.
 //
-//     output.text() += "...";                          // standard output
-//     output.file(dir + "/summary.csv", contents);
+//     output.input("trial.csv");                        // before any work: what is read ...
+//     output.reserve("--plot", "curves.svg");           // ... and every file that is asked for
+//     output.text() += "...";                           // standard output
+//     output.folder(dir); output.file(dir + "/summary.csv", contents);
+//     output.figure("curves.svg", script);
 #ifndef CLI_SHELL_OUTPUT_H_
 #define CLI_SHELL_OUTPUT_H_
 
 #include <string>
-#include <utility>
+#include <string_view>
 #include <vector>
 
+#include "cli/shell/target.h"
 #include "report/csv.h"
 
 namespace cli {
@@ -19,24 +24,56 @@ using survmeth::report::CsvWriter;
 
 class Output {
  public:
+  // The file that is read, "-" for standard input. Refuses to print into it.
+  void input(const std::string& file);
+
+  // A file that `option` asks for. Throws a Problem: it is the input, the file of another option or
+  // where standard output goes (kBadInput), or may not be written (kFailed).
+  void reserve(const std::string& option, const std::string& path);
+
   // Standard output, to be appended to.
   std::string& text() { return text_; }
 
-  // A file; a later one of the same name replaces an earlier one.
+  // A file; each path once. Regular files are replaced and keep their mode, links are followed;
+  // devices, FIFOs and open descriptors (/dev/stdout, /dev/fd/N) are written to.
   void file(const std::string& path, std::string contents);
+
+  // A picture, as gnuplot draws it from the script.
+  void figure(const std::string& path, std::string script);
 
   // A folder that is made, with those above it, unless it is there.
   void folder(const std::string& path);
 
-  // Writes everything; the files get their names last. Throws a Problem with kFailed, having left
-  // nothing.
-  void write();
+  // What write could not do although it has written the files.
+  struct Shortfall {
+    std::vector<std::string> messages;  // figures, readers that went away, standard output
+    bool pipeClosed = false;            // nobody reads standard output any more
+  };
+
+  // Writes everything. Throws a Problem where a file cannot be written, having left nothing.
+  Shortfall write();
 
  private:
+  struct File {
+    std::string path, contents;
+    bool isScript;
+  };
+  struct Reserved {
+    std::string option, path;
+    Target target;
+  };
+  const Target& targetAt(const std::string& path);
+
   std::string text_;
-  std::vector<std::pair<std::string, std::string>> files_;
+  std::vector<File> files_;
   std::vector<std::string> folders_;
+  std::string inputName_;
+  Identity input_;
+  std::vector<Reserved> reserved_;
 };
+
+// Writes all of `text` into a descriptor, a closed pipe included; 0, or the system's error number.
+int writeAll(int descriptor, std::string_view text);
 
 }  // namespace cli
 

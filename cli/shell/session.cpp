@@ -57,7 +57,9 @@ void addJson(CLI::App& app, Common& common) {
   app.add_flag("--json", common.json, "Print JSON (docs/json.md) and nothing else");
 }
 
-void addOut(CLI::App& app, Common& common, const std::string& what) {
+void addOut(CLI::App& app, Common& common, const std::string& what,
+            std::vector<std::string> files) {
+  common.outFiles = std::move(files);
   app.add_option("--out", common.out, what)->type_name("DIR");
 }
 
@@ -70,6 +72,19 @@ void addPlot(CLI::App& app, Common& common, const std::string& what) {
          },
          what + " (.svg, .png or .pdf; needs gnuplot)")
       ->type_name("FILE");
+}
+
+void reserveOutputs(const Common& common, Session& session,
+                    const std::vector<std::pair<std::string, std::string>>& others) {
+  session.output.input(common.file);
+  for (const auto& [option, path] : others) {
+    if (!path.empty()) session.output.reserve(option, path);
+  }
+  if (!common.plot.empty()) session.output.reserve("--plot", common.plot);
+  if (common.out.empty()) return;
+  for (const std::string& file : common.outFiles) {
+    session.output.reserve("--out", common.out + "/" + file);
+  }
 }
 
 std::string confidence(double alpha) { return brief(100 * (1 - alpha), 4); }

@@ -12,6 +12,7 @@
 
 #include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "cli/shell/json.h"
@@ -54,13 +55,19 @@ struct Common {
   bool json = false;
   std::string out, plot;
   Missing missing;
+  std::vector<std::string> outFiles;  // what the folder gets, or may get
 };
 void addFile(CLI::App& app, Common& common);
 void addMissing(CLI::App& app, Common& common);
 void addAlpha(CLI::App& app, Common& common);
 void addJson(CLI::App& app, Common& common);
-void addOut(CLI::App& app, Common& common, const std::string& what);
+void addOut(CLI::App& app, Common& common, const std::string& what, std::vector<std::string> files);
 void addPlot(CLI::App& app, Common& common, const std::string& what);
+
+// Before any work: refuses outputs that would destroy the input or one another or that may not be
+// written. `others` are files of the command's own options, by option; an empty path is none.
+void reserveOutputs(const Common& common, Session& session,
+                    const std::vector<std::pair<std::string, std::string>>& others = {});
 
 // "95" for alpha 0.05, "99.9" for 0.001.
 std::string confidence(double alpha);
