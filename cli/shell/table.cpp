@@ -198,8 +198,11 @@ std::string_view textStart(std::string_view chunk, const std::string& source) {
   if (chunk.starts_with("\xFE\xFF") || chunk.starts_with("\xFF\xFE")) {
     throw problemAt({source, 0, {}}, "the file is UTF-16", "text in UTF-8 encoding");
   }
-  if (chunk.find('\0') != std::string_view::npos) {
-    throw problemAt({source, 0, {}}, "the file is not text", "comma- or tab-separated text");
+  if (const std::size_t at = chunk.find('\0'); at != std::string_view::npos) {
+    const auto line =
+        1 + std::count(chunk.begin(), chunk.begin() + static_cast<std::ptrdiff_t>(at), '\n');
+    throw problemAt({source, static_cast<std::size_t>(line), {}}, "the file is not text",
+                    "comma- or tab-separated text");
   }
   if (chunk.starts_with("\xEF\xBB\xBF")) chunk.remove_prefix(3);
   return chunk;
