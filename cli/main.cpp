@@ -10,6 +10,7 @@
 #include <string>
 
 #include "cli/commands.h"
+#include "cli/shell/arguments.h"
 #include "cli/shell/leftovers.h"
 #include "cli/shell/problem.h"
 #include "cli/shell/session.h"
@@ -49,7 +50,8 @@ std::string usageMessage(const CLI::App& app, const CLI::ParseError& error) {
   if (!extra.empty()) {
     return "the argument " + cli::quote(extra.front()) + " is one too many; expected one file";
   }
-  return error.what();
+  const std::string repeated = cli::repeatedOption(at);
+  return repeated.empty() ? error.what() : repeated;
 }
 
 int usageError(const std::string& who, const std::string& message) {
@@ -98,6 +100,8 @@ int main(int argc, char** argv) {
   }
   if (called != &app) who += " " + called->get_name();
   try {
+    const std::string empty = cli::emptyValue(*called, {argv + 1, argv + argc});
+    if (!empty.empty()) return usageError(who, empty);
     app.parse(argc, argv);
     for (const auto& [sub, run] : runs) {
       if (!sub->parsed()) continue;

@@ -1,0 +1,48 @@
+// Arguments that are empty or repeated.
+#include "cli/shell/arguments.h"
+
+#include <CLI/CLI.hpp>
+
+namespace cli {
+namespace {
+
+// "--out has an empty value; expected DIR".
+std::string emptyMessage(const CLI::Option& option) {
+  return "--" + option.get_lnames().front() + " has an empty value; expected " +
+         (option.get_items_expected_max() > 0 ? option.get_type_name() : "none");
+}
+
+const CLI::Option* named(const CLI::App& app, const std::string& argument) {
+  if (argument.size() < 3 || argument.compare(0, 2, "--") != 0) return nullptr;
+  return app.get_option_no_throw(argument);
+}
+
+}  // namespace
+
+std::string emptyValue(const CLI::App& app, const std::vector<std::string>& arguments) {
+  for (std::size_t i = 0; i < arguments.size(); ++i) {
+    const std::string& argument = arguments[i];
+    if (argument.empty()) {
+      const CLI::Option* option = i > 0 ? named(app, arguments[i - 1]) : nullptr;
+      if (option != nullptr && option->get_items_expected_max() > 0) return emptyMessage(*option);
+      return "an argument is empty; expected a file or an option";
+    }
+    if (argument.back() != '=') continue;
+    const CLI::Option* option = named(app, argument.substr(0, argument.size() - 1));
+    if (option != nullptr) return emptyMessage(*option);
+  }
+  return {};
+}
+
+std::string repeatedOption(const CLI::App& app) {
+  for (const CLI::Option* option : app.get_options()) {
+    const bool once = option->get_items_expected_max() == 1 && !option->get_lnames().empty();
+    if (once && option->count() > 1) {
+      return "the option --" + option->get_lnames().front() + " stands " +
+             std::to_string(option->count()) + " times; expected once";
+    }
+  }
+  return {};
+}
+
+}  // namespace cli

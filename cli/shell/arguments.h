@@ -1,0 +1,23 @@
+// What the library that parses the arguments does not say, or not well.
+#ifndef CLI_SHELL_ARGUMENTS_H_
+#define CLI_SHELL_ARGUMENTS_H_
+
+#include <string>
+#include <vector>
+
+namespace CLI {
+class App;
+}
+
+namespace cli {
+
+// The message about the first argument without a value ("--out ''", "--out=", ""), which the
+// library would take for an option that is not given; empty if there is none.
+std::string emptyValue(const CLI::App& app, const std::vector<std::string>& arguments);
+
+// The message about an option that stands more often than it may; empty if none does.
+std::string repeatedOption(const CLI::App& app);
+
+}  // namespace cli
+
+#endif  // CLI_SHELL_ARGUMENTS_H_
