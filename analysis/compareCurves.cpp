@@ -1,4 +1,5 @@
-// The tests: the groups' numbers at risk and events on a grid of times, handed to ComputeLifeTests.
+// The tests. Few groups: their numbers at risk and events on a grid of times, handed to
+// ComputeLifeTests. Many: manyGroups.h.
 //
 // The grid holds the times at which anybody had an event; other times add nothing to any of the
 // sums. (Filled by RunLife it would hold every time, and each call would copy it whole beside the
@@ -12,12 +13,17 @@
 #include <cmath>
 #include <numeric>
 
+#include "Dist/Dist"
+#include "analysis/manyGroups.h"
 #include "analysis/survivalCurves.h"
 #include "survival/survival.h"
 
 namespace survmeth {
 namespace {
 
+// Up to so many groups (as many as a picture shows) the sums are those of the entry point, whose
+// last bits callers compare; its cost grows as groups^2 times event times.
+constexpr std::size_t kFewGroups = 16;
 constexpr std::size_t kLargestGrid = std::size_t{1} << 27;  // 1 GB of doubles
 // The squared score of the Gehan-Breslow test is of the fourth degree in the numbers at risk.
 constexpr double kLargestRisk = 1e75;
@@ -138,15 +144,67 @@ Survey surveyOf(const Grid& grid) {
   return survey;
 }
 
-std::string refusal(const Survey& survey) {
-  if (survey.fractionalRisk) {
-    return "the weights leave less than one at risk at an event time";
+std::string refusal(bool fractionalRisk, bool linked) {
+  if (fractionalRisk) return "the weights leave less than one at risk at an event time";
+  if (linked) return {};
+  return "the covariance is singular: no event times that some of those at risk survive link all "
+         "groups";
+}
+
+void setCounts(Comparison& comparison, const std::vector<double>& observed,
+               const std::vector<double>& expected) {
+  for (std::size_t g = 0, j = 0; g < comparison.included.size(); ++g) {
+    const bool hasPart = comparison.included[g];
+    comparison.observed[g] = hasPart ? observed[j] : 0;
+    comparison.expected[g] = hasPart ? expected[j] : 0;
+    if (hasPart) ++j;
   }
-  if (!survey.linked) {
-    return "the covariance is singular: no event times that some of those at risk survive link "
-           "all groups";
+  comparison.degreesOfFreedom = static_cast<double>(observed.size() - 1);
+}
+
+void loseTests(Comparison& comparison, double largestRisk) {
+  comparison.reason = largestRisk > kLargestRisk
+                          ? "the weights are too large for the sums of the tests"
+                          : "the covariance is singular to working precision";
+  comparison.tests = {};
+}
+
+void compareMany(const ManyGroups& many, Comparison& comparison) {
+  comparison.reason = refusal(many.fractionalRisk(), many.linked());
+  if (comparison.reason.empty() && !many.fits()) {
+    comparison.reason = "there are too many groups for their covariance matrix";
   }
-  return {};
+  if (!comparison.reason.empty()) return;
+  const double freedom = static_cast<double>(many.observed().size() - 1);
+  for (std::size_t t = 0; t < 3; ++t) {
+    const double statistic = many.chiSquare(static_cast<CurveTest>(t));
+    if (!(statistic >= 0)) return loseTests(comparison, many.largestRisk());
+    comparison.tests[t] = {statistic, pValChiSq(statistic, freedom)};
+  }
+  setCounts(comparison, many.observed(), many.expected());
+}
+
+void compareFew(const std::vector<const SurvivalCurve*>& included, std::vector<double> times,
+                Comparison& comparison) {
+  Grid grid(included, std::move(times));
+  const Survey survey = surveyOf(grid);
+  comparison.reason = refusal(survey.fractionalRisk, survey.linked);
+  if (!comparison.reason.empty()) return;
+
+  std::array<double, 12> result{};  // 3 x 4: statistic, critical value, p-value, alpha
+  const int count = static_cast<int>(grid.times());
+  ComputeLifeTests(grid.data(), count, count, static_cast<int>(included.size()), 0.05,
+                   result.data());
+  for (std::size_t t = 0; t < 3; ++t) {
+    const double statistic = result[t];
+    // Only a covariance that was singular to the last digit gives 0 for scores that are not.
+    const bool lost = statistic == 0 && survey.largestScore[t] > 1e-9 * survey.scale[t];
+    if (!(statistic >= 0) || std::isinf(statistic) || lost) {
+      return loseTests(comparison, survey.largestRisk);
+    }
+    comparison.tests[t] = {statistic, result[6 + t]};
+  }
+  setCounts(comparison, survey.observed, survey.expected);
 }
 
 }  // namespace
@@ -175,40 +233,11 @@ Comparison compareCurves(const std::vector<SurvivalCurve>& curves) {
     comparison.reason = "nobody is at risk at an event time outside one group";
     return comparison;
   }
-  if ((3 * included.size() + 1) > kLargestGrid / times.size()) {
-    comparison.reason = "there are too many groups for so many event times";
-    return comparison;
+  if (included.size() > kFewGroups || 3 * included.size() + 1 > kLargestGrid / times.size()) {
+    compareMany(ManyGroups(included, times), comparison);
+  } else {
+    compareFew(included, std::move(times), comparison);
   }
-
-  Grid grid(included, std::move(times));
-  const Survey survey = surveyOf(grid);
-  comparison.reason = refusal(survey);
-  if (!comparison.reason.empty()) return comparison;
-
-  std::array<double, 12> result{};  // 3 x 4: statistic, critical value, p-value, alpha
-  const int count = static_cast<int>(grid.times());
-  ComputeLifeTests(grid.data(), count, count, static_cast<int>(included.size()), 0.05,
-                   result.data());
-  for (std::size_t t = 0; t < 3; ++t) {
-    const double statistic = result[t];
-    // Only a covariance that was singular to the last digit gives 0 for scores that are not.
-    const bool lost = statistic == 0 && survey.largestScore[t] > 1e-9 * survey.scale[t];
-    if (!(statistic >= 0) || std::isinf(statistic) || lost) {
-      comparison.reason = survey.largestRisk > kLargestRisk
-                              ? "the weights are too large for the sums of the tests"
-                              : "the covariance is singular to working precision";
-      comparison.tests = {};
-      return comparison;
-    }
-    comparison.tests[t] = {statistic, result[6 + t]};
-  }
-  for (std::size_t g = 0, j = 0; g < curves.size(); ++g) {
-    const bool hasPart = comparison.included[g];
-    comparison.observed[g] = hasPart ? survey.observed[j] : 0;
-    comparison.expected[g] = hasPart ? survey.expected[j] : 0;
-    if (hasPart) ++j;
-  }
-  comparison.degreesOfFreedom = static_cast<double>(included.size() - 1);
   return comparison;
 }
 

@@ -74,7 +74,9 @@ struct CurveResult {
 
 // In   data     see SurvivalData and Tally for what is refused (InvalidRequest)
 // Edge all rows events, all rows censored: valid; one group or no event: no test
-// Cost O(n log n), about 200 bytes a row while it works, 64 bytes a distinct time in the result
+// Cost O(n log n), about 200 bytes a row while it works, 64 bytes a distinct time in the result.
+//      The tests of K groups besides: O(K^2) for each event time and O(K^3) up to 16 groups; above
+//      them O(K n) and K^3 / 6 for each test, 4 K^2 bytes
 // Source Kaplan & Meier, JASA 53 (1958) 457-481; Greenwood (1926); Brookmeyer & Crowley,
 //        Biometrics 38 (1982) 29-41 (median); Tarone & Ware, Biometrika 64 (1977) 156-160
 CurveResult survivalCurves(const CurveRequest& request);

@@ -77,7 +77,7 @@ class Pending {
     while (!files_.empty()) {
       File& file = files_.back();
       const HeldSignals held;
-      if (::rename(file.temporary.c_str(), file.final.c_str()) != 0) {
+      if (::rename(file.temporary.c_str(), file.place.c_str()) != 0) {
         cannotWrite(file.path, errno);
       }
       file.leftover.keep();
@@ -90,7 +90,7 @@ class Pending {
  private:
   struct File {
     Leftover leftover;
-    std::string temporary, final, path;
+    std::string temporary, place, path;
   };
 
   // mkostemp makes the file for its owner only. One that replaces another is as that was; a new one

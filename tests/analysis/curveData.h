@@ -83,8 +83,8 @@ inline Columns fromFile(const std::string& file, const std::string& time, const 
 }
 
 // The random data sets of make_curves.R by number.
-inline std::map<int, Columns> randomData() {
-  const Csv csv(SURVMETH_REFERENCE + std::string("/curves_data.csv"));
+inline std::map<int, Columns> randomData(const std::string& file = "curves_data.csv") {
+  const Csv csv(SURVMETH_REFERENCE + ("/" + file));
   std::map<int, Columns> sets;
   for (std::size_t i = 0; i < csv.rows(); ++i) {
     Columns& columns = sets[static_cast<int>(csv.number("id", i))];

@@ -95,3 +95,16 @@ show(do.call(rbind, lapply(all, function(d) do.call(rbind, lapply(c("log-log", "
 show(do.call(rbind, lapply(all, tests)), "curves_tests.csv")
 show(do.call(rbind, lapply(all, function(d) actuarial(d, if (max(d$time) < 3) 0.1 else if (max(d$time) < 10) 0.5 else if (max(d$time) < 30) 3 else 50))),
      "curves_actuarial.csv")
+
+# Many groups, of which some leave before the first event; drawn last, so that the sets above stay as they are.
+many <- lapply(1:4, function(id) {
+  k <- c(17, 20, 50, 120)[id]; n <- c(90, 300, 500, 700)[id]
+  time <- if (id %% 2 == 0) sample(1:60, n, TRUE) else round(rexp(n), 3) + 0.1
+  event <- rbinom(n, 1, 0.5)
+  group <- c(seq_len(k), sample(seq_len(k), n - k, TRUE)) - 1
+  gone <- group %in% c(3, 7)
+  time[gone] <- time[gone] / 1e4; event[gone] <- 0
+  data.frame(id, time, event, group, weight = if (id == 2) sample(1:4, n, TRUE) else 1)
+})
+show(do.call(rbind, many), "many_groups_data.csv")
+show(do.call(rbind, lapply(many, tests)), "many_groups_tests.csv")
