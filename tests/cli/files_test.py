@@ -53,6 +53,27 @@ class Files(unittest.TestCase):
         self.addCleanup(process.kill)
         return process
 
+    def read_fifo(self, name, process, most=None):
+        """What the process writes into a FIFO, until it ends or there are `most` bytes."""
+        text = b""
+        descriptor = os.open(self.folder / name, os.O_RDONLY | os.O_NONBLOCK)
+        try:
+            end = time.monotonic() + PATIENCE
+            while time.monotonic() < end and (most is None or len(text) < most):
+                ended = process.poll() is not None
+                try:
+                    part = os.read(descriptor, most or 1 << 16)
+                except BlockingIOError:
+                    part = b""
+                text += part
+                if ended and not part:
+                    break
+                if not part:
+                    time.sleep(0.01)
+        finally:
+            os.close(descriptor)
+        return text.decode()
+
     def names(self):
         return sorted(path.name for path in self.folder.iterdir())
 
@@ -84,8 +105,7 @@ class Files(unittest.TestCase):
     def test_a_fifo_is_written_to(self):
         os.mkfifo(self.folder / "fifo")
         process = self.start(*COX, "--baseline", "fifo")
-        with open(self.folder / "fifo", encoding="utf-8") as fifo:
-            self.assertTrue(fifo.read().startswith(BASELINE_HEAD))
+        self.assertTrue(self.read_fifo("fifo", process).startswith(BASELINE_HEAD))
         self.assertEqual(process.wait(PATIENCE), 0)
         self.assertTrue(stat.S_ISFIFO(os.stat(self.folder / "fifo").st_mode))
 
@@ -265,8 +285,7 @@ class Files(unittest.TestCase):
             cwd=self.folder, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True,
         )
         self.addCleanup(process.kill)
-        with open(self.folder / "fifo", "rb", buffering=0) as fifo:
-            fifo.read(10)
+        self.assertEqual(len(self.read_fifo("fifo", process, 10)), 10)
         output, messages = process.communicate(timeout=PATIENCE)
         self.assertIn("x", output)
         self.assertEqual(messages, "survmeth cox: fifo: cannot be written: Broken pipe\n")
@@ -331,8 +350,7 @@ class Files(unittest.TestCase):
         while len(self.names()) < 3 and time.monotonic() < end:
             time.sleep(0.01)
         process.send_signal(signal.SIGHUP)
-        with open(self.folder / "fifo", encoding="utf-8") as fifo:
-            fifo.read()
+        self.read_fifo("fifo", process)
         self.assertEqual(process.wait(PATIENCE), 0)
         self.assertTrue(self.text("base.csv").startswith(BASELINE_HEAD))
 
