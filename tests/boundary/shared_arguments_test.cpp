@@ -78,8 +78,10 @@ std::vector<std::size_t> homeward(const EntryPoint& entry) {
 // What the array of several arguments holds before: what the first of them hold, so that they keep
 // sensible values, and before all the one that settles lengths.
 Bytes contents(const EntryPoint& entry, std::vector<Member> members) {
-  std::stable_partition(members.begin(), members.end(),
-                        [&](const Member& member) { return member.argument == entry.settling; });
+  const auto settling = std::find_if(members.begin(), members.end(), [&](const Member& member) {
+    return member.argument == entry.settling;
+  });
+  if (settling != members.end()) std::rotate(members.begin(), settling, settling + 1);
   Bytes array;
   std::vector<bool> filled;
   for (const Member& member : members) {
