@@ -139,7 +139,7 @@ TEST(RocCurve, AnEmptyClassIsRefusedAndNothingIsTouched) {
 
 TEST(RocCurve, NoObservationsAreRefused) {
   EXPECT_EQ(Curve({}, {}).run().code, -2);
-  Doubles one{1.0};
+  Doubles one(3, 1.0);  // one row of the widest output
   Doubles points{5, 6};
   Doubles summary(9, kUntouched);
   for (const int n : {0, -1, -2147483647 - 1}) {
