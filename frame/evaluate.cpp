@@ -1,0 +1,324 @@
+#include "frame/evaluate.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <functional>
+#include <limits>
+#include <optional>
+#include <utility>
+
+#include "numerics/elementary.h"
+#include "text/words.h"
+
+namespace survmeth::frame {
+namespace {
+
+constexpr double kMissing = std::numeric_limits<double>::quiet_NaN();
+
+struct Function {
+  std::string_view name;
+  double (*value)(double);
+};
+double identity(double x) { return x; }
+double squareRoot(double x) { return std::sqrt(x); }
+double absolute(double x) { return std::fabs(x); }
+// Powers of the base are exact, as people expect of log10(1000).
+double logTen(double x) {
+  constexpr double kLogOfTen = 0x1.26bb1bbb55516p+1;
+  const double value = numerics::log(x) / kLogOfTen, whole = std::nearbyint(value);
+  return numerics::pow(10, whole) == x ? whole : value;
+}
+double logTwo(double x) {
+  constexpr double kLogOfTwo = 0x1.62e42fefa39efp-1;
+  const double value = numerics::log(x) / kLogOfTwo, whole = std::nearbyint(value);
+  return numerics::pow(2, whole) == x ? whole : value;
+}
+constexpr Function kFunctions[] = {
+    {"I", identity},        {"(", identity},
+    {"log", numerics::log}, {"log2", logTwo},
+    {"log10", logTen},      {"log1p", numerics::log1p},
+    {"exp", numerics::exp}, {"expm1", numerics::expm1},
+    {"sqrt", squareRoot},   {"abs", absolute},
+};
+
+double logicalAnd(double a, double b) {
+  if (a == 0 || b == 0) return 0;
+  return std::isnan(a) || std::isnan(b) ? kMissing : 1;
+}
+double logicalOr(double a, double b) {
+  if ((a != 0 && !std::isnan(a)) || (b != 0 && !std::isnan(b))) return 1;
+  return std::isnan(a) || std::isnan(b) ? kMissing : 0;
+}
+
+struct Binary {
+  std::string_view name;
+  double (*value)(double, double);
+  bool isLogical;
+};
+constexpr Binary kBinaries[] = {
+    {"+", [](double a, double b) { return a + b; }, false},
+    {"-", [](double a, double b) { return a - b; }, false},
+    {"*", [](double a, double b) { return a * b; }, false},
+    {"/", [](double a, double b) { return a / b; }, false},
+    {"^", numerics::pow, false},
+    {"==", [](double a, double b) { return a == b ? 1.0 : 0.0; }, true},
+    {"!=", [](double a, double b) { return a != b ? 1.0 : 0.0; }, true},
+    {"<", [](double a, double b) { return a < b ? 1.0 : 0.0; }, true},
+    {">", [](double a, double b) { return a > b ? 1.0 : 0.0; }, true},
+    {"<=", [](double a, double b) { return a <= b ? 1.0 : 0.0; }, true},
+    {">=", [](double a, double b) { return a >= b ? 1.0 : 0.0; }, true},
+    {"&", logicalAnd, true},
+    {"|", logicalOr, true},
+};
+
+std::optional<double> numberOf(std::string_view text) {
+  double value = 0;
+  const auto [after, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+  if (error != std::errc() || after != text.data() + text.size()) return std::nullopt;
+  return value;
+}
+
+// A label against a text or number of the expression: equal as written, or as numbers.
+bool same(const std::string& label, const Expression& literal) {
+  if (label == literal.text) return true;
+  const std::optional<double> a = numberOf(label), b = numberOf(literal.text);
+  return a && b && *a == *b;
+}
+
+bool isLiteral(const Expression& expression) {
+  return expression.kind == Expression::Kind::kText || expression.kind == Expression::Kind::kNumber;
+}
+
+class Evaluator {
+ public:
+  Evaluator(const Frame& data, std::string_view text) : data_(data), text_(text) {}
+
+  Values values(const Expression& expression) const {
+    switch (expression.kind) {
+      case Expression::Kind::kNumber:
+        return owned(std::vector<double>(data_.rows, expression.number));
+      case Expression::Kind::kText:
+        fail(expression, text::quote(expression.text) + " is a text; expected numbers");
+      case Expression::Kind::kName:
+        return ofName(expression);
+      case Expression::Kind::kOperator:
+        return expression.arguments.size() == 1 ? unary(expression) : binary(expression);
+      case Expression::Kind::kCall:
+        break;
+    }
+    return call(expression);
+  }
+
+ private:
+  [[noreturn]] void fail(const Expression& at, const std::string& sentence) const {
+    throw ExpressionError(std::string(text_), at.at, sentence);
+  }
+
+  static Values owned(std::vector<double> own, bool isLogical = false) {
+    Values values;
+    values.own = std::move(own);
+    values.numbers = values.own;
+    values.isLogical = isLogical;
+    return values;
+  }
+
+  const Column& column(const Expression& expression) const {
+    const Column* found = data_.find(expression.text);
+    if (found != nullptr) return *found;
+    std::vector<std::string> names;
+    for (const Column& each : data_.columns) names.push_back(each.name);
+    fail(expression, "there is no column " + text::quote(expression.text) + "; expected one of " +
+                         text::nearestFirst(expression.text, names));
+  }
+
+  // The column where the expression is one that holds labels, else nullptr.
+  const Column* labels(const Expression& expression) const {
+    if (expression.isCall("(")) return labels(expression.arguments[0]);
+    if (expression.kind != Expression::Kind::kName) return nullptr;
+    if (expression.text == "TRUE" || expression.text == "FALSE") return nullptr;
+    const Column& found = column(expression);
+    return found.type == Type::kNumber ? nullptr : &found;
+  }
+
+  Values ofName(const Expression& expression) const {
+    if (expression.text == "TRUE" || expression.text == "FALSE") {
+      return owned(std::vector<double>(data_.rows, expression.text == "TRUE" ? 1.0 : 0.0), true);
+    }
+    const Column& found = column(expression);
+    if (found.type != Type::kNumber) {
+      fail(expression, "the column " + text::quote(found.name) +
+                           " holds labels; expected numbers, or a comparison with a label in "
+                           "quotes");
+    }
+    Values values;
+    values.numbers = found.numbers;
+    return values;
+  }
+
+  Values unary(const Expression& expression) const {
+    if (expression.text == "~") {
+      fail(expression, "\"~\" does not fit here; expected an expression of columns");
+    }
+    const Values inner = values(expression.arguments[0]);
+    std::vector<double> own(data_.rows);
+    const bool isNot = expression.text == "!";
+    for (std::size_t i = 0; i < own.size(); ++i) {
+      const double value = inner.numbers[i];
+      if (isNot) {
+        own[i] = std::isnan(value) ? kMissing : value == 0 ? 1 : 0;
+      } else {
+        own[i] = expression.text == "-" ? -value : value;
+      }
+    }
+    return owned(std::move(own), isNot);
+  }
+
+  // One value for each level of a column of labels, carried to the rows.
+  Values ofLevels(const Column& column, const std::function<bool(const std::string&)>& is) const {
+    std::vector<double> ofLevel;
+    for (const std::string& level : column.levels) ofLevel.push_back(is(level) ? 1 : 0);
+    std::vector<double> own(data_.rows);
+    for (std::size_t i = 0; i < own.size(); ++i) {
+      own[i] = column.isMissing(i) ? kMissing : ofLevel[column.codes[i]];
+    }
+    return owned(std::move(own), true);
+  }
+
+  Values comparedLabels(const Expression& expression, const Column& column,
+                        const Expression& literal) const {
+    if (expression.text != "==" && expression.text != "!=") {
+      fail(expression, "the labels of " + text::quote(column.name) +
+                           " have no order; expected == or != or %in%");
+    }
+    if (!isLiteral(literal)) {
+      fail(literal,
+           "the column " + text::quote(column.name) + " holds labels; expected a label in quotes");
+    }
+    const bool equal = expression.text == "==";
+    requireLevel(column, literal);
+    return ofLevels(column,
+                    [&](const std::string& level) { return same(level, literal) == equal; });
+  }
+
+  // A label that no row holds is a slip of the pen more often than a wish.
+  void requireLevel(const Column& column, const Expression& literal) const {
+    for (const std::string& level : column.levels) {
+      if (same(level, literal)) return;
+    }
+    fail(literal, "no row of " + text::quote(column.name) + " holds " + text::quote(literal.text) +
+                      "; expected one of " + text::nearestFirst(literal.text, column.levels));
+  }
+
+  Values binary(const Expression& expression) const {
+    if (expression.text == "%in%") return in(expression);
+    const Expression &left = expression.arguments[0], &right = expression.arguments[1];
+    if (const Column* column = labels(left)) return comparedLabels(expression, *column, right);
+    if (const Column* column = labels(right)) return comparedLabels(expression, *column, left);
+    const auto* found =
+        std::find_if(std::begin(kBinaries), std::end(kBinaries),
+                     [&](const Binary& each) { return each.name == expression.text; });
+    if (found == std::end(kBinaries)) {
+      fail(expression, text::quote(expression.text) +
+                           " does not fit here; expected arithmetic, a comparison, & or |");
+    }
+    const bool isComparison = found->isLogical && found->name != "&" && found->name != "|";
+    const Values a = values(left), b = values(right);
+    std::vector<double> own(data_.rows);
+    for (std::size_t i = 0; i < own.size(); ++i) {
+      const double x = a.numbers[i], y = b.numbers[i];
+      own[i] = isComparison && (std::isnan(x) || std::isnan(y)) ? kMissing : found->value(x, y);
+    }
+    return owned(std::move(own), found->isLogical);
+  }
+
+  Values in(const Expression& expression) const {
+    const Expression& set = expression.arguments[1];
+    std::vector<const Expression*> literals;
+    if (isLiteral(set)) {
+      literals.push_back(&set);
+    } else if (set.isCall("c")) {
+      for (const Expression& each : set.arguments) literals.push_back(&each);
+    }
+    if (literals.empty() || !std::all_of(literals.begin(), literals.end(),
+                                         [](const auto* e) { return isLiteral(*e); })) {
+      fail(set, "the right side of %in% is " + text::quote(deparse(set)) +
+                    "; expected c(...) of labels in quotes or numbers");
+    }
+    if (const Column* column = labels(expression.arguments[0])) {
+      for (const Expression* literal : literals) requireLevel(*column, *literal);
+      return ofLevels(*column, [&](const std::string& level) {
+        return std::any_of(literals.begin(), literals.end(),
+                           [&](const Expression* literal) { return same(level, *literal); });
+      });
+    }
+    const Values left = values(expression.arguments[0]);
+    std::vector<double> wanted;
+    for (const Expression* literal : literals) {
+      const std::optional<double> number = numberOf(literal->text);
+      if (!number) {
+        fail(*literal, text::quote(literal->text) +
+                           " is a text, the left side holds numbers; "
+                           "expected numbers");
+      }
+      wanted.push_back(*number);
+    }
+    std::vector<double> own(data_.rows);
+    for (std::size_t i = 0; i < own.size(); ++i) {
+      const double value = left.numbers[i];
+      own[i] = std::isnan(value)                                                ? kMissing
+               : std::find(wanted.begin(), wanted.end(), value) != wanted.end() ? 1
+                                                                                : 0;
+    }
+    return owned(std::move(own), true);
+  }
+
+  Values call(const Expression& expression) const {
+    const auto* found =
+        std::find_if(std::begin(kFunctions), std::end(kFunctions),
+                     [&](const Function& each) { return each.name == expression.text; });
+    if (found == std::end(kFunctions)) {
+      std::vector<std::string> names;
+      for (const Function& each : kFunctions) {
+        if (each.name != "(") names.emplace_back(each.name);
+      }
+      fail(expression, "there is no function " + text::quote(expression.text) +
+                           " here; expected one of " + text::nearestFirst(expression.text, names));
+    }
+    if (expression.arguments.size() != 1) {
+      fail(expression, expression.text + "() has " +
+                           text::counted(expression.arguments.size(), "argument", "arguments") +
+                           "; expected one");
+    }
+    Values inner = values(expression.arguments[0]);
+    if (found->value == identity) return inner;
+    std::vector<double> own(data_.rows);
+    std::transform(inner.numbers.begin(), inner.numbers.end(), own.begin(), found->value);
+    return owned(std::move(own));
+  }
+
+  const Frame& data_;
+  std::string_view text_;
+};
+
+}  // namespace
+
+Values evaluate(const Expression& expression, const Frame& data, std::string_view text) {
+  return Evaluator(data, text).values(expression);
+}
+
+std::vector<std::uint32_t> rowsWhere(std::string_view condition, const Frame& data) {
+  const Expression expression = parseExpression(condition);
+  const Values values = evaluate(expression, data, condition);
+  if (!values.isLogical) {
+    throw ExpressionError(std::string(condition), expression.at,
+                          "this is no condition; expected a comparison such as age > 40");
+  }
+  std::vector<std::uint32_t> rows;
+  for (std::size_t i = 0; i < values.numbers.size(); ++i) {
+    if (values.numbers[i] == 1) rows.push_back(static_cast<std::uint32_t>(i));
+  }
+  return rows;
+}
+
+}  // namespace survmeth::frame

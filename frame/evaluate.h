@@ -1,0 +1,42 @@
+// The values of an expression in the rows of a frame: arithmetic, comparisons, logic, %in% and the
+// functions log, log2, log10, log1p, exp, expm1, sqrt, abs and I. A missing cell makes the value
+// missing, except where the rest decides it (FALSE & missing is FALSE), as in R.
+#ifndef FRAME_EVALUATE_H_
+#define FRAME_EVALUATE_H_
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "frame/expression.h"
+#include "frame/frame.h"
+
+namespace survmeth::frame {
+
+// Numbers (logical values are 0 and 1), NaN where missing. The span points into the frame where the
+// expression is a column by itself, else into `own`.
+struct Values {
+  std::span<const double> numbers;
+  std::vector<double> own;
+  bool isLogical = false;
+
+  Values() = default;
+  Values(Values&&) = default;
+  Values& operator=(Values&&) = default;
+};
+
+// In   text    the whole text of which the expression is a part, for messages
+// Throws ExpressionError: a column that there is none of (the nearest names follow), labels where
+// numbers are wanted, a function that is not known.
+// Cost O(rows) for each node
+Values evaluate(const Expression& expression, const Frame& data, std::string_view text);
+
+// The rows in which `condition` (an expression's text) is true; missing counts as false.
+// Throws ExpressionError, also where the expression is not a condition.
+std::vector<std::uint32_t> rowsWhere(std::string_view condition, const Frame& data);
+
+}  // namespace survmeth::frame
+
+#endif  // FRAME_EVALUATE_H_

@@ -1,0 +1,110 @@
+#include "frame/labels.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <cstring>
+#include <numeric>
+#include <optional>
+#include <unordered_map>
+#include <utility>
+
+namespace survmeth::frame {
+namespace {
+
+std::string shortest(double value) {
+  char buffer[32];
+  const auto end = std::to_chars(buffer, buffer + sizeof buffer, value).ptr;
+  return {buffer, end};
+}
+
+// The numbers of labels that are all numbers, otherwise nothing.
+std::optional<std::vector<double>> numbersOf(const std::vector<std::string>& labels) {
+  std::vector<double> numbers;
+  for (const std::string& label : labels) {
+    const char* begin = label.data();
+    const char* const end = begin + label.size();
+    if (end - begin > 1 && begin[0] == '+' && begin[1] != '-') ++begin;
+    double value = 0;
+    const auto [after, error] = std::from_chars(begin, end, value);
+    if (error != std::errc() || after != end || !std::isfinite(value)) return std::nullopt;
+    numbers.push_back(value + 0.0);  // -0 and 0 are one number
+  }
+  return numbers;
+}
+
+// A column of numbers as one of labels in the order of first use.
+void labelNumbers(const Column& column, std::vector<std::string>& labels,
+                  std::vector<std::uint32_t>& codes) {
+  std::unordered_map<std::uint64_t, std::uint32_t> known;
+  codes.reserve(column.numbers.size());
+  for (const double number : column.numbers) {
+    if (std::isnan(number)) {
+      codes.push_back(Column::kMissing);
+      continue;
+    }
+    const double value = number + 0.0;
+    std::uint64_t bits;
+    std::memcpy(&bits, &value, sizeof bits);
+    const auto [place, isNew] = known.emplace(bits, static_cast<std::uint32_t>(labels.size()));
+    if (isNew) labels.push_back(shortest(value));
+    codes.push_back(place->second);
+  }
+}
+
+}  // namespace
+
+Labels allLabelsOf(const Column& column) {
+  std::vector<std::string> spelled;
+  Labels made;
+  if (column.type == Type::kNumber) {
+    labelNumbers(column, spelled, made.codes);
+  } else {
+    spelled = column.levels;
+    made.codes.assign(column.codes.begin(), column.codes.end());
+  }
+  std::vector<std::size_t> order(spelled.size());
+  std::iota(order.begin(), order.end(), std::size_t{0});
+  std::optional<std::vector<double>> numbers;
+  if (column.type != Type::kFactor) {
+    numbers = numbersOf(spelled);
+    std::sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) {
+      const std::string &left = spelled[a], &right = spelled[b];
+      if (!numbers) return left < right;
+      if ((*numbers)[a] != (*numbers)[b]) return (*numbers)[a] < (*numbers)[b];
+      return left.size() != right.size() ? left.size() < right.size() : left < right;
+    });
+  }
+  std::vector<std::uint32_t> place(spelled.size());
+  for (std::size_t i = 0; i < order.size(); ++i) {
+    const bool merged = numbers && i > 0 && (*numbers)[order[i]] == (*numbers)[order[i - 1]];
+    if (!merged) made.labels.push_back(spelled[order[i]]);
+    place[order[i]] = static_cast<std::uint32_t>(made.labels.size() - 1);
+  }
+  made.counts.assign(made.labels.size(), 0);
+  for (std::uint32_t& code : made.codes) {
+    if (code == Column::kMissing) continue;
+    code = place[code];
+    ++made.counts[code];
+  }
+  return made;
+}
+
+Labels labelsOf(const Column& column) {
+  Labels all = allLabelsOf(column);
+  Labels made;
+  std::vector<std::uint32_t> place(all.labels.size());
+  for (std::size_t i = 0; i < all.labels.size(); ++i) {
+    place[i] = static_cast<std::uint32_t>(made.labels.size());
+    if (all.counts[i] == 0) continue;
+    made.labels.push_back(std::move(all.labels[i]));
+    made.counts.push_back(all.counts[i]);
+  }
+  if (made.labels.size() < all.labels.size()) {
+    for (std::uint32_t& code : all.codes) code = code == Column::kMissing ? code : place[code];
+  }
+  made.codes = std::move(all.codes);
+  return made;
+}
+
+}  // namespace survmeth::frame

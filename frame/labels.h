@@ -1,0 +1,31 @@
+// The labels of a column in order, for groups, strata and factors.
+#ifndef FRAME_LABELS_H_
+#define FRAME_LABELS_H_
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "frame/frame.h"
+
+namespace survmeth::frame {
+
+// Labels that are all numbers are ordered and told apart as numbers (1 and 1.0 are one, by its
+// shortest spelling), others by their bytes; a factor keeps the order of its levels. Numbers become
+// labels by their shortest text.
+struct Labels {
+  std::vector<std::string> labels;
+  std::vector<std::uint32_t> codes;  // of each row, into labels; Column::kMissing where missing
+  std::vector<std::size_t> counts;   // rows that hold each label
+};
+
+// All labels, those that no row holds (any more) included, with count 0. Cost O(rows + l log l).
+Labels allLabelsOf(const Column& column);
+
+// Those that rows hold.
+Labels labelsOf(const Column& column);
+
+}  // namespace survmeth::frame
+
+#endif  // FRAME_LABELS_H_

@@ -1,0 +1,337 @@
+// Expansion of a formula's operators into terms.
+#include "model/formula.h"
+
+#include <algorithm>
+#include <cmath>
+#include <iterator>
+#include <set>
+#include <utility>
+
+#include "text/words.h"
+
+namespace survmeth::model {
+namespace {
+
+using frame::ExpressionError;
+
+constexpr std::size_t kMostTerms = 10000;
+
+bool isDot(const Expression& expression) {
+  return expression.kind == Expression::Kind::kName && expression.text == ".";
+}
+
+bool containsDot(const Expression& expression) {
+  return isDot(expression) ||
+         std::any_of(expression.arguments.begin(), expression.arguments.end(), containsDot);
+}
+
+// Calls that stand beside the terms, not in them.
+bool isBeside(const Expression& expression) {
+  return expression.isCall("strata") || expression.isCall("cluster") || expression.isCall("offset");
+}
+
+class Expander {
+ public:
+  Expander(Formula& formula, const std::vector<std::string>& allColumns)
+      : formula_(formula), allColumns_(allColumns) {}
+
+  void response(const Expression& left) {
+    if (!left.isCall("Surv")) {
+      fail(left, "the left side is " + text::quote(deparse(left)) +
+                     "; expected Surv(time, status) or Surv(entry, exit, status)");
+    }
+    const auto& arguments = left.arguments;
+    if (arguments.size() != 2 && arguments.size() != 3) {
+      fail(left, "Surv() has " + text::counted(arguments.size(), "argument", "arguments") +
+                     "; expected Surv(time, status) or Surv(entry, exit, status)");
+    }
+    for (std::size_t i = 0; i < arguments.size(); ++i) {
+      const std::string& name = left.argumentNames[i];
+      if (!name.empty() && name != "time" && name != "time2" && name != "event") {
+        fail(arguments[i],
+             "Surv() has no argument " + text::quote(name) + "; expected time, time2 or event");
+      }
+    }
+    if (arguments.size() == 3) formula_.entry = arguments[0];
+    formula_.exit = arguments[arguments.size() - 2];
+    formula_.event = arguments.back();
+  }
+
+  void right(const Expression& right) {
+    beside(right);
+    std::vector<Term> terms = expand(right);
+    std::stable_sort(terms.begin(), terms.end(), [](const Term& a, const Term& b) {
+      return a.variables.size() < b.variables.size();
+    });
+    formula_.terms = std::move(terms);
+    for (Term& term : formula_.terms) term.name = nameOf(term);
+    dropUnused();
+  }
+
+ private:
+  [[noreturn]] void fail(const Expression& at, const std::string& sentence) const {
+    throw ExpressionError(formula_.text, at.at, sentence);
+  }
+
+  // Collects strata(), cluster() and offset() of the sums; "." needs them beforehand.
+  void beside(const Expression& expression) {
+    if ((expression.isOperator("+") || expression.isCall("("))) {
+      for (const Expression& argument : expression.arguments) beside(argument);
+      return;
+    }
+    if (expression.isOperator("-") && expression.arguments.size() == 2) {
+      return beside(expression.arguments[0]);
+    }
+    if (!isBeside(expression)) return;
+    if (expression.arguments.empty()) {
+      fail(expression, expression.text + "() is empty; expected a column");
+    }
+    if (expression.text == "strata") {
+      for (const Expression& argument : expression.arguments) {
+        formula_.strata.push_back(argument);
+        formula_.strataNames.push_back(deparse(argument));
+      }
+      return;
+    }
+    if (expression.arguments.size() > 1) {
+      fail(expression, expression.text + "() has " +
+                           text::counted(expression.arguments.size(), "argument", "arguments") +
+                           "; expected one");
+    }
+    if (expression.text == "offset") {
+      formula_.offsets.push_back(expression.arguments[0]);
+      return;
+    }
+    if (formula_.cluster) fail(expression, "there is more than one cluster(); expected one");
+    formula_.cluster = expression.arguments[0];
+  }
+
+  // The terms of an expression, in order, each once.
+  std::vector<Term> expand(const Expression& expression) {
+    if (expression.isCall("(")) return expand(expression.arguments[0]);
+    if (isBeside(expression)) return {};
+    if (expression.isOperator("+")) {
+      if (expression.arguments.size() == 1) return expand(expression.arguments[0]);
+      return united(expand(expression.arguments[0]), expand(expression.arguments[1]));
+    }
+    if (expression.isOperator("-")) return difference(expression);
+    if (expression.isOperator("*")) {
+      requireNothingBeside(expression);
+      const auto left = expand(expression.arguments[0]), right = expand(expression.arguments[1]);
+      return united(united(left, right), crossed(expression, left, right));
+    }
+    if (expression.isOperator(":") || expression.isOperator("%in%")) {
+      requireNothingBeside(expression);
+      return crossed(expression, expand(expression.arguments[0]), expand(expression.arguments[1]));
+    }
+    if (expression.isOperator("/")) {
+      requireNothingBeside(expression);
+      const auto left = expand(expression.arguments[0]), right = expand(expression.arguments[1]);
+      Term all;
+      for (const Term& term : left) all = joined(all, term);
+      return united(left, crossed(expression, {all}, right));
+    }
+    if (expression.isOperator("^")) return power(expression);
+    if (expression.kind == Expression::Kind::kNumber) {
+      if (expression.number == 0 || expression.number == 1) return {};
+      fail(expression, text::quote(expression.text) +
+                           " is no term; expected a column, or I(...) around arithmetic");
+    }
+    if (expression.kind == Expression::Kind::kText) {
+      fail(expression, text::quote(expression.text) +
+                           " is a text; expected a column (in backticks where its name needs it)");
+    }
+    if (isDot(expression)) return dot(expression);
+    return {Term{{variableOf(expression)}, {}}};
+  }
+
+  void requireNothingBeside(const Expression& expression) const {
+    for (const Expression& argument : expression.arguments) {
+      if (isBeside(argument)) {
+        fail(argument, argument.text +
+                           "() has no part in interactions; expected it as a summand, and C(...) "
+                           "for a factor that interacts");
+      }
+      requireNothingBeside(argument);
+    }
+  }
+
+  std::vector<Term> difference(const Expression& expression) {
+    if (expression.arguments.size() == 1) {  // -1 at the beginning
+      expand(expression.arguments[0]);
+      return {};
+    }
+    std::vector<Term> left = expand(expression.arguments[0]);
+    for (const Term& gone : expand(expression.arguments[1])) std::erase(left, gone);
+    return left;
+  }
+
+  std::vector<Term> power(const Expression& expression) {
+    requireNothingBeside(expression);
+    const Expression& exponent = expression.arguments[1];
+    if (exponent.kind != Expression::Kind::kNumber || exponent.number < 1 ||
+        exponent.number != std::trunc(exponent.number) || exponent.number > 100) {
+      fail(exponent, text::quote(deparse(exponent)) +
+                         " is no power of a sum of terms; expected a whole number, or I(...) "
+                         "around arithmetic");
+    }
+    const std::vector<Term> base = expand(expression.arguments[0]);
+    std::vector<Term> all = base;
+    for (int i = 1; i < static_cast<int>(exponent.number); ++i) {
+      std::vector<Term> more = united(all, crossed(expression, all, base));
+      if (more.size() == all.size()) break;
+      all = std::move(more);
+    }
+    return all;
+  }
+
+  std::vector<Term> dot(const Expression& expression) {
+    if (allColumns_.empty()) {
+      fail(expression,
+           "\".\" stands for all other columns, which are not known here; expected "
+           "their names");
+    }
+    std::set<std::string> used;
+    const auto use = [&used](const Expression& each) {
+      for (const std::string& name : namesIn(each)) used.insert(name);
+    };
+    for (const auto* each : {&formula_.entry, &formula_.exit, &formula_.event, &formula_.cluster}) {
+      if (*each) use(**each);
+    }
+    for (const Expression& each : formula_.strata) use(each);
+    for (const Expression& each : formula_.offsets) use(each);
+    std::vector<Term> terms;
+    for (const std::string& name : allColumns_) {
+      if (used.contains(name)) continue;
+      Expression column;
+      column.kind = Expression::Kind::kName;
+      column.text = name;
+      column.at = expression.at;
+      column.end = expression.end;
+      terms.push_back(Term{{variableOf(column)}, {}});
+    }
+    return terms;
+  }
+
+  VariableKind kindOf(const Expression& expression) const {
+    if (expression.kind == Expression::Kind::kName) return VariableKind::kPlain;
+    if (expression.kind != Expression::Kind::kCall) return VariableKind::kNumbers;
+    if (expression.text == "C" || expression.text == "factor" || expression.text == "as.factor") {
+      return VariableKind::kFactor;
+    }
+    if (expression.text == "ns") return VariableKind::kNaturalSpline;
+    if (expression.text == "rcs") return VariableKind::kRestrictedSpline;
+    if (expression.text == "poly") return VariableKind::kPolynomial;
+    return VariableKind::kNumbers;
+  }
+
+  std::size_t variableOf(const Expression& expression) {
+    const std::string name = deparse(expression);
+    for (std::size_t i = 0; i < formula_.variables.size(); ++i) {
+      if (formula_.variables[i].name == name) return i;
+    }
+    formula_.variables.push_back({kindOf(expression), expression, name});
+    return formula_.variables.size() - 1;
+  }
+
+  static std::vector<Term> united(std::vector<Term> left, const std::vector<Term>& right) {
+    for (const Term& term : right) {
+      if (std::find(left.begin(), left.end(), term) == left.end()) left.push_back(term);
+    }
+    return left;
+  }
+
+  static Term joined(const Term& a, const Term& b) {
+    Term term;
+    std::set_union(a.variables.begin(), a.variables.end(), b.variables.begin(), b.variables.end(),
+                   std::back_inserter(term.variables));
+    return term;
+  }
+
+  std::vector<Term> crossed(const Expression& at, const std::vector<Term>& left,
+                            const std::vector<Term>& right) const {
+    if (left.size() * right.size() > kMostTerms) {
+      fail(at, "there are more than " + text::grouped(kMostTerms) + " terms");
+    }
+    std::vector<Term> terms;
+    for (const Term& a : left) {
+      for (const Term& b : right) terms.push_back(joined(a, b));
+    }
+    return united({}, terms);
+  }
+
+  std::string nameOf(const Term& term) const {
+    std::string name;
+    for (const std::size_t variable : term.variables) {
+      name += (name.empty() ? "" : ":") + formula_.variables[variable].name;
+    }
+    return name;
+  }
+
+  // Variables that only stood in terms taken away are not read.
+  void dropUnused() {
+    std::vector<std::size_t> place(formula_.variables.size(), formula_.variables.size());
+    std::vector<Variable> kept;
+    for (std::size_t i = 0; i < formula_.variables.size(); ++i) {
+      const bool used =
+          std::any_of(formula_.terms.begin(), formula_.terms.end(), [i](const Term& term) {
+            return std::find(term.variables.begin(), term.variables.end(), i) !=
+                   term.variables.end();
+          });
+      if (!used) continue;
+      place[i] = kept.size();
+      kept.push_back(std::move(formula_.variables[i]));
+    }
+    formula_.variables = std::move(kept);
+    for (Term& term : formula_.terms) {
+      for (std::size_t& variable : term.variables) variable = place[variable];
+    }
+  }
+
+  Formula& formula_;
+  const std::vector<std::string>& allColumns_;
+};
+
+}  // namespace
+
+bool Formula::has(const Term& term) const {
+  return std::find(terms.begin(), terms.end(), term) != terms.end();
+}
+
+std::vector<std::string> Formula::columns() const {
+  std::vector<std::string> names;
+  const auto add = [&names](const Expression& expression) {
+    for (std::string& name : namesIn(expression)) {
+      if (std::find(names.begin(), names.end(), name) == names.end()) {
+        names.push_back(std::move(name));
+      }
+    }
+  };
+  for (const auto* each : {&entry, &exit, &event}) {
+    if (*each) add(**each);
+  }
+  for (const Variable& variable : variables) add(variable.expression);
+  for (const Expression& each : strata) add(each);
+  if (cluster) add(*cluster);
+  for (const Expression& each : offsets) add(each);
+  return names;
+}
+
+Formula parseFormula(std::string_view text, const std::vector<std::string>& allColumns) {
+  const Expression whole = frame::parseExpression(text);
+  Formula formula;
+  formula.text = text;
+  if (!whole.isOperator("~")) {
+    throw ExpressionError(formula.text, text.size(),
+                          "there is no ~ between response and terms; expected "
+                          "Surv(time, status) ~ terms");
+  }
+  Expander expander(formula, allColumns);
+  if (whole.arguments.size() == 2) expander.response(whole.arguments[0]);
+  expander.right(whole.arguments.back());
+  return formula;
+}
+
+bool hasDot(std::string_view text) { return containsDot(frame::parseExpression(text)); }
+
+}  // namespace survmeth::model
