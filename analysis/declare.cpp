@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <stdexcept>
 
 #include "analysis/digest.h"
 #include "text/words.h"
@@ -25,6 +26,20 @@ std::vector<std::string> namesIn(const Option& option, const Setting& setting) {
   return {};
 }
 
+// The labels that other options name in the column of `option`.
+void addNamedLabels(const Declaration& declaration, const Option& option, const void* request,
+                    frame::Wanted& want) {
+  for (const Option& other : declaration.options) {
+    if (other.labelsOf != option.name) continue;
+    const std::optional<Setting> setting = other.get(request);
+    if (!setting) continue;
+    if (const auto* text = std::get_if<std::string>(&*setting)) want.named.push_back(*text);
+    if (const auto* list = std::get_if<std::vector<std::string>>(&*setting)) {
+      want.named.insert(want.named.end(), list->begin(), list->end());
+    }
+  }
+}
+
 // `5 of 228 rows left out: missing in "age" (3), "sex" (2)`; empty when none was.
 report::Note leftOut(const frame::Frame& data, const std::vector<frame::Wanted>& wanted) {
   report::Note note{"rowsLeftOut", {}, {}};
@@ -40,6 +55,16 @@ report::Note leftOut(const frame::Frame& data, const std::vector<frame::Wanted>&
   note.text = std::to_string(data.rowsRead - data.rows) + " of " + std::to_string(data.rowsRead) +
               " rows left out: missing in " + columns;
   return note;
+}
+
+// Faces rely on the declared ids before there is a report.
+void requireDeclared(const Declaration& declaration, const report::Report& report) {
+  const auto require = [&](const std::vector<std::string>& declared, const std::string& id) {
+    if (std::find(declared.begin(), declared.end(), id) != declared.end()) return;
+    throw std::logic_error(declaration.name + " does not declare " + id);
+  };
+  for (const report::Table& table : report.tables) require(declaration.tables, table.id);
+  for (const report::Figure& figure : report.figures) require(declaration.figures, figure.id);
 }
 
 }  // namespace
@@ -59,6 +84,7 @@ std::vector<frame::Wanted> wantedColumns(const Declaration& declaration, const v
     for (std::string& name : namesIn(option, *setting)) {
       frame::Wanted want = option.wanted;
       want.name = std::move(name);
+      addNamedLabels(declaration, option, request, want);
       wanted.push_back(std::move(want));
     }
   }
@@ -89,6 +115,7 @@ Fitted analyse(const Declaration& declaration, const frame::Frame& data, const v
   }
   Fitted fitted = declaration.run(data, request, progress);
   report::Report& report = fitted.report;
+  requireDeclared(declaration, report);
   report.analysis = declaration.name;
   report.data = {data.source, digest(data), data.rowsRead, data.rows};
   for (const Option& option : declaration.options) {

@@ -43,6 +43,7 @@ struct Declaration {
   std::string details;  // sentences for the help: methods, conventions
   std::vector<std::string> examples;
   std::vector<Option> options;
+  std::vector<std::string> tables, figures;  // ids of those that it may give
   std::size_t leastRows = 1;
 
   // A new request with its defaults.
@@ -140,6 +141,17 @@ class Declaring {
     add(name, Type::kText, role, valueName, help, member);
     return *this;
   }
+  // Labels of the column that option `of` names: never taken for missing there.
+  Declaring& label(const char* name, std::string Request::*member, const char* of, const char* help,
+                   const char* valueName = "LABEL") {
+    add(name, Type::kText, engine::Role::kLevel, valueName, help, member).labelsOf = of;
+    return *this;
+  }
+  Declaring& labels(const char* name, std::vector<std::string> Request::*member, const char* of,
+                    const char* help, const char* valueName = "A,B") {
+    add(name, Type::kTexts, engine::Role::kLevel, valueName, help, member).labelsOf = of;
+    return *this;
+  }
   Declaring& texts(const char* name, std::vector<std::string> Request::*member, engine::Role role,
                    const char* help, const char* valueName = "A,B") {
     add(name, Type::kTexts, role, valueName, help, member);
@@ -188,6 +200,15 @@ class Declaring {
   }
   Declaring& example(const char* call) {
     made_.examples.emplace_back(call);
+    return *this;
+  }
+  // The ids of the tables and figures that it may give.
+  Declaring& tables(std::vector<std::string> ids) {
+    made_.tables = std::move(ids);
+    return *this;
+  }
+  Declaring& figures(std::vector<std::string> ids) {
+    made_.figures = std::move(ids);
     return *this;
   }
   Declaring& leastRows(std::size_t rows) {

@@ -2,9 +2,10 @@
 #include "analysis/option.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 
+#include "text/lists.h"
+#include "text/numbers.h"
 #include "text/words.h"
 
 namespace survmeth::analysis {
@@ -13,35 +14,14 @@ namespace {
 using text::nearestFirst;
 using text::quote;
 
-// The elements of a list: separated by commas, in double quotes (an inner one doubled) where an
-// element holds some.
-std::vector<std::string> elements(const Option& option, const std::string& text) {
-  std::vector<std::string> all(1);
-  bool inQuotes = false, wasQuoted = false;
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    const char c = text[i];
-    if (inQuotes) {
-      if (c != '"') {
-        all.back() += c;
-      } else if (i + 1 < text.size() && text[i + 1] == '"') {
-        all.back() += text[++i];
-      } else {
-        inQuotes = false;
-      }
-    } else if (c == '"' && all.back().empty() && !wasQuoted) {
-      inQuotes = wasQuoted = true;
-    } else if (c == ',') {
-      all.emplace_back();
-      wasQuoted = false;
-    } else {
-      all.back() += c;
-    }
+// The items of a list.
+std::vector<std::string> elements(const Option& option, const std::string& list) {
+  try {
+    if (option.type == Type::kNumbers) return text::listItems(list, "numbers", true);
+    return text::listItems(list, option.type == Type::kColumns ? "column names" : "values");
+  } catch (const std::invalid_argument& wrong) {
+    throw BadOption(option.name, wrong.what());
   }
-  if (inQuotes) {
-    throw BadOption(option.name,
-                    quote(text) + " has a quote that is not closed; expected " + option.valueName);
-  }
-  return all;
 }
 
 std::string expectedNumber(const Range& range) {
@@ -49,26 +29,11 @@ std::string expectedNumber(const Range& range) {
 }
 
 double numberOf(const Option& option, const std::string& text) {
-  const char* begin = text.data();
-  const char* const end = begin + text.size();
-  if (end - begin > 1 && begin[0] == '+' && begin[1] != '-') ++begin;
-  double value = 0;
-  const auto [after, error] = std::from_chars(begin, end, value);
-  if (error == std::errc::result_out_of_range && after == end) {
-    throw BadOption(option.name,
-                    quote(text) + " is out of range; expected " + expectedNumber(option.range));
-  }
-  if (error != std::errc() || after != end || !std::isfinite(value)) {
-    throw BadOption(option.name,
-                    quote(text) + " is not a number; expected " + expectedNumber(option.range));
-  }
-  return value;
-}
-
-std::string shortest(double value) {
-  char buffer[32];
-  const auto end = std::to_chars(buffer, buffer + sizeof buffer, value).ptr;
-  return {buffer, end};
+  const std::optional<double> value = text::parseNumber(text);
+  if (value) return *value;
+  throw BadOption(option.name,
+                  quote(text) + (text::isTooLarge(text) ? " is out of range" : " is not a number") +
+                      "; expected " + expectedNumber(option.range));
 }
 
 void requireRange(const Option& option, double value, const std::string& text) {
@@ -103,9 +68,9 @@ void requireList(const Option& option, const std::vector<std::string>& list) {
 void requireNumbers(const Option& option, const std::vector<double>& list) {
   if (list.empty()) throw BadOption(option.name, "the list is empty; expected " + option.valueName);
   for (std::size_t i = 0; i < list.size(); ++i) {
-    requireRange(option, list[i], shortest(list[i]));
+    requireRange(option, list[i], text::exact(list[i]));
     if (option.range.ascending && i > 0 && !(list[i - 1] < list[i])) {
-      throw BadOption(option.name, quote(shortest(list[i])) + " is out of order; expected " +
+      throw BadOption(option.name, quote(text::exact(list[i])) + " is out of order; expected " +
                                        expectedNumber(option.range));
     }
   }
@@ -175,7 +140,7 @@ Setting checked(const Option& option, const Setting& value) {
     case Type::kNumber:
       if (text != nullptr) return settingOf(option, {*text});
       if (number == nullptr) throw wrong("a number");
-      requireRange(option, *number, shortest(*number));
+      requireRange(option, *number, text::exact(*number));
       return value;
     case Type::kNumbers: {
       if (text != nullptr) return settingOf(option, {*text});
@@ -188,10 +153,10 @@ Setting checked(const Option& option, const Setting& value) {
     case Type::kTexts:
     case Type::kColumns: {
       if (text != nullptr) return checked(option, std::vector<std::string>{*text});
-      if (number != nullptr) return checked(option, std::vector<std::string>{shortest(*number)});
+      if (number != nullptr) return checked(option, std::vector<std::string>{text::exact(*number)});
       if (const auto* numbers = std::get_if<std::vector<double>>(&value)) {
         std::vector<std::string> list;
-        for (const double each : *numbers) list.push_back(shortest(each));
+        for (const double each : *numbers) list.push_back(text::exact(each));
         return checked(option, list);
       }
       const auto* list = std::get_if<std::vector<std::string>>(&value);
@@ -200,7 +165,7 @@ Setting checked(const Option& option, const Setting& value) {
       return value;
     }
     case Type::kText:
-      if (number != nullptr) return shortest(*number);
+      if (number != nullptr) return text::exact(*number);
       [[fallthrough]];
     case Type::kColumn:
     case Type::kChoice:

@@ -42,6 +42,7 @@ struct Option {
   Range range;
   std::vector<std::string> choices;  // the first is the default
   frame::Wanted wanted;              // of columns: what their cells are to be; name unused
+  std::string labelsOf;              // of labels: the option that names their column
   // A flag that asks for a table: the command line takes a file for it.
   std::string table;
 

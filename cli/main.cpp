@@ -15,6 +15,7 @@
 #include "cli/shell/problem.h"
 #include "cli/shell/session.h"
 #include "cli/version.h"
+#include "frame/place.h"
 
 namespace {
 
@@ -123,6 +124,9 @@ int main(int argc, char** argv) {
   } catch (const Problem& problem) {
     say(who, problem.what());
     return problem.exitCode();
+  } catch (const survmeth::frame::Unreadable& unreadable) {
+    say(who, unreadable.what());
+    return cli::kBadInput;
   } catch (const std::bad_alloc&) {
     say(who, "there is not enough memory for these data");
     return cli::kFailed;

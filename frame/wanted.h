@@ -4,6 +4,7 @@
 
 #include <limits>
 #include <string>
+#include <vector>
 
 namespace survmeth::frame {
 
@@ -18,7 +19,9 @@ struct Wanted {
   std::string name;
   Cells cells = Cells::kNumbers;
   double least = -std::numeric_limits<double>::infinity();  // smaller numbers are refused
-  bool mayBeMissing = false;  // numbers only: a missing cell is NaN and keeps its row
+  bool mayBeMissing = false;            // numbers only: a missing cell is NaN and keeps its row
+  std::vector<std::string> named = {};  // labels that a person named: never taken for missing
+  std::string labelsOption = {};        // kEither: what to say for labels, in messages
 };
 
 }  // namespace survmeth::frame

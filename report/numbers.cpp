@@ -5,6 +5,8 @@
 #include <charconv>
 #include <cmath>
 
+#include "text/numbers.h"
+
 namespace survmeth::report {
 namespace {
 
@@ -18,23 +20,10 @@ constexpr int kMostMoreDigits = 4;  // of the largest, over those asked for
 constexpr int kProbabilityDecimals = 4;
 constexpr int kStatisticDecimals = 3;
 
-std::string special(double value) {
-  if (std::isnan(value)) return "-";
-  return value > 0 ? "inf" : "-inf";
-}
-
 std::string formatted(double value, std::chars_format format, int precision) {
   char buffer[kBuffer];
   const auto end = std::to_chars(buffer, buffer + kBuffer, value, format, precision);
   return std::string(buffer, end.ptr);
-}
-
-// "-0.000" says nothing that "0.000" does not.
-std::string withoutNegativeZero(std::string text) {
-  if (text.size() > 1 && text[0] == '-' && text.find_first_not_of("-0.") == std::string::npos) {
-    text.erase(0, 1);
-  }
-  return text;
 }
 
 // The power of ten of the first digit once the number is rounded to `digits` digits.
@@ -81,27 +70,14 @@ std::optional<int> sharedDecimals(std::span<const double> values, int digits) {
 
 }  // namespace
 
-std::string exact(double value) {
-  if (!std::isfinite(value)) return special(value);
-  char buffer[kBuffer];
-  const auto end = std::to_chars(buffer, buffer + kBuffer, value);
-  return std::string(buffer, end.ptr);
-}
-
-std::string fixed(double value, int decimals) {
-  if (!std::isfinite(value)) return special(value);
-  return withoutNegativeZero(formatted(value, std::chars_format::fixed, decimals));
-}
-
-std::string brief(double value, int digits) {
-  if (!std::isfinite(value)) return special(value);
-  if (value == std::trunc(value) && std::fabs(value) < kWholeInFull) return fixed(value, 0);
-  return withoutNegativeZero(formatted(value, std::chars_format::general, digits));
-}
-
 std::string pValue(double p) {
-  if (!std::isfinite(p)) return special(p);
-  return p < 0.0001 ? "<0.0001" : fixed(p, kProbabilityDecimals);
+  if (!std::isfinite(p)) return text::exact(p);
+  return p < 0.0001 ? "<0.0001" : text::fixed(p, kProbabilityDecimals);
+}
+
+std::string pValueInWords(double p) {
+  const std::string text = pValue(p);
+  return text.front() == '<' ? "p < " + text.substr(1) : "p = " + text;
 }
 
 Format formatOf(Kind kind, std::span<const double> values, int digits) {
@@ -126,8 +102,8 @@ Format formatOf(Kind kind, std::span<const double> values, int digits) {
 
 std::string shown(double value, const Format& format) {
   if (format.kind == Kind::kPValue) return pValue(value);
-  if (format.decimals) return fixed(value, *format.decimals);
-  return brief(value, format.digits);
+  if (format.decimals) return text::fixed(value, *format.decimals);
+  return text::brief(value, format.digits);
 }
 
 }  // namespace survmeth::report

@@ -9,21 +9,19 @@
 #include <string>
 
 #include "report/report.h"
+#include "text/numbers.h"
 
 namespace survmeth::report {
 
-// Shortest text that reads back as the same double; "-" for NaN, "inf" and "-inf".
-std::string exact(double value);
-
-// `decimals` places after the point.
-std::string fixed(double value, int decimals);
-
-// At most `digits` significant digits, without trailing zeros; whole numbers in full: times,
-// counts and weights.
-std::string brief(double value, int digits = 6);
+using text::brief;
+using text::exact;
+using text::fixed;
 
 // 0.0312; "<0.0001" below that.
 std::string pValue(double p);
+
+// The same in a sentence: "p = 0.0312", "p < 0.0001".
+std::string pValueInWords(double p);
 
 // Significant digits of estimates unless a person asks for others.
 inline constexpr int kEstimateDigits = 5;

@@ -1,4 +1,4 @@
-// How numbers are read from cells; how they are written is the report's business.
+// How the commands show numbers.
 #ifndef CLI_SHELL_NUMBERS_H_
 #define CLI_SHELL_NUMBERS_H_
 
@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "report/numbers.h"
+#include "text/numbers.h"
 #include "text/words.h"
 
 namespace cli {
@@ -16,14 +17,8 @@ using survmeth::report::exact;
 using survmeth::report::fixed;
 using survmeth::text::counted;
 using survmeth::text::grouped;
-
-// The number that the whole of `text` spells (decimal, a leading + allowed, no locale), else
-// nothing. Infinities, NaN and what is too large for a double are not numbers here; what is too
-// small for one is 0.
-std::optional<double> parseNumber(std::string_view text);
-
-// Whether the whole of `text` spells a decimal number that is too large for a double.
-bool isTooLarge(std::string_view text);
+using survmeth::text::isTooLarge;
+using survmeth::text::parseNumber;
 
 // 0.0312; 0.00024 below 0.001; <0.0001 below 0.0001.
 std::string pValue(double p);

@@ -13,6 +13,7 @@
 #include <string_view>
 #include <vector>
 
+#include "frame/place.h"
 #include "text/words.h"
 
 namespace cli {
@@ -33,12 +34,7 @@ class Problem : public std::runtime_error {
   int exitCode_;
 };
 
-// A place in a table. Leave out what is not known: line 0, an empty column.
-struct Place {
-  std::string_view source;
-  std::size_t line = 0;
-  std::string_view column;
-};
+using survmeth::frame::Place;
 
 // "source, line 12, column "weeks": what; expected expected", without the parts that are empty.
 Problem problemAt(const Place& place, std::string_view what, std::string_view expected = "");

@@ -25,25 +25,14 @@
 #include <utility>
 #include <vector>
 
-#include "cli/shell/missing.h"
 #include "cli/shell/problem.h"
+#include "frame/reader.h"
 
 namespace cli {
 
-enum class Cells {
-  kNumbers,  // a cell that is neither a number nor missing is refused
-  kText,     // labels, also where they look like numbers
-  kEither,   // numbers where every cell is one, labels where none is; a mixture is refused
-};
-
-struct Wanted {
-  std::string name;
-  Cells cells = Cells::kNumbers;
-  double least = -std::numeric_limits<double>::infinity();  // smaller numbers are refused
-  bool mayBeMissing = false;            // numbers only: a missing cell is NaN and keeps its row
-  std::vector<std::string> named = {};  // labels that a person named: never taken for missing
-  std::string labelsOption = {};        // kEither: what to say for labels, in messages
-};
+using survmeth::frame::Cells;
+using survmeth::frame::Missing;
+using survmeth::frame::Wanted;
 
 // One column of the kept rows: numbers, or codes into labels.
 struct Column {

@@ -91,11 +91,11 @@ TEST(SettingOf, ListsAreSeparatedByCommasAndQuotesHoldThem) {
       std::get<Texts>(settingOf(option(Type::kColumns), {"age,\"g, group\",\"say \"\"x\"\"\""})),
       (Texts{"age", "g, group", "say \"x\""}));
   EXPECT_EQ(refusalOf(option(Type::kColumns), {"a,,b"}),
-            "an element of the list is empty; expected VALUE");
-  EXPECT_EQ(refusalOf(option(Type::kColumns), {"a,b,a"}),
-            "\"a\" stands there twice; expected each once");
+            "\"a,,b\" has an empty item; expected column names separated by commas");
+  EXPECT_EQ(refusalOf(option(Type::kColumns), {"a,b,a"}), "\"a\" stands there twice");
   EXPECT_EQ(refusalOf(option(Type::kTexts), {"\"a"}),
-            "\"\"a\" has a quote that is not closed; expected VALUE");
+            "a quote in \"\"a\" is not closed before the end; expected quotes around a whole item, "
+            "each quote inside it doubled");
 }
 
 TEST(SettingOf, NumbersMayHaveToAscend) {

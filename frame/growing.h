@@ -1,6 +1,6 @@
 // A wanted column while its file is read.
-#ifndef CLI_SHELL_GROWING_H_
-#define CLI_SHELL_GROWING_H_
+#ifndef FRAME_GROWING_H_
+#define FRAME_GROWING_H_
 
 #include <array>
 #include <cstddef>
@@ -10,10 +10,12 @@
 #include <string_view>
 #include <vector>
 
-#include "cli/shell/intern.h"
-#include "cli/shell/table.h"
+#include "frame/frame.h"
+#include "frame/intern.h"
+#include "frame/missing.h"
+#include "frame/wanted.h"
 
-namespace cli {
+namespace survmeth::frame {
 
 // Cells of one kind that a column should not hold: how many, and the first of them.
 struct OddCells {
@@ -42,7 +44,8 @@ class Growing {
   // Refuses the odd cells of the file.
   void check(const std::string& source) const;
 
-  Column column;
+  // The column of the kept rows; the object is empty then.
+  Column taken();
 
  private:
   void takeNumber(std::string_view cell, std::optional<double> number, std::size_t line);
@@ -52,6 +55,12 @@ class Growing {
 
   Wanted wanted_;
   const Missing& missing_;
+  bool isText_;
+  std::vector<double> numbersKept_;
+  std::vector<std::uint32_t> codesKept_;
+  std::vector<std::string> labels_;     // in the order in which they first stood
+  std::vector<std::size_t> labelLine_;  // the line where each label first stood
+  std::size_t missingCells_ = 0;        // whose lack left out their row
   double number_ = 0;
   std::uint32_t code_ = 0;
   bool decided_ = false;  // which of Cells::kEither it is: by the first cell that is not missing
@@ -59,6 +68,6 @@ class Growing {
   Interner intern_;
 };
 
-}  // namespace cli
+}  // namespace survmeth::frame
 
-#endif  // CLI_SHELL_GROWING_H_
+#endif  // FRAME_GROWING_H_

@@ -1,14 +1,23 @@
-#include "cli/shell/growing.h"
+#include "frame/growing.h"
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
+#include <utility>
 
-#include "cli/shell/numbers.h"
+#include "frame/place.h"
+#include "text/numbers.h"
 #include "text/utf8.h"
+#include "text/words.h"
 
-namespace cli {
+namespace survmeth::frame {
 
-using survmeth::text::isUtf8;
+using text::brief;
+using text::grouped;
+using text::isTooLarge;
+using text::isUtf8;
+using text::parseNumber;
+using text::quote;
 
 namespace {
 
@@ -46,11 +55,11 @@ std::string commaHint(const OddCells& cells) {
 [[noreturn]] void refuse(const Place& column, const OddCells& cells, const std::string& one,
                          const std::string& many, const std::string& limit) {
   if (cells.count == 1) {
-    throw problemAt({column.source, cells.first[0].line, column.column},
-                    quote(cells.first[0].text) + " is " + one, "a number" + limit);
+    throw Unreadable({column.source, cells.first[0].line, column.column},
+                     quote(cells.first[0].text) + " is " + one, "a number" + limit);
   }
-  throw problemAt(column, grouped(cells.count) + " cells are " + many + ": " + listed(cells),
-                  "numbers" + limit);
+  throw Unreadable(column, grouped(cells.count) + " cells are " + many + ": " + listed(cells),
+                   "numbers" + limit);
 }
 
 }  // namespace
@@ -60,10 +69,10 @@ void OddCells::add(std::string_view cell, std::size_t line) {
 }
 
 Growing::Growing(const Wanted& wanted, const Missing& missing)
-    : wanted_(wanted), missing_(missing), decided_(wanted.cells != Cells::kEither) {
-  column.name = wanted.name;
-  column.isText = wanted.cells == Cells::kText;
-}
+    : wanted_(wanted),
+      missing_(missing),
+      isText_(wanted.cells == Cells::kText),
+      decided_(wanted.cells != Cells::kEither) {}
 
 bool Growing::take(std::string_view cell, std::size_t line, const std::string& source) {
   const bool isNamed = !cell.empty() && std::find(wanted_.named.begin(), wanted_.named.end(),
@@ -71,7 +80,7 @@ bool Growing::take(std::string_view cell, std::size_t line, const std::string& s
   if (!isNamed && missing_(cell)) {
     number_ = std::numeric_limits<double>::quiet_NaN();
     if (wanted_.mayBeMissing) return true;
-    ++column.missing;
+    ++missingCells_;
     return false;
   }
   if (wanted_.cells == Cells::kText) {
@@ -82,10 +91,10 @@ bool Growing::take(std::string_view cell, std::size_t line, const std::string& s
   const bool isNumber = number || isTooLarge(cell);
   if (!decided_) {
     decided_ = true;
-    column.isText = !isNumber;
+    isText_ = !isNumber;
   }
   (isNumber ? numbers_ : others_).add(cell, line);
-  if (column.isText) {
+  if (isText_) {
     takeLabel(cell, line, source);
   } else if (isNumber) {
     takeNumber(cell, number, line);
@@ -107,38 +116,47 @@ void Growing::takeLabel(std::string_view cell, std::size_t line, const std::stri
   const auto [code, isNew] = intern_(cell);
   if (isNew) {
     if (!isUtf8(cell)) {
-      throw problemAt({source, line, column.name}, "the cell is not UTF-8",
-                      "text in UTF-8 encoding");
+      throw Unreadable({source, line, wanted_.name}, "the cell is not UTF-8",
+                       "text in UTF-8 encoding");
     }
-    column.labels.emplace_back(cell);
-    column.labelLine.push_back(line);
+    labels_.emplace_back(cell);
+    labelLine_.push_back(line);
   }
   code_ = code;
 }
 
 void Growing::keep() {
-  if (column.isText) {
-    column.codes.push_back(code_);
+  if (isText_) {
+    codesKept_.push_back(code_);
   } else {
-    column.numbers.push_back(number_);
+    numbersKept_.push_back(number_);
   }
+}
+
+Column Growing::taken() {
+  Column column = isText_ ? labelColumn(std::move(wanted_.name), Type::kText, std::move(codesKept_),
+                                        std::move(labels_))
+                          : numberColumn(std::move(wanted_.name), std::move(numbersKept_));
+  column.levelLine = std::move(labelLine_);
+  column.missing = missingCells_;
+  return column;
 }
 
 void Growing::check(const std::string& source) const {
   if (wanted_.cells == Cells::kEither) checkMixture(source);
-  if (!column.isText) checkNumbers(source);
+  if (!isText_) checkNumbers(source);
 }
 
 void Growing::checkNumbers(const std::string& source) const {
-  const Place place{source, 0, column.name};
+  const Place place{source, 0, wanted_.name};
   const std::string limit =
       std::isfinite(wanted_.least) ? " not below " + brief(wanted_.least) : "";
   if (others_.count > 1 && numbers_.count == 0) {
     const OddCells::Cell& first = others_.first[0];
-    throw problemAt(place,
-                    "no cell is a number; the first is " + quote(first.text) + " in line " +
-                        std::to_string(first.line),
-                    "numbers" + limit + commaHint(others_));
+    throw Unreadable(place,
+                     "no cell is a number; the first is " + quote(first.text) + " in line " +
+                         std::to_string(first.line),
+                     "numbers" + limit + commaHint(others_));
   }
   if (others_.count > 0) {
     refuse(place, others_, "not a number", "not numbers", limit + commaHint(others_));
@@ -154,13 +172,13 @@ void Growing::checkMixture(const std::string& source) const {
   std::string orLabels;
   if (!wanted_.labelsOption.empty()) {
     orLabels =
-        ", or " + wanted_.labelsOption + " " + quote(column.name) + " to take them as labels";
+        ", or " + wanted_.labelsOption + " " + quote(wanted_.name) + " to take them as labels";
   }
-  if (numbers_.count == 0 && !column.labels.empty() &&
-      std::all_of(column.labels.begin(), column.labels.end(), hasDecimalComma)) {
-    throw problemAt({source, column.labelLine[0], column.name},
-                    quote(column.labels[0]) + " and all other cells hold a comma",
-                    std::string("numbers ") + kNoComma + orLabels);
+  if (numbers_.count == 0 && !labels_.empty() &&
+      std::all_of(labels_.begin(), labels_.end(), hasDecimalComma)) {
+    throw Unreadable({source, labelLine_[0], wanted_.name},
+                     quote(labels_[0]) + " and all other cells hold a comma",
+                     std::string("numbers ") + kNoComma + orLabels);
   }
   if (numbers_.count == 0 || others_.count == 0) return;
   const bool fewerNumbers = numbers_.count < others_.count;
@@ -173,8 +191,8 @@ void Growing::checkMixture(const std::string& source) const {
     what += more.count == 1 ? " cell is a number and " : " cells are numbers and ";
   }
   what += grouped(fewer.count) + (fewer.count == 1 ? " is" : " are") + (fewerNumbers ? "" : " not");
-  throw problemAt({source, 0, column.name}, what + ": " + listed(fewer),
-                  "numbers in every row" + commaHint(others_) + orLabels);
+  throw Unreadable({source, 0, wanted_.name}, what + ": " + listed(fewer),
+                   "numbers in every row" + commaHint(others_) + orLabels);
 }
 
-}  // namespace cli
+}  // namespace survmeth::frame

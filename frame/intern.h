@@ -1,6 +1,6 @@
 // Labels to small codes. Looking up a label that is already there allocates nothing.
-#ifndef CLI_SHELL_INTERN_H_
-#define CLI_SHELL_INTERN_H_
+#ifndef FRAME_INTERN_H_
+#define FRAME_INTERN_H_
 
 #include <cstddef>
 #include <cstdint>
@@ -9,7 +9,7 @@
 #include <string_view>
 #include <unordered_map>
 
-namespace cli {
+namespace survmeth::frame {
 
 class Interner {
  public:
@@ -42,6 +42,6 @@ class Interner {
   const std::pair<const std::string, std::uint32_t>* last_ = nullptr;  // nodes stay where they are
 };
 
-}  // namespace cli
+}  // namespace survmeth::frame
 
-#endif  // CLI_SHELL_INTERN_H_
+#endif  // FRAME_INTERN_H_

@@ -1,14 +1,15 @@
-#include "cli/shell/missing.h"
+#include "frame/missing.h"
 
 #include <algorithm>
 #include <optional>
 
-#include "cli/shell/numbers.h"
+#include "text/numbers.h"
 #include "text/words.h"
 
-namespace cli {
+namespace survmeth::frame {
 
-using survmeth::text::lowered;
+using text::lowered;
+using text::parseNumber;
 
 Missing::Missing() : Missing({"na", "n/a", "nan", "null", "."}) {}
 
@@ -34,4 +35,4 @@ bool Missing::operator()(std::string_view cell) const {
   });
 }
 
-}  // namespace cli
+}  // namespace survmeth::frame

@@ -1,12 +1,12 @@
 // Which cells hold no value.
-#ifndef CLI_SHELL_MISSING_H_
-#define CLI_SHELL_MISSING_H_
+#ifndef FRAME_MISSING_H_
+#define FRAME_MISSING_H_
 
 #include <string>
 #include <string_view>
 #include <vector>
 
-namespace cli {
+namespace survmeth::frame {
 
 // An empty cell, and one that holds any of a list of words: without regard to case, and a number
 // in any spelling. docs/data.md has the list for people.
@@ -25,6 +25,6 @@ class Missing {
   std::size_t longest_ = 0;
 };
 
-}  // namespace cli
+}  // namespace survmeth::frame
 
-#endif  // CLI_SHELL_MISSING_H_
+#endif  // FRAME_MISSING_H_
