@@ -1,10 +1,13 @@
 // Every analysis, a line each, in the order of survmeth --help.
 #include "analysis/declare.h"
+#include "analysis/gray.h"
 
 namespace survmeth::analysis {
 
 const std::vector<Declaration>& declarations() {
-  static const std::vector<Declaration> kDeclarations = {};
+  static const std::vector<Declaration> kDeclarations = {
+      grayDeclaration(),
+  };
   return kDeclarations;
 }
 

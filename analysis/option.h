@@ -27,28 +27,28 @@ struct Range {
   double most = std::numeric_limits<double>::infinity();
   bool open = false;
   bool whole = false;
-  bool ascending = false;  // of lists
-  std::string expected;    // ends the message: "a number above 0 and below 1"
+  bool ascending = false;     // of lists
+  std::string expected = {};  // ends the message: "a number above 0 and below 1"
 };
 
 struct Option {
-  std::string name;  // "event-value": --event-value, and event_value in Python
+  std::string name = {};  // "event-value": --event-value, and event_value in Python
   Type type = Type::kText;
   engine::Role role = engine::Role::kValue;
-  std::string valueName;  // "COL"
-  std::string help;
-  std::string defaultText;  // what holds without it, for people; may be empty
+  std::string valueName = {};  // "COL"
+  std::string help = {};
+  std::string defaultText = {};  // what holds without it, for people; may be empty
   bool required = false;
-  Range range;
-  std::vector<std::string> choices;  // the first is the default
-  frame::Wanted wanted;              // of columns: what their cells are to be; name unused
-  std::string labelsOf;              // of labels: the option that names their column
+  Range range = {};
+  std::vector<std::string> choices = {};  // the first is the default
+  frame::Wanted wanted = {};              // of columns: what their cells are to be; name unused
+  std::string labelsOf = {};              // of labels: the option that names their column
   // A flag that asks for a table: the command line takes a file for it.
-  std::string table;
+  std::string table = {};
 
-  std::function<void(void* request, const Setting& value)> set;
+  std::function<void(void* request, const Setting& value)> set = {};
   // The value that differs from the default, else nothing.
-  std::function<std::optional<Setting>(const void* request)> get;
+  std::function<std::optional<Setting>(const void* request)> get = {};
 };
 
 // A value that an option does not take; the text begins after the option's name.

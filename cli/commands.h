@@ -2,6 +2,7 @@
 #ifndef CLI_COMMANDS_H_
 #define CLI_COMMANDS_H_
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -10,9 +11,9 @@
 namespace cli {
 
 struct Command {
-  const char* name;
-  const char* summary;  // one line, for survmeth --help
-  Run (*declare)(CLI::App& app);
+  std::string name;
+  std::string summary;  // one line, for survmeth --help
+  std::function<Run(CLI::App& app)> declare;
 };
 
 const std::vector<Command>& commands();

@@ -1,0 +1,262 @@
+#include "cli/face.h"
+
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <CLI/CLI.hpp>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "cli/shell/gnuplot.h"
+#include "cli/shell/numbers.h"
+#include "cli/shell/problem.h"
+#include "cli/shell/progress.h"
+#include "cli/version.h"
+#include "frame/reader.h"
+#include "report/csv.h"
+#include "report/html.h"
+#include "report/json.h"
+#include "report/text.h"
+
+namespace cli {
+namespace {
+
+namespace analysis = survmeth::analysis;
+namespace engine = survmeth::engine;
+namespace frame = survmeth::frame;
+namespace report = survmeth::report;
+
+using analysis::Declaration;
+using analysis::Option;
+
+// What a person typed: the analysis' own options by name, and those that all share.
+struct Typed {
+  std::string file;
+  std::map<std::string, std::vector<std::string>> options;
+  bool json = false, quiet = false;
+  std::string out, html, plot;
+  std::optional<frame::Missing> missing;
+  int digits = report::kEstimateDigits;
+  std::string call;  // the whole command line
+};
+
+Problem problemOf(const analysis::BadOption& bad) {
+  return Problem("--" + bad.option() + ": " + bad.what());
+}
+
+// An option that all analyses share, read as theirs are.
+template <class Action>
+void addShared(CLI::App& app, analysis::Option option, const Action& action) {
+  app.add_option_function<std::string>(
+         "--" + option.name,
+         [option, action](const std::string& text) {
+           try {
+             action(analysis::settingOf(option, {text}));
+           } catch (const analysis::BadOption& bad) {
+             throw problemOf(bad);
+           }
+         },
+         option.help)
+      ->type_name(option.valueName);
+}
+
+// "Limits: log-log, log or plain (default log-log)".
+std::string helpOf(const Option& option) {
+  std::string help = option.help;
+  for (std::size_t i = 0; i < option.choices.size(); ++i) {
+    help += i == 0 ? ": " : i + 1 == option.choices.size() ? " or " : ", ";
+    help += option.choices[i];
+  }
+  return option.defaultText.empty() ? help : help + " (default " + option.defaultText + ")";
+}
+
+void addOwn(CLI::App& app, const Declaration& declaration, Typed& typed) {
+  for (const Option& option : declaration.options) {
+    const std::string name = "--" + option.name;
+    std::vector<std::string>& texts = typed.options[option.name];
+    if (option.type == analysis::Type::kFlag && option.table.empty()) {
+      app.add_flag_callback(
+          name, [&texts] { texts = {"true"}; }, option.help);
+      continue;
+    }
+    CLI::Option* added = app.add_option_function<std::string>(
+        name, [&texts](const std::string& text) { texts = {text}; }, helpOf(option));
+    added->type_name(option.valueName);
+    if (option.required) added->required();
+  }
+}
+
+void addOutputs(CLI::App& app, const Declaration& declaration, Typed& typed) {
+  addShared(app,
+            {.name = "missing",
+             .type = analysis::Type::kTexts,
+             .valueName = "A,B",
+             .help = "What a missing cell holds, instead of NA, N/A, NaN, null and ."},
+            [&typed](const analysis::Setting& words) {
+              typed.missing = frame::Missing(std::get<std::vector<std::string>>(words));
+            });
+  app.add_flag("--json", typed.json, "Print JSON (docs/json.md) and nothing else");
+  app.add_option("--html", typed.html, "Write the report with its figures as one HTML file")
+      ->type_name("FILE");
+  app.add_option("--out", typed.out, "Write the tables as CSV files into this folder")
+      ->type_name("DIR");
+  if (!declaration.figures.empty()) {
+    addShared(app,
+              {.name = "plot",
+               .valueName = "FILE",
+               .help = "Draw the figure (.svg, .png or .pdf; needs gnuplot)"},
+              [&typed](const analysis::Setting& file) {
+                typed.plot = std::get<std::string>(file);
+                pictureOf(typed.plot);
+              });
+  }
+  addShared(
+      app,
+      {.name = "digits",
+       .type = analysis::Type::kNumber,
+       .valueName = "N",
+       .help = "Significant digits of printed estimates (default 5)",
+       .range = {.least = 1, .most = 17, .whole = true, .expected = "a whole number from 1 to 17"}},
+      [&typed](const analysis::Setting& digits) {
+        typed.digits = static_cast<int>(std::get<double>(digits));
+      });
+  app.add_flag("--quiet", typed.quiet, "Leave out the notes on standard error");
+}
+
+// The request, of what was typed.
+std::shared_ptr<void> requestOf(const Declaration& declaration, const Typed& typed) {
+  const std::shared_ptr<void> request = declaration.request();
+  for (const Option& option : declaration.options) {
+    const std::vector<std::string>& texts = typed.options.at(option.name);
+    if (texts.empty()) continue;
+    const analysis::Setting setting = analysis::settingOf(option, texts);
+    option.set(request.get(), option.table.empty() ? setting : analysis::Setting(true));
+  }
+  if (declaration.check) declaration.check(request.get());
+  return request;
+}
+
+// Every file that is asked for, before any work.
+void reserve(const Declaration& declaration, const Typed& typed, Session& session) {
+  session.output.input(typed.file);
+  for (const Option& option : declaration.options) {
+    if (option.table.empty() || typed.options.at(option.name).empty()) continue;
+    session.output.reserve("--" + option.name, typed.options.at(option.name).front());
+  }
+  if (!typed.plot.empty()) session.output.reserve("--plot", typed.plot);
+  if (!typed.html.empty()) session.output.reserve("--html", typed.html);
+  if (typed.out.empty()) return;
+  for (const std::string& id : declaration.tables) {
+    session.output.reserve("--out", typed.out + "/" + id + ".csv");
+  }
+}
+
+frame::Frame read(const Declaration& declaration, const Typed& typed, const void* request) {
+  std::optional<Progress> progress;
+  return frame::readFrame(
+      typed.file, analysis::wantedColumns(declaration, request),
+      typed.missing.value_or(frame::Missing()), [&](std::uint64_t done, std::uint64_t total) {
+        if (!progress) {
+          progress.emplace("reading " + (typed.file == "-" ? "standard input" : typed.file), total);
+        }
+        progress->at(done);
+      });
+}
+
+// The work after reading, on the same progress line.
+class Working : public survmeth::numerics::Progress {
+ public:
+  explicit Working(const std::string& what) : line_(what, kParts) {}
+
+ private:
+  void show(double done) override { line_.at(static_cast<std::uint64_t>(done * kParts)); }
+
+  static constexpr std::uint64_t kParts = 10000;
+  cli::Progress line_;
+};
+
+// A refusal with its place: file, line, column.
+Problem placed(const Declaration& declaration, const void* request, const frame::Frame& data,
+               const engine::Refusal& refusal) {
+  const analysis::Place place = analysis::placeOf(declaration, request, refusal);
+  const std::size_t line =
+      refusal.row() == engine::Refusal::kNone ? 0 : data.lines.line(refusal.row());
+  return problemAt({data.source, line, place.column}, refusal.what(), refusal.expected());
+}
+
+// As wide as the terminal, or as tables want where nobody's screen ends.
+std::size_t terminalWidth() {
+  struct winsize size {};
+  if (isatty(STDOUT_FILENO) != 1 || ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) != 0) return 0;
+  return size.ws_col;
+}
+
+void writeTables(const Declaration& declaration, const Typed& typed, const report::Report& report,
+                 Session& session) {
+  for (const Option& option : declaration.options) {
+    if (option.table.empty() || typed.options.at(option.name).empty()) continue;
+    for (const report::Table& table : report.tables) {
+      if (table.id != option.table) continue;
+      session.output.file(typed.options.at(option.name).front(), report::toCsv(table));
+    }
+  }
+  if (typed.out.empty()) return;
+  session.output.folder(typed.out);
+  for (auto& [name, contents] : report::toCsvFiles(report)) {
+    session.output.file(typed.out + "/" + name, std::move(contents));
+  }
+}
+
+void run(const Declaration& declaration, const Typed& typed, Session& session) {
+  std::shared_ptr<void> request;
+  analysis::Fitted fitted;
+  try {
+    request = requestOf(declaration, typed);
+    reserve(declaration, typed, session);
+    const frame::Frame data = read(declaration, typed, request.get());
+    Working progress(declaration.name + " of " + data.source);
+    try {
+      fitted = analysis::analyse(declaration, data, request.get(), progress);
+    } catch (const engine::Refusal& refusal) {
+      throw placed(declaration, request.get(), data, refusal);
+    }
+  } catch (const analysis::BadOption& bad) {
+    throw problemOf(bad);
+  }
+  const report::Report& report = fitted.report;
+  writeTables(declaration, typed, report, session);
+  if (!typed.html.empty()) {
+    session.output.file(typed.html,
+                        report::toHtml(report, {.version = kVersion, .call = typed.call}));
+  }
+  session.output.text() =
+      typed.json ? report::toJson(report, {.version = kVersion})
+                 : report::toText(
+                       report, {.width = terminalWidth(), .digits = typed.digits, .notes = false});
+  if (typed.quiet) return;
+  for (const report::Note& note : report.notes) session.note(note.text);
+}
+
+}  // namespace
+
+Run addAnalysis(CLI::App& app, const Declaration& declaration) {
+  const auto typed = std::make_shared<Typed>();
+  app.add_option("FILE", typed->file, "CSV or TSV file with a header line; - is standard input")
+      ->required()
+      ->type_name("");
+  addOwn(app, declaration, *typed);
+  addOutputs(app, declaration, *typed);
+  std::string footer = declaration.examples.empty() ? "" : "Example:\n";
+  for (const std::string& example : declaration.examples) footer += "  " + example + "\n";
+  if (!declaration.details.empty()) footer += "\n" + declaration.details + "\n";
+  app.footer(footer +
+             "Rows with a missing cell in a column asked for are left out and counted.\n"
+             "docs/data.md says how data are read.");
+  return [typed, &declaration](Session& session) { run(declaration, *typed, session); };
+}
+
+}  // namespace cli
