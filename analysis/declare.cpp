@@ -57,6 +57,25 @@ report::Note leftOut(const frame::Frame& data, const std::vector<frame::Wanted>&
   return note;
 }
 
+void requireRows(const Declaration& declaration, const frame::Frame& data, const void* request) {
+  if (data.rows >= declaration.leastRows) return;
+  std::string what;
+  if (data.rowsRead == 0) {
+    what = std::string("there are no rows of data") + (data.fromFile ? " below the header" : "");
+  } else if (data.rowsRead == data.rows) {
+    what = (data.rows == 1 ? "there is only " : "there are only ") +
+           text::counted(data.rows, "row", "rows");
+  } else {
+    what =
+        (data.rows == 0 ? std::string("no row is complete")
+                        : "only " + text::counted(data.rows, "row is", "rows are") + " complete") +
+        " (" + leftOut(data, wantedColumns(declaration, request)).text + ")";
+  }
+  throw engine::Refusal(
+      engine::Role::kRequest, engine::Refusal::kNone, what, engine::Refusal::kNone,
+      "at least " + text::counted(declaration.leastRows, "complete row", "complete rows"));
+}
+
 // Faces rely on the declared ids before there is a report.
 void requireDeclared(const Declaration& declaration, const report::Report& report) {
   const auto require = [&](const std::vector<std::string>& declared, const std::string& id) {
@@ -102,17 +121,7 @@ Fitted analyse(const Declaration& declaration, const frame::Frame& data, const v
     }
   }
   if (declaration.check) declaration.check(request);
-  if (data.rows < declaration.leastRows) {
-    throw engine::Refusal(
-        engine::Role::kRequest, engine::Refusal::kNone,
-        data.rows == 0   ? "there is no complete row"
-        : data.rows == 1 ? "there is only one complete row"
-                         : "there are only " + std::to_string(data.rows) + " complete rows",
-        engine::Refusal::kNone,
-        declaration.leastRows == 1
-            ? "at least one row without missing cells"
-            : "at least " + std::to_string(declaration.leastRows) + " rows without missing cells");
-  }
+  requireRows(declaration, data, request);
   Fitted fitted = declaration.run(data, request, progress);
   report::Report& report = fitted.report;
   requireDeclared(declaration, report);

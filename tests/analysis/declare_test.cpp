@@ -145,8 +145,7 @@ TEST(Analyse, TooFewRowsAreRefusedInWords) {
     return std::string("taken");
   };
   EXPECT_EQ(words({}), "there is no complete row; expected at least 2 rows without missing cells");
-  EXPECT_EQ(words({1}),
-            "there is only one complete row; expected at least 2 rows without missing cells");
+  EXPECT_EQ(words({1}), "there is only 1 row; expected at least 2 complete rows");
 }
 
 TEST(Analyse, ACancelledRunUnwinds) {
