@@ -10,22 +10,26 @@
 #include "cli/roc.h"
 
 namespace cli {
+namespace {
+
+// A command made from the declaration of an analysis.
+Command declared(const char* name) {
+  const survmeth::analysis::Declaration& declaration = *survmeth::analysis::findDeclaration(name);
+  return {declaration.name, declaration.summary,
+          [&declaration](CLI::App& app) { return addAnalysis(app, declaration); }};
+}
+
+}  // namespace
 
 const std::vector<Command>& commands() {
-  static const std::vector<Command> kCommands = [] {
-    std::vector<Command> all = {
-        {"life", "Survival curves, their medians and the tests that compare them", declareLife},
-        {"cox", "Proportional-hazards (Cox) regression", declareCox},
-        {"roc", "ROC curves of markers, the areas under them and their comparison", declareRoc},
-        {"agree", "Agreement of two methods (Bland-Altman), repeatability of one", declareAgree},
-        {"deming", "Deming regression of one method on another", declareDeming},
-    };
-    for (const auto& declaration : survmeth::analysis::declarations()) {
-      all.push_back({declaration.name, declaration.summary,
-                     [&declaration](CLI::App& app) { return addAnalysis(app, declaration); }});
-    }
-    return all;
-  }();
+  static const std::vector<Command> kCommands = {
+      {"life", "Survival curves, their medians and the tests that compare them", declareLife},
+      {"cox", "Proportional-hazards (Cox) regression", declareCox},
+      declared("gray"),
+      {"roc", "ROC curves of markers, the areas under them and their comparison", declareRoc},
+      {"agree", "Agreement of two methods (Bland-Altman), repeatability of one", declareAgree},
+      {"deming", "Deming regression of one method on another", declareDeming},
+  };
   return kCommands;
 }
 

@@ -144,7 +144,7 @@ TEST(Analyse, TooFewRowsAreRefusedInWords) {
     }
     return std::string("taken");
   };
-  EXPECT_EQ(words({}), "there is no complete row; expected at least 2 rows without missing cells");
+  EXPECT_EQ(words({}), "there are no rows of data; expected at least 2 complete rows");
   EXPECT_EQ(words({1}), "there is only 1 row; expected at least 2 complete rows");
 }
 
