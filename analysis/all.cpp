@@ -1,4 +1,5 @@
 // Every analysis, a line each, in the order of survmeth --help.
+#include "analysis/cox.h"
 #include "analysis/declare.h"
 #include "analysis/gray.h"
 
@@ -6,6 +7,7 @@ namespace survmeth::analysis {
 
 const std::vector<Declaration>& declarations() {
   static const std::vector<Declaration> kDeclarations = {
+      coxDeclaration(),
       grayDeclaration(),
   };
   return kDeclarations;

@@ -107,9 +107,7 @@ std::vector<frame::Wanted> wantedColumns(const Declaration& declaration, const v
       wanted.push_back(std::move(want));
     }
   }
-  if (declaration.moreColumns) {
-    for (frame::Wanted& want : declaration.moreColumns(request)) wanted.push_back(std::move(want));
-  }
+  if (declaration.adjustColumns) declaration.adjustColumns(request, wanted);
   return wanted;
 }
 

@@ -50,8 +50,8 @@ struct Declaration {
   std::function<std::shared_ptr<void>()> request;
   // Refuses options that do not go together; throws BadOption.
   std::function<void(const void* request)> check;
-  // More columns than the options name by themselves (those of a formula).
-  std::function<std::vector<frame::Wanted>(const void* request)> moreColumns;
+  // Changes what is asked of the columns, or asks for more (those of a formula).
+  std::function<void(const void* request, std::vector<frame::Wanted>& wanted)> adjustColumns;
   std::function<Fitted(const frame::Frame&, const void* request, numerics::Progress&)> run;
 
   const Option* find(const std::string& option) const;  // or nullptr
@@ -221,9 +221,11 @@ class Declaring {
     };
     return *this;
   }
-  Declaring& moreColumns(std::function<std::vector<frame::Wanted>(const Request&)> columns) {
-    made_.moreColumns = [columns = std::move(columns)](const void* request) {
-      return columns(*static_cast<const Request*>(request));
+  Declaring& adjustColumns(
+      std::function<void(const Request&, std::vector<frame::Wanted>&)> adjust) {
+    made_.adjustColumns = [adjust = std::move(adjust)](const void* request,
+                                                       std::vector<frame::Wanted>& wanted) {
+      adjust(*static_cast<const Request*>(request), wanted);
     };
     return *this;
   }

@@ -3,7 +3,6 @@
 
 #include "analysis/declare.h"
 #include "cli/agree.h"
-#include "cli/cox.h"
 #include "cli/deming.h"
 #include "cli/face.h"
 #include "cli/life.h"
@@ -24,7 +23,7 @@ Command declared(const char* name) {
 const std::vector<Command>& commands() {
   static const std::vector<Command> kCommands = {
       {"life", "Survival curves, their medians and the tests that compare them", declareLife},
-      {"cox", "Proportional-hazards (Cox) regression", declareCox},
+      declared("cox"),
       declared("gray"),
       {"roc", "ROC curves of markers, the areas under them and their comparison", declareRoc},
       {"agree", "Agreement of two methods (Bland-Altman), repeatability of one", declareAgree},

@@ -1,0 +1,148 @@
+#include "analysis/coxTables.h"
+
+#include <algorithm>
+
+#include "report/build.h"
+#include "report/keys.h"
+#include "report/numbers.h"
+
+namespace survmeth::analysis {
+namespace {
+
+namespace key = report::key;
+using report::Kind;
+
+template <class Member>
+report::Column coefficientColumn(const CoxModel& model, const char* key, const std::string& heading,
+                                 Kind kind, Member member) {
+  return report::columnOf(key, heading, kind, model.coefficients,
+                          [member](const CoxCoefficient& c) { return c.*member; });
+}
+
+report::Table testTable(const CoxModel& model) {
+  const CoxTest* const tests[] = {&model.likelihoodRatio, &model.score, &model.wald};
+  const auto column = [&tests](const char* key, const char* heading, Kind kind, auto member) {
+    return report::columnOf(key, heading, kind, tests,
+                            [member](const CoxTest* test) { return test->*member; });
+  };
+  return report::tableOf(
+      "tests", "All coefficients 0?",
+      {report::labelColumn(key::kTest, "test", {"likelihood ratio", "score", "Wald"}),
+       column(key::kChiSquare, "chi-square", Kind::kStatistic, &CoxTest::chiSquare),
+       column(key::kDegreesOfFreedom, "df", Kind::kCount, &CoxTest::degreesOfFreedom),
+       column(key::kPValue, "p-value", Kind::kPValue, &CoxTest::p)});
+}
+
+report::Table removedTable(const CoxModel& model) {
+  const auto column = [&model](const char* key, const char* heading, Kind kind, auto member) {
+    return report::columnOf(key, heading, kind, model.removed,
+                            [member](const CoxRemoval& removal) { return removal.*member; });
+  };
+  report::Table table = report::tableOf(
+      "removed", "Removed, in order (Wald test at the time)",
+      {column(key::kName, "covariate", Kind::kLabel, &CoxRemoval::name),
+       column(key::kChiSquare, "chi-square", Kind::kStatistic, &CoxRemoval::chiSquare),
+       column(key::kPValue, "p-value", Kind::kPValue, &CoxRemoval::p)});
+  if (model.removed.empty()) table.remarks.emplace_back("Nothing was removed.");
+  return table;
+}
+
+}  // namespace
+
+void addCoxTables(const CoxAnswer& answer, const std::string& level, bool selected,
+                  report::Report& report) {
+  const CoxModel& model = answer.model;
+  report.tables.push_back(report::tableOf(
+      "coefficients", "Coefficients and hazard ratios",
+      {coefficientColumn(model, key::kName, "covariate", Kind::kLabel, &CoxCoefficient::name),
+       coefficientColumn(model, key::kCoef, "coef", Kind::kEstimate, &CoxCoefficient::coef),
+       coefficientColumn(model, key::kStandardError, "std error", Kind::kEstimate,
+                         &CoxCoefficient::se),
+       coefficientColumn(model, key::kZ, "z", Kind::kStatistic, &CoxCoefficient::z),
+       coefficientColumn(model, key::kPValue, "p-value", Kind::kPValue, &CoxCoefficient::p),
+       coefficientColumn(model, key::kHazardRatio, "hazard ratio", Kind::kEstimate,
+                         &CoxCoefficient::hazardRatio),
+       coefficientColumn(model, key::kLower, level + " lower", Kind::kEstimate,
+                         &CoxCoefficient::lower),
+       coefficientColumn(model, key::kUpper, level + " upper", Kind::kEstimate,
+                         &CoxCoefficient::upper),
+       report::numberColumn(key::kMean, "mean", Kind::kTime, model.centre)}));
+  report.tables.push_back(testTable(model));
+  if (selected) report.tables.push_back(removedTable(model));
+}
+
+report::Table coxBaselineTable(const CoxAnswer& answer) {
+  std::vector<std::string> stratum;
+  std::vector<double> time, hazard, survival;
+  for (std::size_t s = 0; s < answer.model.baseline.size(); ++s) {
+    const CoxBaseline& baseline = answer.model.baseline[s];
+    stratum.insert(stratum.end(), baseline.time.size(),
+                   answer.strata.empty() ? "all" : answer.strata[s]);
+    time.insert(time.end(), baseline.time.begin(), baseline.time.end());
+    hazard.insert(hazard.end(), baseline.cumulativeHazard.begin(), baseline.cumulativeHazard.end());
+    survival.insert(survival.end(), baseline.survival.begin(), baseline.survival.end());
+  }
+  report::Table table = report::tableOf(
+      "baseline", "Baseline at the means of the covariates",
+      {report::labelColumn(key::kStratum, "stratum", std::move(stratum)),
+       report::numberColumn(key::kTime, "time", Kind::kTime, time),
+       report::numberColumn(key::kCumulativeHazard, "cumulative hazard", Kind::kEstimate, hazard),
+       report::numberColumn(key::kSurvival, "survival", Kind::kProbability, survival)});
+  table.display = report::Display::kFilesOnly;
+  return table;
+}
+
+report::Table coxResidualTable(const CoxAnswer& answer, const std::string& time) {
+  const CoxModel& model = answer.model;
+  report::Table table = report::tableOf(
+      "residuals", "Residuals",
+      {report::numberColumn(key::kLine, "line", Kind::kCount, answer.rows.line),
+       report::numberColumn(key::kTime, time, Kind::kTime, answer.rows.time),
+       report::labelColumn(key::kEvent, "event", answer.rows.event),
+       report::numberColumn(key::kMartingale, "martingale", Kind::kEstimate, model.martingale),
+       report::numberColumn(key::kDeviance, "deviance", Kind::kEstimate, model.deviance)});
+  for (std::size_t j = 0; j < model.coefficients.size(); ++j) {
+    const std::string& name = model.coefficients[j].name;
+    table.columns.push_back(report::numberColumn(std::string(key::kSchoenfeld) + " " + name,
+                                                 "Schoenfeld " + name, Kind::kEstimate,
+                                                 model.schoenfeld[j]));
+  }
+  table.display = report::Display::kFilesOnly;
+  return table;
+}
+
+report::Figure coxForest(const CoxAnswer& answer, const std::string& level) {
+  report::Series points;
+  points.kind = report::SeriesKind::kPoints;
+  report::Panel panel;
+  panel.x.label = "hazard ratio (log scale)";
+  panel.x.scale = report::Scale::kLog;
+  panel.y.scale = report::Scale::kCategory;
+  std::vector<const CoxCoefficient*> rows;
+  for (const CoxCoefficient& c : answer.model.coefficients) {
+    if (!c.constant) rows.push_back(&c);
+  }
+  for (std::size_t i = 0; i < rows.size(); ++i) {
+    const CoxCoefficient& c = *rows[i];
+    panel.y.categories.push_back(c.name);
+    points.x.push_back(c.hazardRatio);
+    points.y.push_back(static_cast<double>(i));
+    points.left.push_back(c.lower);
+    points.right.push_back(c.upper);
+    points.labels.push_back(report::brief(c.hazardRatio, 3) + " (" + report::brief(c.lower, 3) +
+                            " to " + report::brief(c.upper, 3) + ")");
+  }
+  panel.series.push_back(std::move(points));
+  panel.references.push_back({true, 1, ""});
+  report::Figure figure;
+  figure.id = "hazardRatios";
+  figure.title = "Hazard ratios with " + level + " limits";
+  for (const auto& [column, reference] : answer.references) {
+    figure.caption +=
+        (figure.caption.empty() ? "Reference levels: " : ", ") + column + " " + reference;
+  }
+  figure.panels.push_back(std::move(panel));
+  return figure;
+}
+
+}  // namespace survmeth::analysis
