@@ -81,15 +81,15 @@ void writeAgreement(Session& session, const Options& o, const Table& table,
   }
   if (!o.plot.empty()) {
     session.output.figure(
-        o.plot,
-        levelScatter(pictureOf(o.plot), "Agreement of " + o.first + " and " + o.second,
+        o.plot, [script = levelScatter(
+                     pictureOf(o.plot), "Agreement of " + o.first + " and " + o.second,
                      "mean of " + o.first + " and " + o.second, differenceName(o), result.means,
                      result.differences,
                      {{"upper limit", result.upperLimit.value, result.upperLimit.lower,
                        result.upperLimit.upper, false},
                       {"bias", result.bias.value, result.bias.lower, result.bias.upper, true},
                       {"lower limit", result.lowerLimit.value, result.lowerLimit.lower,
-                       result.lowerLimit.upper, false}}));
+                       result.lowerLimit.upper, false}})] { return gnuplot(script); });
   }
   if (o.json) {
     Json json = session.json(table);

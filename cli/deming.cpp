@@ -97,10 +97,10 @@ void run(Session& session, const Options& o) {
   if (!o.out.empty()) writeFiles(session, o, table, result);
   if (!o.plot.empty()) {
     session.output.figure(
-        o.plot,
-        lineScatter(pictureOf(o.plot), "Deming regression of " + o.second + " on " + o.first,
-                    o.first, o.second, table.columns[0].numbers, table.columns[1].numbers,
-                    result.intercept.value, result.slope.value));
+        o.plot, [script = lineScatter(
+                     pictureOf(o.plot), "Deming regression of " + o.second + " on " + o.first,
+                     o.first, o.second, table.columns[0].numbers, table.columns[1].numbers,
+                     result.intercept.value, result.slope.value)] { return gnuplot(script); });
   }
   if (o.json) {
     writeJson(session, o, table, result);

@@ -11,7 +11,7 @@
 #include <utility>
 #include <vector>
 
-#include "cli/shell/gnuplot.h"
+#include "cli/figures.h"
 #include "cli/shell/numbers.h"
 #include "cli/shell/problem.h"
 #include "cli/shell/progress.h"
@@ -38,30 +38,14 @@ struct Typed {
   std::string file;
   std::map<std::string, std::vector<std::string>> options;
   bool json = false, quiet = false;
-  std::string out, html, plot;
+  std::string out, html;
+  Looks looks;
   std::optional<frame::Missing> missing;
   int digits = report::kEstimateDigits;
-  std::string call;  // the whole command line
 };
 
 Problem problemOf(const analysis::BadOption& bad) {
   return Problem("--" + bad.option() + ": " + bad.what());
-}
-
-// An option that all analyses share, read as theirs are.
-template <class Action>
-void addShared(CLI::App& app, analysis::Option option, const Action& action) {
-  app.add_option_function<std::string>(
-         "--" + option.name,
-         [option, action](const std::string& text) {
-           try {
-             action(analysis::settingOf(option, {text}));
-           } catch (const analysis::BadOption& bad) {
-             throw problemOf(bad);
-           }
-         },
-         option.help)
-      ->type_name(option.valueName);
 }
 
 // "Limits: log-log, log or plain (default log-log)".
@@ -104,16 +88,7 @@ void addOutputs(CLI::App& app, const Declaration& declaration, Typed& typed) {
       ->type_name("FILE");
   app.add_option("--out", typed.out, "Write the tables as CSV files into this folder")
       ->type_name("DIR");
-  if (!declaration.figures.empty()) {
-    addShared(app,
-              {.name = "plot",
-               .valueName = "FILE",
-               .help = "Draw the figure (.svg, .png or .pdf; needs gnuplot)"},
-              [&typed](const analysis::Setting& file) {
-                typed.plot = std::get<std::string>(file);
-                pictureOf(typed.plot);
-              });
-  }
+  if (!declaration.figures.empty()) addLooks(app, typed.looks);
   addShared(
       app,
       {.name = "digits",
@@ -147,7 +122,7 @@ void reserve(const Declaration& declaration, const Typed& typed, Session& sessio
     if (option.table.empty() || typed.options.at(option.name).empty()) continue;
     session.output.reserve("--" + option.name, typed.options.at(option.name).front());
   }
-  if (!typed.plot.empty()) session.output.reserve("--plot", typed.plot);
+  if (!typed.looks.plot.empty()) session.output.reserve("--plot", typed.looks.plot);
   if (!typed.html.empty()) session.output.reserve("--html", typed.html);
   if (typed.out.empty()) return;
   for (const std::string& id : declaration.tables) {
@@ -229,9 +204,13 @@ void run(const Declaration& declaration, const Typed& typed, Session& session) {
   }
   const report::Report& report = fitted.report;
   writeTables(declaration, typed, report, session);
+  plot(typed.looks, report, session);
   if (!typed.html.empty()) {
     session.output.file(typed.html,
-                        report::toHtml(report, {.version = kVersion, .call = typed.call}));
+                        report::toHtml(report, {.version = kVersion,
+                                                .call = session.call,
+                                                .digits = typed.digits,
+                                                .picture = pageFigures(typed.looks, session)}));
   }
   session.output.text() =
       typed.json ? report::toJson(report, {.version = kVersion})

@@ -230,7 +230,8 @@ void run(const Options& options, Session& session) {
   }
   addComparisonNotes(report, session);
   if (!options.plot.empty()) {
-    session.output.figure(options.plot, lifePlot(report, options.plot));
+    session.output.figure(options.plot,
+                          [script = lifePlot(report, options.plot)] { return gnuplot(script); });
     const std::string note = lifePlotNote(report);
     if (!note.empty()) session.note(note);
   }

@@ -55,6 +55,27 @@ std::string usageMessage(const CLI::App& app, const CLI::ParseError& error) {
   return repeated.empty() ? error.what() : repeated;
 }
 
+// The command line as a shell would take it again.
+std::string callOf(int argc, char** argv) {
+  std::string call = "survmeth";
+  for (int i = 1; i < argc; ++i) {
+    const std::string argument = argv[i];
+    const bool plain =
+        !argument.empty() && argument.find_first_not_of(
+                                 "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789"
+                                 "-_.,/=:+@%") == std::string::npos;
+    call += ' ';
+    if (plain) {
+      call += argument;
+      continue;
+    }
+    call += '\'';
+    for (const char c : argument) call += c == '\'' ? std::string("'\\''") : std::string(1, c);
+    call += '\'';
+  }
+  return call;
+}
+
 int usageError(const std::string& who, const std::string& message) {
   say(who, message);
   std::fprintf(stderr, "Try '%s --help'.\n", who.c_str());
@@ -107,6 +128,7 @@ int main(int argc, char** argv) {
     for (const auto& [sub, run] : runs) {
       if (!sub->parsed()) continue;
       Session session(sub->get_name());
+      session.call = callOf(argc, argv);
       run(session);
       const cli::Output::Shortfall shortfall = session.output.write();
       for (const std::string& note : session.notes()) say(who, "note: " + note);

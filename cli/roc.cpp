@@ -226,7 +226,8 @@ void run(const Options& o, Session& session) {
   }
   if (!o.weight.empty()) addWeightNotes(table.columns.back(), report, session);
   addMarkerNotes(report, session);
-  if (!o.plot.empty()) session.output.figure(o.plot, rocPlot(report, o.plot));
+  if (!o.plot.empty())
+    session.output.figure(o.plot, [script = rocPlot(report, o.plot)] { return gnuplot(script); });
   if (o.json) {
     Json json = session.json(table);
     addRocJson(report, json);

@@ -11,11 +11,11 @@
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
+#include <stdexcept>
 #include <string_view>
 #include <system_error>
 #include <utility>
 
-#include "cli/shell/gnuplot.h"
 #include "cli/shell/leftovers.h"
 #include "cli/shell/problem.h"
 
@@ -183,27 +183,27 @@ const Target& Output::targetAt(const std::string& path) {
 }
 
 void Output::file(const std::string& path, std::string contents) {
-  files_.push_back({path, std::move(contents), false});
+  files_.push_back({path, std::move(contents), {}});
 }
 
-void Output::figure(const std::string& path, std::string script) {
-  files_.push_back({path, std::move(script), true});
+void Output::figure(const std::string& path, std::function<std::string()> draw) {
+  files_.push_back({path, {}, std::move(draw)});
 }
 
 void Output::folder(const std::string& path) { folders_.push_back(path); }
 
 Output::Shortfall Output::write() {
-  Shortfall shortfall;
+  Shortfall shortfall{std::move(lacks_), false};
   std::vector<std::pair<Target, std::string>> streams;
   Pending pending;
   for (const std::string& path : folders_) pending.makeFolder(path);
   for (File& file : files_) {
     const Target target = targetAt(file.path);
-    if (file.isScript) {
+    if (file.draw) {
       try {
-        file.contents = gnuplot(file.contents);
-      } catch (const Problem& problem) {
-        shortfall.messages.emplace_back(problem.what());
+        file.contents = file.draw();
+      } catch (const std::runtime_error& failure) {
+        shortfall.messages.emplace_back(failure.what());
         continue;
       }
     }

@@ -7,10 +7,11 @@
 //     output.reserve("--plot", "curves.svg");           // ... and every file that is asked for
 //     output.text() += "...";                           // standard output
 //     output.folder(dir); output.file(dir + "/summary.csv", contents);
-//     output.figure("curves.svg", script);
+//     output.figure("curves.svg", draw);
 #ifndef CLI_SHELL_OUTPUT_H_
 #define CLI_SHELL_OUTPUT_H_
 
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -38,8 +39,12 @@ class Output {
   // devices, FIFOs and open descriptors (/dev/stdout, /dev/fd/N) are written to.
   void file(const std::string& path, std::string contents);
 
-  // A picture, as gnuplot draws it from the script.
-  void figure(const std::string& path, std::string script);
+  // A picture, drawn when everything is written. What `draw` throws (std::runtime_error) is said,
+  // and nothing else is lost.
+  void figure(const std::string& path, std::function<std::string()> draw);
+
+  // Something that was asked for and cannot be had: said at the end, and the program fails.
+  void lack(const std::string& message) { lacks_.push_back(message); }
 
   // A folder that is made, with those above it, unless it is there.
   void folder(const std::string& path);
@@ -56,7 +61,7 @@ class Output {
  private:
   struct File {
     std::string path, contents;
-    bool isScript;
+    std::function<std::string()> draw;  // of a picture
   };
   struct Reserved {
     std::string option, path;
@@ -66,6 +71,7 @@ class Output {
 
   std::string text_;
   std::vector<File> files_;
+  std::vector<std::string> lacks_;
   std::vector<std::string> folders_;
   std::string inputName_;
   Identity input_;

@@ -30,6 +30,7 @@ class Session {
   explicit Session(std::string command) : command_(std::move(command)) {}
 
   Output output;
+  std::string call;  // the whole command line, as a shell would take it
 
   // A remark that does not stop the command: to standard error when the command has succeeded,
   // "survmeth life: note: ..."; a command's JSON ends with json["notes"] = session.notes().

@@ -1,0 +1,136 @@
+#include "cli/figures.h"
+
+#include <CLI/CLI.hpp>
+#include <memory>
+#include <utility>
+#include <vector>
+
+#include "cli/shell/problem.h"
+#include "text/words.h"
+
+namespace cli {
+namespace {
+
+namespace analysis = survmeth::analysis;
+namespace pictures = survmeth::pictures;
+namespace report = survmeth::report;
+using analysis::Setting;
+using analysis::Type;
+
+std::pair<double, double> pairOf(const char* option, const Setting& setting) {
+  const auto& numbers = std::get<std::vector<double>>(setting);
+  if (numbers.size() == 2) return {numbers[0], numbers[1]};
+  throw analysis::BadOption(
+      option, "there " + std::string(numbers.size() == 1 ? "is " : "are ") +
+                  survmeth::text::counted(numbers.size(), "number", "numbers") + "; expected two");
+}
+
+Problem problemOf(const pictures::Refusal& refusal) {
+  return Problem("--" + refusal.option + ": " + refusal.what());
+}
+
+}  // namespace
+
+void addShared(CLI::App& app, const analysis::Option& option,
+               std::function<void(const Setting&)> take) {
+  app.add_option_function<std::string>(
+         "--" + option.name,
+         [option, take = std::move(take)](const std::string& text) {
+           try {
+             take(analysis::settingOf(option, {text}));
+           } catch (const analysis::BadOption& bad) {
+             throw Problem("--" + bad.option() + ": " + bad.what());
+           } catch (const pictures::Refusal& refusal) {
+             throw problemOf(refusal);
+           }
+         },
+         option.help)
+      ->type_name(option.valueName);
+}
+
+void addLooks(CLI::App& app, Looks& looks) {
+  pictures::Style& style = looks.style;
+  addShared(app,
+            {.name = "plot",
+             .valueName = "FILE",
+             .help = "Draw the figure (.svg, .png or .pdf; needs gnuplot)"},
+            [&looks](const Setting& file) {
+              looks.plot = std::get<std::string>(file);
+              pictures::formatOf(looks.plot);
+            });
+  const auto text = [&app](const char* name, const char* help, std::optional<std::string>& member) {
+    addShared(app, {.name = name, .valueName = "TEXT", .help = help},
+              [&member](const Setting& value) { member = std::get<std::string>(value); });
+  };
+  text("title", "Title of the figure", style.title);
+  text("xlabel", "Label of its x axis", style.xLabel);
+  text("ylabel", "Label of its y axis", style.yLabel);
+  const auto limits = [&app](const char* name, const char* help,
+                             std::optional<std::pair<double, double>>& member) {
+    addShared(app, {.name = name, .type = Type::kNumbers, .valueName = "A,B", .help = help},
+              [name, &member](const Setting& value) { member = pairOf(name, value); });
+  };
+  limits("xlim", "Limits of its x axis", style.xLimits);
+  limits("ylim", "Limits of its y axis", style.yLimits);
+  addShared(
+      app,
+      {.name = "breaks",
+       .type = Type::kNumbers,
+       .valueName = "A,B,C",
+       .help = "Ticks of its x axis, also of the numbers at risk",
+       .range = {.ascending = true, .expected = "ascending numbers separated by commas"}},
+      [&style](const Setting& value) { style.breaks = std::get<std::vector<double>>(value); });
+  addShared(app,
+            {.name = "size",
+             .type = Type::kNumbers,
+             .valueName = "W,H",
+             .help = "Width and height of the figure in points",
+             .range = {.least = 1,
+                       .most = 10000,
+                       .whole = true,
+                       .expected = "two whole numbers from 1 to 10000"}},
+            [&style](const Setting& value) {
+              const auto [width, height] = pairOf("size", value);
+              style.size = {static_cast<int>(width), static_cast<int>(height)};
+            });
+  addShared(app,
+            {.name = "scale",
+             .type = Type::kChoice,
+             .valueName = "KIND",
+             .help = "Probabilities of the figure: probability or percent (default probability)",
+             .choices = {"probability", "percent"}},
+            [&style](const Setting& value) {
+              style.percent = std::get<std::string>(value) == "percent";
+            });
+  app.add_flag("--grey", style.grey, "Draw in grey");
+}
+
+void plot(const Looks& looks, const report::Report& report, Session& session) {
+  if (looks.plot.empty()) return;
+  if (report.figures.empty()) throw Problem("--plot: there is no figure of this analysis");
+  try {
+    const auto drawing = std::make_shared<const pictures::Drawing>(
+        pictures::compose(report.figures.front(), looks.style, pictures::formatOf(looks.plot)));
+    for (const report::Note& note : drawing->notes) session.note(note.text);
+    session.output.figure(looks.plot, [drawing] { return pictures::draw(*drawing); });
+  } catch (const pictures::Refusal& refusal) {
+    throw problemOf(refusal);
+  }
+}
+
+std::function<std::string(const report::Figure&)> pageFigures(const Looks& looks,
+                                                              Session& session) {
+  return [&looks, &session, failed = false](const report::Figure& figure) mutable {
+    try {
+      return pictures::draw(pictures::compose(figure, looks.style, pictures::Format::kSvg));
+    } catch (const pictures::Failure& failure) {
+      if (!failed) session.output.lack(failure.what());
+      failed = true;
+      return std::string();
+    } catch (const pictures::Refusal& refusal) {
+      throw problemOf(refusal);
+    }
+  };
+}
+
+}  // namespace cli
