@@ -2,6 +2,7 @@
 #include "analysis/cox.h"
 #include "analysis/declare.h"
 #include "analysis/gray.h"
+#include "analysis/roc.h"
 
 namespace survmeth::analysis {
 
@@ -9,6 +10,7 @@ const std::vector<Declaration>& declarations() {
   static const std::vector<Declaration> kDeclarations = {
       coxDeclaration(),
       grayDeclaration(),
+      rocDeclaration(),
   };
   return kDeclarations;
 }

@@ -6,7 +6,6 @@
 #include "cli/deming.h"
 #include "cli/face.h"
 #include "cli/life.h"
-#include "cli/roc.h"
 
 namespace cli {
 namespace {
@@ -25,7 +24,7 @@ const std::vector<Command>& commands() {
       {"life", "Survival curves, their medians and the tests that compare them", declareLife},
       declared("cox"),
       declared("gray"),
-      {"roc", "ROC curves of markers, the areas under them and their comparison", declareRoc},
+      declared("roc"),
       {"agree", "Agreement of two methods (Bland-Altman), repeatability of one", declareAgree},
       {"deming", "Deming regression of one method on another", declareDeming},
   };

@@ -26,6 +26,8 @@ inline constexpr char kInterval[] = "interval";
 inline constexpr char kIntervalStart[] = "intervalStart";  // included
 inline constexpr char kIntervalEnd[] = "intervalEnd";      // not included
 inline constexpr char kThreshold[] = "threshold";
+inline constexpr char kPositive[] = "positive";  // label of the positives
+inline constexpr char kNegative[] = "negative";
 inline constexpr char kPositiveWhen[] = "positiveWhen";  // high or low
 inline constexpr char kReason[] = "reason";              // why numbers do not exist
 
