@@ -1,14 +1,15 @@
 #include "frame/evaluate.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 #include <functional>
 #include <limits>
 #include <optional>
 #include <utility>
 
+#include "frame/labels.h"
 #include "numerics/elementary.h"
+#include "text/numbers.h"
 #include "text/words.h"
 
 namespace survmeth::frame {
@@ -72,27 +73,14 @@ constexpr Binary kBinaries[] = {
     {"|", logicalOr, true},
 };
 
-std::optional<double> numberOf(std::string_view text) {
-  double value = 0;
-  const auto [after, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-  if (error != std::errc() || after != text.data() + text.size()) return std::nullopt;
-  return value;
-}
-
-// A label against a text or number of the expression: equal as written, or as numbers.
-bool same(const std::string& label, const Expression& literal) {
-  if (label == literal.text) return true;
-  const std::optional<double> a = numberOf(label), b = numberOf(literal.text);
-  return a && b && *a == *b;
-}
-
 bool isLiteral(const Expression& expression) {
   return expression.kind == Expression::Kind::kText || expression.kind == Expression::Kind::kNumber;
 }
 
 class Evaluator {
  public:
-  Evaluator(const Frame& data, std::string_view text) : data_(data), text_(text) {}
+  Evaluator(const Frame& data, std::string_view text, AbsentLabel absent)
+      : data_(data), text_(text), absent_(absent) {}
 
   Values values(const Expression& expression) const {
     switch (expression.kind) {
@@ -197,14 +185,15 @@ class Evaluator {
     }
     const bool equal = expression.text == "==";
     requireLevel(column, literal);
-    return ofLevels(column,
-                    [&](const std::string& level) { return same(level, literal) == equal; });
+    return ofLevels(
+        column, [&](const std::string& level) { return sameLabel(level, literal.text) == equal; });
   }
 
   // A label that no row holds is a slip of the pen more often than a wish.
   void requireLevel(const Column& column, const Expression& literal) const {
+    if (absent_ == AbsentLabel::kFalse) return;
     for (const std::string& level : column.levels) {
-      if (same(level, literal)) return;
+      if (sameLabel(level, literal.text)) return;
     }
     fail(literal, "no row of " + text::quote(column.name) + " holds " + text::quote(literal.text) +
                       "; expected one of " + text::nearestFirst(literal.text, column.levels));
@@ -213,8 +202,6 @@ class Evaluator {
   Values binary(const Expression& expression) const {
     if (expression.text == "%in%") return in(expression);
     const Expression &left = expression.arguments[0], &right = expression.arguments[1];
-    if (const Column* column = labels(left)) return comparedLabels(expression, *column, right);
-    if (const Column* column = labels(right)) return comparedLabels(expression, *column, left);
     const auto* found =
         std::find_if(std::begin(kBinaries), std::end(kBinaries),
                      [&](const Binary& each) { return each.name == expression.text; });
@@ -223,6 +210,10 @@ class Evaluator {
                            " does not fit here; expected arithmetic, a comparison, & or |");
     }
     const bool isComparison = found->isLogical && found->name != "&" && found->name != "|";
+    if (isComparison) {
+      if (const Column* column = labels(left)) return comparedLabels(expression, *column, right);
+      if (const Column* column = labels(right)) return comparedLabels(expression, *column, left);
+    }
     const Values a = values(left), b = values(right);
     std::vector<double> own(data_.rows);
     for (std::size_t i = 0; i < own.size(); ++i) {
@@ -248,14 +239,15 @@ class Evaluator {
     if (const Column* column = labels(expression.arguments[0])) {
       for (const Expression* literal : literals) requireLevel(*column, *literal);
       return ofLevels(*column, [&](const std::string& level) {
-        return std::any_of(literals.begin(), literals.end(),
-                           [&](const Expression* literal) { return same(level, *literal); });
+        return std::any_of(literals.begin(), literals.end(), [&](const Expression* literal) {
+          return sameLabel(level, literal->text);
+        });
       });
     }
     const Values left = values(expression.arguments[0]);
     std::vector<double> wanted;
     for (const Expression* literal : literals) {
-      const std::optional<double> number = numberOf(literal->text);
+      const std::optional<double> number = text::parseNumber(literal->text);
       if (!number) {
         fail(*literal, text::quote(literal->text) +
                            " is a text, the left side holds numbers; "
@@ -285,10 +277,10 @@ class Evaluator {
       fail(expression, "there is no function " + text::quote(expression.text) +
                            " here; expected one of " + text::nearestFirst(expression.text, names));
     }
-    if (expression.arguments.size() != 1) {
+    if (expression.arguments.size() != 1 || !expression.argumentNames[0].empty()) {
       fail(expression, expression.text + "() has " +
                            text::counted(expression.arguments.size(), "argument", "arguments") +
-                           "; expected one");
+                           "; expected one, without a name");
     }
     Values inner = values(expression.arguments[0]);
     if (found->value == identity) return inner;
@@ -299,12 +291,14 @@ class Evaluator {
 
   const Frame& data_;
   std::string_view text_;
+  AbsentLabel absent_;
 };
 
 }  // namespace
 
-Values evaluate(const Expression& expression, const Frame& data, std::string_view text) {
-  return Evaluator(data, text).values(expression);
+Values evaluate(const Expression& expression, const Frame& data, std::string_view text,
+                AbsentLabel absent) {
+  return Evaluator(data, text, absent).values(expression);
 }
 
 std::vector<std::uint32_t> rowsWhere(std::string_view condition, const Frame& data) {

@@ -1,6 +1,7 @@
 // The values of an expression in the rows of a frame: arithmetic, comparisons, logic, %in% and the
 // functions log, log2, log10, log1p, exp, expm1, sqrt, abs and I. A missing cell makes the value
-// missing, except where the rest decides it (FALSE & missing is FALSE), as in R.
+// missing, except where the rest decides it (FALSE & missing is FALSE), as in R; %in% of a missing
+// cell is missing too, where R says FALSE: an unknown status is no censored one.
 #ifndef FRAME_EVALUATE_H_
 #define FRAME_EVALUATE_H_
 
@@ -27,11 +28,16 @@ struct Values {
   Values& operator=(Values&&) = default;
 };
 
+// A comparison with a label that the column does not have is a slip of the pen more often than a
+// wish, except in new data, of which not every label need be there.
+enum class AbsentLabel { kRefuse, kFalse };
+
 // In   text    the whole text of which the expression is a part, for messages
 // Throws ExpressionError: a column that there is none of (the nearest names follow), labels where
 // numbers are wanted, a function that is not known.
 // Cost O(rows) for each node
-Values evaluate(const Expression& expression, const Frame& data, std::string_view text);
+Values evaluate(const Expression& expression, const Frame& data, std::string_view text,
+                AbsentLabel absent = AbsentLabel::kRefuse);
 
 // The rows in which `condition` (an expression's text) is true; missing counts as false.
 // Throws ExpressionError, also where the expression is not a condition.

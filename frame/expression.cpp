@@ -3,30 +3,17 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
-#include <cmath>
 #include <utility>
 
+#include "frame/scanner.h"
 #include "text/words.h"
 
 namespace survmeth::frame {
 namespace {
 
-bool isNameStart(char c) {
-  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '.' || c == '_' ||
-         static_cast<unsigned char>(c) >= 0x80;
-}
-bool isDigit(char c) { return c >= '0' && c <= '9'; }
-bool isNamePart(char c) { return isNameStart(c) || isDigit(c); }
-bool isBlank(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\r'; }
-
-struct Token {
-  enum class Kind { kEnd, kNumber, kText, kName, kOperator } kind = Kind::kEnd;
-  std::string text;
-  double number = 0;
-  bool quoted = false;  // a name in backticks: never a function
-  std::size_t at = 0, end = 0;
-};
+constexpr int kNot = 4, kComparison = 5, kMinus = 10, kPower = 11;
+constexpr int kDeepest = 200;   // parentheses within parentheses
+constexpr int kLongest = 2000;  // operators one after the other: what follows walks down them
 
 // Operators of two arguments with their binding power; '^' and '~' are read in the parser.
 struct Operator {
@@ -38,24 +25,28 @@ constexpr std::array<Operator, 17> kOperators = {{{"~", 1},
                                                   {"||", 2},
                                                   {"&", 3},
                                                   {"&&", 3},
-                                                  {"==", 5},
-                                                  {"!=", 5},
-                                                  {"<=", 5},
-                                                  {">=", 5},
-                                                  {"<", 5},
-                                                  {">", 5},
+                                                  {"==", kComparison},
+                                                  {"!=", kComparison},
+                                                  {"<=", kComparison},
+                                                  {">=", kComparison},
+                                                  {"<", kComparison},
+                                                  {">", kComparison},
                                                   {"+", 6},
                                                   {"-", 6},
                                                   {"*", 7},
                                                   {"/", 7},
                                                   {"%in%", 8},
                                                   {":", 9}}};
-constexpr int kNot = 4, kMinus = 10, kPower = 11;
-constexpr int kDeepest = 200;  // parentheses within parentheses
+
+bool isComparison(std::string_view text) {
+  return std::any_of(kOperators.begin(), kOperators.end(), [&](const Operator& op) {
+    return op.text == text && op.power == kComparison;
+  });
+}
 
 class Parser {
  public:
-  explicit Parser(std::string_view text) : text_(text) { next(); }
+  explicit Parser(std::string_view text) : text_(text), scanner_(text) { next(); }
 
   Expression whole() {
     if (token_.kind == Token::Kind::kEnd) fail(0, "the text is empty; expected an expression");
@@ -76,75 +67,7 @@ class Parser {
     return token_.kind == Token::Kind::kEnd ? "the end of the text" : text::quote(token_.text);
   }
 
-  void next() {
-    while (position_ < text_.size() && isBlank(text_[position_])) ++position_;
-    token_ = {};
-    token_.at = position_;
-    if (position_ < text_.size()) scan();
-    token_.end = position_;
-  }
-
-  void scan() {
-    const char c = text_[position_];
-    if (isDigit(c) || (c == '.' && position_ + 1 < text_.size() && isDigit(text_[position_ + 1]))) {
-      return scanNumber();
-    }
-    if (isNameStart(c)) return scanName();
-    if (c == '"' || c == '\'' || c == '`') return scanQuoted(c);
-    token_.kind = Token::Kind::kOperator;
-    for (const std::string_view each :
-         {"%in%", "==", "!=", "<=", ">=", "&&", "||", "**", "~", "|", "&", "<",
-          ">",    "+",  "-",  "*",  "/",  ":",  "^",  "!",  "(", ")", ",", "="}) {
-      if (text_.substr(position_).starts_with(each)) {
-        token_.text = each == "**" ? "^" : each;
-        position_ += each.size();
-        return;
-      }
-    }
-    fail(position_, text::quote(text_.substr(position_, 1)) +
-                        " is no part of an expression; expected a name, a number or an operator");
-  }
-
-  void scanNumber() {
-    const char* const begin = text_.data() + position_;
-    const auto [after, error] = std::from_chars(begin, text_.data() + text_.size(), token_.number);
-    token_.text = std::string(begin, after);
-    if (error != std::errc()) {
-      fail(position_, text::quote(token_.text) + " is out of range; expected a number");
-    }
-    position_ += token_.text.size();
-    if (position_ < text_.size() && isNamePart(text_[position_])) {
-      fail(position_,
-           "a name cannot begin with a digit; expected backticks around it, or an "
-           "operator");
-    }
-    token_.kind = Token::Kind::kNumber;
-  }
-
-  void scanName() {
-    const std::size_t begin = position_;
-    while (position_ < text_.size() && isNamePart(text_[position_])) ++position_;
-    token_.kind = Token::Kind::kName;
-    token_.text = text_.substr(begin, position_ - begin);
-  }
-
-  // In backticks a name is taken as it is; in quotes a backslash escapes the next character.
-  void scanQuoted(char quote) {
-    const std::size_t begin = position_++;
-    std::string content;
-    while (position_ < text_.size() && text_[position_] != quote) {
-      if (quote != '`' && text_[position_] == '\\' && position_ + 1 < text_.size()) ++position_;
-      content += text_[position_++];
-    }
-    if (position_ == text_.size()) {
-      fail(begin, std::string("the quote that begins here is not closed; expected ") + quote);
-    }
-    ++position_;
-    if (quote == '`' && content.empty()) fail(begin, "a name is empty; expected a column's name");
-    token_.kind = quote == '`' ? Token::Kind::kName : Token::Kind::kText;
-    token_.quoted = quote == '`';
-    token_.text = std::move(content);
-  }
+  void next() { token_ = scanner_.next(); }
 
   bool at(std::string_view symbol) const {
     return token_.kind == Token::Kind::kOperator && token_.text == symbol;
@@ -245,7 +168,9 @@ class Parser {
   Expression parse(int least) {
     if (++depth_ > kDeepest) fail(token_.at, "the expression is nested too deeply");
     Expression left = primary();
+    int length = 0;
     while (token_.kind == Token::Kind::kOperator) {
+      if (++length > kLongest) fail(token_.at, "the expression is too long");
       if (token_.text == "^") {
         if (kPower < least) break;
         left = binary(std::move(left), kMinus);  // right to left; a minus may follow
@@ -254,6 +179,11 @@ class Parser {
       const auto found = std::find_if(kOperators.begin(), kOperators.end(),
                                       [this](const auto& op) { return op.text == token_.text; });
       if (found == kOperators.end() || found->power < least) break;
+      if (found->power == kComparison && left.kind == Expression::Kind::kOperator &&
+          isComparison(left.text)) {
+        fail(token_.at, here() + " does not fit here: comparisons make no chain; expected & " +
+                            "between two of them");
+      }
       left = binary(std::move(left), found->power + 1);
     }
     --depth_;
@@ -272,7 +202,7 @@ class Parser {
   }
 
   std::string_view text_;
-  std::size_t position_ = 0;
+  Scanner scanner_;
   int depth_ = 0;
   Token token_;
 };

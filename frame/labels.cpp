@@ -1,7 +1,6 @@
 #include "frame/labels.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 #include <cstring>
 #include <numeric>
@@ -9,26 +8,18 @@
 #include <unordered_map>
 #include <utility>
 
+#include "text/numbers.h"
+
 namespace survmeth::frame {
 namespace {
-
-std::string shortest(double value) {
-  char buffer[32];
-  const auto end = std::to_chars(buffer, buffer + sizeof buffer, value).ptr;
-  return {buffer, end};
-}
 
 // The numbers of labels that are all numbers, otherwise nothing.
 std::optional<std::vector<double>> numbersOf(const std::vector<std::string>& labels) {
   std::vector<double> numbers;
   for (const std::string& label : labels) {
-    const char* begin = label.data();
-    const char* const end = begin + label.size();
-    if (end - begin > 1 && begin[0] == '+' && begin[1] != '-') ++begin;
-    double value = 0;
-    const auto [after, error] = std::from_chars(begin, end, value);
-    if (error != std::errc() || after != end || !std::isfinite(value)) return std::nullopt;
-    numbers.push_back(value + 0.0);  // -0 and 0 are one number
+    const std::optional<double> number = text::parseNumber(label);
+    if (!number) return std::nullopt;
+    numbers.push_back(*number + 0.0);  // -0 and 0 are one number
   }
   return numbers;
 }
@@ -47,12 +38,18 @@ void labelNumbers(const Column& column, std::vector<std::string>& labels,
     std::uint64_t bits;
     std::memcpy(&bits, &value, sizeof bits);
     const auto [place, isNew] = known.emplace(bits, static_cast<std::uint32_t>(labels.size()));
-    if (isNew) labels.push_back(shortest(value));
+    if (isNew) labels.push_back(text::exact(value));
     codes.push_back(place->second);
   }
 }
 
 }  // namespace
+
+bool sameLabel(std::string_view label, std::string_view value) {
+  if (label == value) return true;
+  const std::optional<double> a = text::parseNumber(label), b = text::parseNumber(value);
+  return a && b && *a == *b;
+}
 
 Labels allLabelsOf(const Column& column) {
   std::vector<std::string> spelled;

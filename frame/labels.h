@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "frame/frame.h"
@@ -19,6 +20,9 @@ struct Labels {
   std::vector<std::uint32_t> codes;  // of each row, into labels; Column::kMissing where missing
   std::vector<std::size_t> counts;   // rows that hold each label
 };
+
+// Whether a label is the one that `value` spells: the same text, or the same number.
+bool sameLabel(std::string_view label, std::string_view value);
 
 // All labels, those that no row holds (any more) included, with count 0. Cost O(rows + l log l).
 Labels allLabelsOf(const Column& column);

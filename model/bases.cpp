@@ -96,7 +96,7 @@ void reflect(const std::vector<double>& direction, std::vector<double>& x) {
   for (std::size_t i = 0; i < x.size(); ++i) x[i] -= factor * direction[i];
 }
 
-double truncatedCube(double x) { return x > 0 ? x * x * x : 0; }
+double truncatedCube(double x) { return x <= 0 ? 0 : x * x * x; }  // missing stays missing
 
 }  // namespace
 

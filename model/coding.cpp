@@ -53,18 +53,12 @@ Answer answerOf(const std::string& label) {
   return Answer::kNone;
 }
 
-bool sameValue(const std::string& label, const std::string& value) {
-  if (label == value) return true;
-  const std::optional<double> a = parseNumber(label), b = parseNumber(value);
-  return a && b && *a == *b;
-}
-
 YesNo yesNoOf(const frame::Column& column, const std::vector<std::string>& yes,
               const Meaning& meaning) {
   const frame::Labels all = frame::labelsOf(column);
   for (const std::string& each : yes) {
     if (std::none_of(all.labels.begin(), all.labels.end(),
-                     [&](const std::string& label) { return sameValue(label, each); })) {
+                     [&](const std::string& label) { return frame::sameLabel(label, each); })) {
       throw engine::Refusal(meaning.role, engine::Refusal::kNone, "no row holds " + quote(each),
                             engine::Refusal::kNone, "one of " + nearestFirst(each, all.labels));
     }
@@ -74,11 +68,11 @@ YesNo yesNoOf(const frame::Column& column, const std::vector<std::string>& yes,
   std::vector<std::uint8_t> means;
   for (std::size_t i = 0; i < all.labels.size(); ++i) {
     const std::string& label = all.labels[i];
-    const bool isOne = oneAndTwo ? sameValue(label, "2")
+    const bool isOne = oneAndTwo ? frame::sameLabel(label, "2")
                        : yes.empty()
                            ? isYes(all, i, meaning)
                            : std::any_of(yes.begin(), yes.end(), [&](const std::string& each) {
-                               return sameValue(label, each);
+                               return frame::sameLabel(label, each);
                              });
     means.push_back(isOne ? 1 : 0);
     (isOne ? result.labels : result.others).push_back(label);

@@ -21,9 +21,6 @@ enum class Answer { kNo, kYes, kNone };
 // What a label says by itself.
 Answer answerOf(const std::string& label);
 
-// The same text, or the same number.
-bool sameValue(const std::string& label, const std::string& value);
-
 // What yes and no are, for messages, the option that names the labels of yes, and the role of the
 // column.
 struct Meaning {

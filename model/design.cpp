@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <limits>
 #include <type_traits>
 #include <utility>
 
@@ -16,6 +17,8 @@ namespace {
 using engine::Refusal;
 using engine::Role;
 
+constexpr double kMissing = std::numeric_limits<double>::quiet_NaN();
+
 // One variable in the rows of a frame: its columns with the ends of their names.
 struct Coded {
   std::vector<std::span<const double>> columns;
@@ -25,7 +28,11 @@ struct Coded {
 };
 
 std::uint32_t levelIn(const CodedVariable& variable, const std::string& level, std::size_t row) {
-  const auto found = std::find(variable.levels.begin(), variable.levels.end(), level);
+  auto found = std::find(variable.levels.begin(), variable.levels.end(), level);
+  if (found == variable.levels.end()) {
+    found = std::find_if(variable.levels.begin(), variable.levels.end(),
+                         [&](const std::string& each) { return frame::sameLabel(each, level); });
+  }
   if (found != variable.levels.end()) {
     return static_cast<std::uint32_t>(found - variable.levels.begin());
   }
@@ -37,8 +44,15 @@ std::uint32_t levelIn(const CodedVariable& variable, const std::string& level, s
 
 // Indicators of the levels: all of them, or all but the reference.
 Coded codedFactor(const CodedVariable& variable, const frame::Frame& data, bool all) {
-  const frame::Column& column = *data.find(variable.column);
-  const frame::Labels labels = frame::labelsOf(column);
+  const frame::Column* column = data.find(variable.column);
+  if (column == nullptr) {
+    std::vector<std::string> names;
+    for (const frame::Column& each : data.columns) names.push_back(each.name);
+    throw Refusal(Role::kFormula, Refusal::kNone,
+                  "there is no column " + text::quote(variable.column), Refusal::kNone,
+                  "one of " + text::nearestFirst(variable.column, names));
+  }
+  const frame::Labels labels = frame::labelsOf(*column);
   std::vector<std::uint32_t> place(labels.labels.size());
   for (std::size_t i = 0; i < labels.labels.size(); ++i) {
     const auto first = std::find(labels.codes.begin(), labels.codes.end(), i);
@@ -49,6 +63,10 @@ Coded codedFactor(const CodedVariable& variable, const frame::Frame& data, bool 
   Coded coded;
   coded.own.assign(variable.levels.size() - from, std::vector<double>(data.rows, 0.0));
   for (std::size_t i = 0; i < data.rows; ++i) {
+    if (labels.codes[i] == frame::Column::kMissing) {
+      for (std::vector<double>& indicator : coded.own) indicator[i] = kMissing;
+      continue;
+    }
     const std::size_t level = place[labels.codes[i]];
     if (level >= from) coded.own[level - from][i] = 1;
   }
@@ -62,7 +80,7 @@ Coded codedFactor(const CodedVariable& variable, const frame::Frame& data, bool 
 
 Coded codedNumbers(const CodedVariable& variable, const frame::Frame& data,
                    const std::string& text) {
-  frame::Values values = numbersOf(variable.variable, data, text);
+  frame::Values values = numbersOf(variable.variable, data, text, frame::AbsentLabel::kFalse);
   Coded coded;
   if (std::holds_alternative<std::monostate>(variable.basis)) {
     const bool borrowed = values.own.empty();
@@ -109,6 +127,19 @@ Coded product(const Coded& left, const Coded& right, std::size_t rows) {
   return both;
 }
 
+// Whether what remains of term `index` without its variable k lies in the span of the terms before
+// it (the intercept's where nothing remains): all levels of k together would only repeat it.
+bool marginStands(const std::vector<Term>& terms, std::size_t index, std::size_t k) {
+  std::vector<std::size_t> margin = terms[index].variables;
+  margin.erase(margin.begin() + static_cast<std::ptrdiff_t>(k));
+  const auto holds = [&](const Term& term) {
+    return std::includes(term.variables.begin(), term.variables.end(), margin.begin(),
+                         margin.end());
+  };
+  const auto end = terms.begin() + static_cast<std::ptrdiff_t>(index);
+  return margin.empty() || std::any_of(terms.begin(), end, holds);
+}
+
 }  // namespace
 
 Coding Coding::learn(const Formula& formula, const frame::Frame& data,
@@ -123,18 +154,16 @@ Coding Coding::learn(const Formula& formula, const frame::Frame& data,
 
 DesignColumns Coding::design(const frame::Frame& data) const {
   DesignColumns made;
-  for (const Term& term : formula_.terms) {
+  for (std::size_t index = 0; index < formula_.terms.size(); ++index) {
+    const Term& term = formula_.terms[index];
     Coded coded;
     for (std::size_t k = 0; k < term.variables.size(); ++k) {
       const CodedVariable& variable = variables_[term.variables[k]];
-      Term margin = term;
-      margin.variables.erase(margin.variables.begin() + static_cast<std::ptrdiff_t>(k));
-      const bool all = !margin.variables.empty() && !formula_.has(margin);
+      const bool all = !marginStands(formula_.terms, index, k);
       Coded one = variable.isFactor() ? codedFactor(variable, data, all)
                                       : codedNumbers(variable, data, formula_.text);
       coded = k == 0 ? std::move(one) : product(coded, one, data.rows);
     }
-    const std::size_t index = made.design.termNames.size();
     made.design.termNames.push_back(term.name);
     for (std::size_t j = 0; j < coded.columns.size(); ++j) {
       made.design.columns.push_back(coded.columns[j]);
@@ -150,17 +179,26 @@ DesignColumns Coding::design(const frame::Frame& data) const {
 
 std::vector<std::uint32_t> Coding::completeRows(const Formula& formula, const frame::Frame& data) {
   std::vector<bool> complete(data.rows, true);
-  const auto read = [&](std::span<const double> numbers) {
-    for (std::size_t i = 0; i < numbers.size(); ++i) {
-      if (std::isnan(numbers[i])) complete[i] = false;
+  const auto read = [&](const frame::Values& values) {
+    for (std::size_t i = 0; i < data.rows; ++i) {
+      if (std::isnan(values.numbers[i])) complete[i] = false;
     }
   };
   for (const Variable& variable : formula.variables) {
-    if (variable.kind == VariableKind::kPlain || variable.kind == VariableKind::kFactor) continue;
-    read(numbersOf(variable, data, formula.text).numbers);
+    const bool isFactor = variable.kind == VariableKind::kFactor;
+    if (isFactor && variable.expression.arguments.size() != 1) continue;  // refused by learn()
+    const Expression& name = isFactor ? variable.expression.arguments[0] : variable.expression;
+    const frame::Column* column = data.find(name.text);
+    if (name.kind == Expression::Kind::kName && column != nullptr) {
+      for (std::size_t i = 0; i < data.rows; ++i) {
+        if (column->isMissing(i)) complete[i] = false;
+      }
+      continue;
+    }
+    read(numbersOf(variable, data, formula.text, frame::AbsentLabel::kFalse));
   }
   for (const Expression& offset : formula.offsets) {
-    read(frame::evaluate(offset, data, formula.text).numbers);
+    read(frame::evaluate(offset, data, formula.text));
   }
   std::vector<std::uint32_t> rows;
   for (std::size_t i = 0; i < data.rows; ++i) {

@@ -2,7 +2,7 @@
 // (levels, knots, centres) is kept, so that the same coding applies to other data.
 //
 // Factors are coded by treatment contrasts: an indicator for each level but the reference; within
-// an interaction, by all levels where the term without the factor is not in the model (R's rule).
+// an interaction, by all levels where no term before it holds all of its other variables (R's rule).
 // In an interaction the columns of its first variable vary fastest.
 //
 // Source Chambers & Hastie, Statistical Models in S (1992), 2.4.1
@@ -67,14 +67,14 @@ class Coding {
   static Coding learn(const Formula& formula, const frame::Frame& data,
                       const CodingOptions& options = {});
 
-  // The design of the rows of `data`, with what was learnt.
+  // The design of the rows of `data`, with what was learnt; NaN where a cell is missing.
   // Throws engine::Refusal (kFormula) for a level that was not there when the coding was learnt,
-  // with the row and the level's name.
+  // with the row and the level's name, and for a column that is not there.
   // Cost O(rows x columns)
   DesignColumns design(const frame::Frame& data) const;
 
-  // Rows in which a variable has no value although no cell is missing (log of a negative number):
-  // they are left out beforehand.
+  // Rows in which every variable and offset has a value: a cell may be missing, and so may the
+  // log of a negative number. The others are left out beforehand.
   static std::vector<std::uint32_t> completeRows(const Formula& formula, const frame::Frame& data);
 
   const std::vector<CodedVariable>& variables() const { return variables_; }

@@ -7,6 +7,7 @@
 #include <set>
 #include <utility>
 
+#include "model/parts.h"
 #include "text/words.h"
 
 namespace survmeth::model {
@@ -25,40 +26,12 @@ bool containsDot(const Expression& expression) {
          std::any_of(expression.arguments.begin(), expression.arguments.end(), containsDot);
 }
 
-// Calls that stand beside the terms, not in them.
-bool isBeside(const Expression& expression) {
-  return expression.isCall("strata") || expression.isCall("cluster") || expression.isCall("offset");
-}
-
 class Expander {
  public:
   Expander(Formula& formula, const std::vector<std::string>& allColumns)
       : formula_(formula), allColumns_(allColumns) {}
 
-  void response(const Expression& left) {
-    if (!left.isCall("Surv")) {
-      fail(left, "the left side is " + text::quote(deparse(left)) +
-                     "; expected Surv(time, status) or Surv(entry, exit, status)");
-    }
-    const auto& arguments = left.arguments;
-    if (arguments.size() != 2 && arguments.size() != 3) {
-      fail(left, "Surv() has " + text::counted(arguments.size(), "argument", "arguments") +
-                     "; expected Surv(time, status) or Surv(entry, exit, status)");
-    }
-    for (std::size_t i = 0; i < arguments.size(); ++i) {
-      const std::string& name = left.argumentNames[i];
-      if (!name.empty() && name != "time" && name != "time2" && name != "event") {
-        fail(arguments[i],
-             "Surv() has no argument " + text::quote(name) + "; expected time, time2 or event");
-      }
-    }
-    if (arguments.size() == 3) formula_.entry = arguments[0];
-    formula_.exit = arguments[arguments.size() - 2];
-    formula_.event = arguments.back();
-  }
-
   void right(const Expression& right) {
-    beside(right);
     std::vector<Term> terms = expand(right);
     std::stable_sort(terms.begin(), terms.end(), [](const Term& a, const Term& b) {
       return a.variables.size() < b.variables.size();
@@ -73,60 +46,29 @@ class Expander {
     throw ExpressionError(formula_.text, at.at, sentence);
   }
 
-  // Collects strata(), cluster() and offset() of the sums; "." needs them beforehand.
-  void beside(const Expression& expression) {
-    if ((expression.isOperator("+") || expression.isCall("("))) {
-      for (const Expression& argument : expression.arguments) beside(argument);
-      return;
-    }
-    if (expression.isOperator("-") && expression.arguments.size() == 2) {
-      return beside(expression.arguments[0]);
-    }
-    if (!isBeside(expression)) return;
-    if (expression.arguments.empty()) {
-      fail(expression, expression.text + "() is empty; expected a column");
-    }
-    if (expression.text == "strata") {
-      for (const Expression& argument : expression.arguments) {
-        formula_.strata.push_back(argument);
-        formula_.strataNames.push_back(deparse(argument));
-      }
-      return;
-    }
-    if (expression.arguments.size() > 1) {
-      fail(expression, expression.text + "() has " +
-                           text::counted(expression.arguments.size(), "argument", "arguments") +
-                           "; expected one");
-    }
-    if (expression.text == "offset") {
-      formula_.offsets.push_back(expression.arguments[0]);
-      return;
-    }
-    if (formula_.cluster) fail(expression, "there is more than one cluster(); expected one");
-    formula_.cluster = expression.arguments[0];
-  }
-
   // The terms of an expression, in order, each once.
   std::vector<Term> expand(const Expression& expression) {
     if (expression.isCall("(")) return expand(expression.arguments[0]);
     if (isBeside(expression)) return {};
     if (expression.isOperator("+")) {
       if (expression.arguments.size() == 1) return expand(expression.arguments[0]);
-      return united(expand(expression.arguments[0]), expand(expression.arguments[1]));
+      auto [left, right] = operands(expression);
+      return united(std::move(left), right);
     }
     if (expression.isOperator("-")) return difference(expression);
     if (expression.isOperator("*")) {
       requireNothingBeside(expression);
-      const auto left = expand(expression.arguments[0]), right = expand(expression.arguments[1]);
+      const auto [left, right] = operands(expression);
       return united(united(left, right), crossed(expression, left, right));
     }
     if (expression.isOperator(":") || expression.isOperator("%in%")) {
       requireNothingBeside(expression);
-      return crossed(expression, expand(expression.arguments[0]), expand(expression.arguments[1]));
+      const auto [left, right] = operands(expression);
+      return crossed(expression, left, right);
     }
     if (expression.isOperator("/")) {
       requireNothingBeside(expression);
-      const auto left = expand(expression.arguments[0]), right = expand(expression.arguments[1]);
+      const auto [left, right] = operands(expression);
       Term all;
       for (const Term& term : left) all = joined(all, term);
       return united(left, crossed(expression, {all}, right));
@@ -143,6 +85,12 @@ class Expander {
     }
     if (isDot(expression)) return dot(expression);
     return {Term{{variableOf(expression)}, {}}};
+  }
+
+  // The left side first: variables are numbered in the order in which they stand.
+  std::pair<std::vector<Term>, std::vector<Term>> operands(const Expression& expression) {
+    std::vector<Term> left = expand(expression.arguments[0]);
+    return {std::move(left), expand(expression.arguments[1])};
   }
 
   void requireNothingBeside(const Expression& expression) const {
@@ -294,10 +242,6 @@ class Expander {
 
 }  // namespace
 
-bool Formula::has(const Term& term) const {
-  return std::find(terms.begin(), terms.end(), term) != terms.end();
-}
-
 std::vector<std::string> Formula::columns() const {
   std::vector<std::string> names;
   const auto add = [&names](const Expression& expression) {
@@ -326,9 +270,9 @@ Formula parseFormula(std::string_view text, const std::vector<std::string>& allC
                           "there is no ~ between response and terms; expected "
                           "Surv(time, status) ~ terms");
   }
-  Expander expander(formula, allColumns);
-  if (whole.arguments.size() == 2) expander.response(whole.arguments[0]);
-  expander.right(whole.arguments.back());
+  if (whole.arguments.size() == 2) readResponse(whole.arguments[0], formula);
+  readBeside(whole.arguments.back(), formula);  // "." needs it beforehand
+  Expander(formula, allColumns).right(whole.arguments.back());
   return formula;
 }
 

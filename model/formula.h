@@ -54,7 +54,6 @@ struct Formula {
   std::optional<Expression> cluster;
   std::vector<Expression> offsets;
 
-  bool has(const Term& term) const;
   // The columns it reads, each once: response first, then in order of first use.
   std::vector<std::string> columns() const;
 };

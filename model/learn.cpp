@@ -1,11 +1,12 @@
 #include "model/learn.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
+#include <iterator>
 #include <utility>
 
 #include "frame/labels.h"
+#include "text/numbers.h"
 #include "text/words.h"
 
 namespace survmeth::model {
@@ -17,12 +18,6 @@ using frame::ExpressionError;
 
 constexpr std::size_t kMostLevels = 1000;
 constexpr std::size_t kMostColumns = 50;  // of one basis
-
-std::string shortest(double value) {
-  char buffer[32];
-  const auto end = std::to_chars(buffer, buffer + sizeof buffer, value).ptr;
-  return {buffer, end};
-}
 
 class Learner {
  public:
@@ -42,15 +37,18 @@ class Learner {
     }
     const frame::Values values = numbersOf(variable, data_, text_);
     requireFinite(variable, values.numbers);
+    std::vector<double> present;
+    std::remove_copy_if(values.numbers.begin(), values.numbers.end(), std::back_inserter(present),
+                        [](double x) { return std::isnan(x); });
     switch (variable.kind) {
       case VariableKind::kNaturalSpline:
-        coded.basis = naturalSpline(variable, values.numbers);
+        coded.basis = naturalSpline(variable, present);
         break;
       case VariableKind::kRestrictedSpline:
-        coded.basis = restrictedSpline(variable, values.numbers);
+        coded.basis = restrictedSpline(variable, present);
         break;
       default:
-        coded.basis = polynomial(variable, values.numbers);
+        coded.basis = polynomial(variable, present);
     }
     return coded;
   }
@@ -98,7 +96,9 @@ class Learner {
     }
     for (const auto& [column, level] : options_.references) {
       if (column != name.text) continue;
-      const auto found = std::find(coded.levels.begin(), coded.levels.end(), level);
+      const auto found =
+          std::find_if(coded.levels.begin(), coded.levels.end(),
+                       [&](const std::string& each) { return frame::sameLabel(each, level); });
       if (found == coded.levels.end()) {
         refuse(Refusal::kNone, "no row of " + text::quote(column) + " holds the reference " +
                                    text::quote(level) + "; expected one of " +
@@ -129,6 +129,10 @@ class Learner {
 
   void requireArguments(const Expression& call, std::size_t most,
                         const std::vector<std::string>& names) const {
+    if (!call.argumentNames[0].empty()) {
+      fail(call.arguments[0], "the first argument of " + call.text + "() is " +
+                                  text::quote(call.argumentNames[0]) + "; expected a column");
+    }
     for (std::size_t i = 1; i < call.arguments.size(); ++i) {
       const std::string& name = call.argumentNames[i];
       const bool known =
@@ -198,13 +202,13 @@ class Learner {
     for (std::size_t i = 0; i < knots.size(); ++i) {
       if (i > 0 && !(knots[i - 1] < knots[i])) {
         refuse(Refusal::kNone, "two knots of " + text::quote(variable.name) + " fall on " +
-                                   shortest(knots[i]) + ": too many rows share that value; " +
+                                   text::exact(knots[i]) + ": too many rows share that value; " +
                                    "expected fewer knots");
       }
       if (!(knots[i] > low && knots[i] < high)) {
         refuse(Refusal::kNone, "a knot of " + text::quote(variable.name) + " is at " +
-                                   shortest(knots[i]) + "; expected it between " + shortest(low) +
-                                   " and " + shortest(high));
+                                   text::exact(knots[i]) + "; expected it between " +
+                                   text::exact(low) + " and " + text::exact(high));
       }
     }
   }
@@ -277,17 +281,17 @@ class Learner {
 
 }  // namespace
 
-frame::Values numbersOf(const Variable& variable, const frame::Frame& data,
-                        const std::string& text) {
+frame::Values numbersOf(const Variable& variable, const frame::Frame& data, const std::string& text,
+                        frame::AbsentLabel absent) {
   const bool isBasis = variable.kind == VariableKind::kNaturalSpline ||
                        variable.kind == VariableKind::kRestrictedSpline ||
                        variable.kind == VariableKind::kPolynomial;
-  if (!isBasis) return frame::evaluate(variable.expression, data, text);
+  if (!isBasis) return frame::evaluate(variable.expression, data, text, absent);
   if (variable.expression.arguments.empty()) {
     throw ExpressionError(text, variable.expression.at,
                           variable.expression.text + "() is empty; expected a column");
   }
-  return frame::evaluate(variable.expression.arguments[0], data, text);
+  return frame::evaluate(variable.expression.arguments[0], data, text, absent);
 }
 
 CodedVariable learnVariable(const Variable& variable, const frame::Frame& data,

@@ -16,8 +16,8 @@ CodedVariable learnVariable(const Variable& variable, const frame::Frame& data,
 
 // The numbers of a variable that is no factor: of its expression, for a basis of its first
 // argument.
-frame::Values numbersOf(const Variable& variable, const frame::Frame& data,
-                        const std::string& text);
+frame::Values numbersOf(const Variable& variable, const frame::Frame& data, const std::string& text,
+                        frame::AbsentLabel absent = frame::AbsentLabel::kRefuse);
 
 }  // namespace survmeth::model
 

@@ -1,0 +1,79 @@
+// Labels of columns: their order, what is one label, those that no row holds.
+#include "frame/labels.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+#include <string>
+#include <vector>
+
+namespace survmeth::frame {
+namespace {
+
+constexpr auto kNone = Column::kMissing;
+using Strings = std::vector<std::string>;
+using Codes = std::vector<std::uint32_t>;
+using Counts = std::vector<std::size_t>;
+
+TEST(Labels, OfTextStandInTheOrderOfTheirBytes) {
+  const Labels made = labelsOf(labelColumn("x", Type::kText, {0, 1, 2, 1}, {"b", "B", "a10"}));
+  EXPECT_EQ(made.labels, (Strings{"B", "a10", "b"}));
+  EXPECT_EQ(made.codes, (Codes{2, 0, 1, 0}));
+  EXPECT_EQ(made.counts, (Counts{2, 1, 1}));
+}
+
+TEST(Labels, ThatAreAllNumbersStandInTheOrderOfNumbers) {
+  const Labels made =
+      labelsOf(labelColumn("x", Type::kText, {0, 1, 2, 3}, {"10", "9", "-1", "2e0"}));
+  EXPECT_EQ(made.labels, (Strings{"-1", "2e0", "9", "10"}));
+}
+
+TEST(Labels, OfOneNumberInTwoSpellingsAreOneByTheShortest) {
+  const Labels made =
+      labelsOf(labelColumn("x", Type::kText, {0, 1, 2, 3, 4}, {"1.0", "2", "1", "+1", "01"}));
+  EXPECT_EQ(made.labels, (Strings{"1", "2"}));
+  EXPECT_EQ(made.codes, (Codes{0, 1, 0, 0, 0}));
+  EXPECT_EQ(made.counts, (Counts{4, 1}));
+}
+
+TEST(Labels, AreToldApartByTheirTextWhereOneIsNoNumber) {
+  const Labels made = labelsOf(labelColumn("x", Type::kText, {0, 1, 2}, {"1.0", "1", "x"}));
+  EXPECT_EQ(made.labels, (Strings{"1", "1.0", "x"}));
+}
+
+TEST(Labels, OfMinusZeroAndZeroAreOne) {
+  EXPECT_EQ(labelsOf(numberColumn("x", {-0.0, 0.0})).labels, (Strings{"0"}));
+  EXPECT_EQ(labelsOf(labelColumn("x", Type::kText, {0, 1}, {"-0", "0"})).labels, (Strings{"0"}));
+}
+
+TEST(Labels, OfAFactorKeepItsOrder) {
+  const Labels made = labelsOf(labelColumn("x", Type::kFactor, {2, 0, 1}, {"z", "10", "9"}));
+  EXPECT_EQ(made.labels, (Strings{"z", "10", "9"}));
+  EXPECT_EQ(made.codes, (Codes{2, 0, 1}));
+}
+
+TEST(Labels, ThatNoRowHoldsAreLeftOutOrCountedAsNone) {
+  const Column column = labelColumn("x", Type::kFactor, {2, 0, kNone, 2}, {"z", "b", "a"});
+  const Labels held = labelsOf(column), all = allLabelsOf(column);
+  EXPECT_EQ(held.labels, (Strings{"z", "a"}));
+  EXPECT_EQ(held.codes, (Codes{1, 0, kNone, 1}));
+  EXPECT_EQ(held.counts, (Counts{1, 2}));
+  EXPECT_EQ(all.labels, (Strings{"z", "b", "a"}));
+  EXPECT_EQ(all.codes, (Codes{2, 0, kNone, 2}));
+  EXPECT_EQ(all.counts, (Counts{1, 0, 2}));
+}
+
+TEST(Labels, OfNumbersAreTheirShortestText) {
+  constexpr double kMissing = std::numeric_limits<double>::quiet_NaN();
+  const Labels made = labelsOf(numberColumn("x", {10, 0.1, kMissing, -2, 10}));
+  EXPECT_EQ(made.labels, (Strings{"-2", "0.1", "10"}));
+  EXPECT_EQ(made.codes, (Codes{2, 1, kNone, 0, 2}));
+}
+
+TEST(Labels, OfNoRowsAreNone) {
+  EXPECT_TRUE(labelsOf(labelColumn("x", Type::kText, {}, {"a"})).labels.empty());
+  EXPECT_EQ(allLabelsOf(labelColumn("x", Type::kText, {}, {"a"})).counts, (Counts{0}));
+}
+
+}  // namespace
+}  // namespace survmeth::frame
