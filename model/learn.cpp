@@ -94,8 +94,9 @@ class Learner {
                                  text::counted(coded.levels.size(), "level", "levels") +
                                  ", more than " + text::grouped(kMostLevels));
     }
-    for (const auto& [column, level] : options_.references) {
+    for (const auto& [column, reference] : options_.references) {
       if (column != name.text) continue;
+      const std::string& level = reference;  // a binding cannot be captured
       const auto found =
           std::find_if(coded.levels.begin(), coded.levels.end(),
                        [&](const std::string& each) { return frame::sameLabel(each, level); });
@@ -201,9 +202,9 @@ class Learner {
                     double high) const {
     for (std::size_t i = 0; i < knots.size(); ++i) {
       if (i > 0 && !(knots[i - 1] < knots[i])) {
-        refuse(Refusal::kNone, "two knots of " + text::quote(variable.name) + " fall on " +
-                                   text::exact(knots[i]) + ": too many rows share that value; " +
-                                   "expected fewer knots");
+        refuse(Refusal::kNone, "the knots of " + text::quote(variable.name) + " do not ascend: " +
+                                   text::exact(knots[i]) + " follows " + text::exact(knots[i - 1]) +
+                                   ", for too few rows differ; expected fewer knots");
       }
       if (!(knots[i] > low && knots[i] < high)) {
         refuse(Refusal::kNone, "a knot of " + text::quote(variable.name) + " is at " +

@@ -13,9 +13,9 @@ bool isBeside(const Expression& expression);
 // Throws frame::ExpressionError
 void readResponse(const Expression& left, Formula& formula);
 
-// Collects strata(), cluster() and offset() of the sums.
+// Collects strata(), cluster() and offset() of the sums of the right side.
 // Throws frame::ExpressionError
-void readBeside(const Expression& right, Formula& formula);
+void readBeside(const Expression& expression, Formula& formula);
 
 }  // namespace survmeth::model
 
