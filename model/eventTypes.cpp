@@ -31,7 +31,7 @@ std::string listed(const Labels& status) {
 
 std::optional<std::size_t> find(const Labels& status, const std::string& wanted) {
   for (std::size_t i = 0; i < status.labels.size(); ++i) {
-    if (sameValue(status.labels[i], wanted)) return i;
+    if (frame::sameLabel(status.labels[i], wanted)) return i;
   }
   return std::nullopt;
 }
