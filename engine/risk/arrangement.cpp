@@ -1,6 +1,7 @@
 #include "engine/risk/arrangement.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace survmeth::engine::risk {
 namespace {
@@ -32,7 +33,7 @@ std::vector<std::uint32_t> byStratum(const std::vector<std::uint32_t>& order, co
 }  // namespace
 
 Arrangement::Arrangement(const Response& response, const Rows& rows, double tieTolerance) {
-  const TimeCodes codes(response, tieTolerance);
+  TimeCodes codes(response, tieTolerance);
   std::vector<std::uint32_t> starts;
   source = byStratum(codes.exitOrder, rows, starts);
   const std::size_t n = source.size();
@@ -61,15 +62,16 @@ Arrangement::Arrangement(const Response& response, const Rows& rows, double tieT
   event.resize(n);
   end.resize(n);
   rowStratum.resize(n);
+  exitCode.resize(n);
   for (std::size_t i = 0; i < n; ++i) {
     event[i] = response.event[source[i]] != 0 ? 1 : 0;
+    exitCode[i] = codes.exit[source[i]];
     if (!rows.weight.empty()) weight[i] = rows.weight[source[i]];
   }
   if (!rows.offset.empty()) {
     offset.resize(n);
     for (std::size_t i = 0; i < n; ++i) offset[i] = rows.offset[source[i]];
   }
-  std::vector<std::uint32_t> timeCode;
   for (std::size_t s = 0; s + 1 < starts.size(); ++s) {
     if (starts[s] == starts[s + 1]) continue;
     const auto stratum = static_cast<std::uint32_t>(stratumCode.size());
@@ -78,7 +80,7 @@ Arrangement::Arrangement(const Response& response, const Rows& rows, double tieT
     stratumTime.push_back(static_cast<std::uint32_t>(time.size()));
     for (std::uint32_t i = starts[s]; i < starts[s + 1]; ++i) {
       rowStratum[i] = stratum;
-      const std::uint32_t code = codes.exit[source[i]];
+      const std::uint32_t code = exitCode[i];
       if (event[i] != 0) {
         if (time.size() == stratumTime.back() || timeCode.back() != code) {
           time.push_back(codes.time[code]);
@@ -97,7 +99,10 @@ Arrangement::Arrangement(const Response& response, const Rows& rows, double tieT
   stratumRow.push_back(static_cast<std::uint32_t>(n));
   stratumTime.push_back(static_cast<std::uint32_t>(time.size()));
 
+  codeTime = std::move(codes.time);
   if (response.entry.empty()) return;
+  entryCode.resize(n);
+  for (std::size_t i = 0; i < n; ++i) entryCode[i] = codes.entry[source[i]];
   std::vector<std::uint32_t> position(response.rows());
   for (std::size_t i = 0; i < n; ++i) position[source[i]] = static_cast<std::uint32_t>(i);
   const std::vector<std::uint32_t> byEntry = byStratum(codes.entryOrder, rows, starts);

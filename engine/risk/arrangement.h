@@ -58,12 +58,17 @@ struct Arrangement {
   std::vector<std::uint8_t> event;
   std::vector<std::uint32_t> rowStratum;  // index of its stratum among those with rows
 
+  std::vector<std::uint32_t> exitCode;   // codes of the rows' times, as TimeCodes
+  std::vector<std::uint32_t> entryCode;  // empty without entries
+  std::vector<double> codeTime;
+
   // Of each event time.
   std::vector<double> time;
   std::vector<std::uint32_t> firstEvent;  // row; the events of time k are rows
   std::vector<std::uint32_t> events;      // firstEvent[k] .. firstEvent[k] + events[k] - 1
   std::vector<double> eventWeight;        // sum of the events' weights
   std::vector<std::uint32_t> timeStratum;
+  std::vector<std::uint32_t> timeCode;
 
   // Of each stratum with rows.
   std::vector<std::uint32_t> stratumCode;  // the caller's

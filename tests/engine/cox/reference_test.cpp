@@ -4,7 +4,10 @@
 // 1e-9 of a standard error.
 #include <gtest/gtest.h>
 
+#include "engine/cox/baseline.h"
+#include "engine/cox/concordance.h"
 #include "engine/cox/fit.h"
+#include "engine/cox/proportionality.h"
 #include "engine/cox/residuals.h"
 #include "tests/engine/cox/data.h"
 
@@ -32,6 +35,15 @@ std::map<std::string, std::vector<Cell>> cellsOf(const std::string& name) {
                                            file.number("value", i)});
   }
   return cells;
+}
+
+// R's seventh definition of a quantile, at 0.6.
+double quantile60(std::vector<double> values) {
+  std::sort(values.begin(), values.end());
+  const double place = 0.6 * static_cast<double>(values.size() - 1);
+  const auto below = static_cast<std::size_t>(place);
+  const double part = place - static_cast<double>(below);
+  return part == 0.0 ? values[below] : values[below] + part * (values[below + 1] - values[below]);
 }
 
 class CoxReference : public testing::TestWithParam<std::size_t> {
@@ -131,6 +143,69 @@ TEST_P(CoxReference, ResidualsAreRs) {
     compareRows("devianceCluster", devianceResiduals(fit_, {false, true}));
   if (case_.data.stratum.empty()) {
     compareRows("schoenfeldTime", schoenfeldResiduals(fit_, false).time);
+  }
+}
+
+TEST_P(CoxReference, ConcordanceIsRs) {
+  const engine::cox::Concordance c = concordance(fit_);
+  const auto one = [&](const std::string& item, double value) {
+    compare(item, [&](std::size_t, std::size_t) { return value; });
+  };
+  one("concordance", c.estimate);
+  one("concordanceVariance", c.standardError * c.standardError);
+  const double counts[] = {c.concordant, c.discordant, c.tiedScore, c.tiedTime, c.tiedBoth};
+  compare("concordanceCount", [&](std::size_t i, std::size_t) { return counts[i]; });
+}
+
+TEST_P(CoxReference, TestsOfProportionalHazardsAreRs) {
+  if (case_.options.ties == engine::cox::Ties::kDiscrete) return;
+  const std::map<std::string, engine::cox::TimeTransform> transforms = {
+      {"km", engine::cox::TimeTransform::kKaplanMeier},
+      {"rank", engine::cox::TimeTransform::kRank},
+      {"identity", engine::cox::TimeTransform::kIdentity},
+      {"log", engine::cox::TimeTransform::kLog}};
+  for (const auto& [name, transform] : transforms) {
+    const engine::cox::Proportionality test = testProportionality(fit_, transform);
+    const auto row = [&](std::size_t i) {
+      return i < test.terms.size() ? test.terms[i].test : test.global;
+    };
+    const std::string item = "proportionality_" + name;
+    compare(item, [&](std::size_t i, std::size_t) { return row(i).chiSquare; });
+    compare(item + "_df", [&](std::size_t i, std::size_t) {
+      return static_cast<double>(row(i).degreesOfFreedom);
+    });
+    compareRows(item + "_g", test.transformed);
+    compareColumns(item + "_y", test.scaled.column);
+  }
+}
+
+TEST_P(CoxReference, CumulativeHazardsAreRs) {
+  if (case_.options.ties == engine::cox::Ties::kDiscrete) return;
+  const engine::cox::BaselineHazard baseline(fit_);
+  for (const std::string point : {"1", "2"}) {
+    std::vector<double> x;
+    for (const std::vector<double>& column : case_.data.columns) {
+      x.push_back(point == "1" ? 0.0 : quantile60(column));
+    }
+    const std::vector<Cell>& times = cells_.at("hazardTime" + point);
+    const std::vector<Cell>& hazards = cells_.at("hazard" + point);
+    const std::vector<Cell>& errors = cells_.at("hazardError" + point);
+    for (std::size_t i = 0; i < times.size(); ++i) {
+      const std::uint32_t stratum =
+          case_.data.stratum.empty() ? 0
+                                     : case_.stratumCode.at(static_cast<double>(times[i].column));
+      const engine::cox::CumulativeHazard hazard = baseline.at(x, 0.0, stratum);
+      // The last event time at or before R's time, which may be a censored one.
+      const auto after =
+          std::upper_bound(hazard.time.begin(), hazard.time.end(), times[i].value * (1 + 1e-12));
+      const auto k = static_cast<std::size_t>(after - hazard.time.begin());
+      const double value = k == 0 ? 0.0 : hazard.hazard[k - 1];
+      const double error = k == 0 ? 0.0 : hazard.standardError[k - 1];
+      EXPECT_NEAR(value, hazards[i].value, 1e-9 * std::max(errors[i].value, hazards[i].value))
+          << case_.name << point << " at " << times[i].value;
+      EXPECT_NEAR(error, errors[i].value, 1e-9 * errors[i].value)
+          << case_.name << point << " at " << times[i].value;
+    }
   }
 }
 

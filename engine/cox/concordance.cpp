@@ -1,0 +1,210 @@
+#include "engine/cox/concordance.h"
+
+#include <algorithm>
+#include <cmath>
+#include <vector>
+
+#include "numerics/order.h"
+#include "numerics/runningSum.h"
+
+namespace survmeth::engine::cox {
+namespace {
+
+// Sums of weights below a place, in O(log n): a binary indexed tree.
+template <typename Number>
+class Tree {
+ public:
+  explicit Tree(std::size_t size) : sums_(size + 1, 0) {}
+  void add(std::size_t place, Number weight) {
+    for (std::size_t i = place + 1; i < sums_.size(); i += i & (~i + 1)) sums_[i] += weight;
+    total_ += weight;
+  }
+  void remove(std::size_t place, Number weight) {
+    for (std::size_t i = place + 1; i < sums_.size(); i += i & (~i + 1)) sums_[i] -= weight;
+    total_ -= weight;
+  }
+  Number below(std::size_t place) const {
+    Number sum = 0;
+    for (std::size_t i = place; i > 0; i &= i - 1) sum += sums_[i];
+    return sum;
+  }
+  Number total() const { return total_; }
+
+ private:
+  std::vector<Number> sums_;
+  Number total_ = 0;
+};
+
+// Sums of both kinds of partner of one row: those of lower, equal and higher score.
+struct Partners {
+  double lower = 0.0, equal = 0.0, higher = 0.0;
+};
+
+// The pairs of one stratum. Number: unsigned where every weight is 1, which needs half the memory
+// and is exact, else double.
+template <typename Number>
+class Stratum {
+ public:
+  Stratum(const risk::Arrangement& a, std::size_t s, std::span<const double> score)
+      : a_(a), begin_(a.stratumRow[s]), stop_(a.stratumRow[s + 1]) {
+    const std::vector<std::uint32_t> order =
+        numerics::ascendingOrder(score.subspan(begin_, stop_ - begin_));
+    rank_.resize(order.size());
+    std::uint32_t rank = 0;
+    for (std::size_t m = 0; m < order.size(); ++m) {
+      if (m > 0 && score[begin_ + order[m - 1]] < score[begin_ + order[m]]) ++rank;
+      rank_[order[m]] = rank;
+    }
+    ranks_ = order.empty() ? 0 : rank + std::size_t{1};
+    if (a.entryCode.empty()) return;
+    for (std::size_t i = begin_; i < stop_; ++i) byEntry_.push_back(static_cast<std::uint32_t>(i));
+    std::stable_sort(byEntry_.begin(), byEntry_.end(), [&](std::uint32_t x, std::uint32_t y) {
+      return a.entryCode[x] < a.entryCode[y];
+    });
+  }
+
+  // Counts the pairs and adds to each row's sums: `balance` the concordant less the discordant
+  // partners, `comparable` all of them.
+  void count(Concordance& result, std::vector<double>& balance, std::vector<double>& comparable) {
+    eventsAgainstRows(result, balance, comparable);
+    rowsAgainstEvents(balance, comparable);
+    tiedTimes(result);
+  }
+
+ private:
+  Number weight(std::size_t i) const { return static_cast<Number>(a_.weight[i]); }
+  std::size_t rank(std::size_t i) const { return rank_[i - begin_]; }
+
+  Partners partners(const Tree<Number>& tree, std::size_t i) const {
+    const Number lower = tree.below(rank(i));
+    const Number notHigher = tree.below(rank(i) + 1);
+    return {static_cast<double>(lower), static_cast<double>(notHigher - lower),
+            static_cast<double>(tree.total() - notHigher)};
+  }
+
+  // From the last time to the first, the rows at risk in the tree.
+  void eventsAgainstRows(Concordance& result, std::vector<double>& balance,
+                         std::vector<double>& comparable) {
+    Tree<Number> atRisk(ranks_);
+    std::size_t entered = byEntry_.size();
+    for (std::size_t i = stop_; i > begin_;) {
+      const std::uint32_t code = a_.exitCode[i - 1];
+      std::size_t from = i;
+      while (from > begin_ && a_.exitCode[from - 1] == code) --from;
+      std::size_t events = from;
+      while (events < i && a_.event[events] != 0) ++events;
+      for (std::size_t row = events; row < i; ++row) atRisk.add(rank(row), weight(row));
+      for (; entered > 0 && a_.entryCode[byEntry_[entered - 1]] >= code; --entered) {
+        const std::uint32_t row = byEntry_[entered - 1];
+        atRisk.remove(rank(row), weight(row));
+      }
+      for (std::size_t row = from; row < events; ++row) {
+        const Partners p = partners(atRisk, row);
+        result.concordant += a_.weight[row] * p.lower;
+        result.discordant += a_.weight[row] * p.higher;
+        result.tiedScore += a_.weight[row] * p.equal;
+        balance[row] += p.lower - p.higher;
+        comparable[row] += p.lower + p.equal + p.higher;
+      }
+      for (std::size_t row = from; row < events; ++row) atRisk.add(rank(row), weight(row));
+      i = from;
+    }
+  }
+
+  // From the first time to the last, the events so far in the tree.
+  void rowsAgainstEvents(std::vector<double>& balance, std::vector<double>& comparable) {
+    Tree<Number> failed(ranks_);
+    const auto addTo = [&](std::size_t row, double sign) {
+      const Partners p = partners(failed, row);
+      balance[row] += sign * (p.higher - p.lower);
+      comparable[row] += sign * (p.lower + p.equal + p.higher);
+    };
+    std::size_t entering = 0;
+    const auto enterBefore = [&](std::uint32_t code) {
+      for (; entering < byEntry_.size() && a_.entryCode[byEntry_[entering]] < code; ++entering) {
+        addTo(byEntry_[entering], -1.0);
+      }
+    };
+    for (std::size_t i = begin_; i < stop_;) {
+      const std::uint32_t code = a_.exitCode[i];
+      enterBefore(code);
+      std::size_t events = i;
+      for (; events < stop_ && a_.exitCode[events] == code && a_.event[events] != 0; ++events) {
+        addTo(events, 1.0);
+      }
+      for (std::size_t row = i; row < events; ++row) failed.add(rank(row), weight(row));
+      std::size_t to = events;
+      for (; to < stop_ && a_.exitCode[to] == code; ++to) addTo(to, 1.0);
+      i = to;
+    }
+  }
+
+  void tiedTimes(Concordance& result) const {
+    std::vector<std::pair<std::size_t, double>> group;  // rank, weight
+    for (std::size_t i = begin_; i < stop_;) {
+      const std::uint32_t code = a_.exitCode[i];
+      group.clear();
+      for (; i < stop_ && a_.exitCode[i] == code; ++i) {
+        if (a_.event[i] != 0) group.emplace_back(rank(i), a_.weight[i]);
+      }
+      if (group.size() < 2) continue;
+      std::sort(group.begin(), group.end());
+      double all = 0.0;
+      double same = 0.0;
+      for (std::size_t m = 0; m < group.size(); ++m) {
+        if (m > 0 && group[m].first != group[m - 1].first) same = 0.0;
+        result.tiedBoth += group[m].second * same;
+        result.tiedTime += group[m].second * (all - same);
+        same += group[m].second;
+        all += group[m].second;
+      }
+    }
+  }
+
+  const risk::Arrangement& a_;
+  std::size_t begin_, stop_, ranks_ = 0;
+  std::vector<std::uint32_t> rank_, byEntry_;
+};
+
+}  // namespace
+
+Concordance concordance(const risk::Arrangement& arrangement, std::span<const double> score,
+                        std::span<const std::uint32_t> cluster, std::size_t clusters) {
+  const risk::Arrangement& a = arrangement;
+  const std::size_t n = a.rows();
+  Concordance result;
+  std::vector<double> balance(n, 0.0);
+  std::vector<double> comparable(n, 0.0);
+  const bool whole =
+      std::all_of(a.weight.begin(), a.weight.end(), [](double w) { return w == 1.0; });
+  for (std::size_t s = 0; s < a.strata(); ++s) {
+    if (whole) {
+      Stratum<std::uint32_t>(a, s, score).count(result, balance, comparable);
+    } else {
+      Stratum<double>(a, s, score).count(result, balance, comparable);
+    }
+  }
+  const double pairs = result.concordant + result.discordant + result.tiedScore;
+  if (!(pairs > 0.0)) return result;
+  result.estimate = (result.concordant + 0.5 * result.tiedScore) / pairs;
+  // The derivative of the estimate in a row's weight, times the weight.
+  std::vector<double> influence(cluster.empty() ? n : clusters, 0.0);
+  for (std::size_t i = 0; i < n; ++i) {
+    const double agreeing = 0.5 * (comparable[i] + balance[i]);
+    influence[cluster.empty() ? i : cluster[a.source[i]]] +=
+        a.weight[i] * (agreeing - result.estimate * comparable[i]) / pairs;
+  }
+  numerics::RunningSum squares;
+  for (const double value : influence) squares.add(value * value);
+  result.standardError = std::sqrt(squares.value());
+  return result;
+}
+
+Concordance concordance(const Fit& fit) {
+  Hazards hazards;
+  hazardsAt(*fit.problem, fit.ties, fit.working, hazards);
+  return concordance(fit.problem->arrangement, hazards.predictor, fit.problem->cluster,
+                     fit.problem->clusters);
+}
+
+}  // namespace survmeth::engine::cox

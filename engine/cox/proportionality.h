@@ -1,0 +1,38 @@
+// The test of proportional hazards: whether coefficients change with a function of time.
+#ifndef ENGINE_COX_PROPORTIONALITY_H_
+#define ENGINE_COX_PROPORTIONALITY_H_
+
+#include <vector>
+
+#include "engine/cox/fit.h"
+#include "engine/cox/residuals.h"
+
+namespace survmeth::engine::cox {
+
+// g(t) of the coefficients b + theta g(t) that the test looks for.
+enum class TimeTransform {
+  kKaplanMeier,  // 1 - S(t-) of all strata together
+  kRank,         // of the time among those of all rows, ties at their mean
+  kIdentity,
+  kLog,
+};
+
+struct Proportionality {
+  std::vector<TermTest> terms;      // theta = 0 for the term's columns
+  ChiSquareTest global;             // for all columns
+  SchoenfeldResiduals scaled;       // to be drawn against `transformed`
+  std::vector<double> transformed;  // g at each of the residuals' rows
+};
+
+// The score test of theta = 0 at the fit's coefficients, model-based.
+//
+// Edge columns without a finite coefficient take no part, terms of such columns have no test.
+//      Refusal for the exact treatments of ties, and for kLog at times that are not positive
+// Cost two sums of outer products, O(n p^2)
+// Source Grambsch & Therneau, Biometrika 81 (1994) 515-526, with the information itself in place
+//      of its average over time
+Proportionality testProportionality(const Fit& fit, TimeTransform transform);
+
+}  // namespace survmeth::engine::cox
+
+#endif  // ENGINE_COX_PROPORTIONALITY_H_
