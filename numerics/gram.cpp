@@ -1,7 +1,6 @@
 #include "numerics/gram.h"
 
 #include <algorithm>
-#include <cstring>
 
 #include "numerics/hot.h"
 
@@ -27,15 +26,16 @@ inline double total(const Lanes& lanes) {
          ((lanes[1] + lanes[5]) + (lanes[3] + lanes[7]));
 }
 
-// out[a][b] = sum over the rows of left column a times right column b.
+// out[a][b] = sum over the rows of weight times left column a times right column b.
 template <std::size_t A, std::size_t B>
-[[gnu::always_inline]] inline void panel(const double* left, const double* right, std::size_t rows,
+[[gnu::always_inline]] inline void panel(const double* weight, const double* left,
+                                         const double* right, std::size_t rows,
                                          double (&out)[kPanel][kPanel]) {
   Lanes sums[A][B] = {};
   for (std::size_t i = 0; i < rows; i += kLanes) {
     Lanes l[A];
     Lanes r[B];
-    for (std::size_t a = 0; a < A; ++a) l[a] = lanesAt(left + a * kBlock + i);
+    for (std::size_t a = 0; a < A; ++a) l[a] = lanesAt(weight + i) * lanesAt(left + a * kBlock + i);
     for (std::size_t b = 0; b < B; ++b) r[b] = lanesAt(right + b * kBlock + i);
     for (std::size_t a = 0; a < A; ++a) {
       for (std::size_t b = 0; b < B; ++b) sums[a][b] += l[a] * r[b];
@@ -47,42 +47,43 @@ template <std::size_t A, std::size_t B>
 }
 
 template <std::size_t A>
-[[gnu::always_inline]] inline void panelOf(std::size_t b, const double* left, const double* right,
-                                           std::size_t rows, double (&out)[kPanel][kPanel]) {
+[[gnu::always_inline]] inline void panelOf(std::size_t b, const double* weight, const double* left,
+                                           const double* right, std::size_t rows,
+                                           double (&out)[kPanel][kPanel]) {
   switch (b) {
     case 1:
-      return panel<A, 1>(left, right, rows, out);
+      return panel<A, 1>(weight, left, right, rows, out);
     case 2:
-      return panel<A, 2>(left, right, rows, out);
+      return panel<A, 2>(weight, left, right, rows, out);
     case 3:
-      return panel<A, 3>(left, right, rows, out);
+      return panel<A, 3>(weight, left, right, rows, out);
     default:
-      return panel<A, 4>(left, right, rows, out);
+      return panel<A, 4>(weight, left, right, rows, out);
   }
 }
 
-// Lower triangle of left' right, added to `sum` p x p with the sign.
-SURVMETH_HOT void addProducts(const double* left, const double* right, std::size_t p,
+// Lower triangle of x' W x, added to `sum` p x p with the sign. The rows are a multiple of eight.
+SURVMETH_HOT void addProducts(const double* x, const double* weight, std::size_t p,
                               std::size_t rows, double sign, double* sum) {
   double out[kPanel][kPanel];
   for (std::size_t j = 0; j < p; j += kPanel) {
     const std::size_t a = std::min(kPanel, p - j);
     for (std::size_t k = 0; k <= j; k += kPanel) {
       const std::size_t b = std::min(kPanel, p - k);
-      const double* l = left + j * kBlock;
-      const double* r = right + k * kBlock;
+      const double* l = x + j * kBlock;
+      const double* r = x + k * kBlock;
       switch (a) {
         case 1:
-          panelOf<1>(b, l, r, rows, out);
+          panelOf<1>(b, weight, l, r, rows, out);
           break;
         case 2:
-          panelOf<2>(b, l, r, rows, out);
+          panelOf<2>(b, weight, l, r, rows, out);
           break;
         case 3:
-          panelOf<3>(b, l, r, rows, out);
+          panelOf<3>(b, weight, l, r, rows, out);
           break;
         default:
-          panelOf<4>(b, l, r, rows, out);
+          panelOf<4>(b, weight, l, r, rows, out);
           break;
       }
       for (std::size_t m = 0; m < a; ++m) {
@@ -93,24 +94,55 @@ SURVMETH_HOT void addProducts(const double* left, const double* right, std::size
   }
 }
 
-SURVMETH_HOT void weightColumns(const double* x, const double* weight, std::size_t p,
-                                std::size_t rows, double* out) {
-  for (std::size_t j = 0; j < p; ++j) {
-    for (std::size_t i = 0; i < rows; ++i) out[j * kBlock + i] = weight[i] * x[j * kBlock + i];
+// result += c[0] x[0] + c[1] x[1] + ..., one after the other, of kColumns columns.
+template <std::size_t kColumns>
+[[gnu::always_inline]] inline void addColumnsOf(const double* x, const double* c, std::size_t rows,
+                                                double* result) {
+  for (std::size_t i = 0; i < rows; ++i) {
+    double sum = result[i];
+    for (std::size_t m = 0; m < kColumns; ++m) sum += c[m] * x[m * kBlock + i];
+    result[i] = sum;
   }
 }
 
-SURVMETH_HOT void addTo(const double* x, double coefficient, std::size_t rows, double* result) {
-  for (std::size_t i = 0; i < rows; ++i) result[i] += coefficient * x[i];
+SURVMETH_HOT void addColumns(const double* x, const double* c, std::size_t columns,
+                             std::size_t rows, double* result) {
+  std::size_t j = 0;
+  for (; j + kPanel <= columns; j += kPanel) {
+    addColumnsOf<kPanel>(x + j * kBlock, c + j, rows, result);
+  }
+  for (; j < columns; ++j) addColumnsOf<1>(x + j * kBlock, c + j, rows, result);
 }
 
-SURVMETH_HOT double weightedSum(const double* x, const double* weight, std::size_t rows) {
-  Lanes sum = {};
-  std::size_t i = 0;
-  for (; i + kLanes <= rows; i += kLanes) sum += lanesAt(weight + i) * lanesAt(x + i);
-  double rest = 0.0;
-  for (; i < rows; ++i) rest += weight[i] * x[i];
-  return total(sum) + rest;
+// out = sum over the rows of weight times each of B columns.
+template <std::size_t B>
+[[gnu::always_inline]] inline void sumsOf(const double* weight, const double* x, std::size_t rows,
+                                          double* out) {
+  Lanes sums[B] = {};
+  for (std::size_t i = 0; i < rows; i += kLanes) {
+    for (std::size_t b = 0; b < B; ++b)
+      sums[b] += lanesAt(weight + i) * lanesAt(x + b * kBlock + i);
+  }
+  for (std::size_t b = 0; b < B; ++b) out[b] = total(sums[b]);
+}
+
+// sum[j] += sum over the rows of weight x column j; the rows behind the last eight one by one.
+SURVMETH_HOT void addSums(const double* x, const double* weight, std::size_t p, std::size_t rows,
+                          double* sum) {
+  const std::size_t whole = rows / kLanes * kLanes;
+  double out[kPanel];
+  for (std::size_t j = 0; j < p; j += kPanel) {
+    const std::size_t b = std::min(kPanel, p - j);
+    if (b == kPanel) {
+      sumsOf<kPanel>(weight, x + j * kBlock, whole, out);
+    } else {
+      for (std::size_t m = 0; m < b; ++m) sumsOf<1>(weight, x + (j + m) * kBlock, whole, out + m);
+    }
+    for (std::size_t m = 0; m < b; ++m) {
+      for (std::size_t i = whole; i < rows; ++i) out[m] += weight[i] * x[(j + m) * kBlock + i];
+      sum[j + m] += out[m];
+    }
+  }
 }
 
 }  // namespace
@@ -118,28 +150,28 @@ SURVMETH_HOT double weightedSum(const double* x, const double* weight, std::size
 void addProduct(const BlockedColumns& x, std::span<const double> coefficient,
                 std::span<double> result) {
   for (std::size_t block = 0; block < x.blocks(); ++block) {
-    for (std::size_t j = 0; j < x.columns(); ++j) {
-      if (coefficient[j] == 0.0) continue;
-      addTo(x.column(block, j), coefficient[j], x.rowsOf(block), result.data() + block * kBlock);
-    }
+    addColumns(x.column(block, 0), coefficient.data(), x.columns(), x.rowsOf(block),
+               result.data() + block * kBlock);
   }
 }
 
 void addWeightedGram(const double* x, const double* weight, std::size_t rows, double sign,
-                     double* work, SquareMatrix& sum) {
+                     SquareMatrix& sum) {
   const std::size_t p = sum.size();
   if (rows == 0 || p == 0) return;
-  weightColumns(x, weight, p, rows, work);
+  // Weights of 0 behind the rows that count, up to a multiple of eight.
   const std::size_t whole = (rows + kLanes - 1) / kLanes * kLanes;
-  for (std::size_t j = 0; j < p; ++j) {
-    std::fill(work + j * kBlock + rows, work + j * kBlock + whole, 0.0);
+  double padded[kBlock];
+  if (rows != whole) {
+    std::copy_n(weight, rows, padded);
+    std::fill(padded + rows, padded + whole, 0.0);
   }
-  addProducts(work, x, p, whole, sign, sum.row(0).data());
+  addProducts(x, rows == whole ? weight : padded, p, whole, sign, sum.row(0).data());
 }
 
 void addWeightedSums(const double* x, const double* weight, std::size_t rows,
                      std::span<double> sum) {
-  for (std::size_t j = 0; j < sum.size(); ++j) sum[j] += weightedSum(x + j * kBlock, weight, rows);
+  addSums(x, weight, sum.size(), rows, sum.data());
 }
 
 void mirror(SquareMatrix& matrix) {

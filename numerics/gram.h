@@ -54,16 +54,15 @@ void addProduct(const BlockedColumns& x, std::span<const double> coefficient,
 // sum(j, k) += sign * sum over the rows of weight[i] x(i, j) x(i, k), lower triangle, for one
 // block of columns of kBlock numbers each.
 //
-// In   x[p * kBlock]     columns of the block
-//      weight[kBlock]    any sign
+// In   x[p * kBlock]     columns of the block, finite numbers also in the rows that do not count
+//      weight[rows]      any sign
 //      rows              the first rows that count
 //      sign              1 or -1
-// Out  work[p * kBlock]  what it holds does not matter
-//      sum               p x p
+// Out  sum               p x p
 // Cost p (p + 1) / 2 multiplications and additions a row. The order of the additions is fixed:
 //      eight partial sums a block, then block after block.
 void addWeightedGram(const double* x, const double* weight, std::size_t rows, double sign,
-                     double* work, SquareMatrix& sum);
+                     SquareMatrix& sum);
 
 // sum[j] += sum over the rows of weight[i] x(i, j), for one block as above.
 void addWeightedSums(const double* x, const double* weight, std::size_t rows,

@@ -14,7 +14,8 @@ namespace survmeth::numerics {
 // In   values[n]  no NaN, n < 2^32
 // Out  n positions from 0
 // Cost O(n): a radix sort by eleven bits at a time, 32 bytes of working memory for each value;
-//      digits that all values share are passed over
+//      digits that all values share are passed over, the lower half of the digits where the upper
+//      half has nearly sorted the values
 std::vector<std::uint32_t> ascendingOrder(std::span<const double> values);
 
 }  // namespace survmeth::numerics

@@ -132,9 +132,8 @@ Fit fit(const Response& response, const Rows& rows, const Design& design, const 
     return result;
   }
 
-  Hazards hazards;
   numerics::NewtonPoint start;
-  if (!evaluate(problem, options.ties, result.working, hazards, start)) {
+  if (Hazards hazards; !evaluate(problem, options.ties, result.working, hazards, start)) {
     throw Refusal(Role::kOffset, Refusal::kNone, "offsets of one stratum are more than 1300 apart");
   }
   result.logLikelihoodNull = start.value;

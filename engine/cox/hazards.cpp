@@ -17,17 +17,38 @@ constexpr double kWidest = 1300.0;
 
 // The shift of one stratum; false where its predictors are too far apart.
 bool shiftOf(std::span<const double> predictor, double& shift) {
-  double least = predictor.front();
-  double most = least;
-  double sum = 0.0;
-  for (const double value : predictor) {
-    least = std::min(least, value);
-    most = std::max(most, value);
-    sum += value - value;  // 0 for finite numbers only
+  // Four of each, as each waits for itself.
+  double least[4];
+  double most[4];
+  double sum[4] = {};
+  std::fill(least, least + 4, predictor.front());
+  std::fill(most, most + 4, predictor.front());
+  for (std::size_t i = 0; i < predictor.size(); ++i) {
+    const double value = predictor[i];
+    least[i % 4] = std::min(least[i % 4], value);
+    most[i % 4] = std::max(most[i % 4], value);
+    sum[i % 4] += value - value;  // 0 for finite numbers only
   }
-  if (sum != 0.0 || most - least > kWidest) return false;
-  shift = most <= kSafe && least >= -kSafe ? 0.0 : std::floor(0.5 * (least + most));
+  const double low = *std::min_element(least, least + 4);
+  const double high = *std::max_element(most, most + 4);
+  if (sum[0] + sum[1] + sum[2] + sum[3] != 0.0 || high - low > kWidest) return false;
+  shift = high <= kSafe && low >= -kSafe ? 0.0 : std::floor(0.5 * (low + high));
   return true;
+}
+
+// The sum of weight * predictor over the events, without a decision for each row.
+double observedSum(const risk::Arrangement& a, std::span<const double> predictor) {
+  numerics::RunningSum sum;
+  constexpr std::size_t kPart = 64;
+  for (std::size_t begin = 0; begin < predictor.size(); begin += kPart) {
+    const std::size_t stop = std::min(begin + kPart, predictor.size());
+    double part[4] = {};
+    for (std::size_t i = begin; i < stop; ++i) {
+      part[i % 4] += a.event[i] * (a.weight[i] * predictor[i]);
+    }
+    sum.add((part[0] + part[1]) + (part[2] + part[3]));
+  }
+  return sum.value();
 }
 
 // Sums weight * log(value) in groups that are taken at once.
@@ -99,12 +120,11 @@ bool hazardsAt(const Problem& problem, Ties ties, std::span<const double> coeffi
     if (hazards.shift[s] == 0.0) continue;
     for (std::size_t i = begin; i < begin + count; ++i) hazards.risk[i] -= hazards.shift[s];
   }
-  numerics::RunningSum observed;
-  for (std::size_t i = 0; i < n; ++i) {
-    if (a.event[i] != 0) observed.add(a.weight[i] * hazards.risk[i]);
-  }
+  const double observed = observedSum(a, hazards.risk);
   numerics::expArray(hazards.risk, hazards.risk);
-  for (std::size_t i = 0; i < n; ++i) hazards.risk[i] *= a.weight[i];
+  if (a.weighted) {
+    for (std::size_t i = 0; i < n; ++i) hazards.risk[i] *= a.weight[i];
+  }
 
   hazards.others.resize(a.times());
   hazards.failing.resize(a.times());
@@ -115,13 +135,16 @@ bool hazardsAt(const Problem& problem, Ties ties, std::span<const double> coeffi
   LogSum logs;
   for (std::size_t k = 0; k < a.times(); ++k) {
     const double whole = hazards.all(k);
+    const std::uint32_t d = a.events[k];
+    if (d == 1 || ties == Ties::kBreslow) {
+      hazards.increment[k] = hazards.own[k] = a.eventWeight[k] / whole;
+      logs.add(a.eventWeight[k], whole);
+      continue;
+    }
     const TieMoments m = tieMoments(problem, hazards, ties, k);
     hazards.increment[k] = m.u / whole;
     hazards.own[k] = m.uf / whole;
-    const std::uint32_t d = a.events[k];
-    if (d == 1 || ties == Ties::kBreslow) {
-      logs.add(a.eventWeight[k], whole);
-    } else if (ties == Ties::kEfron) {
+    if (ties == Ties::kEfron) {
       const double share = a.eventWeight[k] / static_cast<double>(d);
       for (std::uint32_t l = 0; l < d; ++l) {
         const double f = static_cast<double>(d - l) / static_cast<double>(d);
@@ -129,7 +152,7 @@ bool hazardsAt(const Problem& problem, Ties ties, std::span<const double> coeffi
       }
     }
   }
-  hazards.logLikelihood = observed.value() - logs.total();
+  hazards.logLikelihood = observed - logs.total();
   hazards.cumulative.resize(n);
   problem.sums.overTimes(hazards.increment, hazards.own, hazards.cumulative);
   return true;

@@ -45,6 +45,9 @@ struct Problem {
   std::size_t sourceRows = 0;  // the caller's, those of weight 0 included
   std::vector<std::string> names, termNames;
   std::vector<std::size_t> term;
+
+ private:
+  void centreColumn(std::size_t j, std::vector<double>& value);
 };
 
 // The events of one time as a sum of d terms, the l-th with the share f of the failing rows' risk

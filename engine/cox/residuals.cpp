@@ -145,7 +145,6 @@ ScoreSums scoreSums(const Problem& problem, Ties ties, std::span<const double> c
     weight.assign(problem.clusters, 1.0);
   }
   ScoreSums sums{std::vector<double>(p, 0.0), numerics::SquareMatrix(p)};
-  std::vector<double> work(p * BlockedColumns::kBlock);
   std::vector<double> squares(weight);
   for (double& w : squares) w *= w;
   for (std::size_t block = 0; block < rows.blocks() && p > 0; ++block) {
@@ -153,7 +152,7 @@ ScoreSums scoreSums(const Problem& problem, Ties ties, std::span<const double> c
     numerics::addWeightedSums(rows.column(block, 0), weight.data() + from, rows.rowsOf(block),
                               sums.total);
     numerics::addWeightedGram(rows.column(block, 0), squares.data() + from, rows.rowsOf(block), 1.0,
-                              work.data(), sums.products);
+                              sums.products);
   }
   numerics::mirror(sums.products);
   return sums;

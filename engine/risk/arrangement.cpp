@@ -38,35 +38,18 @@ Arrangement::Arrangement(const Response& response, const Rows& rows, double tieT
   source = byStratum(codes.exitOrder, rows, starts);
   const std::size_t n = source.size();
 
-  // Events before the others of their time and stratum.
-  std::vector<std::uint32_t> others;
-  for (std::size_t s = 0; s + 1 < starts.size(); ++s) {
-    for (std::size_t i = starts[s]; i < starts[s + 1];) {
-      std::size_t stop = i;
-      while (stop < starts[s + 1] && codes.exit[source[stop]] == codes.exit[source[i]]) ++stop;
-      others.clear();
-      std::size_t to = i;
-      for (std::size_t j = i; j < stop; ++j) {
-        if (response.event[source[j]] != 0) {
-          source[to++] = source[j];
-        } else {
-          others.push_back(source[j]);
-        }
-      }
-      std::copy(others.begin(), others.end(), source.begin() + static_cast<std::ptrdiff_t>(to));
-      i = stop;
-    }
-  }
+  exitCode.resize(n);
+  for (std::size_t i = 0; i < n; ++i) exitCode[i] = codes.exit[source[i]];
+  eventsFirst(response, starts);
 
   weight.resize(n, 1.0);
   event.resize(n);
   end.resize(n);
   rowStratum.resize(n);
-  exitCode.resize(n);
   for (std::size_t i = 0; i < n; ++i) {
     event[i] = response.event[source[i]] != 0 ? 1 : 0;
-    exitCode[i] = codes.exit[source[i]];
     if (!rows.weight.empty()) weight[i] = rows.weight[source[i]];
+    weighted = weighted || weight[i] != 1.0;
   }
   if (!rows.offset.empty()) {
     offset.resize(n);
@@ -119,6 +102,22 @@ Arrangement::Arrangement(const Response& response, const Rows& rows, double tieT
     }
   }
   if (!late) first.clear();
+}
+
+// Events before the others of their time and stratum, both in their order.
+void Arrangement::eventsFirst(const Response& response, const std::vector<std::uint32_t>& starts) {
+  for (std::size_t s = 0; s + 1 < starts.size(); ++s) {
+    for (std::size_t i = starts[s]; i < starts[s + 1];) {
+      std::size_t stop = i + 1;
+      while (stop < starts[s + 1] && exitCode[stop] == exitCode[i]) ++stop;
+      if (stop > i + 1) {
+        std::stable_partition(source.begin() + static_cast<std::ptrdiff_t>(i),
+                              source.begin() + static_cast<std::ptrdiff_t>(stop),
+                              [&](std::uint32_t row) { return response.event[row] != 0; });
+      }
+      i = stop;
+    }
+  }
 }
 
 }  // namespace survmeth::engine::risk

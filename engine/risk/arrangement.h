@@ -51,6 +51,7 @@ struct Arrangement {
   // Of each row in the new order.
   std::vector<std::uint32_t> source;  // the caller's row
   std::vector<double> weight;
+  bool weighted = false;             // whether a weight is not 1
   std::vector<double> offset;        // empty: none
   std::vector<std::uint32_t> first;  // first event time at which it is at risk; empty where
                                      // everybody is at risk from the stratum's first
@@ -79,6 +80,9 @@ struct Arrangement {
   std::uint32_t firstTime(std::size_t row) const {
     return first.empty() ? stratumTime[rowStratum[row]] : first[row];
   }
+
+ private:
+  void eventsFirst(const Response& response, const std::vector<std::uint32_t>& starts);
 };
 
 }  // namespace survmeth::engine::risk

@@ -10,6 +10,9 @@ namespace survmeth::engine::risk {
 
 // The row's last time at which it is at risk without failing is end - event - 1.
 Sums::Sums(const Arrangement& arrangement) : arrangement_(arrangement) {
+  for (std::size_t k = 0; k < arrangement.times(); ++k) {
+    if (arrangement.events[k] > 1) tied_.push_back(static_cast<std::uint32_t>(k));
+  }
   if (!arrangement.lateEntry()) return;
   std::vector<std::vector<std::uint32_t>> byBit(32);
   for (std::uint32_t i = 0; i < arrangement.rows(); ++i) {
@@ -30,27 +33,41 @@ Sums::Sums(const Arrangement& arrangement) : arrangement_(arrangement) {
 void Sums::overRiskSets(std::span<const double> value, std::span<double> others,
                         std::span<double> failing) const {
   const Arrangement& a = arrangement_;
-  for (std::size_t s = 0; s < a.strata(); ++s) {
+  std::size_t tie = tied_.size();
+  for (std::size_t s = a.strata(); s-- > 0;) {
+    if (a.stratumTime[s] == a.stratumTime[s + 1]) continue;
+    if (a.lateEntry()) {
+      sumStratum(s, value, others, failing);
+      continue;
+    }
     numerics::RunningSum sum;
-    double current = 0.0;
+    double before = 0.0;
     std::size_t row = a.stratumRow[s + 1];
-    for (std::size_t k = a.stratumTime[s + 1]; k-- > a.stratumTime[s];) {
-      const std::size_t stop = a.firstEvent[k] + a.events[k];
+    // An event that has its time for itself is the last row of that time to be met, so that what
+    // the rows before it leave there is overwritten and nothing has to be decided.
+    const auto addDownTo = [&](std::size_t stop) {
       while (row > stop) {
         --row;
-        if (!a.lateEntry() || a.first[row] == a.stratumTime[s]) current = sum.add(value[row]);
+        const std::size_t k = a.end[row] - std::size_t{1};
+        others[k] = before;
+        failing[k] = value[row];
+        before = sum.add(value[row]);
       }
-      others[k] = current;
+    };
+    for (; tie > 0 && tied_[tie - 1] >= a.stratumTime[s]; --tie) {
+      const std::size_t k = tied_[tie - 1];
+      addDownTo(a.firstEvent[k] + a.events[k]);
+      others[k] = before;
       double fail = 0.0;
       while (row > a.firstEvent[k]) {
-        --row;
-        fail += value[row];
-        // A row that fails is at risk at the times before.
-        if (!a.lateEntry() || a.first[row] == a.stratumTime[s]) current = sum.add(value[row]);
+        fail += value[--row];
+        before = sum.add(value[row]);
       }
       failing[k] = fail;
     }
+    addDownTo(a.firstEvent[a.stratumTime[s]]);
   }
+  if (!a.lateEntry()) return;
   for (const std::uint32_t i : once_) others[a.first[i]] += value[i];
   std::vector<double> starting;
   for (const Place& place : places_) {
@@ -69,6 +86,31 @@ void Sums::overRiskSets(std::span<const double> value, std::span<double> others,
         others[k] += (sum += starting[k]);
       }
     }
+  }
+}
+
+// One stratum, the rows that are at risk from its first time on, where others are not.
+void Sums::sumStratum(std::size_t s, std::span<const double> value, std::span<double> others,
+                      std::span<double> failing) const {
+  const Arrangement& a = arrangement_;
+  numerics::RunningSum sum;
+  double current = 0.0;
+  std::size_t row = a.stratumRow[s + 1];
+  for (std::size_t k = a.stratumTime[s + 1]; k-- > a.stratumTime[s];) {
+    const std::size_t stop = a.firstEvent[k] + a.events[k];
+    while (row > stop) {
+      --row;
+      if (a.first[row] == a.stratumTime[s]) current = sum.add(value[row]);
+    }
+    others[k] = current;
+    double fail = 0.0;
+    while (row > a.firstEvent[k]) {
+      --row;
+      fail += value[row];
+      // A row that fails is at risk at the times before.
+      if (a.first[row] == a.stratumTime[s]) current = sum.add(value[row]);
+    }
+    failing[k] = fail;
   }
 }
 
@@ -117,15 +159,30 @@ std::vector<double> Sums::largestInRiskSets(std::span<const double> value) const
 void Sums::overTimes(std::span<const double> at, std::span<const double> own,
                      std::span<double> sum) const {
   const Arrangement& a = arrangement_;
-  std::vector<double> before(a.times() + 1, 0.0);
+  if (a.times() == 0) {
+    std::fill(sum.begin(), sum.end(), 0.0);
+    return;
+  }
+  // Sums up to each time from the stratum's first on, with a 0 before it.
+  std::vector<double> before(a.times() + a.strata());
   for (std::size_t s = 0; s < a.strata(); ++s) {
+    double* upTo = before.data() + s;
     numerics::RunningSum running;
-    double current = 0.0;
-    std::size_t k = a.stratumTime[s];
+    upTo[a.stratumTime[s]] = 0.0;
+    for (std::size_t k = a.stratumTime[s]; k < a.stratumTime[s + 1]; ++k) {
+      upTo[k + 1] = running.add(at[k]);
+    }
     for (std::size_t i = a.stratumRow[s]; i < a.stratumRow[s + 1]; ++i) {
-      while (k + a.event[i] < a.end[i]) current = running.add(at[k++]);
-      const bool whole = !a.lateEntry() || a.first[i] == a.stratumTime[s];
-      sum[i] = (whole ? current : 0.0) + (a.event[i] != 0 ? own[a.end[i] - std::size_t{1}] : 0.0);
+      const std::size_t event = a.event[i];
+      const double whole = upTo[a.end[i] - event];
+      // A time that exists, whatever it is multiplied with.
+      const double mine = own[std::max<std::size_t>(a.end[i], 1) - 1];
+      sum[i] = whole + (event != 0 ? mine : 0.0);
+    }
+    if (!a.lateEntry()) continue;
+    for (std::size_t i = a.stratumRow[s]; i < a.stratumRow[s + 1]; ++i) {
+      if (a.first[i] == a.stratumTime[s]) continue;
+      sum[i] = a.event[i] != 0 ? own[a.end[i] - std::size_t{1}] : 0.0;
     }
   }
   for (const std::uint32_t i : once_) sum[i] += at[a.first[i]];

@@ -46,7 +46,11 @@ class Sums {
     unsigned bit;
     std::vector<std::uint32_t> rows;
   };
+  void sumStratum(std::size_t s, std::span<const double> value, std::span<double> others,
+                  std::span<double> failing) const;
+
   const Arrangement& arrangement_;
+  std::vector<std::uint32_t> tied_;  // times of more than one event, ascending
   std::vector<Place> places_;
   std::vector<std::uint32_t> once_;  // late rows at risk, without failing, at one time
 };

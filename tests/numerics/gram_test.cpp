@@ -27,11 +27,10 @@ TEST(WeightedGram, EqualsThePlainLoopForEveryShape) {
       std::vector<double> weight(x.blocks() * BlockedColumns::kBlock);
       for (std::size_t i = 0; i < n; ++i) weight[i] = digit(i, 3);
       SquareMatrix sum(p);
-      std::vector<double> work(p * BlockedColumns::kBlock, 1.0);
       std::vector<double> sums(p, 0.0);
       for (std::size_t block = 0; block < x.blocks(); ++block) {
         const double* w = weight.data() + block * BlockedColumns::kBlock;
-        addWeightedGram(x.column(block, 0), w, x.rowsOf(block), -1.0, work.data(), sum);
+        addWeightedGram(x.column(block, 0), w, x.rowsOf(block), -1.0, sum);
         addWeightedSums(x.column(block, 0), w, x.rowsOf(block), sums);
       }
       mirror(sum);

@@ -1,0 +1,89 @@
+// The means over risk sets whose outer products the information is short of.
+#ifndef ENGINE_COX_MEANS_H_
+#define ENGINE_COX_MEANS_H_
+
+#include <cstddef>
+#include <span>
+#include <vector>
+
+#include "engine/cox/problem.h"
+#include "numerics/gram.h"
+#include "numerics/squareMatrix.h"
+
+namespace survmeth::engine::cox {
+
+// One time's means as two outer products: u2 (a + m E)(a + m E)' + rest E E' with a the sum of the
+// others, E that of the failing rows, both over D0. Every term is positive.
+struct MeanTerms {
+  double mean, weight, failingWeight;
+};
+MeanTerms meanTerms(const TieMoments& moments);
+
+// The means where everybody is at risk from the beginning: sums of r x from each row to the end of
+// its stratum, block after block from the last one. Memory for two blocks.
+class BackwardMeans {
+ public:
+  // In   factor   none, or one number for each event time that multiplies its terms
+  BackwardMeans(const Problem& problem, const Hazards& hazards, Ties ties,
+                std::span<const double> factor);
+
+  // Takes the outer products of the block's event times from the lower triangle. Blocks have to
+  // come in descending order, each once.
+  void subtract(std::size_t block, numerics::SquareMatrix& information);
+
+ private:
+  static constexpr std::size_t kBlock = numerics::BlockedColumns::kBlock;
+  static constexpr std::size_t kGroup = 8;  // columns that are summed up side by side
+
+  struct Segment {
+    std::size_t begin, stop;  // rows of one stratum within the block
+    bool last;                // the stratum ends here
+  };
+  // What happens at one row: `hold` keeps the sum over the rows at risk that do not fail.
+  enum class Kind { kHoldNothing, kHold, kSingle, kTied };
+  struct Action {
+    Kind kind;
+    std::size_t row;
+    double scale, mean;
+  };
+
+  void findSegments(std::size_t block);
+  void findActions(std::size_t block);
+  void addTerms(std::size_t k, bool tied, std::size_t row);
+  void spreadSingles(std::size_t rows);
+  void sumColumns(std::size_t block, std::size_t j, std::size_t columns);
+  void formMeans(const double* sums, std::size_t j);
+  double sumAt(const double* sums, std::size_t j, std::size_t row) const {
+    return row >= continued_ ? sums[row] + top_[j] : sums[row];
+  }
+
+  const Problem& problem_;
+  const Hazards& hazards_;
+  Ties ties_;
+  std::span<const double> factor_;
+  std::vector<double> sums_, means_;
+  // Of each column: the sum over the rows behind the block, what its rounding took, the same of
+  // the block just summed up; the held sum; the one mean more than a block has rows.
+  std::vector<double> base_, lost_, top_, others_, extra_;
+  std::size_t time_, stratum_;
+  bool held_ = false;
+  std::vector<Segment> segments_;
+  std::size_t continued_ = 0;  // rows from here on belong to a stratum that ends behind the block
+  std::vector<Action> actions_;
+  // A tied time gives two means and has two rows in the block, but for the block's last time: its
+  // other rows may stand in the next block.
+  double weight_[kBlock + 1] = {};
+  std::size_t count_ = 0;
+  // Where most rows are events of their own: the scale of every row, 0 for the others.
+  bool dense_ = false, onlySingles_ = false;
+  double scale_[kBlock] = {};
+};
+
+// The same where rows enter late: column after column over all event times. Memory for p numbers
+// an event time, and p more for a tied one.
+void subtractMeans(const Problem& problem, const Hazards& hazards, Ties ties,
+                   std::span<const double> factor, numerics::SquareMatrix& information);
+
+}  // namespace survmeth::engine::cox
+
+#endif  // ENGINE_COX_MEANS_H_
