@@ -37,6 +37,19 @@ cox <- list(
     fit <- coxph(Surv(time, status) ~ X, data, ties = "breslow")
     c(beta = fit$coefficients[[1]], minusTwoLogLik = -2 * fit$loglik[2])
   })
+# The engine's fits: with or without what coxph does besides.
+hazards <- function(before, run) list(
+  prepare = function() {
+    survival_package()
+    X <- columns[, -seq_len(before), drop = FALSE]
+    list(time = columns[, 1], status = columns[, 2], third = columns[, 3], X = X)
+  },
+  run = function(data) {
+    fit <- run(data)
+    c(beta = fit$coefficients[[1]], logLik = fit$loglik[2])
+  })
+bare <- function(data) coxph.fit(data$X, Surv(data$time, data$status), NULL, NULL, NULL,
+                                 coxph.control(), NULL, "efron", NULL)
 weibull_data <- function() {
   survival_package()
   list(y = Surv(columns[, 1], columns[, 2]), X = columns[, -(1:2)])
@@ -57,6 +70,18 @@ gray <- list(
 jobs <- list(
   life_days = life, life_distinct = life,
   cox_distinct = cox, cox_three = cox, cox_weeks = cox,
+  hazards_fit = hazards(2, bare), hazards_hundred = hazards(2, bare),
+  hazards_all = hazards(2, function(data) coxph(Surv(time, status) ~ X, data)),
+  hazards_robust = hazards(2, function(data) {
+    coxph(Surv(time, status) ~ X, data, cluster = seq_along(data$time))
+  }),
+  hazards_entry = hazards(3, function(data) {
+    agreg.fit(data$X, Surv(data$third, data$time, data$status), NULL, NULL, NULL,
+              coxph.control(), NULL, "efron", NULL)
+  }),
+  hazards_pairs = hazards(3, function(data) {
+    coxph(Surv(time, status) ~ X + strata(third), data)
+  }),
   param_fit = list(
     prepare = weibull_data,
     run = function(data) {

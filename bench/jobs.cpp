@@ -31,6 +31,7 @@
 #include "bench/columns.h"
 #include "bench/cox_job.h"
 #include "bench/cuminc_job.h"
+#include "bench/hazards_job.h"
 #include "bench/judge_job.h"
 #include "bench/life_job.h"
 #include "bench/methcomp_job.h"
@@ -114,6 +115,34 @@ Columns coxColumns(int rows, int covariates, bool weeks) {
     columns.emplace_back(first, first + rows);
   }
   return columns;
+}
+
+enum class HazardsPart { kFit, kRobust, kAll };
+using bench::HazardsShape;
+
+template <HazardsPart kPart, HazardsShape kShape>
+struct Hazards : Analysis {
+  explicit Hazards(const Columns& raw) : model(raw, kShape) {}
+  void run() override {
+    if (kPart == HazardsPart::kAll) {
+      model.analyse();
+    } else {
+      model.fit(kPart == HazardsPart::kRobust);
+    }
+  }
+  Results results() const override {
+    return {{"beta", model.result.coefficients[0]}, {"logLik", model.result.logLikelihood}};
+  }
+  bench::HazardsModel model;
+};
+
+// A job of proportional hazards with so many covariates.
+template <HazardsPart kPart, HazardsShape kShape = HazardsShape::kRight>
+Job hazards(const std::string& name, int covariates) {
+  const int before = kShape == HazardsShape::kRight ? 2 : 3;
+  return job<Hazards<kPart, kShape>>(
+      name, static_cast<std::size_t>(before + covariates),
+      [covariates](int n) { return bench::hazardsColumns(n, covariates, kShape); });
 }
 
 struct ParamFit : Analysis {
@@ -324,6 +353,12 @@ const std::vector<Job>& jobs() {
                [](int n) { return coxColumns(n, kFewCovariates, false); }),
       job<Cox>("cox_weeks", 2 + kCovariates,
                [](int n) { return coxColumns(n, kCovariates, true); }),
+      hazards<HazardsPart::kFit>("hazards_fit", kCovariates),
+      hazards<HazardsPart::kFit>("hazards_hundred", 100),
+      hazards<HazardsPart::kAll>("hazards_all", kCovariates),
+      hazards<HazardsPart::kRobust>("hazards_robust", kCovariates),
+      hazards<HazardsPart::kFit, HazardsShape::kEntry>("hazards_entry", kFewCovariates),
+      hazards<HazardsPart::kFit, HazardsShape::kPairs>("hazards_pairs", kFewCovariates),
       job<ParamFit>("param_fit", 2 + kCovariates, paramColumns),
       job<ParamEvaluation>("param_iteration", 2 + kCovariates, paramColumns),
       job<CumInc>("incidence", 2, [](int n) { return riskColumns(n, 1); }),
