@@ -96,7 +96,6 @@ void check(const DemingRequest& request) {
   requireFinite(request.first, "first");
   requireFinite(request.second, "second");
   requireSpread(request.first, "first");
-  requireSpread(request.second, "second");
 }
 
 bool onTheLine(const Line& line) {
@@ -154,7 +153,7 @@ DemingResult demingFit(const DemingRequest& request) {
 
   DemingResult result;
   result.pairs = n;
-  result.correlation = line.xy / std::sqrt(line.xx * line.yy);
+  if (line.yy > 0) result.correlation = line.xy / std::sqrt(line.xx * line.yy);
   result.slope = {std::ldexp(line.slope, yUnit - xUnit), kNone, kNone};
   result.intercept = {std::ldexp(line.intercept, yUnit), kNone, kNone};
   require(std::isfinite(result.slope.value) && std::isfinite(result.intercept.value) &&

@@ -21,7 +21,7 @@ struct DemingRequest {
 
 struct DemingResult {
   std::size_t pairs = 0;
-  double correlation = 0;  // Pearson's
+  double correlation = kNone;  // Pearson's; NaN where second is constant
   // second = intercept + slope first. Limits by the jackknife with Student's t and pairs - 2
   // degrees of freedom.
   BoundedValue intercept, slope;
@@ -36,12 +36,13 @@ struct DemingResult {
 };
 
 // In any unit and at any ratio: nothing overflows, vanishes or cancels. Methods without covariance
-// have slope 0 where first spreads wider against its error than second, and a vertical line where
-// second does; that, and an equal spread in every direction, is refused.
+// have slope 0 where first spreads wider against its error than second, as it does where second is
+// constant, and a vertical line where second does; that, and an equal spread in every direction, is
+// refused.
 //
 // Throws InvalidRequest for columns of different length, fewer than three pairs, more than
-// kMostRows, a value that is not finite, a column without spread, a ratio or alpha out of its
-// range, a line that is vertical or not determined, coefficients outside the range of doubles.
+// kMostRows, a value that is not finite, a first column without spread, a ratio or alpha out
+// of its range, a line that is vertical or not determined, coefficients outside the range of doubles.
 // Cost O(n^2).
 // Source Deming, Statistical Adjustment of Data (1943); Linnet, Clin Chem 39 (1993) 424-432
 DemingResult demingFit(const DemingRequest& request);

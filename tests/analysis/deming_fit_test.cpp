@@ -166,9 +166,29 @@ TEST(DemingFit, OnlyPairsOnALineAreSaidToLieOnIt) {
   EXPECT_EQ(survmeth::demingFit({.first = kWright, .second = y}).reason, "");
 }
 
+TEST(DemingFit, AConstantSecondMethodHasAFlatLineAndNoCorrelation) {
+  // Its distances from the line y = 2 are all 0, from any other they are not; so without any pair.
+  const std::vector<double> x = {1, 2, 3, 5}, same = {2, 2, 2, 2};
+  for (const double ratio : {1e-300, 1.0, 1e300}) {
+    const auto fit = survmeth::demingFit({.first = x, .second = same, .ratio = ratio});
+    EXPECT_EQ(fit.slope.value, 0);
+    EXPECT_EQ(fit.intercept.value, 2);
+    EXPECT_TRUE(std::isnan(fit.correlation));
+    EXPECT_EQ(fit.reason, "every pair lies on the line");
+    EXPECT_TRUE(std::isnan(fit.slope.lower) && std::isnan(fit.interceptSe));
+    EXPECT_EQ(fit.fitted, same);
+    EXPECT_EQ(fit.residuals, std::vector<double>(4, 0));
+  }
+  // Without the last pair both methods are constant.
+  const std::vector<double> once = {1, 1, 1, 5};
+  const auto fit = survmeth::demingFit({.first = once, .second = same});
+  EXPECT_EQ(fit.reason, "the pairs left without one of them determine no line");
+  EXPECT_EQ(fit.without, 3u);
+}
+
 TEST(DemingFit, RefusesWhatHasNoLine) {
   const std::vector<double> x = {1, 2, 3, 4}, same = {2, 2, 2, 2}, cross = {1, -1, -1, 1};
-  EXPECT_EQ(refusal(x, same), "all values are the same");
+  EXPECT_EQ(refusal(same, x), "all values are the same");
   EXPECT_EQ(refusal(x, x, 0), "the ratio of error variances must be above 0");
   EXPECT_EQ(refusal(cross, x), "the two methods do not vary together, and the line is vertical");
   const std::vector<double> square = {1, 1, -1, -1}, turned = {1, -1, 1, -1};
