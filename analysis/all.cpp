@@ -1,6 +1,8 @@
 // Every analysis, a line each, in the order of survmeth --help.
+#include "analysis/agree.h"
 #include "analysis/cox.h"
 #include "analysis/declare.h"
+#include "analysis/deming.h"
 #include "analysis/gray.h"
 #include "analysis/roc.h"
 
@@ -8,9 +10,8 @@ namespace survmeth::analysis {
 
 const std::vector<Declaration>& declarations() {
   static const std::vector<Declaration> kDeclarations = {
-      coxDeclaration(),
-      grayDeclaration(),
-      rocDeclaration(),
+      coxDeclaration(),   grayDeclaration(),   rocDeclaration(),
+      agreeDeclaration(), demingDeclaration(),
   };
   return kDeclarations;
 }

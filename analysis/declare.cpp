@@ -58,7 +58,8 @@ report::Note leftOut(const frame::Frame& data, const std::vector<frame::Wanted>&
 }
 
 void requireRows(const Declaration& declaration, const frame::Frame& data, const void* request) {
-  if (data.rows >= declaration.leastRows) return;
+  const std::size_t least = declaration.leastRows(request);
+  if (data.rows >= least) return;
   std::string what;
   if (data.rowsRead == 0) {
     what = std::string("there are no rows of data") + (data.fromFile ? " below the header" : "");
@@ -71,9 +72,9 @@ void requireRows(const Declaration& declaration, const frame::Frame& data, const
                         : "only " + text::counted(data.rows, "row is", "rows are") + " complete") +
         " (" + leftOut(data, wantedColumns(declaration, request)).text + ")";
   }
-  throw engine::Refusal(
-      engine::Role::kRequest, engine::Refusal::kNone, what, engine::Refusal::kNone,
-      "at least " + text::counted(declaration.leastRows, "complete row", "complete rows"));
+  throw engine::Refusal(engine::Role::kRequest, engine::Refusal::kNone, what,
+                        engine::Refusal::kNone,
+                        "at least " + text::counted(least, "complete row", "complete rows"));
 }
 
 // Faces rely on the declared ids before there is a report.

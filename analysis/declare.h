@@ -44,10 +44,11 @@ struct Declaration {
   std::vector<std::string> examples;
   std::vector<Option> options;
   std::vector<std::string> tables, figures;  // ids of those that it may give
-  std::size_t leastRows = 1;
 
   // A new request with its defaults.
   std::function<std::shared_ptr<void>()> request;
+  // Fewer complete rows are refused.
+  std::function<std::size_t(const void* request)> leastRows = [](const void*) { return 1; };
   // Refuses options that do not go together; throws BadOption.
   std::function<void(const void* request)> check;
   // Changes what is asked of the columns, or asks for more (those of a formula).
@@ -212,7 +213,12 @@ class Declaring {
     return *this;
   }
   Declaring& leastRows(std::size_t rows) {
-    made_.leastRows = rows;
+    return leastRows([rows](const Request&) { return rows; });
+  }
+  Declaring& leastRows(std::function<std::size_t(const Request&)> rows) {
+    made_.leastRows = [rows = std::move(rows)](const void* request) {
+      return rows(*static_cast<const Request*>(request));
+    };
     return *this;
   }
   Declaring& check(std::function<void(const Request&)> check) {

@@ -2,8 +2,6 @@
 #include "cli/commands.h"
 
 #include "analysis/declare.h"
-#include "cli/agree.h"
-#include "cli/deming.h"
 #include "cli/face.h"
 #include "cli/life.h"
 
@@ -25,8 +23,8 @@ const std::vector<Command>& commands() {
       declared("cox"),
       declared("gray"),
       declared("roc"),
-      {"agree", "Agreement of two methods (Bland-Altman), repeatability of one", declareAgree},
-      {"deming", "Deming regression of one method on another", declareDeming},
+      declared("agree"),
+      declared("deming"),
   };
   return kCommands;
 }

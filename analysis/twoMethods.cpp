@@ -1,0 +1,60 @@
+// The pairs of two methods.
+#include "analysis/twoMethods.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "analysis/refusal.h"
+#include "report/build.h"
+#include "report/keys.h"
+#include "report/numbers.h"
+#include "text/words.h"
+
+namespace survmeth::analysis {
+
+namespace key = report::key;
+using engine::Role;
+using report::Kind;
+
+Pairs pairsOf(const frame::Frame& data, const std::string& first, const std::string& second) {
+  const std::span<const double> x = data.numbers(first)->numbers, y = data.numbers(second)->numbers;
+  Pairs pairs{{x.begin(), x.end()}, {y.begin(), y.end()}, {}};
+  pairs.line.reserve(data.rows);
+  for (std::size_t i = 0; i < data.rows; ++i) {
+    pairs.line.push_back(static_cast<double>(data.lines.line(i)));
+  }
+  return pairs;
+}
+
+engine::Refusal pairRefusal(const InvalidRequest& refused, const char* expected) {
+  return refusalOf(refused, refused.member() == "second" ? Role::kSecond : Role::kFirst, expected);
+}
+
+report::Table pairTable(const char* id, const char* caption, const Pairs& pairs,
+                        const std::string& first, const std::string& second,
+                        std::vector<report::Column> more) {
+  report::Table table =
+      report::tableOf(id, caption,
+                      {report::numberColumn(key::kLine, "line", Kind::kCount, pairs.line),
+                       report::numberColumn(key::kFirst, first, Kind::kTime, pairs.first),
+                       report::numberColumn(key::kSecond, second, Kind::kTime, pairs.second)});
+  for (report::Column& column : more) table.columns.push_back(std::move(column));
+  table.display = report::Display::kFilesOnly;
+  return table;
+}
+
+bool isConstant(std::span<const double> values) {
+  return std::all_of(values.begin(), values.end(),
+                     [&values](double value) { return value == values.front(); });
+}
+
+report::Note constantNote(const std::string& column, double value, const char* consequence) {
+  return {
+      "constant",
+      "every value of " + text::quote(column) + " is " + report::brief(value) + ": " + consequence,
+      {column}};
+}
+
+std::string confidence(double alpha) { return report::brief(100 * (1 - alpha), 4) + "%"; }
+
+}  // namespace survmeth::analysis

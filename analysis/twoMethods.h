@@ -1,0 +1,43 @@
+// What the analyses of two measurement methods share: the pairs and their table.
+#ifndef ANALYSIS_TWO_METHODS_H_
+#define ANALYSIS_TWO_METHODS_H_
+
+#include <span>
+#include <string>
+#include <vector>
+
+#include "analysis/invalidRequest.h"
+#include "engine/input.h"
+#include "frame/frame.h"
+#include "report/report.h"
+
+namespace survmeth::analysis {
+
+// Each pair with the line it stood in.
+struct Pairs {
+  std::vector<double> first, second, line;
+};
+
+// Of two columns of numbers. Cost O(rows).
+Pairs pairsOf(const frame::Frame& data, const std::string& first, const std::string& second);
+
+// The refusal of a request for two methods, of the method it is about.
+engine::Refusal pairRefusal(const InvalidRequest& refused, const char* expected);
+
+// A table of one row for each pair: line, first and second, then what is added. For files.
+report::Table pairTable(const char* id, const char* caption, const Pairs& pairs,
+                        const std::string& first, const std::string& second,
+                        std::vector<report::Column> more);
+
+// Whether every value is the same; so of none.
+bool isConstant(std::span<const double> values);
+
+// `every value of "assigned" is 2: ` and what follows from it.
+report::Note constantNote(const std::string& column, double value, const char* consequence);
+
+// "95%" of alpha 0.05.
+std::string confidence(double alpha);
+
+}  // namespace survmeth::analysis
+
+#endif  // ANALYSIS_TWO_METHODS_H_
