@@ -137,6 +137,7 @@ void axis(JsonWriter& json, const char* name, const Axis& axis) {
   if (axis.most) json.member("most", *axis.most);
   member(json, "ticks", axis.ticks);
   member(json, "categories", axis.categories);
+  member(json, "categoryGroups", axis.categoryGroups);
   if (axis.percent) json.member("percent", true);
   json.endObject();
 }
@@ -153,7 +154,9 @@ void series(JsonWriter& json, const Series& series) {
   member(json, "right", series.right);
   member(json, "labels", series.labels);
   member(json, "ticks", series.ticks);
+  if (!series.labelsHeading.empty()) json.member("labelsHeading", series.labelsHeading);
   if (series.stepped) json.member("stepped", true);
+  if (series.guide) json.member("guide", true);
   json.endObject();
 }
 

@@ -88,6 +88,8 @@ struct Note {
 // ---------------------------------------------------------------------------------------------
 // Figures: series and meaning, no drawing commands.
 
+// kCloglog: log(-log(1 - p)) of a probability. kProbit: its normal quantile. kCategory: 0, 1, 2
+// ..., from the left on x and from the top on y.
 enum class Scale { kLinear, kLog, kCloglog, kProbit, kCategory };
 
 struct Axis {
@@ -97,6 +99,9 @@ struct Axis {
   std::vector<double> ticks;            // wanted ticks; else chosen by the renderer
   std::vector<std::string> categories;  // kCategory: label of 0, 1, 2 ...
   bool percent = false;                 // probabilities may be shown as percent
+  // kCategory: the group of each category ("treatment" of "placebo"), which heads a run of them;
+  // empty: none.
+  std::vector<std::string> categoryGroups = {};
 };
 
 enum class SeriesKind {
@@ -118,6 +123,8 @@ struct Series {
   std::vector<std::string> labels;  // beside points: "0.74 (0.61 to 0.90)"; may be empty
   std::vector<double> ticks;        // x where a censoring tick stands on a step curve
   bool stepped = false;             // of bands
+  bool guide = false;               // to compare with (identity, chance): thin, widens no axis
+  std::string labelsHeading = {};   // over labels that form a column, as beside categories on y
 };
 
 // A line across the panel: horizontal at y or vertical at x.
@@ -135,7 +142,8 @@ struct Panel {
   bool equalUnits = false;  // one unit as long on x as on y (ROC curves, method comparison)
 };
 
-// Numbers under the x axis, aligned with it: rows (groups) by breaks.
+// Numbers under the x axis, aligned with it: rows (groups) by breaks. A row without counts heads
+// those below it: "Cumulative events".
 struct RiskTable {
   std::string title;  // "At risk"
   std::vector<double> breaks;

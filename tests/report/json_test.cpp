@@ -191,6 +191,19 @@ TEST(Json, FiguresComeOnRequest) {
   }])json"));
 }
 
+TEST(Json, GroupsOfCategoriesGuidesAndHeadingsOfLabelsAreMembersWhereTheyAreSet) {
+  Report report = test::sample();
+  Panel& panel = report.figures[0].panels[0];
+  panel.y.categoryGroups = {"sex", "sex"};
+  panel.series[0].guide = true;
+  panel.series[0].labelsHeading = "Hazard ratio";
+  const json figure = json::parse(toJson(report, {.figures = true}))["figures"][0]["panels"][0];
+  EXPECT_EQ(figure["y"]["categoryGroups"], (json{"sex", "sex"}));
+  EXPECT_EQ(figure["x"].count("categoryGroups"), 0u);
+  EXPECT_EQ(figure["series"][0]["guide"], true);
+  EXPECT_EQ(figure["series"][0]["labelsHeading"], "Hazard ratio");
+}
+
 TEST(Json, TheSameReportGivesTheSameBytes) {
   EXPECT_EQ(toJson(test::hostile(), {}), toJson(test::hostile(), {}));
 }
