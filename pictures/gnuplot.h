@@ -1,0 +1,24 @@
+// gnuplot as a process: the script goes to its standard input and the picture comes back on its
+// standard output, so that no file name and no label ever passes through a shell.
+#ifndef PICTURES_GNUPLOT_H_
+#define PICTURES_GNUPLOT_H_
+
+#include <string>
+#include <string_view>
+
+#include "pictures/pictures.h"
+
+namespace survmeth::pictures {
+
+// Text as a string of gnuplot's that it interprets nothing of.
+std::string gnuplotText(std::string_view text);
+
+// "set terminal ..." for a picture of this size in points; a unit is as long in every format.
+std::string terminalLine(Format format, double width, double height);
+
+// Runs gnuplot on a script; what it wrote. Throws a Failure.
+std::string runGnuplot(const std::string& script);
+
+}  // namespace survmeth::pictures
+
+#endif  // PICTURES_GNUPLOT_H_
