@@ -79,9 +79,6 @@ std::string embeddable(const std::string& svg, const std::string& id, const std:
     result += tag;
     at = close + 1;
   }
-  result = replaced(result, "<svg ", ">", [](const std::string& attributes) {
-    return "<svg role=\"img\" " + attributes + ">";
-  });
   result = replaced(result, "<desc>", "</desc>\n", [](const std::string&) { return ""; });
   std::size_t plot = 0;
   return replaced(result, "<title>", "</title>", [&](const std::string&) {

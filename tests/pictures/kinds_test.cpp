@@ -6,6 +6,7 @@
 #include <set>
 
 #include "pictures/pictures.h"
+#include "report/svg.h"
 #include "tests/pictures/page.h"
 #include "tests/pictures/samples.h"
 
@@ -91,6 +92,14 @@ TEST(Pictures, IdsOfTwoFiguresInOnePageDiffer) {
     EXPECT_EQ(two.count(id), 0u) << id;
     EXPECT_EQ(id.substr(0, 4), "one-");
   }
+}
+
+TEST(Pictures, ADocumentTakesThemIn) {
+  const std::string svg = draw(compose(test::forest(), Style{}, Format::kSvg));
+  const Page page(report::embedded(svg, "report-", "Hazard ratios"));
+  EXPECT_EQ(page.root->attributes.at("aria-label"), "Hazard ratios");
+  EXPECT_EQ(page.markers("points").size(), 5u);
+  EXPECT_EQ(test::misplaced(page), std::vector<std::string>{});
 }
 
 TEST(SurvivalPicture, EveryGroupHasItsCurveItsTicksAndItsRow) {
