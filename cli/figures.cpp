@@ -29,6 +29,15 @@ Problem problemOf(const pictures::Refusal& refusal) {
   return Problem("--" + refusal.option + ": " + refusal.what());
 }
 
+analysis::Option optionOf(const char* name, Type type, const char* valueName, const char* help) {
+  analysis::Option option;
+  option.name = name;
+  option.type = type;
+  option.valueName = valueName;
+  option.help = help;
+  return option;
+}
+
 }  // namespace
 
 void addShared(CLI::App& app, const analysis::Option& option,
@@ -50,16 +59,15 @@ void addShared(CLI::App& app, const analysis::Option& option,
 
 void addLooks(CLI::App& app, Looks& looks) {
   pictures::Style& style = looks.style;
-  addShared(app,
-            {.name = "plot",
-             .valueName = "FILE",
-             .help = "Draw the figure (.svg, .png or .pdf; needs gnuplot)"},
-            [&looks](const Setting& file) {
-              looks.plot = std::get<std::string>(file);
-              pictures::formatOf(looks.plot);
-            });
+  addShared(
+      app,
+      optionOf("plot", Type::kText, "FILE", "Draw the figure (.svg, .png or .pdf; needs gnuplot)"),
+      [&looks](const Setting& file) {
+        looks.plot = std::get<std::string>(file);
+        pictures::formatOf(looks.plot);
+      });
   const auto text = [&app](const char* name, const char* help, std::optional<std::string>& member) {
-    addShared(app, {.name = name, .valueName = "TEXT", .help = help},
+    addShared(app, optionOf(name, Type::kText, "TEXT", help),
               [&member](const Setting& value) { member = std::get<std::string>(value); });
   };
   text("title", "Title of the figure", style.title);
@@ -67,41 +75,35 @@ void addLooks(CLI::App& app, Looks& looks) {
   text("ylabel", "Label of its y axis", style.yLabel);
   const auto limits = [&app](const char* name, const char* help,
                              std::optional<std::pair<double, double>>& member) {
-    addShared(app, {.name = name, .type = Type::kNumbers, .valueName = "A,B", .help = help},
+    addShared(app, optionOf(name, Type::kNumbers, "A,B", help),
               [name, &member](const Setting& value) { member = pairOf(name, value); });
   };
   limits("xlim", "Limits of its x axis", style.xLimits);
   limits("ylim", "Limits of its y axis", style.yLimits);
-  addShared(
-      app,
-      {.name = "breaks",
-       .type = Type::kNumbers,
-       .valueName = "A,B,C",
-       .help = "Ticks of its x axis, also of the numbers at risk",
-       .range = {.ascending = true, .expected = "ascending numbers separated by commas"}},
-      [&style](const Setting& value) { style.breaks = std::get<std::vector<double>>(value); });
-  addShared(app,
-            {.name = "size",
-             .type = Type::kNumbers,
-             .valueName = "W,H",
-             .help = "Width and height of the figure in points",
-             .range = {.least = 1,
-                       .most = 10000,
-                       .whole = true,
-                       .expected = "two whole numbers from 1 to 10000"}},
-            [&style](const Setting& value) {
-              const auto [width, height] = pairOf("size", value);
-              style.size = {static_cast<int>(width), static_cast<int>(height)};
-            });
-  addShared(app,
-            {.name = "scale",
-             .type = Type::kChoice,
-             .valueName = "KIND",
-             .help = "Probabilities of the figure: probability or percent (default probability)",
-             .choices = {"probability", "percent"}},
-            [&style](const Setting& value) {
-              style.percent = std::get<std::string>(value) == "percent";
-            });
+  analysis::Option breaks =
+      optionOf("breaks", Type::kNumbers, "A,B,C", "Ticks of its x axis, also of the risk table");
+  breaks.range.ascending = true;
+  breaks.range.expected = "ascending numbers separated by commas";
+  addShared(app, breaks, [&style](const Setting& value) {
+    style.breaks = std::get<std::vector<double>>(value);
+  });
+  analysis::Option size =
+      optionOf("size", Type::kNumbers, "W,H", "Width and height of the figure in points");
+  size.range.least = 1;
+  size.range.most = 10000;
+  size.range.whole = true;
+  size.range.expected = "two whole numbers from 1 to 10000";
+  addShared(app, size, [&style](const Setting& value) {
+    const auto [width, height] = pairOf("size", value);
+    style.size = {static_cast<int>(width), static_cast<int>(height)};
+  });
+  analysis::Option scale =
+      optionOf("scale", Type::kChoice, "KIND",
+               "Probabilities of the figure: probability or percent (default probability)");
+  scale.choices = {"probability", "percent"};
+  addShared(app, scale, [&style](const Setting& value) {
+    style.percent = std::get<std::string>(value) == "percent";
+  });
   app.add_flag("--grey", style.grey, "Draw in grey");
 }
 
