@@ -4,14 +4,15 @@
 #include "analysis/declare.h"
 #include "analysis/deming.h"
 #include "analysis/gray.h"
+#include "analysis/life.h"
 #include "analysis/roc.h"
 
 namespace survmeth::analysis {
 
 const std::vector<Declaration>& declarations() {
   static const std::vector<Declaration> kDeclarations = {
-      coxDeclaration(),   grayDeclaration(),   rocDeclaration(),
-      agreeDeclaration(), demingDeclaration(),
+      lifeDeclaration(), coxDeclaration(),   grayDeclaration(),
+      rocDeclaration(),  agreeDeclaration(), demingDeclaration(),
   };
   return kDeclarations;
 }

@@ -9,8 +9,12 @@
 #include <vector>
 
 #include "report/report.h"
+#include "text/numbers.h"
 
 namespace survmeth::report {
+
+// The level of limits: "95%" for alpha 0.05, "99.9%" for 0.001.
+inline std::string confidence(double alpha) { return text::brief(100 * (1 - alpha), 4) + "%"; }
 
 inline Column labelColumn(std::string key, std::string heading, std::vector<std::string> values) {
   return {std::move(key), std::move(heading), Kind::kLabel, std::move(values)};

@@ -373,7 +373,7 @@ class Files(unittest.TestCase):
         )
         self.assertEqual(self.text("curves.svg"), "old")
         self.assertEqual(
-            self.names(), ["bin", "curves.svg", "kaplan-meier.csv", "summary.csv", "trial.csv"]
+            self.names(), ["bin", "curves.svg", "kaplanMeier.csv", "summary.csv", "trial.csv"]
         )
 
     # Standard output that cannot be written.
