@@ -8,6 +8,7 @@
 
 #include "analysis/checks.h"
 #include "analysis/invalidRequest.h"
+#include "numerics/order.h"
 
 namespace survmeth {
 namespace {
@@ -69,28 +70,23 @@ double Tally::weightOf(std::size_t row) const {
 }
 
 std::vector<TimeCounts> Tally::counts(std::size_t group) const {
-  std::vector<TimeCounts> rows;
-  rows.reserve(this->rows(group));
+  std::vector<std::uint32_t> kept;
+  std::vector<double> times;
+  kept.reserve(rows(group));
+  times.reserve(rows(group));
   for (std::size_t k = starts_[group]; k < starts_[group + 1]; ++k) {
-    const std::size_t i = rows_[k];
-    const double weight = weightOf(i);
-    if (weight == 0) continue;
-    const bool event = data_.event[i] != 0;
-    rows.push_back({data_.time[i] + 0.0, event ? weight : 0, event ? 0 : weight});
+    if (weightOf(rows_[k]) == 0) continue;
+    kept.push_back(rows_[k]);
+    times.push_back(data_.time[rows_[k]] + 0.0);
   }
-  std::sort(rows.begin(), rows.end(),
-            [](const TimeCounts& a, const TimeCounts& b) { return a.time < b.time; });
-  std::size_t last = 0;
-  for (std::size_t i = 1; i < rows.size(); ++i) {
-    if (rows[i].time == rows[last].time) {
-      rows[last].events += rows[i].events;
-      rows[last].censored += rows[i].censored;
-    } else {
-      rows[++last] = rows[i];
-    }
+  std::vector<TimeCounts> counts;
+  counts.reserve(kept.size());
+  for (const std::uint32_t at : numerics::ascendingOrder(times)) {
+    if (counts.empty() || counts.back().time != times[at]) counts.push_back({times[at], 0, 0});
+    TimeCounts& here = counts.back();
+    (data_.event[kept[at]] != 0 ? here.events : here.censored) += weightOf(kept[at]);
   }
-  rows.resize(std::min(rows.size(), last + 1));
-  return rows;
+  return counts;
 }
 
 }  // namespace survmeth

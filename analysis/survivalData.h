@@ -40,7 +40,7 @@ class Tally {
   std::size_t groups() const { return starts_.size() - 1; }
   std::size_t rows(std::size_t group) const { return starts_[group + 1] - starts_[group]; }
 
-  // Ascending distinct times, those of rows with weight 0 left out. Cost O(rows log rows).
+  // Ascending distinct times, those of rows with weight 0 left out. Cost O(rows).
   std::vector<TimeCounts> counts(std::size_t group) const;
 
  private:
