@@ -12,7 +12,6 @@
 #include <vector>
 
 #include "cli/figures.h"
-#include "cli/shell/numbers.h"
 #include "cli/shell/problem.h"
 #include "cli/shell/progress.h"
 #include "cli/version.h"

@@ -9,7 +9,9 @@
 #include <sstream>
 #include <string>
 
-#include "cli/commands.h"
+#include "analysis/declare.h"
+#include "cli/face.h"
+#include "cli/help.h"
 #include "cli/shell/arguments.h"
 #include "cli/shell/leftovers.h"
 #include "cli/shell/problem.h"
@@ -43,7 +45,7 @@ std::string usageMessage(const CLI::App& app, const CLI::ParseError& error) {
   }
   if (commands.empty()) {
     std::vector<std::string> names;
-    for (const cli::Command& command : cli::commands()) names.emplace_back(command.name);
+    for (const CLI::App* command : app.get_subcommands({})) names.push_back(command->get_name());
     const std::string wanted = extra.empty() ? "" : extra.front();
     return (extra.empty() ? "there is no command" : "there is no command " + cli::quote(wanted)) +
            "; expected one of " + cli::nearestFirst(wanted, names);
@@ -53,27 +55,6 @@ std::string usageMessage(const CLI::App& app, const CLI::ParseError& error) {
   }
   const std::string repeated = cli::repeatedOption(at);
   return repeated.empty() ? error.what() : repeated;
-}
-
-// The command line as a shell would take it again.
-std::string callOf(int argc, char** argv) {
-  std::string call = "survmeth";
-  for (int i = 1; i < argc; ++i) {
-    const std::string argument = argv[i];
-    const bool plain =
-        !argument.empty() && argument.find_first_not_of(
-                                 "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789"
-                                 "-_.,/=:+@%") == std::string::npos;
-    call += ' ';
-    if (plain) {
-      call += argument;
-      continue;
-    }
-    call += '\'';
-    for (const char c : argument) call += c == '\'' ? std::string("'\\''") : std::string(1, c);
-    call += '\'';
-  }
-  return call;
 }
 
 int usageError(const std::string& who, const std::string& message) {
@@ -107,11 +88,16 @@ int main(int argc, char** argv) {
       "Exit codes: 0 success, 2 wrong arguments or data, 1 anything else.");
 
   std::vector<std::pair<CLI::App*, Run>> runs;
-  for (const cli::Command& command : cli::commands()) {
-    CLI::App* sub = app.add_subcommand(command.name, command.summary);
+  const auto add = [&](const std::string& name, const std::string& summary, const auto& declare) {
+    CLI::App* sub = app.add_subcommand(name, summary);
     sub->footer("");
-    runs.emplace_back(sub, command.declare(*sub));
+    runs.emplace_back(sub, declare(*sub));
+  };
+  for (const auto& declaration : survmeth::analysis::declarations()) {
+    add(declaration.name, declaration.summary,
+        [&](CLI::App& sub) { return cli::addAnalysis(sub, declaration); });
   }
+  add("help", "The options of a command, as a page or for programs", cli::addHelp);
 
   std::string who = "survmeth";
   const CLI::App* called = &app;
@@ -127,8 +113,8 @@ int main(int argc, char** argv) {
     app.parse(argc, argv);
     for (const auto& [sub, run] : runs) {
       if (!sub->parsed()) continue;
-      Session session(sub->get_name());
-      session.call = callOf(argc, argv);
+      Session session;
+      session.call = cli::callOf({argv + 1, argv + argc});
       run(session);
       const cli::Output::Shortfall shortfall = session.output.write();
       for (const std::string& note : session.notes()) say(who, "note: " + note);

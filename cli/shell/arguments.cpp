@@ -45,4 +45,22 @@ std::string repeatedOption(const CLI::App& app) {
   return {};
 }
 
+std::string callOf(const std::vector<std::string>& arguments) {
+  std::string call = "survmeth";
+  for (const std::string& argument : arguments) {
+    const bool plain =
+        !argument.empty() && argument.find_first_not_of(
+                                 "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789"
+                                 "-_.,/=:+@%") == std::string::npos;
+    if (plain) {
+      call += ' ' + argument;
+      continue;
+    }
+    call += " '";
+    for (const char c : argument) call += c == '\'' ? std::string("'\\''") : std::string(1, c);
+    call += '\'';
+  }
+  return call;
+}
+
 }  // namespace cli

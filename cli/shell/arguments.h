@@ -18,6 +18,9 @@ std::string emptyValue(const CLI::App& app, const std::vector<std::string>& argu
 // The message about an option that stands more often than it may; empty if none does.
 std::string repeatedOption(const CLI::App& app);
 
+// The command line as a shell would take it again.
+std::string callOf(const std::vector<std::string>& arguments);
+
 }  // namespace cli
 
 #endif  // CLI_SHELL_ARGUMENTS_H_

@@ -17,11 +17,8 @@
 #include <vector>
 
 #include "cli/shell/target.h"
-#include "report/csv.h"
 
 namespace cli {
-
-using survmeth::report::CsvWriter;
 
 class Output {
  public:
