@@ -79,6 +79,7 @@ Declaration agreeDeclaration() {
           "pair's mean, a ratio second / first.")
       .example("survmeth agree data/pefr.csv --first wright1 --second mini1")
       .tables({"agreement", "pairs", "repeatability"})
+      .figures({"agreement"})
       .leastRows([](const AgreeRequest& request) { return request.replicates.empty() ? 3 : 2; })
       .check(check)
       .fit(fit)

@@ -1,6 +1,7 @@
 // The descriptions of agreement and repeatability.
 #include "analysis/agreeReport.h"
 
+#include <cmath>
 #include <utility>
 #include <vector>
 
@@ -48,6 +49,42 @@ report::Table estimateTable(const char* id, std::string caption, const AgreeRequ
                         [](const Row& row) { return row.value.lower; }),
        report::columnOf(key::kUpper, level + "upper", Kind::kEstimate, rows,
                         [](const Row& row) { return row.value.upper; })});
+}
+
+// Differences against means: bias and limits with their intervals over the range of the means, and
+// the difference of methods that agree.
+report::Figure agreementFigure(const AgreementResult& found, const AgreeRequest& request) {
+  report::Panel panel;
+  panel.x.label = "mean of " + request.first + " and " + request.second;
+  panel.y.label = differenceName(request);
+  report::Series pairs = pointsAt(found.means, found.differences);
+  auto [left, right] = extentOf(pairs.x);
+  if (left == right) {  // as wide a line as the mean itself is from 0
+    left -= left == 0 ? 1 : std::fabs(left) / 2;
+    right += right == 0 ? 1 : std::fabs(right) / 2;
+  }
+  const auto level = [&panel, left = left, right = right](const char* name,
+                                                          const BoundedValue& value) {
+    report::Series band = lineFrom(name, left, 0, right, 0);
+    band.kind = report::SeriesKind::kBand;
+    band.y.clear();
+    band.lower.assign(2, value.lower);
+    band.upper.assign(2, value.upper);
+    panel.series.push_back(std::move(band));
+    panel.series.push_back(lineFrom(name, left, value.value, right, value.value));
+  };
+  level("bias", found.bias);
+  level("limits of agreement", found.upperLimit);
+  level("limits of agreement", found.lowerLimit);
+  panel.series.push_back(std::move(pairs));
+  panel.references.push_back(
+      {false, request.difference == DifferenceKind::kRatio ? 1.0 : 0.0, "no difference"});
+  report::Figure figure;
+  figure.id = "agreement";
+  figure.title = "Agreement of " + request.first + " and " + request.second;
+  figure.caption = "Bias and limits of agreement with " + confidence(request.alpha) + " intervals";
+  figure.panels.push_back(std::move(panel));
+  return figure;
 }
 
 void addAgreementNotes(const AgreeResult& result, const AgreeRequest& request,
@@ -100,6 +137,7 @@ void describeAgreement(const AgreeResult& result, const AgreeRequest& request,
            " standard deviations, the normal quantile however few the pairs; intervals by "
            "Student's t from the variance sd^2 (1 / n + z^2 / (2 (n - 1)))",
        kSource}};
+  report.figures.push_back(agreementFigure(found, request));
   addAgreementNotes(result, request, report);
 }
 

@@ -1,8 +1,10 @@
 // survmeth deming: declaration, run and description.
 #include "analysis/deming.h"
 
+#include <algorithm>
 #include <cmath>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "analysis/demingFit.h"
@@ -90,6 +92,30 @@ std::string summaryOf(const DemingResult& line, const Request& request) {
          ", that of the slope " + holds(line.slope, 1) + ".";
 }
 
+// The pairs with the line over the range of the first method, beside the line of identity.
+report::Figure demingFigure(const Result& result, const Request& request) {
+  const Pairs& pairs = result.pairs;
+  const double intercept = result.line.intercept.value, slope = result.line.slope.value;
+  const auto [left, right] = extentOf(pairs.first);
+  const auto [bottom, top] = extentOf(pairs.second);
+  const double least = std::min(left, bottom), most = std::max(right, top);
+  report::Panel panel;
+  panel.x.label = request.first;
+  panel.y.label = request.second;
+  panel.equalUnits = true;
+  report::Series identity = lineFrom("identity", least, least, most, most);
+  identity.guide = true;
+  panel.series = {
+      std::move(identity),
+      lineFrom("Deming line", left, intercept + slope * left, right, intercept + slope * right),
+      pointsAt(pairs.first, pairs.second)};
+  report::Figure figure;
+  figure.id = "deming";
+  figure.title = "Deming regression of " + request.second + " on " + request.first;
+  figure.panels.push_back(std::move(panel));
+  return figure;
+}
+
 void addNotes(const Result& result, const Request& request, report::Report& report) {
   if (isConstant(result.pairs.second)) {
     report.notes.push_back(constantNote(request.second, result.pairs.second.front(),
@@ -129,6 +155,7 @@ report::Report describe(const Result& result, const Request& request) {
                                   std::to_string(line.pairs - 2) + " degrees of freedom",
                               "Linnet, Clin Chem 39 (1993) 424-432"});
   }
+  report.figures.push_back(demingFigure(result, request));
   addNotes(result, request, report);
   return report;
 }
@@ -153,6 +180,7 @@ Declaration demingDeclaration() {
           "interval holds its uncertainty.")
       .example("survmeth deming data/pefr.csv --first wright1 --second mini1")
       .tables({"coefficients", "residuals"})
+      .figures({"deming"})
       .leastRows(3)
       .fit(fit)
       .describe(describe);

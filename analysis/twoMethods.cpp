@@ -1,8 +1,8 @@
-// The pairs of two methods.
+// The pairs of two methods in tables and figures.
 #include "analysis/twoMethods.h"
 
 #include <algorithm>
-#include <utility>
+#include <cmath>
 
 #include "analysis/refusal.h"
 #include "report/build.h"
@@ -56,5 +56,34 @@ report::Note constantNote(const std::string& column, double value, const char* c
 }
 
 std::string confidence(double alpha) { return report::brief(100 * (1 - alpha), 4) + "%"; }
+
+std::pair<double, double> extentOf(std::span<const double> values) {
+  double least = INFINITY, most = -INFINITY;
+  for (const double value : values) {
+    if (std::isnan(value)) continue;
+    least = std::min(least, value);
+    most = std::max(most, value);
+  }
+  return {least, most};
+}
+
+report::Series pointsAt(std::span<const double> x, std::span<const double> y) {
+  report::Series series;
+  series.kind = report::SeriesKind::kPoints;
+  for (std::size_t i = 0; i < x.size(); ++i) {
+    if (std::isnan(x[i]) || std::isnan(y[i])) continue;
+    series.x.push_back(x[i]);
+    series.y.push_back(y[i]);
+  }
+  return series;
+}
+
+report::Series lineFrom(std::string name, double x0, double y0, double x1, double y1) {
+  report::Series series;
+  series.name = std::move(name);
+  series.x = {x0, x1};
+  series.y = {y0, y1};
+  return series;
+}
 
 }  // namespace survmeth::analysis

@@ -1,9 +1,10 @@
-// What the analyses of two measurement methods share: the pairs and their table.
+// What the analyses of two measurement methods share: the pairs, their table and their points.
 #ifndef ANALYSIS_TWO_METHODS_H_
 #define ANALYSIS_TWO_METHODS_H_
 
 #include <span>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "analysis/invalidRequest.h"
@@ -37,6 +38,15 @@ report::Note constantNote(const std::string& column, double value, const char* c
 
 // "95%" of alpha 0.05.
 std::string confidence(double alpha);
+
+// The smallest and the largest of the numbers, NaN passed over; there is one.
+std::pair<double, double> extentOf(std::span<const double> values);
+
+// Markers at (x, y), those without one of the two left out.
+report::Series pointsAt(std::span<const double> x, std::span<const double> y);
+
+// A straight line from one end to the other, under a name of its own.
+report::Series lineFrom(std::string name, double x0, double y0, double x1, double y1);
 
 }  // namespace survmeth::analysis
 

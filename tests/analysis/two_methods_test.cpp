@@ -2,7 +2,9 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "analysis/declare.h"
@@ -55,6 +57,64 @@ TEST(DemingReport, TheSummaryTellsIntervalsThatMissEqualMethods) {
                                 "slope does not hold 1."),
             std::string::npos)
       << report.summary;
+}
+
+TEST(AgreeReport, TheFigureHoldsPairsBiasAndLimitsWithTheirIntervals) {
+  const report::Report report = reportOf("agree", dataOf({0, 2, 4, 5}, {1, 2, 5, 6}));
+  ASSERT_EQ(report.figures.size(), 1u);
+  const report::Panel& panel = report.figures[0].panels.at(0);
+  ASSERT_EQ(panel.series.size(), 7u);
+  const report::Table& table = report.tables[0];
+  const auto& estimate = table.find("estimate")->numbers();
+  const auto& lower = table.find("lower")->numbers();
+  const auto& upper = table.find("upper")->numbers();
+  // Bias, upper and lower limit stand in rows 0, 3 and 2 of the table.
+  const std::vector<std::size_t> rows = {0, 3, 2};
+  for (std::size_t level = 0; level < rows.size(); ++level) {
+    const std::size_t row = rows[level];
+    const report::Series& band = panel.series[2 * level];
+    EXPECT_EQ(band.kind, report::SeriesKind::kBand);
+    EXPECT_EQ(band.lower, std::vector<double>(2, lower[row]));
+    EXPECT_EQ(band.upper, std::vector<double>(2, upper[row]));
+    const report::Series& line = panel.series[2 * level + 1];
+    EXPECT_EQ(line.kind, report::SeriesKind::kLine);
+    EXPECT_EQ(line.x, (std::vector<double>{0.5, 5.5}));
+    EXPECT_EQ(line.y, std::vector<double>(2, estimate[row]));
+  }
+  EXPECT_EQ(panel.series[6].kind, report::SeriesKind::kPoints);
+  EXPECT_EQ(panel.series[6].x, (std::vector<double>{0.5, 2, 4.5, 5.5}));
+  EXPECT_EQ(panel.series[6].y, (std::vector<double>{1, 0, 1, 1}));
+  EXPECT_EQ(panel.references.at(0).at, 0);
+}
+
+TEST(AgreeReport, TheFigureOfRatiosLeavesOutPairsWithoutOneAndMarksOne) {
+  const report::Report report =
+      reportOf("agree", dataOf({0, 2, 4, 5}, {1, 2, 5, 6}), {{"difference", "ratio"}});
+  const report::Panel& panel = report.figures.at(0).panels.at(0);
+  EXPECT_EQ(panel.series.back().x, (std::vector<double>{2, 4.5, 5.5}));
+  EXPECT_EQ(panel.references.at(0).at, 1);
+  EXPECT_EQ(panel.y.label, "y / x");
+}
+
+TEST(AgreeReport, PairsOfOneMeanHaveLinesOfSomeLength) {
+  const report::Report report = reportOf("agree", dataOf({1, 2, 3}, {3, 2, 1}));
+  EXPECT_EQ(report.figures.at(0).panels.at(0).series[1].x, (std::vector<double>{1, 3}));
+}
+
+TEST(DemingReport, TheFigureHoldsThePairsTheLineAndTheIdentity) {
+  // y = 5 - x.
+  const report::Report report = reportOf("deming", dataOf({1, 2, 4}, {4, 3, 1}));
+  const report::Panel& panel = report.figures.at(0).panels.at(0);
+  EXPECT_TRUE(panel.equalUnits);
+  ASSERT_EQ(panel.series.size(), 3u);
+  EXPECT_TRUE(panel.series[0].guide);
+  EXPECT_EQ(panel.series[0].x, (std::vector<double>{1, 4}));
+  EXPECT_EQ(panel.series[0].y, (std::vector<double>{1, 4}));
+  EXPECT_EQ(panel.series[1].x, (std::vector<double>{1, 4}));
+  EXPECT_NEAR(panel.series[1].y[0], 4, 1e-14);  // some roundings of numbers below 5
+  EXPECT_NEAR(panel.series[1].y[1], 1, 1e-14);
+  EXPECT_EQ(panel.series[2].x, (std::vector<double>{1, 2, 4}));
+  EXPECT_EQ(panel.series[2].y, (std::vector<double>{4, 3, 1}));
 }
 
 TEST(AgreeReport, ADifferenceBeyondTheLargestNumberIsRefusedWithItsRow) {
