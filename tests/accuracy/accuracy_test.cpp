@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
+#include <ostream>
 #include <sstream>
 #include <string>
 
@@ -43,6 +44,9 @@ struct Case {
   Library library;
   Function function;
 };
+
+// Found by GoogleTest, which would print the bytes otherwise, padding included.
+void PrintTo(const Case& instance, std::ostream* out) { *out << instance.function.name; }
 
 class Accuracy : public testing::TestWithParam<Case> {
  protected:
