@@ -177,10 +177,8 @@ class Declaring {
         if (word == std::get<std::string>(setting)) static_cast<Request*>(request)->*member = value;
       }
     };
-    option.get = [member, standard, wordOf](const void* request) -> std::optional<Setting> {
-      const Enum value = static_cast<const Request*>(request)->*member;
-      if (value == standard) return std::nullopt;
-      return Setting(wordOf(value));
+    option.get = [member, wordOf](const void* request) -> std::optional<Setting> {
+      return Setting(wordOf(static_cast<const Request*>(request)->*member));
     };
     return *this;
   }
@@ -264,7 +262,8 @@ class Declaring {
     return option;
   }
 
-  // An option whose member holds the setting as it is; what equals the default is not said.
+  // An option whose member holds the setting as it is. Numbers and choices are always part of the
+  // plan; of the others what equals the default is not.
   template <class Value>
   Option& add(const char* name, Type type, engine::Role role, const char* valueName,
               const char* help, Value Request::*member) {
@@ -275,7 +274,7 @@ class Declaring {
     option.get = [member,
                   standard = Request{}.*member](const void* request) -> std::optional<Setting> {
       const Value& value = static_cast<const Request*>(request)->*member;
-      if (value == standard) return std::nullopt;
+      if (!std::is_same_v<Value, double> && value == standard) return std::nullopt;
       if constexpr (std::is_same_v<Value, std::optional<double>>) {
         return value ? std::optional<Setting>(*value) : std::nullopt;
       } else {

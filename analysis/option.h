@@ -47,7 +47,7 @@ struct Option {
   std::string table = {};
 
   std::function<void(void* request, const Setting& value)> set = {};
-  // The value that differs from the default, else nothing.
+  // The value, as the plan says it: nothing where there is none.
   std::function<std::optional<Setting>(const void* request)> get = {};
 };
 

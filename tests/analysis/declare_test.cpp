@@ -93,7 +93,7 @@ TEST(Analyse, TheReportHoldsPlanDataAndNotes) {
   EXPECT_EQ(report.data.rowsRead, 5u);
   EXPECT_EQ(report.data.rowsUsed, 3u);
   EXPECT_EQ(report.data.digest, analysis::digest(data));
-  ASSERT_EQ(report.plan.size(), 3u);
+  ASSERT_EQ(report.plan.size(), 4u);
   EXPECT_EQ(report.plan[0].first, "time");
   EXPECT_EQ(report.plan[1].first, "covariates");
   EXPECT_EQ(report.plan[2].first, "scale");
@@ -104,12 +104,16 @@ TEST(Analyse, TheReportHoldsPlanDataAndNotes) {
   EXPECT_EQ(report.notes[0].names, std::vector<std::string>{"t"});
 }
 
-TEST(Analyse, DefaultsAreNotPartOfThePlan) {
-  SumRequest request = requestOf("t");
-  request.rounding = Rounding::kNone;
+TEST(Analyse, NumbersAndChoicesAreAlwaysPartOfThePlan) {
+  const SumRequest request = requestOf("t");
   numerics::Progress progress;
   const auto fitted = analysis::analyse(sumDeclaration(), dataOf({1, 2}), &request, progress);
-  EXPECT_EQ(fitted.report.plan.size(), 1u);
+  ASSERT_EQ(fitted.report.plan.size(), 3u);
+  EXPECT_EQ(fitted.report.plan[0].first, "time");
+  EXPECT_EQ(fitted.report.plan[1].first, "scale");
+  EXPECT_EQ(std::get<double>(fitted.report.plan[1].second), 1);
+  EXPECT_EQ(fitted.report.plan[2].first, "rounding");
+  EXPECT_EQ(std::get<std::string>(fitted.report.plan[2].second), "none");
 }
 
 TEST(Analyse, AMissingRequiredOptionIsNamed) {
