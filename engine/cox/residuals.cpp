@@ -1,5 +1,6 @@
 #include "engine/cox/residuals.h"
 
+#include <algorithm>
 #include <cmath>
 #include <string>
 
@@ -92,36 +93,75 @@ void refuseExactTies(Ties ties, const char* what) {
                                            "of ties"));
 }
 
+namespace {
+
+constexpr std::size_t kBlock = BlockedColumns::kBlock;
+
+// What the sums of one column over the risk sets are multiplied with at each time: for the mean
+// that an event is compared with, and for the increments times the means, of the rows that stay
+// and of those that fail.
+struct ScoreFactors {
+  double meanOthers, meanFailing, others, mixed, failing;
+};
+
+std::vector<ScoreFactors> scoreFactors(const Problem& problem, const Hazards& hazards, Ties ties) {
+  const risk::Arrangement& a = problem.arrangement;
+  std::vector<ScoreFactors> factors(a.times());
+  for (std::size_t k = 0; k < a.times(); ++k) {
+    const TieMoments m = tieMoments(problem, hazards, ties, k);
+    const double once = 1.0 / hazards.all(k);
+    const double perEvent = once / a.eventWeight[k];
+    // The square of a sum beyond 1e154 is none.
+    factors[k] = {m.u * perEvent, m.uf * perEvent, m.u2 * once, m.u2f * once, m.u2ff * once};
+  }
+  return factors;
+}
+
+}  // namespace
+
 BlockedColumns scoreRows(const Problem& problem, const Hazards& hazards, Ties ties) {
   const risk::Arrangement& a = problem.arrangement;
   const std::size_t n = a.rows();
   const std::size_t times = a.times();
   BlockedColumns result(n, problem.columns());
-  std::vector<TieMoments> moments(times);
-  for (std::size_t k = 0; k < times; ++k) moments[k] = tieMoments(problem, hazards, ties, k);
-  std::vector<double> value(n);
-  std::vector<double> exposure(n);
+  if (times == 0) return result;
+  const std::vector<ScoreFactors> factors = scoreFactors(problem, hazards, ties);
+  std::vector<double> risk(hazards.risk);
+  for (std::size_t i = 0; i < n && a.weighted; ++i) risk[i] /= a.weight[i];
+  std::vector<double> value(n);  // risk times x, then the sums of increments times means
   std::vector<double> others(times);
   std::vector<double> failing(times);
   std::vector<double> mean(times);
   for (std::size_t j = 0; j < problem.columns(); ++j) {
-    for (std::size_t i = 0; i < n; ++i) value[i] = hazards.risk[i] * problem.x(i, j);
+    for (std::size_t block = 0; block < result.blocks(); ++block) {
+      const double* x = problem.x.column(block, j);
+      const std::size_t from = block * kBlock;
+      for (std::size_t i = 0; i < result.rowsOf(block); ++i) {
+        value[from + i] = hazards.risk[from + i] * x[i];
+      }
+    }
     problem.sums.overRiskSets(value, others, failing);
     for (std::size_t k = 0; k < times; ++k) {
-      const TieMoments& m = moments[k];
-      const double whole = hazards.all(k);
-      const double o = others[k] / whole;
-      const double f = failing[k] / whole;
-      mean[k] = (m.u * o + m.uf * f) / a.eventWeight[k];
-      others[k] = (m.u2 * o + m.u2f * f) / whole;
-      failing[k] = (m.u2f * o + m.u2ff * f) / whole;
+      const ScoreFactors& factor = factors[k];
+      const double once = 1.0 / hazards.all(k);
+      const double o = others[k];
+      const double f = failing[k];
+      mean[k] = factor.meanOthers * o + factor.meanFailing * f;
+      others[k] = factor.others * (o * once) + factor.mixed * (f * once);
+      failing[k] = factor.mixed * (o * once) + factor.failing * (f * once);
     }
-    problem.sums.overTimes(others, failing, exposure);
-    for (std::size_t i = 0; i < n; ++i) {
-      const double x = problem.x(i, j);
-      const double observed = a.event[i] != 0 ? x - mean[a.end[i] - std::size_t{1}] : 0.0;
-      const double risk = hazards.risk[i] / a.weight[i];
-      result(i, j) = observed - risk * (x * hazards.cumulative[i] - exposure[i]);
+    problem.sums.overTimes(others, failing, value);
+    for (std::size_t block = 0; block < result.blocks(); ++block) {
+      const double* x = problem.x.column(block, j);
+      double* out = result.column(block, j);
+      const std::size_t from = block * kBlock;
+      for (std::size_t i = 0; i < result.rowsOf(block); ++i) {
+        const std::size_t row = from + i;
+        // A time that exists; it counts for events only.
+        const double away = x[i] - mean[std::max<std::size_t>(a.end[row], 1) - 1];
+        const double observed = a.event[row] != 0 ? away : 0.0;
+        out[i] = observed - risk[row] * (x[i] * hazards.cumulative[row] - value[row]);
+      }
     }
   }
   return result;
