@@ -206,8 +206,8 @@ std::string summaryOf(const Result& result, const CurveNames& names) {
     n += curve.n;
     events += curve.events;
   }
-  const std::string text = report::brief(events) + " of " + report::brief(n) + " had the event." +
-                           mediansInWords(curves, names);
+  std::string text = report::brief(events) + " of " + report::brief(n) + " had the event." +
+                     mediansInWords(curves, names);
   const Comparison& comparison = result.survival.comparison;
   if (result.groups.size() < 2 || !comparison.reason.empty()) return text;
   return text + " Log-rank test of equal survival in " +
