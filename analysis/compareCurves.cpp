@@ -11,7 +11,9 @@
 // another.
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <numeric>
+#include <span>
 
 #include "Dist/Dist"
 #include "analysis/manyGroups.h"
@@ -59,14 +61,26 @@ class Grid {
   std::vector<double> cells_;
 };
 
+// Merges ascending runs, the k-th of them from bounds[k] to bounds[k + 1], into one.
+void mergeRuns(std::vector<double>& values, std::span<const std::ptrdiff_t> bounds) {
+  if (bounds.size() < 3) return;
+  const std::size_t half = bounds.size() / 2;
+  mergeRuns(values, bounds.first(half + 1));
+  mergeRuns(values, bounds.subspan(half));
+  std::inplace_merge(values.begin() + bounds.front(), values.begin() + bounds[half],
+                     values.begin() + bounds.back());
+}
+
 std::vector<double> eventTimes(const std::vector<SurvivalCurve>& curves) {
   std::vector<double> times;
+  std::vector<std::ptrdiff_t> bounds = {0};
   for (const SurvivalCurve& curve : curves) {
     for (std::size_t i = 0; i < curve.time.size(); ++i) {
       if (curve.eventsAt[i] > 0) times.push_back(curve.time[i]);
     }
+    bounds.push_back(static_cast<std::ptrdiff_t>(times.size()));
   }
-  std::sort(times.begin(), times.end());
+  mergeRuns(times, bounds);
   times.erase(std::unique(times.begin(), times.end()), times.end());
   return times;
 }
