@@ -72,9 +72,6 @@ jobs <- list(
   cox_distinct = cox, cox_three = cox, cox_weeks = cox,
   hazards_fit = hazards(2, bare), hazards_hundred = hazards(2, bare),
   hazards_all = hazards(2, function(data) coxph(Surv(time, status) ~ X, data)),
-  hazards_robust = hazards(2, function(data) {
-    coxph(Surv(time, status) ~ X, data, cluster = seq_along(data$time))
-  }),
   hazards_entry = hazards(3, function(data) {
     agreg.fit(data$X, Surv(data$third, data$time, data$status), NULL, NULL, NULL,
               coxph.control(), NULL, "efron", NULL)

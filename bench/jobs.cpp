@@ -139,9 +139,9 @@ struct Hazards : Analysis {
 // A job of proportional hazards with so many covariates.
 template <HazardsPart kPart, HazardsShape kShape = HazardsShape::kRight>
 Job hazards(const std::string& name, int covariates) {
-  const int before = kShape == HazardsShape::kRight ? 2 : 3;
+  const std::size_t before = kShape == HazardsShape::kRight ? 2 : 3;
   return job<Hazards<kPart, kShape>>(
-      name, static_cast<std::size_t>(before + covariates),
+      name, before + static_cast<std::size_t>(covariates),
       [covariates](int n) { return bench::hazardsColumns(n, covariates, kShape); });
 }
 

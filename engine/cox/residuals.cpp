@@ -102,6 +102,7 @@ constexpr std::size_t kBlock = BlockedColumns::kBlock;
 // and of those that fail.
 struct ScoreFactors {
   double meanOthers, meanFailing, others, mixed, failing;
+  double once;  // 1 / D0; its square may be below the smallest number
 };
 
 std::vector<ScoreFactors> scoreFactors(const Problem& problem, const Hazards& hazards, Ties ties) {
@@ -111,8 +112,7 @@ std::vector<ScoreFactors> scoreFactors(const Problem& problem, const Hazards& ha
     const TieMoments m = tieMoments(problem, hazards, ties, k);
     const double once = 1.0 / hazards.all(k);
     const double perEvent = once / a.eventWeight[k];
-    // The square of a sum beyond 1e154 is none.
-    factors[k] = {m.u * perEvent, m.uf * perEvent, m.u2 * once, m.u2f * once, m.u2ff * once};
+    factors[k] = {m.u * perEvent, m.uf * perEvent, m.u2 * once, m.u2f * once, m.u2ff * once, once};
   }
   return factors;
 }
@@ -143,12 +143,11 @@ BlockedColumns scoreRows(const Problem& problem, const Hazards& hazards, Ties ti
     problem.sums.overRiskSets(value, others, failing);
     for (std::size_t k = 0; k < times; ++k) {
       const ScoreFactors& factor = factors[k];
-      const double once = 1.0 / hazards.all(k);
-      const double o = others[k];
-      const double f = failing[k];
-      mean[k] = factor.meanOthers * o + factor.meanFailing * f;
-      others[k] = factor.others * (o * once) + factor.mixed * (f * once);
-      failing[k] = factor.mixed * (o * once) + factor.failing * (f * once);
+      mean[k] = factor.meanOthers * others[k] + factor.meanFailing * failing[k];
+      const double o = others[k] * factor.once;
+      const double f = failing[k] * factor.once;
+      others[k] = factor.others * o + factor.mixed * f;
+      failing[k] = factor.mixed * o + factor.failing * f;
     }
     problem.sums.overTimes(others, failing, value);
     for (std::size_t block = 0; block < result.blocks(); ++block) {
@@ -157,10 +156,10 @@ BlockedColumns scoreRows(const Problem& problem, const Hazards& hazards, Ties ti
       const std::size_t from = block * kBlock;
       for (std::size_t i = 0; i < result.rowsOf(block); ++i) {
         const std::size_t row = from + i;
-        // A time that exists; it counts for events only.
+        // A time that exists; it counts for events only, by a product and not by a decision.
         const double away = x[i] - mean[std::max<std::size_t>(a.end[row], 1) - 1];
-        const double observed = a.event[row] != 0 ? away : 0.0;
-        out[i] = observed - risk[row] * (x[i] * hazards.cumulative[row] - value[row]);
+        out[i] = static_cast<double>(a.event[row]) * away -
+                 risk[row] * (x[i] * hazards.cumulative[row] - value[row]);
       }
     }
   }

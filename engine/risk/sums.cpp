@@ -177,7 +177,8 @@ void Sums::overTimes(std::span<const double> at, std::span<const double> own,
       const double whole = upTo[a.end[i] - event];
       // A time that exists, whatever it is multiplied with.
       const double mine = own[std::max<std::size_t>(a.end[i], 1) - 1];
-      sum[i] = whole + (event != 0 ? mine : 0.0);
+      // A product, where a decision would be guessed wrong for every third row.
+      sum[i] = whole + static_cast<double>(event) * mine;
     }
     if (!a.lateEntry()) continue;
     for (std::size_t i = a.stratumRow[s]; i < a.stratumRow[s + 1]; ++i) {
