@@ -24,11 +24,15 @@ double endOf(const std::vector<SurvivalCurve>& curves) {
 
 // From 0, 1, 2 or 5 times a power of ten apart.
 std::vector<double> breaksTo(double end) {
-  const double rough = end / kMostIntervals, power = std::pow(10, std::floor(std::log10(rough)));
+  const double rough = end / kMostIntervals;
+  double power = 1;  // of ten, the largest that is not above
+  while (power * 10 <= rough) power *= 10;
+  while (power > rough && power > 0) power /= 10;
   double step = 10 * power;
   for (const double factor : {5.0, 2.0, 1.0}) {
     if (factor * power >= rough) step = factor * power;
   }
+  if (!(step > 0)) return {0};
   std::vector<double> breaks;
   for (int k = 0; k * step <= end; ++k) breaks.push_back(k * step);
   return breaks;
