@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "analysis/estimate.h"
 #include "report/build.h"
 #include "report/keys.h"
 #include "report/numbers.h"
@@ -45,6 +46,15 @@ report::Table removedTable(const CoxModel& model) {
        column(key::kPValue, "p-value", Kind::kPValue, &CoxRemoval::p)});
   if (model.removed.empty()) table.remarks.emplace_back("Nothing was removed.");
   return table;
+}
+
+// The factor of which a coefficient is a level, with its reference level; nullptr for numbers.
+const std::pair<std::string, std::string>* referenceOf(const CoxAnswer& answer,
+                                                       const std::string& name) {
+  for (const auto& reference : answer.references) {
+    if (name.starts_with(reference.first + "=")) return &reference;
+  }
+  return nullptr;
 }
 
 }  // namespace
@@ -118,19 +128,33 @@ report::Figure coxForest(const CoxAnswer& answer, const std::string& level) {
   panel.x.label = "hazard ratio (log scale)";
   panel.x.scale = report::Scale::kLog;
   panel.y.scale = report::Scale::kCategory;
-  std::vector<const CoxCoefficient*> rows;
+  const auto add = [&](const std::string& group, const std::string& category, double ratio,
+                       double lower, double upper, const std::string& label) {
+    points.x.push_back(ratio);
+    points.y.push_back(static_cast<double>(panel.y.categories.size()));
+    points.left.push_back(lower);
+    points.right.push_back(upper);
+    points.labels.push_back(label);
+    panel.y.categories.push_back(category);
+    panel.y.categoryGroups.push_back(group);
+  };
+  std::string group;
   for (const CoxCoefficient& c : answer.model.coefficients) {
-    if (!c.constant) rows.push_back(&c);
-  }
-  for (std::size_t i = 0; i < rows.size(); ++i) {
-    const CoxCoefficient& c = *rows[i];
-    panel.y.categories.push_back(c.name);
-    points.x.push_back(c.hazardRatio);
-    points.y.push_back(static_cast<double>(i));
-    points.left.push_back(c.lower);
-    points.right.push_back(c.upper);
-    points.labels.push_back(report::brief(c.hazardRatio, 3) + " (" + report::brief(c.lower, 3) +
-                            " to " + report::brief(c.upper, 3) + ")");
+    if (c.constant) continue;
+    std::string category = c.name;
+    const auto* const reference = referenceOf(answer, c.name);
+    if (reference == nullptr) {
+      group.clear();
+    } else {
+      category = c.name.substr(reference->first.size() + 1);
+      if (group != reference->first) {
+        group = reference->first;
+        add(group, reference->second + " (reference)", 1, kNone, kNone, "1");
+      }
+    }
+    add(group, category, c.hazardRatio, c.lower, c.upper,
+        report::brief(c.hazardRatio, 3) + " (" + report::brief(c.lower, 3) + " to " +
+            report::brief(c.upper, 3) + ")");
   }
   panel.series.push_back(std::move(points));
   panel.references.push_back({true, 1, ""});
