@@ -4,7 +4,6 @@
 #include <string>
 
 #include "analysis/agreeReport.h"
-#include "analysis/invalidRequest.h"
 #include "analysis/refusal.h"
 #include "frame/labels.h"
 
@@ -36,9 +35,8 @@ AgreeResult fit(const frame::Frame& data, const AgreeRequest& request, numerics:
                                             .subject = subjects.codes,
                                             .subjects = subjects.labels.size(),
                                             .alpha = request.alpha});
-    } catch (const InvalidRequest& refused) {
-      throw refusalOf(refused, refused.member() == "subject" ? Role::kSubject : Role::kFirst,
-                      "at least one subject with two values");
+    } catch (const engine::Refusal& refused) {
+      throw expecting(refused, "at least one subject with two values");
     }
     return result;
   }
@@ -48,8 +46,8 @@ AgreeResult fit(const frame::Frame& data, const AgreeRequest& request, numerics:
                                   .second = result.pairs.second,
                                   .kind = request.difference,
                                   .alpha = request.alpha});
-  } catch (const InvalidRequest& refused) {
-    throw pairRefusal(refused, "at least three pairs with a difference");
+  } catch (const engine::Refusal& refused) {
+    throw expecting(refused, "at least three pairs with a difference");
   }
   return result;
 }

@@ -25,7 +25,7 @@ constexpr const char* kSource = "Bland & Altman, Stat Methods Med Res 8 (1999) 1
 
 struct Row {
   const char* statistic;
-  BoundedValue value;
+  Estimate value;
 };
 
 // What a difference is, in the names of the columns.
@@ -63,8 +63,7 @@ report::Figure agreementFigure(const AgreementResult& found, const AgreeRequest&
     left -= left == 0 ? 1 : std::fabs(left) / 2;
     right += right == 0 ? 1 : std::fabs(right) / 2;
   }
-  const auto level = [&panel, left = left, right = right](const char* name,
-                                                          const BoundedValue& value) {
+  const auto level = [&panel, left = left, right = right](const char* name, const Estimate& value) {
     report::Series band = lineFrom(name, left, 0, right, 0);
     band.kind = report::SeriesKind::kBand;
     band.y.clear();

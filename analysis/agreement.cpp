@@ -7,10 +7,12 @@
 #include "Dist/Dist"
 #include "analysis/checks.h"
 #include "analysis/estimate.h"
-#include "analysis/invalidRequest.h"
 #include "analysis/spread.h"
 
 namespace survmeth {
+
+using engine::Refusal;
+using engine::Role;
 namespace {
 
 // One pair's difference, NaN where the denominator is 0.
@@ -36,11 +38,12 @@ double meanOfTwo(double first, double second) {
 
 AgreementResult agreement(const AgreementRequest& request) {
   const std::size_t n = request.first.size();
-  requireRows(n, 3, "first", "fewer than three pairs");
-  require(request.second.size() == n, "second", "the two methods have different numbers of values");
+  requireRows(n, 3, Role::kFirst, "fewer than three pairs");
+  require(request.second.size() == n, Role::kSecond,
+          "the two methods have different numbers of values");
   requireAlpha(request.alpha);
-  requireFinite(request.first, "first");
-  requireFinite(request.second, "second");
+  requireFinite(request.first, Role::kFirst);
+  requireFinite(request.second, Role::kSecond);
 
   AgreementResult result;
   std::vector<double> differences;
@@ -50,20 +53,20 @@ AgreementResult agreement(const AgreementRequest& request) {
     result.differences.push_back(differenceOf(request.kind, first, second, result.means.back()));
     const double difference = result.differences.back();
     if (std::isinf(difference)) {
-      throw InvalidRequest("second", "a difference is beyond the largest number", i);
+      throw Refusal(Role::kSecond, i, "a difference is beyond the largest number");
     }
     if (!std::isnan(difference)) differences.push_back(difference);
   }
   result.pairs = differences.size();
   result.excluded = n - result.pairs;
-  require(result.pairs >= 3, "first", "fewer than three pairs have a difference");
+  require(result.pairs >= 3, Role::kFirst, "fewer than three pairs have a difference");
 
   const auto [bias, sd] = spreadOf(differences);
   const double pairs = static_cast<double>(result.pairs);
   const double p = 1 - request.alpha / 2;
   const double z = InvCDFNormalStd(p), t = InvCDFStudent(p, pairs - 1);
   const auto around = [](double value, double halfWidth) {
-    return BoundedValue{value, value - halfWidth, value + halfWidth};
+    return Estimate{value, value - halfWidth, value + halfWidth};
   };
   const double halfWidth = t * std::sqrt(1 / pairs + z * z / (2 * (pairs - 1))) * sd;
   result.sd = sd;
@@ -71,17 +74,18 @@ AgreementResult agreement(const AgreementRequest& request) {
   result.lowerLimit = around(bias - z * sd, halfWidth);
   result.upperLimit = around(bias + z * sd, halfWidth);
   require(std::isfinite(result.lowerLimit.lower) && std::isfinite(result.upperLimit.upper),
-          "second", "the limits are beyond the largest number");
+          Role::kSecond, "the limits are beyond the largest number");
   return result;
 }
 
 RepeatabilityResult repeatability(const RepeatabilityRequest& request) {
   const std::size_t n = request.values.size();
-  requireRows(n, 1, "values", "there are no values");
-  require(request.subject.size() == n, "subject", "values and subjects have different numbers");
+  requireRows(n, 1, Role::kFirst, "there are no values");
+  require(request.subject.size() == n, Role::kSubject,
+          "values and subjects have different numbers");
   requireAlpha(request.alpha);
-  requireFinite(request.values, "values");
-  requireCodes(request.subject, request.subjects, "subject");
+  requireFinite(request.values, Role::kFirst);
+  requireCodes(request.subject, request.subjects, Role::kSubject, "subject");
 
   // The entry point forms the within-subject squares as a difference of large sums and takes small
   // ones for 0; here they are summed around each subject's own mean, which is found from its first
@@ -103,7 +107,7 @@ RepeatabilityResult repeatability(const RepeatabilityRequest& request) {
   RepeatabilityResult result;
   result.values = n;
   for (const std::size_t values : count) result.subjects += values > 0 ? 1 : 0;
-  require(n > result.subjects, "subject", "no subject has two values");
+  require(n > result.subjects, Role::kSubject, "no subject has two values");
 
   const int finer = unitOf(deviations);
   double within = 0;

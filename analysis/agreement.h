@@ -7,6 +7,8 @@
 #include <span>
 #include <vector>
 
+#include "analysis/estimate.h"
+
 namespace survmeth {
 
 enum class DifferenceKind {
@@ -23,23 +25,19 @@ struct AgreementRequest {
   double alpha = 0.05;  // in (0, 1); intervals have level 1 - alpha
 };
 
-struct BoundedValue {
-  double value, lower, upper;
-};
-
 struct AgreementResult {
   std::size_t pairs = 0;     // with a difference
   std::size_t excluded = 0;  // without one: a denominator of 0
-  BoundedValue bias;         // mean difference, interval by Student's t with pairs - 1 degrees
+  Estimate bias;             // mean difference, interval by Student's t with pairs - 1 degrees
   double sd = 0;             // of the differences, divisor pairs - 1
   // bias -+ z sd, z the normal quantile at 1 - alpha / 2; each with an interval by Student's t and
   // the variance sd^2 (1 / pairs + z^2 / (2 (pairs - 1))).
-  BoundedValue lowerLimit, upperLimit;
+  Estimate lowerLimit, upperLimit;
   std::vector<double> means, differences;  // of every pair; NaN where there is no difference
 };
 
 // Bland-Altman agreement, in any unit. A column of one value, such as an assigned one, is a method
-// like any other. Throws InvalidRequest for columns of different length, fewer than three pairs,
+// like any other. Throws engine::Refusal for columns of different length, fewer than three pairs,
 // more than kMostRows, a value that is not finite, an alpha out of its range, differences or limits
 // beyond the largest double. Cost O(n).
 // Source Bland & Altman, Lancet 1 (1986) 307-310; Stat Methods Med Res 8 (1999) 135-160
@@ -58,13 +56,13 @@ struct RepeatabilityResult {
   double degreesOfFreedom = 0;  // values - subjects
   // Square root of the within-subject mean square of the one-way analysis of variance, interval by
   // the chi-square law; the limits are NaN where it is 0.
-  BoundedValue withinSd;
+  Estimate withinSd;
   // Two values of one subject differ by less than this with probability 1 - alpha:
   // sqrt(2) z withinSd.
   double repeatability = 0;
 };
 
-// In any unit. Throws InvalidRequest for columns of different length, no values or more than
+// In any unit. Throws engine::Refusal for columns of different length, no values or more than
 // kMostRows, a value that is not finite, a subject or alpha out of its range, and unless some
 // subject has two values. Cost O(n + subjects).
 // Source Bland & Altman, Stat Methods Med Res 8 (1999) 135-160

@@ -1,5 +1,5 @@
-// The checks that the facade's functions share. Each throws InvalidRequest, with the element's
-// index where one element is at fault.
+// The checks that the facade's functions share. Each throws engine::Refusal, with the row
+// where one is at fault.
 #ifndef ANALYSIS_CHECKS_H_
 #define ANALYSIS_CHECKS_H_
 
@@ -7,7 +7,8 @@
 #include <cstdint>
 #include <limits>
 #include <span>
-#include <string>
+
+#include "engine/input.h"
 
 namespace survmeth {
 
@@ -15,22 +16,23 @@ namespace survmeth {
 // rows more than the data.
 inline constexpr std::size_t kMostRows = std::numeric_limits<int>::max() / 12 - 2;
 
-void require(bool holds, const char* member, const char* what);
+void require(bool holds, engine::Role role, const char* what);
 
 // At least `least` (what is said otherwise: `tooFew`) and at most kMostRows. To be checked before
 // anything looks at an element.
-void requireRows(std::size_t rows, std::size_t least, const char* member, const char* tooFew);
+void requireRows(std::size_t rows, std::size_t least, engine::Role role, const char* tooFew);
 
 void requireAlpha(double alpha);  // in (0, 1)
-void requireFinite(std::span<const double> values, const char* member);
-void requireTimes(std::span<const double> times);      // finite, not negative: "time"
-void requireWeights(std::span<const double> weights);  // each and the sum: "weight"
+void requireFinite(std::span<const double> values, engine::Role role);
+void requireTimes(std::span<const double> times);      // finite, not negative
+void requireWeights(std::span<const double> weights);  // each and the sum
 
-// Codes 0 .. count - 1.
-void requireCodes(std::span<const std::uint32_t> codes, std::size_t count, const char* member);
+// Codes 0 .. count - 1, of what `name` says.
+void requireCodes(std::span<const std::uint32_t> codes, std::size_t count, engine::Role role,
+                  const char* name);
 
 // Not one value repeated. The column is not empty.
-void requireSpread(std::span<const double> column, const char* member);
+void requireSpread(std::span<const double> column, engine::Role role);
 
 }  // namespace survmeth
 

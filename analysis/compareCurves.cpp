@@ -173,7 +173,6 @@ void setCounts(Comparison& comparison, const std::vector<double>& observed,
     comparison.expected[g] = hasPart ? expected[j] : 0;
     if (hasPart) ++j;
   }
-  comparison.degreesOfFreedom = static_cast<double>(observed.size() - 1);
 }
 
 void loseTests(Comparison& comparison, double largestRisk) {
@@ -193,7 +192,7 @@ void compareMany(const ManyGroups& many, Comparison& comparison) {
   for (std::size_t t = 0; t < 3; ++t) {
     const double statistic = many.chiSquare(static_cast<CurveTest>(t));
     if (!(statistic >= 0)) return loseTests(comparison, many.largestRisk());
-    comparison.tests[t] = {statistic, pValChiSq(statistic, freedom)};
+    comparison.tests[t] = {statistic, freedom, pValChiSq(statistic, freedom)};
   }
   setCounts(comparison, many.observed(), many.expected());
 }
@@ -216,7 +215,8 @@ void compareFew(const std::vector<const SurvivalCurve*>& included, std::vector<d
     if (!(statistic >= 0) || std::isinf(statistic) || lost) {
       return loseTests(comparison, survey.largestRisk);
     }
-    comparison.tests[t] = {statistic, result[6 + t]};
+    comparison.tests[t] = {statistic, static_cast<double>(survey.observed.size() - 1),
+                           result[6 + t]};
   }
   setCounts(comparison, survey.observed, survey.expected);
 }

@@ -9,7 +9,6 @@
 #include "analysis/coxDesign.h"
 #include "analysis/coxModel.h"
 #include "analysis/coxTables.h"
-#include "analysis/refusal.h"
 #include "frame/labels.h"
 #include "model/coding.h"
 #include "report/build.h"
@@ -94,8 +93,6 @@ CoxAnswer fit(const frame::Frame& data, const Request& request, numerics::Progre
     answer.model = coxModel(asked);
   } catch (const NoSuchModel& none) {
     throw Refusal(Role::kRequest, Refusal::kNone, none.what());
-  } catch (const InvalidRequest& refused) {
-    throw refusalOf(refused, Role::kRequest);
   }
   if (request.residuals) {
     for (std::size_t i = 0; i < data.rows; ++i) {
@@ -133,10 +130,9 @@ report::Report describe(const CoxAnswer& answer, const Request& request) {
   const std::string level = report::brief(100 * (1 - request.alpha), 4) + "%";
   report::Report report;
   report.title = "Proportional-hazards regression";
-  report.summary =
-      counted(model.events, "event", "events") + " in " + counted(model.n, "row", "rows") +
-      ". All coefficients 0? Likelihood ratio: " + report::pValueInWords(model.likelihoodRatio.p) +
-      ".";
+  report.summary = counted(model.events, "event", "events") + " in " +
+                   counted(model.n, "row", "rows") + ". All coefficients 0? Likelihood ratio: " +
+                   report::pValueInWords(model.likelihoodRatio.pValue) + ".";
   report.facts = {
       {key::kN, "Rows", Kind::kCount, static_cast<double>(model.n)},
       {key::kEvents, "Events", Kind::kCount, static_cast<double>(model.events)},

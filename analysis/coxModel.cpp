@@ -14,6 +14,8 @@
 #include "survival/survival.h"
 
 namespace survmeth {
+
+using engine::Role;
 namespace {
 
 constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
@@ -72,28 +74,28 @@ class Regression {
  private:
   void checkRequest() const {
     const std::size_t n = request_.time.size();
-    requireRows(n, 2, "time", "fewer than two rows");
-    require(request_.event.size() == n, "event", "as many events as times are needed");
-    require(!request_.covariates.empty(), "covariates", "no covariate");
-    require(request_.stratum.empty() || request_.stratum.size() == n, "stratum",
+    requireRows(n, 2, Role::kTime, "fewer than two rows");
+    require(request_.event.size() == n, Role::kEvent, "as many events as times are needed");
+    require(!request_.covariates.empty(), Role::kCovariate, "no covariate");
+    require(request_.stratum.empty() || request_.stratum.size() == n, Role::kStrata,
             "as many strata as times are needed");
     for (const CoxCovariate& covariate : request_.covariates) {
-      require(covariate.values.size() == n, "covariates", "as many values as times are needed");
+      require(covariate.values.size() == n, Role::kCovariate, "as many values as times are needed");
     }
-    require(request_.covariates.size() <= (12 * kMostRows / n - 4) / 2, "covariates",
+    require(request_.covariates.size() <= (12 * kMostRows / n - 4) / 2, Role::kCovariate,
             "there are too many covariates for so many rows");
     requireAlpha(request_.alpha);
     const double removeAt = request_.removeAt.value_or(0.5);
-    require(removeAt > 0 && removeAt < 1, "removeAt",
+    require(removeAt > 0 && removeAt < 1, Role::kRemoval,
             "the p-value for removal is not between 0 and 1");
-    requireFinite(request_.time, "time");
+    requireFinite(request_.time, Role::kTime);
     for (const CoxCovariate& covariate : request_.covariates) {
-      requireFinite(covariate.values, "covariates");
+      requireFinite(covariate.values, Role::kCovariate);
     }
-    requireCodes(request_.stratum, request_.strata, "stratum");
+    requireCodes(request_.stratum, request_.strata, Role::kStrata, "stratum");
     require(std::any_of(request_.event.begin(), request_.event.end(),
                         [](std::uint8_t event) { return event != 0; }),
-            "event", "no row is an event");
+            Role::kEvent, "no row is an event");
   }
 
   std::uint32_t stratumOf(std::size_t i) const {
@@ -154,7 +156,7 @@ class Regression {
       sizes_.push_back(static_cast<double>(last - first));
       most = std::max(most, groups);
     }
-    require(most <= kMostCells / S, "stratum",
+    require(most <= kMostCells / S, Role::kStrata,
             "there are too many strata for so many distinct times in one of them");
     groups_ = static_cast<int>(most);
     for (auto* table : {&groupStart_, &groupSize_, &groupEvents_}) table->assign(S * most, 0);
@@ -279,7 +281,7 @@ class Regression {
       model.centre.push_back(centre_[columns[j]]);
     }
     listConstant(columns, model);
-    CoxTest* const tests[] = {&model.likelihoodRatio, &model.score, &model.wald};
+    Test* const tests[] = {&model.likelihoodRatio, &model.score, &model.wald};
     for (int t = 0; t < 3; ++t) *tests[t] = {fit.tests[3 + t], fit.tests[t], fit.tests[6 + t]};
     model.logLikNull = -fit.criteria[2] / 2;
     model.logLik = -fit.criteria[8] / 2;

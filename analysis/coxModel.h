@@ -11,6 +11,8 @@
 #include <string>
 #include <vector>
 
+#include "analysis/estimate.h"
+
 namespace survmeth {
 
 struct CoxCovariate {
@@ -40,10 +42,6 @@ struct CoxCoefficient {
   double hazardRatio = 0, lower = 0, upper = 0;
 };
 
-struct CoxTest {
-  double chiSquare = 0, degreesOfFreedom = 0, p = 0;
-};
-
 struct CoxRemoval {
   std::string name;
   double chiSquare = 0, p = 0;  // Wald test at the time of its removal
@@ -58,7 +56,7 @@ struct CoxModel {
   std::size_t n = 0, events = 0;
   // Of the covariates that are left and of those that are constant, in the request's order.
   std::vector<CoxCoefficient> coefficients;
-  CoxTest likelihoodRatio, score, wald;  // of all coefficients being 0
+  Test likelihoodRatio, score, wald;  // of all coefficients being 0
   double logLikNull = 0, logLik = 0;
   int iterations = 0;
   // Harrell's: of the pairs within strata whose order is known, the share in which the higher risk
@@ -81,7 +79,7 @@ class NoSuchModel : public std::runtime_error {
 
 // Cox regression with Breslow's treatment of tied times.
 //
-// Throws InvalidRequest for columns of different length, no covariate, fewer than two rows or more
+// Throws engine::Refusal for columns of different length, no covariate, fewer than two rows or more
 // than kMostRows (with many covariates: fewer), no event, values that are not finite, a stratum
 // code, alpha or removeAt out of range, and where the number of strata times the largest number of
 // distinct times in one of them passes 2^25; NoSuchModel where no covariate varies (within strata),

@@ -21,17 +21,17 @@ report::Column coefficientColumn(const CoxModel& model, const char* key, const s
 }
 
 report::Table testTable(const CoxModel& model) {
-  const CoxTest* const tests[] = {&model.likelihoodRatio, &model.score, &model.wald};
+  const Test* const tests[] = {&model.likelihoodRatio, &model.score, &model.wald};
   const auto column = [&tests](const char* key, const char* heading, Kind kind, auto member) {
     return report::columnOf(key, heading, kind, tests,
-                            [member](const CoxTest* test) { return test->*member; });
+                            [member](const Test* test) { return test->*member; });
   };
   return report::tableOf(
       "tests", "All coefficients 0?",
       {report::labelColumn(key::kTest, "test", {"likelihood ratio", "score", "Wald"}),
-       column(key::kChiSquare, "chi-square", Kind::kStatistic, &CoxTest::chiSquare),
-       column(key::kDegreesOfFreedom, "df", Kind::kCount, &CoxTest::degreesOfFreedom),
-       column(key::kPValue, "p-value", Kind::kPValue, &CoxTest::p)});
+       column(key::kChiSquare, "chi-square", Kind::kStatistic, &Test::chiSquare),
+       column(key::kDegreesOfFreedom, "df", Kind::kCount, &Test::degreesOfFreedom),
+       column(key::kPValue, "p-value", Kind::kPValue, &Test::pValue)});
 }
 
 report::Table removedTable(const CoxModel& model) {

@@ -71,16 +71,15 @@ report::Table medianTable(const std::vector<SurvivalCurve>& curves, const CurveN
 
 report::Table curveTestTable(const Comparison& comparison) {
   const auto& tests = comparison.tests;
-  const double freedom = comparison.degreesOfFreedom;
   report::Table table = report::tableOf(
       "tests", "Equal survival?",
       {report::labelColumn(key::kTest, "test", {"Log-rank", "Gehan-Breslow", "Tarone-Ware"}),
        report::columnOf(key::kChiSquare, "chi-square", Kind::kStatistic, tests,
-                        [](const TestResult& test) { return test.chiSquare; }),
+                        [](const Test& test) { return test.chiSquare; }),
        report::columnOf(key::kDegreesOfFreedom, "df", Kind::kCount, tests,
-                        [freedom](const TestResult&) { return freedom; }),
+                        [](const Test& test) { return test.degreesOfFreedom; }),
        report::columnOf(key::kPValue, "p-value", Kind::kPValue, tests,
-                        [](const TestResult& test) { return test.pValue; })});
+                        [](const Test& test) { return test.pValue; })});
   if (!comparison.reason.empty()) {
     table.remarks.push_back("No comparison test exists: " + comparison.reason + ".");
   }

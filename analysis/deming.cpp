@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "analysis/demingFit.h"
-#include "analysis/invalidRequest.h"
+#include "analysis/refusal.h"
 #include "analysis/twoMethods.h"
 #include "report/build.h"
 #include "report/keys.h"
@@ -37,7 +37,7 @@ struct Result {
 
 struct Coefficient {
   const char* name;
-  BoundedValue value;
+  Estimate value;
   double standardError;
 };
 
@@ -48,8 +48,8 @@ Result fit(const frame::Frame& data, const Request& request, numerics::Progress&
                              .second = result.pairs.second,
                              .ratio = request.ratio,
                              .alpha = request.alpha});
-  } catch (const InvalidRequest& refused) {
-    throw pairRefusal(refused, "at least three pairs that vary together");
+  } catch (const engine::Refusal& refused) {
+    throw expecting(refused, "at least three pairs that vary together");
   }
   if (result.line.without) {
     result.without =
@@ -84,7 +84,7 @@ std::string summaryOf(const DemingResult& line, const Request& request) {
                         (slope < 0 ? " - " : " + ") + brief(std::fabs(slope), 5) + " times " +
                         request.first + ".";
   if (!line.reason.empty()) return summary + " Its coefficients have no intervals.";
-  const auto holds = [](const BoundedValue& value, double same) {
+  const auto holds = [](const Estimate& value, double same) {
     return (value.lower <= same && same <= value.upper ? "holds " : "does not hold ") + brief(same);
   };
   return summary + " Methods that measure the same have intercept 0 and slope 1: the " +

@@ -16,10 +16,11 @@
 
 #include "Dist/Dist"
 #include "analysis/checks.h"
-#include "analysis/invalidRequest.h"
 #include "analysis/spread.h"
 
 namespace survmeth {
+
+using engine::Role;
 namespace {
 
 constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
@@ -88,14 +89,15 @@ struct Line {
 
 void check(const DemingRequest& request) {
   const std::size_t n = request.first.size();
-  requireRows(n, 3, "first", "fewer than three pairs");
-  require(request.second.size() == n, "second", "the two methods have different numbers of values");
-  require(request.ratio > 0 && std::isfinite(request.ratio), "ratio",
+  requireRows(n, 3, Role::kFirst, "fewer than three pairs");
+  require(request.second.size() == n, Role::kSecond,
+          "the two methods have different numbers of values");
+  require(request.ratio > 0 && std::isfinite(request.ratio), Role::kRatio,
           "the ratio of error variances must be above 0");
   requireAlpha(request.alpha);
-  requireFinite(request.first, "first");
-  requireFinite(request.second, "second");
-  requireSpread(request.first, "first");
+  requireFinite(request.first, Role::kFirst);
+  requireFinite(request.second, Role::kSecond);
+  requireSpread(request.first, Role::kFirst);
 }
 
 bool onTheLine(const Line& line) {
@@ -146,9 +148,9 @@ DemingResult demingFit(const DemingRequest& request) {
   const std::vector<double> x = inUnit(request.first, xUnit), y = inUnit(request.second, yUnit);
   const double tau = std::ldexp(1 / std::sqrt(request.ratio), xUnit - yUnit);
   const Line line(x, y, tau);
-  require(!std::isinf(line.slope), "second",
+  require(!std::isinf(line.slope), Role::kSecond,
           "the two methods do not vary together, and the line is vertical");
-  require(!std::isnan(line.slope), "second",
+  require(!std::isnan(line.slope), Role::kSecond,
           "the two methods do not vary together, and no direction fits better than another");
 
   DemingResult result;
@@ -158,7 +160,7 @@ DemingResult demingFit(const DemingRequest& request) {
   result.intercept = {std::ldexp(line.intercept, yUnit), kNone, kNone};
   require(std::isfinite(result.slope.value) && std::isfinite(result.intercept.value) &&
               (result.slope.value != 0) == (line.scaledSlope != 0),
-          "second", "the line's coefficients are outside the range of numbers");
+          Role::kSecond, "the line's coefficients are outside the range of numbers");
   // The share of a pair's distance in the second coordinate that is the second method's error.
   const double steepness = line.scaledSlope / line.tau;
   const double share = 1 / (1 + steepness * steepness);
@@ -174,7 +176,7 @@ DemingResult demingFit(const DemingRequest& request) {
   if (!result.reason.empty()) return result;
   const double pairs = static_cast<double>(n);
   const double t = InvCDFStudent(1 - request.alpha / 2, pairs - 2);
-  const auto bound = [&](const std::vector<double>& values, int unit, BoundedValue& value) {
+  const auto bound = [&](const std::vector<double>& values, int unit, Estimate& value) {
     const double se = std::ldexp(spreadOf(values).sd * (pairs - 1) / std::sqrt(pairs), unit);
     value.lower = value.value - t * se;
     value.upper = value.value + t * se;

@@ -24,7 +24,7 @@ struct DemingResult {
   double correlation = kNone;  // Pearson's; NaN where second is constant
   // second = intercept + slope first. Limits by the jackknife with Student's t and pairs - 2
   // degrees of freedom.
-  BoundedValue intercept, slope;
+  Estimate intercept, slope;
   double interceptSe = kNone, slopeSe = kNone;  // jackknife standard errors
   // Why errors and limits are NaN: every pair lies on the line, to rounding, or the pairs have no
   // line of finite slope without one of them, `without` (the first such).
@@ -40,7 +40,7 @@ struct DemingResult {
 // constant, and a vertical line where second does; that, and an equal spread in every direction, is
 // refused.
 //
-// Throws InvalidRequest for columns of different length, fewer than three pairs, more than
+// Throws engine::Refusal for columns of different length, fewer than three pairs, more than
 // kMostRows, a value that is not finite, a first column without spread, a ratio or alpha out
 // of its range, a line that is vertical or not determined, coefficients outside the range of doubles.
 // Cost O(n^2).

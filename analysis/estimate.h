@@ -1,4 +1,4 @@
-// Numbers that may not exist, and numbers with limits.
+// Numbers that may not exist, numbers with limits, and tests.
 #ifndef ANALYSIS_ESTIMATE_H_
 #define ANALYSIS_ESTIMATE_H_
 
@@ -10,6 +10,10 @@ inline constexpr double kNone = std::numeric_limits<double>::quiet_NaN();  // do
 
 struct Estimate {
   double value = kNone, lower = kNone, upper = kNone;
+};
+
+struct Test {
+  double chiSquare = kNone, degreesOfFreedom = kNone, pValue = kNone;
 };
 
 }  // namespace survmeth

@@ -15,17 +15,19 @@
 #include "survival/survival.h"
 
 namespace survmeth {
+
+using engine::Role;
 namespace {
 
 void check(const GrayRequest& request) {
   const std::size_t n = request.time.size();
-  requireRows(n, 1, "time", "there are no rows");
-  require(request.status.size() == n && request.group.size() == n, "time",
+  requireRows(n, 1, Role::kTime, "there are no rows");
+  require(request.status.size() == n && request.group.size() == n, Role::kTime,
           "the columns differ in length");
-  require(request.event != 0, "event", "type 0 is censoring, not an event");
-  require(std::isfinite(request.rho), "rho", "rho is not finite");
+  require(request.event != 0, Role::kEvent, "type 0 is censoring, not an event");
+  require(std::isfinite(request.rho), Role::kRho, "rho is not finite");
   requireTimes(request.time);
-  requireCodes(request.group, request.groups, "group");
+  requireCodes(request.group, request.groups, Role::kGroup, "group");
 }
 
 // What decides whether the variance is singular.

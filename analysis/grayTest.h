@@ -33,7 +33,7 @@ struct GrayResult {
   std::vector<bool> included;
 };
 
-// Throws InvalidRequest: columns of different length or without rows ("time"), a time out of its
+// Throws engine::Refusal: columns of different length or without rows ("time"), a time out of its
 // range ("time", with its index), a group code out of range ("group", with its index), type 0
 // ("event"), a rho that is not finite ("rho").
 // Edge the groups at risk at the first event of the type have part; nobody who left before counts

@@ -11,9 +11,7 @@
 
 #include "analysis/curveFigure.h"
 #include "analysis/curveTables.h"
-#include "analysis/invalidRequest.h"
 #include "analysis/lifeTable.h"
-#include "analysis/refusal.h"
 #include "analysis/survivalCurves.h"
 #include "frame/labels.h"
 #include "model/coding.h"
@@ -85,22 +83,21 @@ void requireGroups(const frame::Labels& groups, std::span<const double> weight) 
   }
 }
 
-[[noreturn]] void refuse(const InvalidRequest& error, const std::vector<std::string>& groups) {
-  if (error.member() == "width" || error.member() == "bounds") {
-    throw BadOption(error.member(), error.what());
+[[noreturn]] void refuse(const Refusal& refused, const Request& request,
+                         const std::vector<std::string>& groups) {
+  if (refused.role() == Role::kIntervals) {
+    throw BadOption(request.bounds.empty() ? "width" : "bounds", refused.what());
   }
-  if (error.member() == "group" && groups.size() == 1) {
+  if (refused.role() == Role::kGroup && groups.size() == 1) {
     throw Refusal(Role::kWeight, Refusal::kNone, "every weight is 0", Refusal::kNone,
                   "at least one above 0");
   }
-  if (error.member() == "group" && error.index()) {
+  if (refused.role() == Role::kGroup && refused.column() != Refusal::kNone) {
     throw Refusal(Role::kGroup, Refusal::kNone,
-                  "the weights of the group " + quote(groups[*error.index()]) +
+                  "the weights of the group " + quote(groups[refused.column()]) +
                       " vanish beside the largest weights");
   }
-  throw refusalOf(error, error.member() == "time"     ? Role::kTime
-                         : error.member() == "weight" ? Role::kWeight
-                                                      : Role::kRequest);
+  throw Refusal(refused);
 }
 
 Result fit(const frame::Frame& data, const Request& request, numerics::Progress&) {
@@ -130,8 +127,8 @@ Result fit(const frame::Frame& data, const Request& request, numerics::Progress&
       result.intervals = lifeTables(
           {survival, request.alpha, request.limits, request.width.value_or(0), request.bounds});
     }
-  } catch (const InvalidRequest& error) {
-    refuse(error, groups.labels);
+  } catch (const Refusal& refused) {
+    refuse(refused, request, groups.labels);
   }
   result.groups = std::move(groups.labels);
   return result;

@@ -10,9 +10,11 @@
 
 #include "Dist/Dist"
 #include "analysis/checks.h"
-#include "analysis/invalidRequest.h"
 
 namespace survmeth {
+
+using engine::Refusal;
+using engine::Role;
 namespace {
 
 constexpr double kMostIntervals = 100000;
@@ -59,14 +61,16 @@ std::vector<double> lowerBounds(const LifeTableRequest& request) {
   std::vector<double> lower;
   if (request.width != 0) {
     if (!request.bounds.empty()) {
-      throw InvalidRequest("width", "a width and bounds are given, expected one of the two");
+      throw Refusal(Role::kIntervals, Refusal::kNone,
+                    "a width and bounds are given, expected one of the two");
     }
     if (!std::isfinite(request.width) || request.width < 0) {
-      throw InvalidRequest("width", "the width is not a positive number");
+      throw Refusal(Role::kIntervals, Refusal::kNone, "the width is not a positive number");
     }
     const double last = *std::max_element(request.data.time.begin(), request.data.time.end());
     if (!(last / request.width < kMostIntervals - 1)) {
-      throw InvalidRequest("width", "the width gives more than 100,000 intervals");
+      throw Refusal(Role::kIntervals, Refusal::kNone,
+                    "the width gives more than 100,000 intervals");
     }
     const Decimal unit = shortestDecimal(request.width);
     for (std::uint64_t k = 0; k == 0 || lower.back() <= last; ++k) {
@@ -74,15 +78,17 @@ std::vector<double> lowerBounds(const LifeTableRequest& request) {
     }
     return lower;  // the last one is the upper bound of the interval before
   }
-  if (request.bounds.empty()) throw InvalidRequest("bounds", "there are no bounds");
+  if (request.bounds.empty())
+    throw Refusal(Role::kIntervals, Refusal::kNone, "there are no bounds");
   if (static_cast<double>(request.bounds.size()) > kMostIntervals) {
-    throw InvalidRequest("bounds", "there are more than 100,000 bounds");
+    throw Refusal(Role::kIntervals, Refusal::kNone, "there are more than 100,000 bounds");
   }
   if (request.bounds.front() != 0) lower.push_back(0);
   for (std::size_t i = 0; i < request.bounds.size(); ++i) {
     const double bound = request.bounds[i];
     if (!std::isfinite(bound) || bound < 0 || (!lower.empty() && bound <= lower.back())) {
-      throw InvalidRequest("bounds", "the bounds are not ascending numbers from 0", i);
+      throw Refusal(Role::kIntervals, Refusal::kNone, "the bounds are not ascending numbers from 0",
+                    i);
     }
     lower.push_back(bound + 0.0);
   }

@@ -46,7 +46,7 @@ struct LifeInterval {
 
 // One table for each group.
 //
-// In   request  see SurvivalData and Tally for what is refused (InvalidRequest); further a width
+// In   request  see SurvivalData and Tally for what is refused (engine::Refusal); further a width
 //               or bounds that give no intervals ("width", "bounds") or more than 100,000
 // Edge an interval that nobody enters has no estimates; one without an upper bound has no density
 //      and no hazard

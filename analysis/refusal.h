@@ -1,20 +1,16 @@
-// What a facade function refuses, as a refusal that the faces place.
+// A refusal of the facade with what a person is told to expect instead.
 #ifndef ANALYSIS_REFUSAL_H_
 #define ANALYSIS_REFUSAL_H_
 
 #include <string>
 #include <utility>
 
-#include "analysis/invalidRequest.h"
 #include "engine/input.h"
 
 namespace survmeth::analysis {
 
-// `role` is what the request's member means, `expected` ends the message.
-inline engine::Refusal refusalOf(const InvalidRequest& refused, engine::Role role,
-                                 std::string expected = {}) {
-  return engine::Refusal(role, refused.index().value_or(engine::Refusal::kNone), refused.what(),
-                         engine::Refusal::kNone, std::move(expected));
+inline engine::Refusal expecting(const engine::Refusal& refused, std::string expected) {
+  return {refused.role(), refused.row(), refused.what(), refused.column(), std::move(expected)};
 }
 
 }  // namespace survmeth::analysis

@@ -164,12 +164,9 @@ RocAnswer fit(const frame::Frame& data, const Request& request, numerics::Progre
   progress.at(0);
   try {
     answer.result = rocCurves(asked);
-  } catch (const InvalidRequest& refused) {
-    if (refused.member() == "marker" && refused.index()) {
-      throw Refusal(Role::kMarker, Refusal::kNone, refused.what(), *refused.index(),
-                    "positive and negative rows with a weight above 0");
-    }
-    throw refusalOf(refused, refused.member() == "weight" ? Role::kWeight : Role::kRequest);
+  } catch (const Refusal& refused) {
+    if (refused.role() != Role::kMarker) throw;
+    throw expecting(refused, "positive and negative rows with a weight above 0");
   }
   if (!request.weight.empty()) addWeightNotes(asked.weight, answer);
   addMarkerNotes(answer);

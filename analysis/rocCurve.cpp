@@ -13,10 +13,12 @@
 
 #include "Dist/Dist"
 #include "analysis/checks.h"
-#include "analysis/invalidRequest.h"
 #include "survival/survival.h"
 
 namespace survmeth {
+
+using engine::Refusal;
+using engine::Role;
 namespace {
 
 constexpr int kAtOrAbove = 2, kTwoSided = 0, kHanleyMcNeil = 0, kDeLong = 2;
@@ -36,29 +38,29 @@ constexpr const char* kNoError = "the standard error is 0";
 
 void check(const RocRequest& request) {
   const std::size_t n = request.positive.size();
-  requireRows(n, 1, "positive", "there are no rows");
-  require(!request.markers.empty(), "marker", "there is no marker");
-  require(request.weight.empty() || request.weight.size() == n, "weight",
+  requireRows(n, 1, Role::kClass, "there are no rows");
+  require(!request.markers.empty(), Role::kMarker, "there is no marker");
+  require(request.weight.empty() || request.weight.size() == n, Role::kWeight,
           "as many weights as rows are needed");
   requireAlpha(request.alpha);
   requireWeights(request.weight);
   if (request.prevalence) {
-    require(*request.prevalence > 0 && *request.prevalence < 1, "prevalence",
+    require(*request.prevalence > 0 && *request.prevalence < 1, Role::kPrevalence,
             "the prevalence is not between 0 and 1");
   }
   const RocCosts& costs = request.costs;
   double rows = request.weight.empty() ? static_cast<double>(n) : 0;
   for (const double weight : request.weight) rows += weight;
   for (const double cost : {costs.tp, costs.fp, costs.fn, costs.tn}) {
-    require(std::isfinite(cost), "cost", "a cost is not finite");
-    require(std::isfinite(4 * rows * cost), "cost",
+    require(std::isfinite(cost), Role::kCost, "a cost is not finite");
+    require(std::isfinite(4 * rows * cost), Role::kCost,
             "the cost of all rows is beyond the largest number");
   }
   for (std::size_t m = 0; m < request.markers.size(); ++m) {
     const std::span<const double> values = request.markers[m].values;
-    require(values.size() == n, "positive", "the columns differ in length");
+    require(values.size() == n, Role::kClass, "the columns differ in length");
     if (std::any_of(values.begin(), values.end(), [](double v) { return std::isinf(v); })) {
-      throw InvalidRequest("marker", "a value is infinite", m);
+      throw Refusal(Role::kMarker, Refusal::kNone, "a value is infinite", m);
     }
   }
 }
@@ -263,10 +265,10 @@ class Analysis {
     const RocMarker& marker = request_.markers[m];
     const Sample sample = sampleOf({m});
     if (sample.positives == 0 || sample.negatives == 0) {
-      throw InvalidRequest("marker",
-                           std::string("no ") + (sample.positives == 0 ? "positive" : "negative") +
-                               " row has the marker",
-                           m);
+      throw Refusal(Role::kMarker, Refusal::kNone,
+                    std::string("no ") + (sample.positives == 0 ? "positive" : "negative") +
+                        " row has the marker",
+                    m);
     }
     const Ranks ranks(marker, sample);
     // Weights far apart make DeLong's sums go pair by pair; only counts have his error.

@@ -96,7 +96,7 @@ struct RocResult {
 // Whole weights count for as many rows each. Areas and errors depend on the order of the values
 // only, in whatever unit.
 //
-// Throws InvalidRequest: no rows or columns of different length ("positive"), no marker
+// Throws engine::Refusal: no rows or columns of different length ("positive"), no marker
 // ("marker"), a value that is infinite ("marker"), a weight, prevalence, cost or alpha out of its
 // range ("weight", with the row; "prevalence"; "cost"; "alpha"); a marker without a positive or
 // without a negative row ("marker", with its index).

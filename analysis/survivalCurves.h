@@ -49,22 +49,14 @@ struct SurvivalCurve {
 
 enum class CurveTest { kLogRank, kGehanBreslow, kTaroneWare };
 
-struct TestResult {
-  double chiSquare = kNone;
-  double pValue = kNone;
-};
-
 // Comparison of the groups. A group in which nobody is at risk at any event time has no part in
 // it, and none of the events. Where no test exists, `reason` says why and the numbers are NaN.
 struct Comparison {
   std::string reason;
-  double degreesOfFreedom = kNone;
-  std::array<TestResult, 3> tests;         // in the order of CurveTest
+  std::array<Test, 3> tests;               // in the order of CurveTest
   std::vector<bool> included;              // of each group
   std::vector<double> observed, expected;  // events of each group, as in the log-rank test
-  const TestResult& operator[](CurveTest test) const {
-    return tests[static_cast<std::size_t>(test)];
-  }
+  const Test& operator[](CurveTest test) const { return tests[static_cast<std::size_t>(test)]; }
 };
 
 struct CurveResult {
@@ -72,7 +64,7 @@ struct CurveResult {
   Comparison comparison;
 };
 
-// In   data     see SurvivalData and Tally for what is refused (InvalidRequest)
+// In   data     see SurvivalData and Tally for what is refused (engine::Refusal)
 // Edge all rows events, all rows censored: valid; one group or no event: no test
 // Cost O(n log n), about 200 bytes a row while it works, 64 bytes a distinct time in the result.
 //      The tests of K groups besides: O(K^2) for each event time and O(K^3) up to 16 groups; above

@@ -7,22 +7,24 @@
 #include <numeric>
 
 #include "analysis/checks.h"
-#include "analysis/invalidRequest.h"
 #include "numerics/order.h"
 
 namespace survmeth {
+
+using engine::Refusal;
+using engine::Role;
 namespace {
 
 void check(const SurvivalData& data) {
   const std::size_t n = data.time.size();
-  requireRows(n, 2, "time", "at least two rows are needed");
+  requireRows(n, 2, Role::kTime, "at least two rows are needed");
   require(data.event.size() == n && (data.weight.empty() || data.weight.size() == n) &&
               (data.group.empty() || data.group.size() == n),
-          "time", "the columns differ in length");
-  require(data.groups >= 1, "group", "at least one group is needed");
+          Role::kTime, "the columns differ in length");
+  require(data.groups >= 1, Role::kGroup, "at least one group is needed");
   requireTimes(data.time);
   requireWeights(data.weight);
-  requireCodes(data.group, data.groups, "group");
+  requireCodes(data.group, data.groups, Role::kGroup, "group");
 }
 
 }  // namespace
@@ -51,10 +53,12 @@ Tally::Tally(const SurvivalData& data) : data_(data) {
     if (!data.weight.empty() && data.weight[i] > 0) anyWeight[groupOf(i)] = true;
   }
   for (std::size_t g = 0; g < data.groups; ++g) {
-    if (starts_[g + 1] == 0) throw InvalidRequest("group", "a group has no rows", g);
-    if (!anyWeight[g]) throw InvalidRequest("group", "a group's weights are all 0", g);
+    if (starts_[g + 1] == 0) throw Refusal(Role::kGroup, Refusal::kNone, "a group has no rows", g);
+    if (!anyWeight[g])
+      throw Refusal(Role::kGroup, Refusal::kNone, "a group's weights are all 0", g);
     if (!(totals[g] > 0)) {
-      throw InvalidRequest("group", "a group's weights vanish beside the largest weights", g);
+      throw Refusal(Role::kGroup, Refusal::kNone,
+                    "a group's weights vanish beside the largest weights", g);
     }
   }
   std::partial_sum(starts_.begin(), starts_.end(), starts_.begin());

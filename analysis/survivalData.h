@@ -31,7 +31,7 @@ struct TimeCounts {
 // events and censorings at risk, and a curve that ends in an event ends at exactly 0.
 class Tally {
  public:
-  // Throws InvalidRequest: columns of different length ("time"), fewer than two rows ("time"), a
+  // Throws engine::Refusal: columns of different length ("time"), fewer than two rows ("time"), a
   // time, weight or group out of its range (with the row's index), a group without rows, with a
   // total weight of 0, or with weights that are lost beside the others' ("group", with the group's
   // index).

@@ -26,10 +26,6 @@ Pairs pairsOf(const frame::Frame& data, const std::string& first, const std::str
   return pairs;
 }
 
-engine::Refusal pairRefusal(const InvalidRequest& refused, const char* expected) {
-  return refusalOf(refused, refused.member() == "second" ? Role::kSecond : Role::kFirst, expected);
-}
-
 report::Table pairTable(const char* id, const char* caption, const Pairs& pairs,
                         const std::string& first, const std::string& second,
                         std::vector<report::Column> more) {

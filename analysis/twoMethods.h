@@ -7,7 +7,6 @@
 #include <utility>
 #include <vector>
 
-#include "analysis/invalidRequest.h"
 #include "engine/input.h"
 #include "frame/frame.h"
 #include "report/report.h"
@@ -21,9 +20,6 @@ struct Pairs {
 
 // Of two columns of numbers. Cost O(rows).
 Pairs pairsOf(const frame::Frame& data, const std::string& first, const std::string& second);
-
-// The refusal of a request for two methods, of the method it is about.
-engine::Refusal pairRefusal(const InvalidRequest& refused, const char* expected);
 
 // A table of one row for each pair: line, first and second, then what is added. For files.
 report::Table pairTable(const char* id, const char* caption, const Pairs& pairs,

@@ -67,9 +67,16 @@ enum class Role {
   kSecond,
   kClass,  // what a marker is to tell
   kMarker,
-  kLevel,    // of a label column: an event value, a reference, the positives
-  kFormula,  // names columns by itself
-  kValue,    // a number, a choice, a switch: nothing of the data
+  kLevel,      // of a label column: an event value, a reference, the positives
+  kFormula,    // names columns by itself
+  kAlpha,      // numbers of a request: the significance level
+  kIntervals,  // the width or the bounds of intervals
+  kPrevalence,
+  kCost,
+  kRatio,
+  kRho,
+  kRemoval,
+  kValue,  // a number, a choice, a switch: nothing of the data
 };
 
 // Input that cannot be analysed. The faces find the place: which role is at fault, for roles of

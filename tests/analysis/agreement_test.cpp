@@ -7,12 +7,12 @@
 #include <string>
 #include <vector>
 
-#include "analysis/invalidRequest.h"
 #include "tests/analysis/peakFlow.h"
+#include "tests/support/role.h"
 
 namespace {
 
-using survmeth::InvalidRequest;
+using survmeth::engine::Refusal;
 
 using survmeth::test::kMini;
 using survmeth::test::kWright;
@@ -27,8 +27,8 @@ std::string refusal(const Request& request) {
     } else {
       survmeth::repeatability(request);
     }
-  } catch (const InvalidRequest& refused) {
-    return refused.member() + ": " + refused.what();
+  } catch (const Refusal& refused) {
+    return nameOf(refused.role()) + ": " + refused.what();
   }
   return "";
 }
@@ -210,10 +210,10 @@ TEST(Repeatability, RefusesWhatHasNoAnswer) {
   EXPECT_EQ(refusal(Request{.values = values, .subject = one, .subjects = 2}),
             "subject: values and subjects have different numbers");
   EXPECT_EQ(refusal(Request{.values = none, .subject = subject, .subjects = 2}),
-            "values: a value is not finite");
+            "first: a value is not finite");
   EXPECT_EQ(refusal(Request{.values = values, .subject = subject, .subjects = 2, .alpha = 0}),
             "alpha: the significance level is not between 0 and 1");
-  EXPECT_EQ(refusal(Request{}), "values: there are no values");
+  EXPECT_EQ(refusal(Request{}), "first: there are no values");
 }
 
 }  // namespace

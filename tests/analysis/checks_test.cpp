@@ -12,23 +12,24 @@
 #include "analysis/coxModel.h"
 #include "analysis/demingFit.h"
 #include "analysis/grayTest.h"
-#include "analysis/invalidRequest.h"
 #include "analysis/lifeTable.h"
 #include "analysis/rocCurve.h"
 #include "analysis/spread.h"
 #include "analysis/survivalCurves.h"
+#include "tests/support/role.h"
 
 namespace {
 
 using namespace survmeth;
+using engine::Role;
 
 template <class Function>
 std::string refusal(const Function& function) {
   try {
     function();
-  } catch (const InvalidRequest& refused) {
-    const std::string index = refused.index() ? " " + std::to_string(*refused.index()) : "";
-    return refused.member() + index + ": " + refused.what();
+  } catch (const engine::Refusal& refused) {
+    const std::string index = indexOf(refused) ? " " + std::to_string(*indexOf(refused)) : "";
+    return nameOf(refused.role()) + index + ": " + refused.what();
   }
   return "";
 }
@@ -66,8 +67,7 @@ TEST(Checks, NoFunctionTakesMoreRowsThanTheEntryPointsCanCount) {
   EXPECT_EQ(refusal([&] { rocCurves(roc); }), "positive" + what);
   EXPECT_EQ(refusal([&] { agreement({.first = numbers, .second = numbers}); }), "first" + what);
   EXPECT_EQ(refusal([&] { demingFit({.first = numbers, .second = numbers}); }), "first" + what);
-  EXPECT_EQ(refusal([&] { repeatability({.values = numbers, .subject = codes}); }),
-            "values" + what);
+  EXPECT_EQ(refusal([&] { repeatability({.values = numbers, .subject = codes}); }), "first" + what);
 }
 
 TEST(Checks, ALevelIsBetweenZeroAndOne) {
@@ -81,17 +81,18 @@ TEST(Checks, ALevelIsBetweenZeroAndOne) {
 TEST(Checks, TheFirstElementAtFaultIsNamed) {
   const double inf = std::numeric_limits<double>::infinity();
   const std::vector<double> values = {0, 1, -inf, std::nan("")};
-  EXPECT_EQ(refusal([&] { requireFinite(values, "x"); }), "x 2: a value is not finite");
+  EXPECT_EQ(refusal([&] { requireFinite(values, Role::kSecond); }),
+            "second 2: a value is not finite");
   EXPECT_EQ(refusal([&] { requireTimes(values); }), "time 2: a time is negative or not finite");
   EXPECT_EQ(refusal([&] { requireWeights(values); }),
             "weight 2: a weight is negative or not finite");
   const std::vector<double> large = {1e308, 1e308};
   EXPECT_EQ(refusal([&] { requireWeights(large); }), "weight: the weights' sum is not finite");
   const std::vector<std::uint32_t> codes = {0, 2, 3, 4};
-  EXPECT_EQ(refusal([&] { requireCodes(codes, 3, "group"); }),
+  EXPECT_EQ(refusal([&] { requireCodes(codes, 3, Role::kGroup, "group"); }),
             "group 2: a group code is out of range");
-  EXPECT_EQ(refusal([&] { requireCodes(codes, 5, "group"); }), "");
-  EXPECT_EQ(refusal([] { requireRows(1, 2, "time", "too few"); }), "time: too few");
+  EXPECT_EQ(refusal([&] { requireCodes(codes, 5, Role::kGroup, "group"); }), "");
+  EXPECT_EQ(refusal([] { requireRows(1, 2, Role::kTime, "too few"); }), "time: too few");
 }
 
 TEST(Spread, HoldsFromTheSmallestToTheLargestUnit) {

@@ -28,7 +28,7 @@ TEST(CompareCurves, LogRankIsThatOfTheReference) {
     const Comparison comparison =
         compare(test::fromFile(sets[i][0], sets[i][1], sets[i][2], sets[i][3], &labels));
     EXPECT_TRUE(near(comparison[CurveTest::kLogRank].chiSquare, csv.number("chisq", i), 1e-10));
-    EXPECT_EQ(comparison.degreesOfFreedom, csv.number("df", i));
+    EXPECT_EQ(comparison.tests[0].degreesOfFreedom, csv.number("df", i));
   }
 }
 
@@ -46,7 +46,7 @@ TEST(CompareCurves, RandomDataGiveTheStatisticsOfR) {
     EXPECT_TRUE(near(comparison.tests[2].chiSquare, csv.number("tarone", row), 1e-10));
     if (!comparison.reason.empty()) continue;
     ++existing;
-    EXPECT_EQ(comparison.degreesOfFreedom, csv.number("df", row));
+    EXPECT_EQ(comparison.tests[0].degreesOfFreedom, csv.number("df", row));
     EXPECT_TRUE(near(comparison.expected[0], csv.number("expected0", row), 1e-10));
     EXPECT_TRUE(near(comparison.tests[0].pValue, csv.number("p", row), 1e-10));
   }
@@ -120,7 +120,7 @@ TEST(CompareCurves, OneGroupHasNoTest) {
   const Comparison comparison = compare(groupsOf({{{1, 1}, {2, 0}}}));
   EXPECT_EQ(comparison.reason, "there is one group");
   EXPECT_TRUE(std::isnan(comparison.tests[0].pValue));
-  EXPECT_TRUE(std::isnan(comparison.degreesOfFreedom));
+  EXPECT_TRUE(std::isnan(comparison.tests[0].degreesOfFreedom));
 }
 
 // Everybody at risk has an event at the only time that the groups share; the entry point says
@@ -130,7 +130,7 @@ TEST(CompareCurves, NoTestWhereTheCovarianceIsSingular) {
        {groupsOf({{{5, 1}}, {{5, 1}}}), groupsOf({{{1, 1}}, {{1, 1}}, {{1, 1}}})}) {
     const Comparison comparison = compare(columns);
     EXPECT_NE(comparison.reason.find("singular"), std::string::npos);
-    for (const TestResult& test : comparison.tests) {
+    for (const survmeth::Test& test : comparison.tests) {
       EXPECT_TRUE(std::isnan(test.chiSquare) && std::isnan(test.pValue));
     }
   }
@@ -144,7 +144,7 @@ TEST(CompareCurves, AGroupGoneBeforeTheFirstEventHasNoPart) {
   const Comparison without =
       compare(groupsOf({{{3, 1}, {5, 0}, {7, 1}}, {{4, 1}, {6, 1}, {8, 0}}}));
   EXPECT_EQ(with.included, (std::vector<bool>{false, true, true}));
-  EXPECT_EQ(with.degreesOfFreedom, 1);
+  EXPECT_EQ(with.tests[0].degreesOfFreedom, 1);
   for (std::size_t t = 0; t < 3; ++t) {
     EXPECT_EQ(with.tests[t].chiSquare, without.tests[t].chiSquare);
   }

@@ -8,15 +8,15 @@
 
 #include "analysis/coxChecks.h"
 #include "analysis/coxModel.h"
-#include "analysis/invalidRequest.h"
 #include "tests/support/csv.h"
+#include "tests/support/role.h"
 
 namespace {
 
 using survmeth::CoxModel;
 using survmeth::CoxRequest;
-using survmeth::InvalidRequest;
 using survmeth::NoSuchModel;
+using survmeth::engine::Refusal;
 using survmeth::test::Csv;
 
 // Columns that own what a request points to.
@@ -368,8 +368,8 @@ std::string refused(const std::function<void(CoxRequest&)>& change) {
   change(request);
   try {
     survmeth::coxModel(request);
-  } catch (const InvalidRequest& invalid) {
-    return invalid.member() + ": " + invalid.what();
+  } catch (const Refusal& invalid) {
+    return nameOf(invalid.role()) + ": " + invalid.what();
   }
   return "";
 }
@@ -390,8 +390,8 @@ TEST(CoxModel, RefusesWhatIsNotARequest) {
 std::string requestRefusal(const CoxRequest& request) {
   try {
     survmeth::coxModel(request);
-  } catch (const InvalidRequest& refused) {
-    return refused.member() + ": " + refused.what();
+  } catch (const Refusal& refused) {
+    return nameOf(refused.role()) + ": " + refused.what();
   }
   return "";
 }

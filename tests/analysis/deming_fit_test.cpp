@@ -6,13 +6,13 @@
 #include <vector>
 
 #include "analysis/demingFit.h"
-#include "analysis/invalidRequest.h"
 #include "tests/analysis/peakFlow.h"
+#include "tests/support/role.h"
 
 namespace {
 
 using survmeth::DemingResult;
-using survmeth::InvalidRequest;
+using survmeth::engine::Refusal;
 using survmeth::test::kMini;
 using survmeth::test::kWright;
 using survmeth::test::mapped;
@@ -21,7 +21,7 @@ using survmeth::test::methodReference;
 std::string refusal(const std::vector<double>& x, const std::vector<double>& y, double ratio = 1) {
   try {
     survmeth::demingFit({.first = x, .second = y, .ratio = ratio});
-  } catch (const InvalidRequest& refused) {
+  } catch (const Refusal& refused) {
     return refused.what();
   }
   return "";
@@ -204,8 +204,8 @@ TEST(DemingFit, RefusesWhatIsNotARequest) {
   EXPECT_EQ(refusal(two, two), "fewer than three pairs");
   EXPECT_EQ(refusal(x, {1, NAN, 3}), "a value is not finite");
   EXPECT_EQ(refusal({1, INFINITY, 3}, x), "a value is not finite");
-  EXPECT_THROW(survmeth::demingFit({.first = x, .second = x, .alpha = 0}), InvalidRequest);
-  EXPECT_THROW(survmeth::demingFit({.first = x, .second = x, .alpha = 1}), InvalidRequest);
+  EXPECT_THROW(survmeth::demingFit({.first = x, .second = x, .alpha = 0}), Refusal);
+  EXPECT_THROW(survmeth::demingFit({.first = x, .second = x, .alpha = 1}), Refusal);
 }
 
 }  // namespace

@@ -9,14 +9,14 @@
 #include <vector>
 
 #include "analysis/grayTest.h"
-#include "analysis/invalidRequest.h"
 #include "tests/support/csv.h"
+#include "tests/support/role.h"
 
 namespace {
 
 using survmeth::GrayRequest;
 using survmeth::GrayResult;
-using survmeth::InvalidRequest;
+using survmeth::engine::Refusal;
 using survmeth::test::Csv;
 
 // Columns that own what a request points to.
@@ -177,9 +177,9 @@ void expectRefusal(const Data& data, const std::string& member,
   try {
     data.test();
     ADD_FAILURE() << "accepted, although " << member << " is wrong";
-  } catch (const InvalidRequest& refused) {
-    EXPECT_EQ(refused.member(), member);
-    EXPECT_EQ(refused.index(), index);
+  } catch (const Refusal& refused) {
+    EXPECT_EQ(nameOf(refused.role()), member);
+    EXPECT_EQ(indexOf(refused), index);
   }
 }
 

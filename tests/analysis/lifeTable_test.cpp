@@ -3,8 +3,8 @@
 
 #include <limits>
 
-#include "analysis/invalidRequest.h"
 #include "tests/analysis/curveData.h"
+#include "tests/support/role.h"
 
 namespace survmeth {
 namespace {
@@ -117,23 +117,23 @@ TEST(LifeTable, RefusesIntervalsThatAreNone) {
   const auto refused = [&](double width, std::vector<double> bounds) -> std::string {
     try {
       lifeTables({columns.data(), 0.05, CurveLimits::kLogLog, width, std::move(bounds)});
-    } catch (const InvalidRequest& error) {
-      return error.member();
+    } catch (const survmeth::engine::Refusal& error) {
+      return nameOf(error.role());
     }
     return "accepted";
   };
   const double infinity = std::numeric_limits<double>::infinity();
-  EXPECT_EQ(refused(-1, {}), "width");
-  EXPECT_EQ(refused(infinity, {}), "width");
-  EXPECT_EQ(refused(kNone, {}), "width");
-  EXPECT_EQ(refused(1e-6, {}), "width");
-  EXPECT_EQ(refused(1, {1}), "width");
-  EXPECT_EQ(refused(0, {}), "bounds");
-  EXPECT_EQ(refused(0, {2, 1}), "bounds");
-  EXPECT_EQ(refused(0, {1, 1}), "bounds");
-  EXPECT_EQ(refused(0, {-1, 1}), "bounds");
-  EXPECT_EQ(refused(0, {1, kNone}), "bounds");
-  EXPECT_EQ(refused(0, {1, infinity}), "bounds");
+  EXPECT_EQ(refused(-1, {}), "intervals");
+  EXPECT_EQ(refused(infinity, {}), "intervals");
+  EXPECT_EQ(refused(kNone, {}), "intervals");
+  EXPECT_EQ(refused(1e-6, {}), "intervals");
+  EXPECT_EQ(refused(1, {1}), "intervals");
+  EXPECT_EQ(refused(0, {}), "intervals");
+  EXPECT_EQ(refused(0, {2, 1}), "intervals");
+  EXPECT_EQ(refused(0, {1, 1}), "intervals");
+  EXPECT_EQ(refused(0, {-1, 1}), "intervals");
+  EXPECT_EQ(refused(0, {1, kNone}), "intervals");
+  EXPECT_EQ(refused(0, {1, infinity}), "intervals");
   EXPECT_EQ(refused(0, {1, 2}), "accepted");
   EXPECT_EQ(refused(1e-4, {}), "accepted");
 }

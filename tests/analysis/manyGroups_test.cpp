@@ -59,7 +59,7 @@ TEST(ManyGroups, GiveTheStatisticsOfR) {
     const Comparison comparison =
         survivalCurves({columns.data(), 0.05, CurveLimits::kLogLog}).comparison;
     EXPECT_EQ(comparison.reason, "");
-    EXPECT_EQ(comparison.degreesOfFreedom, csv.number("df", row));
+    EXPECT_EQ(comparison.tests[0].degreesOfFreedom, csv.number("df", row));
     // R's own two ways of the log-rank test differ by 1e-14; both solve with the matrix.
     EXPECT_TRUE(near(comparison.tests[0].chiSquare, csv.number("logrank", row), 1e-12));
     EXPECT_TRUE(near(comparison.tests[1].chiSquare, csv.number("gehan", row), 1e-12));
@@ -186,7 +186,8 @@ TEST(ManyGroups, HaveNoTestWhereTheirMatrixIsTooLarge) {
   const Comparison& comparison = pooled.result.comparison;
   EXPECT_NE(comparison.reason.find("too many groups for their covariance matrix"),
             std::string::npos);
-  EXPECT_TRUE(std::isnan(comparison.tests[0].pValue) && std::isnan(comparison.degreesOfFreedom));
+  EXPECT_TRUE(std::isnan(comparison.tests[0].pValue) &&
+              std::isnan(comparison.tests[0].degreesOfFreedom));
   EXPECT_TRUE(std::isnan(comparison.observed[0]) && std::isnan(comparison.expected[0]));
   // The first group is at risk at the first event time only, with 19,999 others.
   const ManyGroups many(pooled.curves, pooled.times);

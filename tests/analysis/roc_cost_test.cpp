@@ -3,8 +3,8 @@
 
 #include <vector>
 
-#include "analysis/invalidRequest.h"
 #include "analysis/rocCurve.h"
+#include "tests/support/role.h"
 
 namespace {
 
@@ -79,8 +79,8 @@ TEST(RocCost, RefusesWhatAddsUpBeyondTheLargestNumber) {
   try {
     kSix.curve({.fn = 1e308});
     ADD_FAILURE() << "accepted";
-  } catch (const survmeth::InvalidRequest& refused) {
-    EXPECT_EQ(refused.member(), "cost");
+  } catch (const survmeth::engine::Refusal& refused) {
+    EXPECT_EQ(nameOf(refused.role()), "cost");
     EXPECT_STREQ(refused.what(), "the cost of all rows is beyond the largest number");
   }
 }

@@ -10,18 +10,18 @@
 #include <string>
 #include <vector>
 
-#include "analysis/invalidRequest.h"
 #include "analysis/rocCurve.h"
 #include "tests/support/csv.h"
+#include "tests/support/role.h"
 
 namespace {
 
-using survmeth::InvalidRequest;
 using survmeth::RateInterval;
 using survmeth::RocCurve;
 using survmeth::RocRequest;
 using survmeth::RocResult;
 using survmeth::RocThreshold;
+using survmeth::engine::Refusal;
 using survmeth::test::Csv;
 
 constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
@@ -384,9 +384,9 @@ void expectRefusal(const Data& data, const std::string& member,
   try {
     data.run();
     ADD_FAILURE() << "accepted, although " << member << " is wrong";
-  } catch (const InvalidRequest& refused) {
-    EXPECT_EQ(refused.member(), member) << refused.what();
-    EXPECT_EQ(refused.index(), index);
+  } catch (const Refusal& refused) {
+    EXPECT_EQ(nameOf(refused.role()), member) << refused.what();
+    EXPECT_EQ(indexOf(refused), index);
   }
 }
 

@@ -4,8 +4,8 @@
 #include <limits>
 #include <optional>
 
-#include "analysis/invalidRequest.h"
 #include "tests/analysis/curveData.h"
+#include "tests/support/role.h"
 
 namespace survmeth {
 namespace {
@@ -262,8 +262,8 @@ TEST(SurvivalCurves, AnEventOfWeightZeroIsNone) {
 std::string refusal(const Columns& columns, double alpha = 0.05) {
   try {
     run(columns, CurveLimits::kLogLog, alpha);
-  } catch (const InvalidRequest& error) {
-    return error.member() + (error.index() ? " " + std::to_string(*error.index()) : "");
+  } catch (const survmeth::engine::Refusal& error) {
+    return nameOf(error.role()) + (indexOf(error) ? " " + std::to_string(*indexOf(error)) : "");
   }
   return "accepted";
 }
@@ -280,9 +280,9 @@ TEST(SurvivalCurves, WeightsLostBesideOthersAreNotCalledZero) {
   try {
     survivalCurves({columns.data(), 0.05, CurveLimits::kLogLog});
     ADD_FAILURE() << "accepted";
-  } catch (const InvalidRequest& refused) {
+  } catch (const survmeth::engine::Refusal& refused) {
     EXPECT_STREQ(refused.what(), "a group's weights vanish beside the largest weights");
-    EXPECT_EQ(refused.index(), 1u);
+    EXPECT_EQ(indexOf(refused), 1u);
   }
 }
 
