@@ -82,7 +82,7 @@ void addOutputs(CLI::App& app, const Declaration& declaration, Typed& typed) {
             [&typed](const analysis::Setting& words) {
               typed.missing = frame::Missing(std::get<std::vector<std::string>>(words));
             });
-  app.add_flag("--json", typed.json, "Print JSON (docs/json.md) and nothing else");
+  app.add_flag("--json", typed.json, "Print JSON (docs/report.md) and nothing else");
   app.add_option("--html", typed.html, "Write the report with its figures as one HTML file")
       ->type_name("FILE");
   app.add_option("--out", typed.out, "Write the tables as CSV files into this folder")
