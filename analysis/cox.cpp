@@ -24,7 +24,6 @@ using engine::Refusal;
 using engine::Role;
 using report::Kind;
 using text::counted;
-using text::grouped;
 using text::quote;
 
 enum class Selection { kNone, kBackward };
@@ -104,27 +103,6 @@ CoxAnswer fit(const frame::Frame& data, const Request& request, numerics::Progre
   return answer;
 }
 
-void addNotes(const CoxAnswer& answer, report::Report& report) {
-  const CoxModel& model = answer.model;
-  if (!answer.eventNote.empty()) report.notes.push_back({"eventCoding", answer.eventNote, {}});
-  std::size_t asked = model.removed.size();
-  for (const CoxCoefficient& c : model.coefficients) {
-    asked += c.constant ? 0 : 1;
-    if (!c.constant) continue;
-    report.notes.push_back({"constant",
-                            "the covariate " + quote(c.name) + " does not vary" +
-                                (answer.strata.size() > 1 ? " within any stratum" : "") +
-                                " and has no coefficient",
-                            {c.name}});
-  }
-  if (asked > model.events) {
-    report.notes.push_back({"moreCovariatesThanEvents",
-                            "there are more covariates than events (" + grouped(asked) + " and " +
-                                grouped(model.events) + "): the estimates are unreliable",
-                            {}});
-  }
-}
-
 report::Report describe(const CoxAnswer& answer, const Request& request) {
   const CoxModel& model = answer.model;
   const std::string level = report::brief(100 * (1 - request.alpha), 4) + "%";
@@ -164,7 +142,7 @@ report::Report describe(const CoxAnswer& answer, const Request& request) {
   for (const auto& [column, reference] : answer.references) {
     report.methods.push_back({"reference level of " + column + ": " + reference, ""});
   }
-  addNotes(answer, report);
+  addCoxNotes(answer, report);
   return report;
 }
 

@@ -6,6 +6,7 @@
 #include "report/build.h"
 #include "report/keys.h"
 #include "report/numbers.h"
+#include "text/words.h"
 
 namespace survmeth::analysis {
 namespace {
@@ -167,6 +168,28 @@ report::Figure coxForest(const CoxAnswer& answer, const std::string& level) {
   }
   figure.panels.push_back(std::move(panel));
   return figure;
+}
+
+void addCoxNotes(const CoxAnswer& answer, report::Report& report) {
+  const CoxModel& model = answer.model;
+  if (!answer.eventNote.empty()) report.notes.push_back({"eventCoding", answer.eventNote, {}});
+  std::size_t asked = model.removed.size();
+  for (const CoxCoefficient& c : model.coefficients) {
+    asked += c.constant ? 0 : 1;
+    if (!c.constant) continue;
+    report.notes.push_back({"constant",
+                            "the covariate " + text::quote(c.name) + " does not vary" +
+                                (answer.strata.size() > 1 ? " within any stratum" : "") +
+                                " and has no coefficient",
+                            {c.name}});
+  }
+  if (asked > model.events) {
+    report.notes.push_back({"moreCovariatesThanEvents",
+                            "there are more covariates than events (" + text::grouped(asked) +
+                                " and " + text::grouped(model.events) +
+                                "): the estimates are unreliable",
+                            {}});
+  }
 }
 
 }  // namespace survmeth::analysis

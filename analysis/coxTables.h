@@ -31,6 +31,9 @@ report::Table coxResidualTable(const CoxAnswer& answer, const std::string& time)
 // A row for each coefficient that exists: its hazard ratio with limits.
 report::Figure coxForest(const CoxAnswer& answer, const std::string& level);
 
+// What a reader should know: constant covariates, more covariates than events, the coding of events.
+void addCoxNotes(const CoxAnswer& answer, report::Report& report);
+
 }  // namespace survmeth::analysis
 
 #endif  // ANALYSIS_COX_TABLES_H_

@@ -3,8 +3,10 @@
 
 #include <cstdint>
 #include <string>
+#include <utility>
 #include <vector>
 
+#include "analysis/eventTables.h"
 #include "analysis/grayTest.h"
 #include "frame/labels.h"
 #include "model/eventTypes.h"
@@ -74,29 +76,29 @@ Result fit(const frame::Frame& data, const Request& request, numerics::Progress&
 }
 
 void addNotes(const Result& result, report::Report& report) {
-  if (!result.event.censored) report.notes.push_back({"noneCensored", "no row is censored", {}});
+  const auto add = [&report](const char* code, const std::string& text,
+                             std::vector<std::string> names = {}) {
+    report.notes.push_back({code, text, std::move(names)});
+  };
+  if (!result.event.censored) add("noneCensored", "no row is censored");
   if (result.tests.empty()) {
-    report.notes.push_back({"noEvents", "no row is an event: there is nothing to test", {}});
-  }
-  if (!result.tests.empty() && !result.event.competing()) {
-    report.notes.push_back(
-        {"oneEventType", "there is only one type of event: nothing competes with it", {}});
+    add("noEvents", "no row is an event: there is nothing to test");
+  } else if (!result.event.competing()) {
+    add("oneEventType", "there is only one type of event: nothing competes with it");
   }
   for (const Test& test : result.tests) {
     const std::string& event = result.event.status.labels[test.code];
-    if (!test.result.reason.empty()) {
-      report.notes.push_back({"noTest",
-                              "no test of event " + quote(event) + " exists: " + test.result.reason,
-                              {event}});
-      continue;
+    const std::string& reason = test.result.reason;
+    if (!reason.empty()) {
+      add("noTest", "no test of event " + quote(event) + " exists: " + reason, {event});
     }
-    for (std::size_t g = 0; g < result.group.labels.size(); ++g) {
+    for (std::size_t g = 0; reason.empty() && g < result.group.labels.size(); ++g) {
+      const std::string& group = result.group.labels[g];
       if (test.result.included[g]) continue;
-      report.notes.push_back({"groupNotIncluded",
-                              "the group " + quote(result.group.labels[g]) +
-                                  " has no part in the test of event " + quote(event) +
-                                  ": nobody in it is at risk at such an event",
-                              {event, result.group.labels[g]}});
+      add("groupNotIncluded",
+          "the group " + quote(group) + " has no part in the test of event " + quote(event) +
+              ": nobody in it is at risk at such an event",
+          {event, group});
     }
   }
 }
@@ -114,16 +116,6 @@ report::Table groupTable(const Result& result, const Request& request) {
         Kind::kCount, result.counts, [i](const auto& of) { return static_cast<double>(of[i]); }));
   }
   return table;
-}
-
-report::Table statusTable(const Result& result, const Request& request) {
-  const Labels& status = result.event.status;
-  std::vector<std::string> censored(status.labels.size(), "no");
-  if (result.event.censored) censored[*result.event.censored] = "yes";
-  return report::tableOf("statuses", "Rows by status",
-                         {report::labelColumn(key::kStatus, request.status, status.labels),
-                          report::labelColumn(key::kCensorCode, "censored", std::move(censored)),
-                          report::numberColumn(key::kRows, "rows", Kind::kCount, status.counts)});
 }
 
 report::Table testTable(const Result& result) {
@@ -161,9 +153,9 @@ report::Report describe(const Result& result, const Request& request) {
   const report::Value code = result.event.censored
                                  ? report::Value(result.event.status.labels[*result.event.censored])
                                  : report::Value();
-  report.facts = {{key::kCensorCode, "Code of the censored", Kind::kLabel, code},
-                  {key::kRho, "", Kind::kEstimate, request.rho}};
-  report.tables = {groupTable(result, request), statusTable(result, request), testTable(result)};
+  report.facts = {{key::kCensorCode, "Code of the censored", Kind::kLabel, code}};
+  report.tables = {groupTable(result, request), statusTable(result.event, request.status),
+                   testTable(result)};
   report.methods = {
       {"test: Gray's K-sample test of equal cumulative incidence, " +
            (request.rho == 0 ? std::string("all times weighed alike")

@@ -55,18 +55,13 @@ void check(const Request& request) {
   }
 }
 
-void note(RocAnswer& answer, const char* code, const std::string& text,
-          std::vector<std::string> names = {}) {
-  answer.notes.push_back({code, text, std::move(names)});
-}
-
 // The class of each row; notes what the negatives are when that is not plain.
 std::vector<std::uint8_t> classesOf(const frame::Column& column, const Request& request,
                                     RocAnswer& answer) {
   std::vector<std::string> named;
   if (!request.positive.empty()) named.push_back(request.positive);
   model::YesNo coded = model::yesNoOf(column, named, model::kPositives);
-  if (!coded.note.empty()) note(answer, "classCoding", coded.note);
+  if (!coded.note.empty()) answer.note("classCoding", coded.note);
   if (coded.labels.empty() || coded.others.empty()) {
     throw Refusal(Role::kClass, Refusal::kNone,
                   std::string(coded.labels.empty() ? "no" : "every") + " complete row " +
@@ -79,11 +74,11 @@ std::vector<std::uint8_t> classesOf(const frame::Column& column, const Request& 
   answer.negative = std::move(coded.others);
   const auto& labels = answer.negative;
   if (labels.size() > kMostNamed) {
-    note(answer, "severalNegatives", grouped(labels.size()) + " different labels are negative");
+    answer.note("severalNegatives", grouped(labels.size()) + " different labels are negative");
   } else if (labels.size() > 1) {
     std::string names;
     for (const std::string& label : labels) names += (names.empty() ? "" : ", ") + quote(label);
-    note(answer, "severalNegatives", "several labels are negative: " + names, labels);
+    answer.note("severalNegatives", "several labels are negative: " + names, labels);
   }
   return std::move(coded.rows);
 }
@@ -92,15 +87,16 @@ void addWeightNotes(std::span<const double> weights, RocAnswer& answer) {
   const auto zeros = static_cast<std::size_t>(std::count(weights.begin(), weights.end(), 0.0));
   answer.rows -= zeros;
   if (zeros > 0) {
-    note(answer, "zeroWeights", counted(zeros, "row has", "rows have") + " weight 0 and no effect");
+    answer.note("zeroWeights", counted(zeros, "row has", "rows have") + " weight 0 and no effect");
   }
   if (answer.result.weightsAreCounts) return;
   const bool whole =
       std::all_of(weights.begin(), weights.end(), [](double w) { return w == std::trunc(w); });
-  note(answer, "weightsAreNoCounts",
-       std::string(whole ? "the weights add up to more than 10,000,000"
-                         : "the weights are not whole numbers") +
-           ": areas and rates are weighted, standard errors, intervals and tests do not exist");
+  answer.note(
+      "weightsAreNoCounts",
+      std::string(whole ? "the weights add up to more than 10,000,000"
+                        : "the weights are not whole numbers") +
+          ": areas and rates are weighted, standard errors, intervals and tests do not exist");
 }
 
 void addMarkerNotes(RocAnswer& answer) {
@@ -109,34 +105,34 @@ void addMarkerNotes(RocAnswer& answer) {
     const RocCurve& curve = answer.result.curves[m];
     const std::string& name = answer.markers[m];
     if (curve.rows < answer.rows) {
-      note(answer, "markerMissing",
-           quote(name) + " is missing in " + grouped(answer.rows - curve.rows) + " of " +
-               counted(answer.rows, "row", "rows") + ": no part in its curve",
-           {name});
+      answer.note("markerMissing",
+                  quote(name) + " is missing in " + grouped(answer.rows - curve.rows) + " of " +
+                      counted(answer.rows, "row", "rows") + ": no part in its curve",
+                  {name});
     }
     if (0.5 - curve.area.value > kRounding) {
-      note(answer, "areaBelowHalf",
-           "the area of " + quote(name) + " is below 0.5: " +
-               (answer.lowerIsPositive[m]
-                    ? "high values go with " + quote(answer.positive) +
-                          ", although --lower-is-positive names it"
-                    : "low values go with " + quote(answer.positive) + "; --lower-is-positive " +
-                          quote(name) + " turns its curve round"),
-           {name});
+      answer.note("areaBelowHalf",
+                  "the area of " + quote(name) + " is below 0.5: " +
+                      (answer.lowerIsPositive[m]
+                           ? "high values go with " + quote(answer.positive) +
+                                 ", although --lower-is-positive names it"
+                           : "low values go with " + quote(answer.positive) +
+                                 "; --lower-is-positive " + quote(name) + " turns its curve round"),
+                  {name});
     }
     if (!curve.reason.empty() && counts) {
-      note(answer, "noLimits",
-           "no limits and no test of the area of " + quote(name) + " exist: " + curve.reason,
-           {name});
+      answer.note("noLimits",
+                  "no limits and no test of the area of " + quote(name) + " exist: " + curve.reason,
+                  {name});
     }
   }
   for (const RocComparison& pair : answer.result.comparisons) {
     if (pair.reason.empty() || !counts) continue;
     const std::string &first = answer.markers[pair.first], &second = answer.markers[pair.second];
-    note(answer, "noLimits",
-         "no limits and no test of the difference of " + quote(first) + " and " + quote(second) +
-             " exist: " + pair.reason,
-         {first, second});
+    answer.note("noLimits",
+                "no limits and no test of the difference of " + quote(first) + " and " +
+                    quote(second) + " exist: " + pair.reason,
+                {first, second});
   }
 }
 

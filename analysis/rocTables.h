@@ -4,6 +4,7 @@
 
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "analysis/rocCurve.h"
@@ -20,6 +21,10 @@ struct RocAnswer {
   std::size_t rows = 0;  // with a class and a weight above 0
   std::optional<RocCosts> costs;
   std::vector<report::Note> notes;
+
+  void note(const char* code, const std::string& text, std::vector<std::string> names = {}) {
+    notes.push_back({code, text, std::move(names)});
+  }
 };
 
 // `level` is that of the limits: "95%".

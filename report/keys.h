@@ -66,7 +66,6 @@ inline constexpr char kHazardRatio[] = "hazardRatio";  // with limits where a ro
 inline constexpr char kMean[] = "mean";
 inline constexpr char kMedian[] = "median";
 inline constexpr char kDifference[] = "difference";
-inline constexpr char kRho[] = "rho";  // exponent of a weight
 inline constexpr char kRatio[] = "ratio";
 inline constexpr char kCorrelation[] = "correlation";
 inline constexpr char kFitted[] = "fitted";

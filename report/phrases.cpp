@@ -1,6 +1,8 @@
 // The phrases of the renderers for people.
 #include "report/phrases.h"
 
+#include <algorithm>
+
 #include "text/words.h"
 
 namespace survmeth::report {
@@ -40,10 +42,23 @@ std::string Shown::cell(std::size_t row) const {
   return column->isLabels() ? column->labels()[row] : shown(column->numbers()[row], format);
 }
 
+namespace {
+
+// Labels that say nothing in any row, as reasons that no number lacks.
+bool isBlank(const Column& column) {
+  return column.isLabels() && !column.labels().empty() &&
+         std::all_of(column.labels().begin(), column.labels().end(),
+                     [](const std::string& label) { return label.empty(); });
+}
+
+}  // namespace
+
 std::vector<Shown> shownColumns(const Table& table, int digits) {
   std::vector<Shown> columns;
   for (const Column& column : table.columns) {
-    if (column.key == table.partedBy) continue;
+    if (column.key == table.partedBy || (&column != &table.columns.front() && isBlank(column))) {
+      continue;
+    }
     columns.push_back(
         {&column, column.isLabels() ? Format{} : formatOf(column.kind, column.numbers(), digits)});
   }

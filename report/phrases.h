@@ -21,7 +21,8 @@ std::string settingText(const Setting& setting);
 // "yes", "no", "-" for what does not exist, a number by its kind, else the text.
 std::string factText(const Fact& fact, int digits);
 
-// What a table shows to people, and how: every column but the one that parts it.
+// What a table shows to people, and how: every column but the one that parts it, and those of
+// labels after the first that are empty in every row.
 struct Shown {
   const Column* column;
   Format format;  // of numbers

@@ -75,6 +75,19 @@ TEST(Text, ATableWithoutRowsSaysSo) {
   EXPECT_EQ(toText(reportOf(table)), "Groups\n(no rows)\n");
 }
 
+TEST(Text, LabelsThatAreEmptyInEveryRowAreLeftOut) {
+  Report report;
+  Table table;
+  table.id = "areas";
+  table.columns = {{"marker", "marker", Kind::kLabel, std::vector<std::string>{"", ""}},
+                   {"reason", "why not", Kind::kLabel, std::vector<std::string>{"", ""}}};
+  report.tables = {table};
+  EXPECT_EQ(toText(report).find("why not"), std::string::npos);
+  EXPECT_NE(toText(report).find("marker"), std::string::npos);
+  report.tables[0].columns[1].values = std::vector<std::string>{"", "one row"};
+  EXPECT_NE(toText(report).find("why not"), std::string::npos);
+}
+
 TEST(Text, BlocksOfOneTableShareTheirDecimals) {
   Table table = tableOf(
       {labels("group", "arm", {"a", "b"}), numbers("coef", "coef", Kind::kEstimate, {0.5, 0.123})});
