@@ -103,7 +103,7 @@ void addOutputs(CLI::App& app, const Declaration& declaration, Typed& typed) {
 
 // The request, of what was typed.
 std::shared_ptr<void> requestOf(const Declaration& declaration, const Typed& typed) {
-  const std::shared_ptr<void> request = declaration.request();
+  std::shared_ptr<void> request = declaration.request();
   for (const Option& option : declaration.options) {
     const std::vector<std::string>& texts = typed.options.at(option.name);
     if (texts.empty()) continue;
