@@ -33,8 +33,8 @@ Tally::Tally(const SurvivalData& data) : data_(data) {
   check(data);
   const std::size_t n = data.time.size();
 
-  if (!data.weight.empty()) {
-    const double total = std::accumulate(data.weight.begin(), data.weight.end(), 0.0);
+  const double total = std::accumulate(data.weight.begin(), data.weight.end(), 0.0);
+  if (total > 0) {
     // Half the precision's last place at the sum: sums of multiples of it are exact.
     const double quantum =
         std::ldexp(1.0, std::ilogb(total) + 2 - std::numeric_limits<double>::digits);

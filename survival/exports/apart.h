@@ -12,6 +12,11 @@
 
 namespace survival {
 
+// The elements of a matrix; none where a count is negative, also where both are.
+inline long long cells(long long rows, long long columns) {
+  return rows > 0 && columns > 0 ? rows * columns : 0;
+}
+
 // One array of a call: the wrapper's pointer to it, its extent, and what the call does with it.
 class Argument {
  public:

@@ -6,6 +6,7 @@
 
 using survival::Apart;
 using survival::Block;
+using survival::cells;
 using survival::IntBlock;
 using survival::raised;
 using survival::reads;
@@ -19,8 +20,8 @@ int Cpp_ReorganizeDataCox(double* time, int n, int p, double* status, double* ex
                           int S, int* distinctTimes, int* censored, int* groupStart, int* groupSize,
                           int* groupEvents, int* maxGroups) {
   const int strata = raised(S);
-  const long long columnCells = 1LL * n * raised(p);
-  const long long tableCells = 1LL * strata * n;
+  const long long columnCells = cells(n, raised(p));
+  const long long tableCells = cells(strata, n);
   Apart apart{writes(time, n),
               writes(status, n),
               writes(extraColumn, n),
@@ -74,11 +75,11 @@ int RunCoxReg(double* time, int n, int p, int* finalCovariates, double* status, 
   const int candidates = raised(p);
   const bool asked = survival == kTrue;
   const int residualColumns = shape(2LL * p + 4);
-  const long long tableCells = 1LL * strata * groups;
+  const long long tableCells = cells(strata, groups);
   Apart apart{reads(time, n),
               sets(finalCovariates),
               reads(status, n),
-              reads(covariates, 1LL * n * candidates),
+              reads(covariates, cells(n, candidates)),
               reads(stratumSizes, strata),
               sets(iterations),
               reads(distinctTimes, strata),
@@ -92,7 +93,7 @@ int RunCoxReg(double* time, int n, int p, int* finalCovariates, double* status, 
               writes(coefficients, 9LL * candidates),
               writes(baselineSurvival, asked ? tableCells : 1),
               writes(meanSurvival, asked ? tableCells : 1),
-              writes(residuals, asked ? 1LL * n * residualColumns : 1),
+              writes(residuals, asked ? cells(n, residualColumns) : 1),
               writes(history, 3LL * candidates),
               sets(steps),
               writes(order, candidates)};

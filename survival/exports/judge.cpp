@@ -6,6 +6,7 @@
 
 using survival::Apart;
 using survival::Block;
+using survival::cells;
 using survival::IntBlock;
 using survival::reads;
 using survival::sets;
@@ -15,16 +16,16 @@ using survival::writes;
 int Cpp_PrepareIntervalData(double* answers, int n, int k, double* times, double* covariates, int p,
                             int* nRemoved, int* removeFlags, int* nKept, double* bounds,
                             double* type, double* sortKey, double* covariatesOut, double* summary) {
-  Apart apart{reads(answers, 1LL * n * k),
+  Apart apart{reads(answers, cells(n, k)),
               reads(times, k),
-              reads(covariates, 1LL * n * p),
+              reads(covariates, cells(n, p)),
               sets(nRemoved),
               writes(removeFlags, n),
               sets(nKept),
               writes(bounds, 2LL * n),
               writes(type, n),
               writes(sortKey, n),
-              writes(covariatesOut, 1LL * n * p),
+              writes(covariatesOut, cells(n, p)),
               writes(summary, 2LL * k)};
   matrix answersBlock = view(n, k, answers);
   matrix timesBlock = view(k, 1, times);
@@ -53,10 +54,10 @@ int Cpp_TransformJudgeToInt(double* rating, int n, int K, double* subjectKey, in
   Apart apart{reads(rating, n),
               reads(subjectKey, n),
               reads(subjectSizes, G),
-              reads(X, 1LL * n * p),
+              reads(X, cells(n, p)),
               writes(levels, K),
-              writes(subjectX, 1LL * G * p),
-              writes(indicators, 1LL * G * K)};
+              writes(subjectX, cells(G, p)),
+              writes(indicators, cells(G, K))};
   Block ratingBlock(n, 1, rating);
   Block keyBlock(n, 1, subjectKey);
   Block sizesBlock(1, G, subjectSizes);

@@ -14,6 +14,7 @@ namespace {
 
 using survival::Apart;
 using survival::Block;
+using survival::cells;
 using survival::echoes;
 using survival::raised;
 using survival::reads;
@@ -76,9 +77,9 @@ void RunLife(int nAll, int stratum, int* offset, int nIntervals, double width, i
               echoes(bounds, raised(nIntervals)),
               writes(intervals, 2LL * intervalRows),
               sets(total),
-              writes(table, 1LL * tableRows * tableColumns),
+              writes(table, cells(tableRows, tableColumns)),
               sets(nRows),
-              writes(strataGrid, 1LL * gridRows * gridColumns)};
+              writes(strataGrid, cells(gridRows, gridColumns))};
   matrix times = view(nAll, 1, time);
   matrix statuses = view(nAll, 1, status);
   matrix weights = view(nAll, 1, weight);
@@ -109,7 +110,7 @@ void ComputeKaplanMeanMedian(double* table, int m, double alpha, int nObs, int r
 
 void ComputeLifeTests(double* grid, int nTimes, int G, int K, double alpha, double* result) {
   const int gridRows = shape(3LL * K + 1);
-  Apart apart{reads(grid, 1LL * gridRows * G), writes(result, 12)};
+  Apart apart{reads(grid, cells(gridRows, G)), writes(result, 12)};
   matrix gridView = view(gridRows, G, grid);
   Block results(3, 4, result);
   cComputeLifeTests(&gridView, nTimes, K, alpha, &results);
@@ -120,7 +121,7 @@ void ComputeLifeTests(double* grid, int nTimes, int G, int K, double alpha, doub
 void LoadKaplanTest(int* n, int nTimes, int K, double* times, double* grid) {
   const int gridRows = shape(3LL * K + 1);
   const int gridColumns = *n;
-  Apart apart{sets(n), reads(times, nTimes), writes(grid, 1LL * gridRows * gridColumns)};
+  Apart apart{sets(n), reads(times, nTimes), writes(grid, cells(gridRows, gridColumns))};
   matrix timesView = view(nTimes, 1, times);
   matrix gridView = view(gridRows, gridColumns, grid);
   cLoadKaplanTest(n, &timesView, &gridView);

@@ -9,6 +9,7 @@
 
 using survival::Apart;
 using survival::Block;
+using survival::cells;
 using survival::IntBlock;
 using survival::raised;
 using survival::reads;
@@ -98,12 +99,12 @@ void Cpp_ComputeLogLikeDerivativesParam(double* times, int n, int p, int k, doub
   Apart apart{reads(times, n),
               reads(status, n),
               reads(bounds, 2LL * n),
-              reads(covariates, 1LL * n * raised(p)),
+              reads(covariates, cells(n, raised(p))),
               reads(weights, n),
               reads(parameters, m),
               sets(logLik),
               writes(gradient, m),
-              writes(hessian, 1LL * m * m)};
+              writes(hessian, cells(m, m))};
   Viewed data(n, p, times, status, bounds, covariates, weights);
   Block parametersBlock(m, 1, parameters);
   Block gradientBlock(m, 1, gradient);
@@ -126,7 +127,7 @@ int Cpp_OptimizeParamModel(double* times, int n, int p, int k, double* status, d
   Apart apart{reads(times, n),
               reads(status, n),
               reads(bounds, 2LL * n),
-              reads(covariates, 1LL * n * raised(p)),
+              reads(covariates, cells(n, raised(p))),
               reads(weights, n),
               sets(iterations),
               reads(initialValues, m),
@@ -134,10 +135,10 @@ int Cpp_OptimizeParamModel(double* times, int n, int p, int k, double* status, d
               sets(logLik0),
               writes(parameters, m),
               writes(gradient, m),
-              writes(hessian, 1LL * m * m),
+              writes(hessian, cells(m, m)),
               writes(covariance, m),
               writes(gradient0, m),
-              writes(hessian0, 1LL * m * m)};
+              writes(hessian0, cells(m, m))};
   Viewed data(n, p, times, status, bounds, covariates, weights);
   Block initialBlock(m, 1, initialValues);
   // Callers of this one provide a single column for the covariance.
@@ -164,7 +165,7 @@ int Cpp_Param_BackSelection(double* times, int n, int* p, int k, double* status,
   Apart apart{reads(times, n),
               reads(status, n),
               reads(bounds, 2LL * n),
-              writes(covariates, 1LL * n * raised(*p)),
+              writes(covariates, cells(n, raised(*p))),
               reads(weights, n),
               sets(p),
               sets(iterations),
@@ -173,10 +174,10 @@ int Cpp_Param_BackSelection(double* times, int n, int* p, int k, double* status,
               sets(logLik0),
               writes(parameters, m),
               writes(gradient, m),
-              writes(hessian, 1LL * m * m),
-              writes(covariance, 1LL * m * m),
+              writes(hessian, cells(m, m)),
+              writes(covariance, cells(m, m)),
               writes(gradient0, m),
-              writes(hessian0, 1LL * m * m),
+              writes(hessian0, cells(m, m)),
               writes(selectionSteps, 3LL * raised(*p)),
               sets(selectionCount),
               writes(selectionOrder, raised(*p))};
@@ -208,7 +209,7 @@ int Cpp_Param_ForSelection(double* times, int n, int* p, int k, double* status, 
   Apart apart{reads(times, n),
               reads(status, n),
               reads(bounds, 2LL * n),
-              writes(covariates, 1LL * n * raised(*p)),
+              writes(covariates, cells(n, raised(*p))),
               reads(weights, n),
               sets(p),
               sets(iterations),
@@ -217,10 +218,10 @@ int Cpp_Param_ForSelection(double* times, int n, int* p, int k, double* status, 
               sets(logLik0),
               writes(parameters, m),
               writes(gradient, m),
-              writes(hessian, 1LL * m * m),
-              writes(covariance, 1LL * m * m),
+              writes(hessian, cells(m, m)),
+              writes(covariance, cells(m, m)),
               writes(gradient0, m),
-              writes(hessian0, 1LL * m * m),
+              writes(hessian0, cells(m, m)),
               writes(selectionSteps, 3LL * raised(*p)),
               sets(selectionCount),
               writes(selectionOrder, raised(*p))};
@@ -246,9 +247,9 @@ void Cpp_ComputeCritParam(int n, int p, int k, double logLik, double logLik0, in
                           double* zOut, double* gradient0, double* hessian0, double* fitStatistics,
                           double* coefficients, double* tests) {
   const int m = parameterCount(p, k);
-  Apart apart{reads(parameters, m),      reads(hessian, 1LL * m * m),
+  Apart apart{reads(parameters, m),      reads(hessian, cells(m, m)),
               reads(covariance, m),      sets(zOut),
-              reads(gradient0, m),       reads(hessian0, 1LL * m * m),
+              reads(gradient0, m),       reads(hessian0, cells(m, m)),
               writes(fitStatistics, 14), writes(coefficients, 9LL * m),
               writes(tests, 9)};
   Block parametersBlock(m, 1, parameters);
@@ -272,7 +273,7 @@ void Cpp_ResParam(double* times, int n, int p, int k, int distribution, short lo
                   double* probabilitiesOut, double* residualsOut, double* quantilesOut) {
   const int m = parameterCount(p, k);
   Apart apart{reads(times, n),
-              reads(covariates, 1LL * n * raised(p)),
+              reads(covariates, cells(n, raised(p))),
               reads(parameters, m),
               writes(survivalOut, n),
               writes(probabilitiesOut, 2LL * n),
@@ -308,7 +309,7 @@ int Cpp_RunParamReg(double* times, int n, int p, int* nCovariatesOut, int k, dou
   Apart apart{reads(times, n),
               reads(status, n),
               reads(bounds, 2LL * n),
-              reads(covariates, 1LL * n * raised(p)),
+              reads(covariates, cells(n, raised(p))),
               reads(weights, n),
               sets(nCovariatesOut),
               reads(initialValues, m),

@@ -8,6 +8,7 @@
 
 using survival::Apart;
 using survival::Block;
+using survival::cells;
 using survival::IntBlock;
 using survival::raised;
 using survival::reads;
@@ -103,8 +104,8 @@ void Cpp_ComputeROCComparisonsDep2(double* status, int n, double* testValues, do
                                    double* aucDiff, double* zStat, double* halfWidth,
                                    double* covariance, double* pValue, int* significant) {
   const int tests = raised(k);
-  const long long pairs = 1LL * tests * tests;
-  Apart apart{reads(status, n),           reads(testValues, 1LL * n * tests),
+  const long long pairs = cells(tests, tests);
+  Apart apart{reads(status, n),           reads(testValues, cells(n, tests)),
               reads(weights, n),          reads(sampleSizes, tests),
               reads(aucs, tests),         reads(selected, tests),
               writes(significant, pairs), writes(pValue, pairs),

@@ -6,6 +6,7 @@
 
 using survival::Apart;
 using survival::Block;
+using survival::cells;
 using survival::raised;
 using survival::reads;
 using survival::view;
@@ -22,7 +23,7 @@ void Cpp_ComputeBootOut(int B, double alpha, double* statistics, double* summary
 
 void Cpp_ComputeCVTable(int n, int p, double* time, double* status, double* X, double* beta,
                         double* H, double* F, int row, int nOut, double* table) {
-  Apart apart{reads(time, n),           reads(status, n), reads(X, 1LL * n * raised(p)),
+  Apart apart{reads(time, n),           reads(status, n), reads(X, cells(n, raised(p))),
               reads(beta, raised(p)),   reads(H, 9),      reads(F, 12),
               writes(table, 5LL * nOut)};
   matrix timeBlock = view(n, 1, time);
