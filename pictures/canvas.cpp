@@ -40,7 +40,7 @@ std::string dashType(const Pen& pen) {
 }  // namespace
 
 std::string Canvas::data(const std::vector<Path>& paths) {
-  const std::string name = "$d" + std::to_string(names_.size() + 1);
+  std::string name = "$d" + std::to_string(names_.size() + 1);
   blocks_ += name + " << END\n";
   for (std::size_t i = 0; i < paths.size(); ++i) {
     if (i > 0) blocks_ += '\n';
