@@ -92,21 +92,21 @@ std::string TextTable::text(std::size_t width, std::size_t repeated) const {
   for (const std::size_t each : layout.widths) whole += each + kGap;
   const bool folds = width > 0 && whole > width + kGap;
 
-  std::size_t stub = 0, stubWidth = 0;  // the columns that every block begins with
-  for (; folds && stub < std::min(repeated, headings_.size()); ++stub) {
-    const std::size_t wider = stubWidth + layout.widths[stub] + kGap;
-    if (stub > 0 && wider > width / 2) break;
-    stubWidth = wider;
+  std::size_t leading = 0, leadingWidth = 0;  // the columns that every block begins with
+  for (; folds && leading < std::min(repeated, headings_.size()); ++leading) {
+    const std::size_t wider = leadingWidth + layout.widths[leading] + kGap;
+    if (leading > 0 && wider > width / 2) break;
+    leadingWidth = wider;
   }
 
   std::string result;
-  std::size_t next = stub;
+  std::size_t next = leading;
   do {
     std::vector<std::size_t> columns;
-    for (std::size_t i = 0; i < stub; ++i) columns.push_back(i);
-    std::size_t used = stubWidth;
+    for (std::size_t i = 0; i < leading; ++i) columns.push_back(i);
+    std::size_t used = leadingWidth;
     while (next < headings_.size() &&
-           (!folds || columns.size() == stub || used + layout.widths[next] <= width)) {
+           (!folds || columns.size() == leading || used + layout.widths[next] <= width)) {
       used += layout.widths[next] + kGap;
       columns.push_back(next++);
     }
