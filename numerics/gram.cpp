@@ -114,6 +114,8 @@ SURVMETH_HOT void addColumns(const double* x, const double* c, std::size_t colum
   for (; j < columns; ++j) addColumnsOf<1>(x + j * kBlock, c + j, rows, result);
 }
 
+constexpr std::size_t kAbreast = 8;  // columns that are summed up side by side
+
 // out = sum over the rows of weight times each of B columns.
 template <std::size_t B>
 [[gnu::always_inline]] inline void sumsOf(const double* weight, const double* x, std::size_t rows,
@@ -126,18 +128,39 @@ template <std::size_t B>
   for (std::size_t b = 0; b < B; ++b) out[b] = total(sums[b]);
 }
 
+[[gnu::always_inline]] inline void sumsOf(std::size_t b, const double* weight, const double* x,
+                                          std::size_t rows, double* out) {
+  switch (b) {
+    case 1:
+      return sumsOf<1>(weight, x, rows, out);
+    case 2:
+      return sumsOf<2>(weight, x, rows, out);
+    case 3:
+      return sumsOf<3>(weight, x, rows, out);
+    case 4:
+      return sumsOf<4>(weight, x, rows, out);
+    case 5:
+      return sumsOf<5>(weight, x, rows, out);
+    case 6:
+      return sumsOf<6>(weight, x, rows, out);
+    case 7:
+      return sumsOf<7>(weight, x, rows, out);
+    default:
+      return sumsOf<8>(weight, x, rows, out);
+  }
+}
+
 // sum[j] += sum over the rows of weight x column j; the rows behind the last eight one by one.
 SURVMETH_HOT void addSums(const double* x, const double* weight, std::size_t p, std::size_t rows,
                           double* sum) {
   const std::size_t whole = rows / kLanes * kLanes;
-  double out[kPanel];
-  for (std::size_t j = 0; j < p; j += kPanel) {
-    const std::size_t b = std::min(kPanel, p - j);
-    if (b == kPanel) {
-      sumsOf<kPanel>(weight, x + j * kBlock, whole, out);
-    } else {
-      for (std::size_t m = 0; m < b; ++m) sumsOf<1>(weight, x + (j + m) * kBlock, whole, out + m);
-    }
+  double out[kAbreast];
+  // Groups of like size: ten columns are five and five.
+  const std::size_t groups = (p + kAbreast - 1) / kAbreast;
+  for (std::size_t group = 0; group < groups; ++group) {
+    const std::size_t j = group * p / groups;
+    const std::size_t b = (group + 1) * p / groups - j;
+    sumsOf(b, weight, x + j * kBlock, whole, out);
     for (std::size_t m = 0; m < b; ++m) {
       for (std::size_t i = whole; i < rows; ++i) out[m] += weight[i] * x[(j + m) * kBlock + i];
       sum[j + m] += out[m];
@@ -150,9 +173,13 @@ SURVMETH_HOT void addSums(const double* x, const double* weight, std::size_t p, 
 void addProduct(const BlockedColumns& x, std::span<const double> coefficient,
                 std::span<double> result) {
   for (std::size_t block = 0; block < x.blocks(); ++block) {
-    addColumns(x.column(block, 0), coefficient.data(), x.columns(), x.rowsOf(block),
-               result.data() + block * kBlock);
+    addProduct(x.column(block, 0), coefficient, x.rowsOf(block), result.data() + block * kBlock);
   }
+}
+
+void addProduct(const double* x, std::span<const double> coefficient, std::size_t rows,
+                double* result) {
+  addColumns(x, coefficient.data(), coefficient.size(), rows, result);
 }
 
 void addWeightedGram(const double* x, const double* weight, std::size_t rows, double sign,

@@ -51,6 +51,10 @@ class BlockedColumns {
 void addProduct(const BlockedColumns& x, std::span<const double> coefficient,
                 std::span<double> result);
 
+// The same for one block: result[i] += sum over j of coefficient[j] x[j * kBlock + i].
+void addProduct(const double* x, std::span<const double> coefficient, std::size_t rows,
+                double* result);
+
 // sum(j, k) += sign * sum over the rows of weight[i] x(i, j) x(i, k), lower triangle, for one
 // block of columns of kBlock numbers each.
 //

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <string>
+#include <utility>
 
 #include "Dist/Dist"
 #include "engine/cox/likelihood.h"
@@ -133,7 +134,8 @@ Fit fit(const Response& response, const Rows& rows, const Design& design, const 
   }
 
   numerics::NewtonPoint start;
-  if (Hazards hazards; !evaluate(problem, options.ties, result.working, hazards, start)) {
+  Hazards hazards;
+  if (!evaluate(problem, options.ties, result.working, hazards, start)) {
     throw Refusal(Role::kOffset, Refusal::kNone, "offsets of one stratum are more than 1300 apart");
   }
   result.logLikelihoodNull = start.value;
@@ -153,7 +155,7 @@ Fit fit(const Response& response, const Rows& rows, const Design& design, const 
   result.score = chiSquareTest(factor.quadraticForm(start.gradient), free.size());
 
   Maximum maximum = maximise(problem, options.ties, result.working, free, start,
-                             options.iterationLimit, progress);
+                             options.iterationLimit, progress, std::move(hazards));
   result.working = maximum.at;
   result.iterations = maximum.iterations;
   result.decrement = maximum.decrement;

@@ -1,55 +1,12 @@
-// Risks, their sums over risk sets and the increments of the cumulative hazard.
-#include <algorithm>
-#include <cmath>
-#include <limits>
-
+// Sums of risks over risk sets and the increments of the cumulative hazard.
+#include "engine/cox/chunks.h"
 #include "engine/cox/problem.h"
+#include "engine/cox/risks.h"
 #include "numerics/elementary.h"
 #include "numerics/runningSum.h"
 
 namespace survmeth::engine::cox {
 namespace {
-
-// Within this distance of 0 no sum of risks over- or underflows.
-constexpr double kSafe = 300.0;
-// exp(650) times any number of rows is below the largest double, exp(-650) above the smallest.
-constexpr double kWidest = 1300.0;
-
-// The shift of one stratum; false where its predictors are too far apart.
-bool shiftOf(std::span<const double> predictor, double& shift) {
-  // Four of each, as each waits for itself.
-  double least[4];
-  double most[4];
-  double sum[4] = {};
-  std::fill(least, least + 4, predictor.front());
-  std::fill(most, most + 4, predictor.front());
-  for (std::size_t i = 0; i < predictor.size(); ++i) {
-    const double value = predictor[i];
-    least[i % 4] = std::min(least[i % 4], value);
-    most[i % 4] = std::max(most[i % 4], value);
-    sum[i % 4] += value - value;  // 0 for finite numbers only
-  }
-  const double low = *std::min_element(least, least + 4);
-  const double high = *std::max_element(most, most + 4);
-  if (sum[0] + sum[1] + sum[2] + sum[3] != 0.0 || high - low > kWidest) return false;
-  shift = high <= kSafe && low >= -kSafe ? 0.0 : std::floor(0.5 * (low + high));
-  return true;
-}
-
-// The sum of weight * predictor over the events, without a decision for each row.
-double observedSum(const risk::Arrangement& a, std::span<const double> predictor) {
-  numerics::RunningSum sum;
-  constexpr std::size_t kPart = 64;
-  for (std::size_t begin = 0; begin < predictor.size(); begin += kPart) {
-    const std::size_t stop = std::min(begin + kPart, predictor.size());
-    double part[4] = {};
-    for (std::size_t i = begin; i < stop; ++i) {
-      part[i % 4] += a.event[i] * (a.weight[i] * predictor[i]);
-    }
-    sum.add((part[0] + part[1]) + (part[2] + part[3]));
-  }
-  return sum.value();
-}
 
 // Sums weight * log(value) in groups that are taken at once.
 class LogSum {
@@ -101,39 +58,15 @@ TieMoments tieMoments(const Problem& problem, const Hazards& hazards, Ties ties,
   return {share * m.u, share * m.uf, share * m.u2, share * m.u2f, share * m.u2ff};
 }
 
-bool hazardsAt(const Problem& problem, Ties ties, std::span<const double> coefficients,
-               Hazards& hazards) {
+namespace {
+
+// Increments at the times begin .. end - 1; returns the sum of the logarithms of what the events
+// are divided by.
+double formIncrements(const Problem& problem, Ties ties, std::size_t begin, std::size_t end,
+                      Hazards& hazards) {
   const risk::Arrangement& a = problem.arrangement;
-  const std::size_t n = a.rows();
-  if (a.offset.empty()) {
-    hazards.predictor.assign(n, 0.0);
-  } else {
-    hazards.predictor = a.offset;
-  }
-  numerics::addProduct(problem.x, coefficients, hazards.predictor);
-  hazards.shift.assign(a.strata(), 0.0);
-  hazards.risk = hazards.predictor;
-  for (std::size_t s = 0; s < a.strata(); ++s) {
-    const std::size_t begin = a.stratumRow[s];
-    const std::size_t count = a.stratumRow[s + 1] - begin;
-    if (!shiftOf({hazards.predictor.data() + begin, count}, hazards.shift[s])) return false;
-    if (hazards.shift[s] == 0.0) continue;
-    for (std::size_t i = begin; i < begin + count; ++i) hazards.risk[i] -= hazards.shift[s];
-  }
-  const double observed = observedSum(a, hazards.risk);
-  numerics::expArray(hazards.risk, hazards.risk);
-  if (a.weighted) {
-    for (std::size_t i = 0; i < n; ++i) hazards.risk[i] *= a.weight[i];
-  }
-
-  hazards.others.resize(a.times());
-  hazards.failing.resize(a.times());
-  problem.sums.overRiskSets(hazards.risk, hazards.others, hazards.failing);
-
-  hazards.increment.resize(a.times());
-  hazards.own.resize(a.times());
   LogSum logs;
-  for (std::size_t k = 0; k < a.times(); ++k) {
+  for (std::size_t k = begin; k < end; ++k) {
     const double whole = hazards.all(k);
     const std::uint32_t d = a.events[k];
     if (d == 1 || ties == Ties::kBreslow) {
@@ -152,8 +85,32 @@ bool hazardsAt(const Problem& problem, Ties ties, std::span<const double> coeffi
       }
     }
   }
-  hazards.logLikelihood = observed - logs.total();
-  hazards.cumulative.resize(n);
+  return logs.total();
+}
+
+}  // namespace
+
+bool hazardsAt(const Problem& problem, Ties ties, std::span<const double> coefficients,
+               Hazards& hazards) {
+  const risk::Arrangement& a = problem.arrangement;
+  double observed = 0.0;
+  if (!formRisks(problem, coefficients, hazards, observed)) return false;
+
+  hazards.others.resize(a.times());
+  hazards.failing.resize(a.times());
+  problem.sums.overRiskSets(hazards.risk, hazards.others, hazards.failing);
+
+  hazards.increment.resize(a.times());
+  hazards.own.resize(a.times());
+  const Chunks times(a.times(), 4096);
+  std::vector<double> logs(times.count());
+  times.inParallel([&](std::size_t chunk, std::size_t begin, std::size_t end) {
+    logs[chunk] = formIncrements(problem, ties, begin, end, hazards);
+  });
+  numerics::RunningSum logSum;
+  for (const double sum : logs) logSum.add(sum);
+  hazards.logLikelihood = observed - logSum.value();
+  hazards.cumulative.resize(a.rows());
   problem.sums.overTimes(hazards.increment, hazards.own, hazards.cumulative);
   return true;
 }

@@ -1,5 +1,6 @@
 #include "engine/cox/likelihood.h"
 
+#include "engine/cox/chunks.h"
 #include "engine/cox/means.h"
 
 namespace survmeth::engine::cox {
@@ -16,7 +17,7 @@ class RowTerms {
            std::span<const double> cumulative)
       : problem_(problem), hazards_(hazards), factor_(factor), cumulative_(cumulative) {}
 
-  void add(std::size_t block, std::vector<double>& gradient, SquareMatrix& information) {
+  void add(std::size_t block, std::vector<double>& gradient, SquareMatrix& information) const {
     const risk::Arrangement& a = problem_.arrangement;
     const std::size_t rows = problem_.x.rowsOf(block);
     const std::size_t from = block * kBlock;
@@ -64,12 +65,30 @@ void derivatives(const Problem& problem, const Hazards& hazards, Ties ties,
     weighted.resize(a.rows());
     problem.sums.overTimes(at, own, weighted);
   }
-  RowTerms rows(problem, hazards, factor,
-                factor.empty() ? std::span<const double>(hazards.cumulative) : weighted);
-  BackwardMeans means(problem, hazards, ties, factor);
-  for (std::size_t block = problem.x.blocks(); block-- > 0;) {
-    rows.add(block, gradient, information);
-    if (!a.lateEntry()) means.subtract(block, information);
+  const RowTerms rows(problem, hazards, factor,
+                      factor.empty() ? std::span<const double>(hazards.cumulative) : weighted);
+  // Of each part of the rows its own sums, which are added up in the parts' order.
+  const Chunks chunks(problem.x);
+  std::vector<std::vector<double>> gradients(chunks.count(), gradient);
+  std::vector<SquareMatrix> informations(chunks.count(), information);
+  chunks.inParallel([&](std::size_t chunk, std::size_t begin, std::size_t end) {
+    if (a.lateEntry()) {
+      for (std::size_t block = end; block-- > begin;) {
+        rows.add(block, gradients[chunk], informations[chunk]);
+      }
+      return;
+    }
+    BackwardMeans means(problem, hazards, ties, factor, end);
+    for (std::size_t block = end; block-- > begin;) {
+      rows.add(block, gradients[chunk], informations[chunk]);
+      means.subtract(block, informations[chunk]);
+    }
+  });
+  for (std::size_t chunk = 0; chunk < chunks.count(); ++chunk) {
+    for (std::size_t j = 0; j < gradient.size(); ++j) {
+      gradient[j] += gradients[chunk][j];
+      for (std::size_t k = 0; k <= j; ++k) information(j, k) += informations[chunk](j, k);
+    }
   }
   if (a.lateEntry()) subtractMeans(problem, hazards, ties, factor, information);
   numerics::mirror(information);

@@ -32,11 +32,12 @@ std::string reasonOf(numerics::NewtonStop stop) {
 // Newton's method over the free columns of one problem.
 class Search {
  public:
-  Search(const Problem& problem, Ties ties, numerics::Progress& progress)
+  Search(const Problem& problem, Ties ties, numerics::Progress& progress, Hazards hazards)
       : problem_(problem),
         ties_(ties),
         progress_(progress),
-        smallest_(smallestInformation(problem)) {}
+        smallest_(smallestInformation(problem)),
+        hazards_(std::move(hazards)) {}
 
   // The result's `point` is that of the free columns, `whole` that of all.
   numerics::NewtonResult run(std::vector<double>& at, const std::vector<std::size_t>& free,
@@ -123,11 +124,11 @@ void moveApart(const Problem& problem, const Separation& separation, std::vector
 
 Maximum maximise(const Problem& problem, Ties ties, const std::vector<double>& start,
                  std::vector<std::size_t> free, const numerics::NewtonPoint& point,
-                 int iterationLimit, numerics::Progress& progress) {
+                 int iterationLimit, numerics::Progress& progress, Hazards hazards) {
   Maximum result;
   result.at = start;
   result.point = point;
-  Search search(problem, ties, progress);
+  Search search(problem, ties, progress, std::move(hazards));
   bool known = true;
   for (;;) {
     const numerics::NewtonResult found =

@@ -28,9 +28,10 @@ struct Maximum {
 
 // In   start, point  all p coefficients and what evaluate gives there
 //      free          columns to be estimated; the others keep their starting values
+//      hazards       memory that is at hand, whatever it holds
 Maximum maximise(const Problem& problem, Ties ties, const std::vector<double>& start,
                  std::vector<std::size_t> free, const numerics::NewtonPoint& point,
-                 int iterationLimit, numerics::Progress& progress);
+                 int iterationLimit, numerics::Progress& progress, Hazards hazards = {});
 
 }  // namespace survmeth::engine::cox
 

@@ -11,24 +11,21 @@ using numerics::BlockedColumns;
 using numerics::SquareMatrix;
 constexpr std::size_t kRows = BlockedColumns::kBlock;
 
-// Sums of risk * x from each row to the segment's end, on top of `part`, of kColumns columns at
-// once: each is a chain of additions that waits for itself.
+// Sums of risk * x from each row to the segment's end of kColumns columns at once: each is a chain
+// of additions that waits for itself.
 template <std::size_t kColumns>
 void suffixSums(const double* risk, const double* x, std::size_t begin, std::size_t stop,
-                double* part, double* sums) {
-  double running[kColumns];
-  for (std::size_t c = 0; c < kColumns; ++c) running[c] = part[c];
+                double* sums) {
+  double running[kColumns] = {};
   for (std::size_t i = stop; i-- > begin;) {
     for (std::size_t c = 0; c < kColumns; ++c) {
       running[c] += risk[i] * x[c * kRows + i];
       sums[c * kRows + i] = running[c];
     }
   }
-  for (std::size_t c = 0; c < kColumns; ++c) part[c] = running[c];
 }
 
-using SuffixSums = void (*)(const double*, const double*, std::size_t, std::size_t, double*,
-                            double*);
+using SuffixSums = void (*)(const double*, const double*, std::size_t, std::size_t, double*);
 constexpr SuffixSums kSuffixSums[] = {suffixSums<1>, suffixSums<2>, suffixSums<3>, suffixSums<4>,
                                       suffixSums<5>, suffixSums<6>, suffixSums<7>, suffixSums<8>};
 
@@ -46,38 +43,55 @@ MeanTerms meanTerms(const TieMoments& moments) {
 }
 
 BackwardMeans::BackwardMeans(const Problem& problem, const Hazards& hazards, Ties ties,
-                             std::span<const double> factor)
+                             std::span<const double> factor, std::size_t stop)
     : problem_(problem),
       hazards_(hazards),
       ties_(ties),
       factor_(factor),
       sums_(kBlock * kGroup),
       means_(problem.columns() * kBlock),
-      base_(problem.columns(), 0.0),
-      lost_(problem.columns(), 0.0),
-      top_(problem.columns(), 0.0),
       others_(problem.columns(), 0.0),
-      extra_(problem.columns(), 0.0),
-      time_(problem.arrangement.times()),
-      stratum_(problem.arrangement.strata()) {}
+      extra_(problem.columns(), 0.0) {
+  const std::vector<std::uint32_t>& first = problem.arrangement.firstEvent;
+  const std::size_t rows = stop * kBlock;
+  time_ =
+      static_cast<std::size_t>(std::lower_bound(first.begin(), first.end(), rows) - first.begin());
+  holdBehind(rows);
+}
+
+// Where the events of the next time reach across the end of the blocks: the sum over the rows behind
+// them.
+void BackwardMeans::holdBehind(std::size_t stop) {
+  const risk::Arrangement& a = problem_.arrangement;
+  if (time_ == 0 || a.events[time_ - 1] == 1 || ties_ == Ties::kBreslow) return;
+  const std::size_t row = a.firstEvent[time_ - 1] + a.events[time_ - 1];
+  const std::size_t end = a.stratumRow[a.timeStratum[time_ - 1] + std::size_t{1}];
+  if (row < stop || row == end) return;
+  held_ = true;
+  const std::size_t block = row / kBlock;
+  const std::size_t rows = std::min((block + 1) * kBlock, end) - row;
+  numerics::addWeightedSums(problem_.x.column(block, 0) + row % kBlock, hazards_.risk.data() + row,
+                            rows, others_);
+  if (end <= (block + 1) * kBlock) return;
+  for (std::size_t j = 0; j < others_.size(); ++j) others_[j] += behind(block, j);
+}
 
 void BackwardMeans::subtract(std::size_t block, SquareMatrix& information) {
   const std::size_t p = problem_.columns();
   findSegments(block);
   findActions(block);
-  dense_ = onlySingles_ && 3 * count_ > problem_.x.rowsOf(block);
-  if (dense_) spreadSingles(problem_.x.rowsOf(block));
+  placeMeans(problem_.x.rowsOf(block));
   // Groups of like size: ten columns are five and five.
   const std::size_t groups = (p + kGroup - 1) / kGroup;
   for (std::size_t group = 0; group < groups; ++group) {
     const std::size_t j = group * p / groups;
     const std::size_t columns = (group + 1) * p / groups - j;
     sumColumns(block, j, columns);
-    for (std::size_t c = 0; c < columns; ++c) formMeans(sums_.data() + c * kBlock, j + c);
+    for (std::size_t c = 0; c < columns; ++c) formMeans(sums_.data() + c * kBlock, block, j + c);
   }
   const std::size_t rows = std::min(count_, kBlock);
   numerics::addWeightedGram(means_.data(), weight_, rows, -1.0, information);
-  if (rows == count_) return;
+  if (count_ <= kBlock) return;
   for (std::size_t j = 0; j < p; ++j) {
     for (std::size_t k = 0; k <= j; ++k) {
       information(j, k) -= weight_[kBlock] * extra_[j] * extra_[k];
@@ -91,35 +105,30 @@ void BackwardMeans::findSegments(std::size_t block) {
   const std::size_t from = block * kBlock;
   std::size_t stop = from + problem_.x.rowsOf(block);
   while (stop > from) {
-    while (stratum_ > 0 && a.stratumRow[stratum_ - 1] >= stop) --stratum_;
-    const std::size_t begin = std::max<std::size_t>(from, a.stratumRow[stratum_ - 1]);
-    segments_.push_back({begin - from, stop - from, stop == a.stratumRow[stratum_]});
+    const std::size_t begin = std::max<std::size_t>(from, a.stratumRow[a.rowStratum[stop - 1]]);
+    segments_.push_back({begin - from, stop - from});
     stop = begin;
   }
-  const Segment& top = segments_.front();
-  continued_ = top.last ? top.stop : top.begin;
+  continued_ = segments_.front().begin;
 }
 
 void BackwardMeans::findActions(std::size_t block) {
   const risk::Arrangement& a = problem_.arrangement;
   const std::size_t from = block * kBlock;
   actions_.clear();
-  count_ = 0;
-  onlySingles_ = true;
   while (time_ > 0) {
     const std::size_t k = time_ - 1;
     const bool tied = a.events[k] > 1 && ties_ != Ties::kBreslow;
     if (tied && !held_) {
       const std::size_t row = a.firstEvent[k] + a.events[k];
-      if (row == a.stratumRow[a.timeStratum[k] + 1]) {
-        actions_.push_back({Kind::kHoldNothing, 0, 0.0, 0.0});
+      if (row == a.stratumRow[a.timeStratum[k] + std::size_t{1}]) {
+        actions_.push_back({Kind::kHoldNothing, 0, 0.0, 0.0, 0.0, 0.0, 0});
       } else if (row >= from) {
-        actions_.push_back({Kind::kHold, row - from, 0.0, 0.0});
+        actions_.push_back({Kind::kHold, row - from, 0.0, 0.0, 0.0, 0.0, 0});
       } else {
         return;
       }
       held_ = true;
-      onlySingles_ = false;
     }
     if (a.firstEvent[k] < from) return;
     addTerms(k, tied, a.firstEvent[k] - from);
@@ -132,81 +141,85 @@ void BackwardMeans::addTerms(std::size_t k, bool tied, std::size_t row) {
   const double times = factor_.empty() ? 1.0 : factor_[k];
   const double scale = 1.0 / hazards_.all(k);
   if (!tied) {
-    actions_.push_back({Kind::kSingle, row, scale, 1.0});
-    weight_[count_++] = times * problem_.arrangement.eventWeight[k];
+    const double weight = times * problem_.arrangement.eventWeight[k];
+    actions_.push_back({Kind::kSingle, row, scale, 1.0, weight, 0.0, 0});
     return;
   }
   const MeanTerms terms = meanTerms(tieMoments(problem_, hazards_, ties_, k));
-  onlySingles_ = false;
   if (terms.weight == 0.0) return;
-  actions_.push_back({Kind::kTied, row, scale, terms.mean});
-  weight_[count_++] = times * terms.weight;
-  weight_[count_++] = times * terms.failingWeight;
+  actions_.push_back(
+      {Kind::kTied, row, scale, terms.mean, times * terms.weight, times * terms.failingWeight, 0});
 }
 
-// Scales and weights from the events to the rows where they stand.
-void BackwardMeans::spreadSingles(std::size_t rows) {
-  double weight[kBlock] = {};
-  std::fill(scale_, scale_ + kBlock, 0.0);
-  for (std::size_t m = 0; m < actions_.size(); ++m) {
-    scale_[actions_[m].row] = actions_[m].scale;
-    weight[actions_[m].row] = weight_[m];
+// Where the means stand: at their rows, or side by side where there are few.
+void BackwardMeans::placeMeans(std::size_t rows) {
+  count_ = 0;
+  for (const Action& action : actions_) {
+    count_ += action.kind == Kind::kSingle ? 1 : action.kind == Kind::kTied ? 2 : 0;
   }
-  std::copy(weight, weight + kBlock, weight_);
-  count_ = rows;
+  dense_ = 3 * count_ > rows;
+  if (dense_) {
+    std::fill(scale_, scale_ + kBlock, 0.0);
+    std::fill(weight_, weight_ + kBlock + 1, 0.0);
+  }
+  std::size_t next = 0;
+  for (Action& action : actions_) {
+    if (action.kind != Kind::kSingle && action.kind != Kind::kTied) continue;
+    action.slot = dense_ ? action.row : next;
+    weight_[action.slot] = action.weight;
+    if (action.kind == Kind::kTied) weight_[action.slot + 1] = action.failingWeight;
+    if (action.kind == Kind::kSingle && dense_) scale_[action.row] = action.scale;
+    next += action.kind == Kind::kTied ? 2 : 1;
+  }
+  if (!dense_) return;
+  count_ = weight_[kBlock] == 0.0 ? rows : kBlock + 1;
+  // Those of one event are formed all at once.
+  std::erase_if(actions_, [](const Action& action) { return action.kind == Kind::kSingle; });
 }
 
 void BackwardMeans::sumColumns(std::size_t block, std::size_t j, std::size_t columns) {
   const double* risk = hazards_.risk.data() + block * kBlock;
   const double* x = problem_.x.column(block, j);
-  for (std::size_t c = j; c < j + columns; ++c) top_[c] = base_[c];
   for (const Segment& segment : segments_) {
-    if (segment.last) {
-      for (std::size_t c = j; c < j + columns; ++c) base_[c] = lost_[c] = 0.0;
-    }
-    double* part = lost_.data() + j;
-    kSuffixSums[columns - 1](risk, x, segment.begin, segment.stop, part, sums_.data());
-    for (std::size_t c = j; c < j + columns; ++c) {
-      // What rounding takes from the base goes into the next part.
-      const double sum = base_[c] + lost_[c];
-      const double added = sum - base_[c];
-      lost_[c] = (base_[c] - (sum - added)) + (lost_[c] - added);
-      base_[c] = sum;
-    }
+    kSuffixSums[columns - 1](risk, x, segment.begin, segment.stop, sums_.data());
   }
 }
 
-void BackwardMeans::formMeans(const double* sums, std::size_t j) {
+void BackwardMeans::formMeans(const double* sums, std::size_t block, std::size_t j) {
+  // Of the rows from `continued_` on the sum goes on behind the block.
+  const double top = behind(block, j);
+  const auto sumAt = [&](std::size_t row) {
+    return row >= continued_ ? sums[row] + top : sums[row];
+  };
+  double* means = means_.data() + j * kBlock;
+  const auto put = [&](std::size_t slot, double value) {
+    (slot < kBlock ? means[slot] : extra_[j]) = value;
+  };
   if (dense_) {
-    double* means = means_.data() + j * kBlock;
+    const std::size_t rows = std::min(count_, kBlock);
     scaleRows(sums, 0.0, scale_, 0, continued_, means);
-    scaleRows(sums, top_[j], scale_, continued_, count_, means);
-    return;
+    scaleRows(sums, top, scale_, continued_, rows, means);
   }
   double& others = others_[j];
-  double formed[kBlock + 1];
-  double* means = formed;
   for (const Action& action : actions_) {
     switch (action.kind) {
       case Kind::kHoldNothing:
         others = 0.0;
         break;
       case Kind::kHold:
-        others = sumAt(sums, j, action.row);
+        others = sumAt(action.row);
         break;
       case Kind::kSingle:
-        *means++ = sumAt(sums, j, action.row) * action.scale;
+        means[action.slot] = sumAt(action.row) * action.scale;
         break;
       case Kind::kTied: {
-        const double failing = sumAt(sums, j, action.row) - others;
-        *means++ = (others + action.mean * failing) * action.scale;
-        *means++ = failing * action.scale;
+        const double failing = sumAt(action.row) - others;
+        put(action.slot, (others + action.mean * failing) * action.scale);
+        put(action.slot + 1, failing * action.scale);
         break;
       }
     }
   }
-  std::copy_n(formed, std::min(count_, kBlock), means_.data() + j * kBlock);
-  if (count_ > kBlock) extra_[j] = formed[kBlock];
 }
 
 void subtractMeans(const Problem& problem, const Hazards& hazards, Ties ties,

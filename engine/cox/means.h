@@ -20,24 +20,25 @@ struct MeanTerms {
 MeanTerms meanTerms(const TieMoments& moments);
 
 // The means where everybody is at risk from the beginning: sums of r x from each row to the end of
-// its stratum, block after block from the last one. Memory for two blocks.
+// its stratum, block after block from the last one of some neighbouring ones. Memory for two blocks.
 class BackwardMeans {
  public:
+  static constexpr std::size_t kBlock = numerics::BlockedColumns::kBlock;
+
   // In   factor   none, or one number for each event time that multiplies its terms
+  //      stop     one past the block that comes first
   BackwardMeans(const Problem& problem, const Hazards& hazards, Ties ties,
-                std::span<const double> factor);
+                std::span<const double> factor, std::size_t stop);
 
   // Takes the outer products of the block's event times from the lower triangle. Blocks have to
-  // come in descending order, each once.
+  // come in descending order, none left out.
   void subtract(std::size_t block, numerics::SquareMatrix& information);
 
  private:
-  static constexpr std::size_t kBlock = numerics::BlockedColumns::kBlock;
   static constexpr std::size_t kGroup = 8;  // columns that are summed up side by side
 
   struct Segment {
     std::size_t begin, stop;  // rows of one stratum within the block
-    bool last;                // the stratum ends here
   };
   // What happens at one row: `hold` keeps the sum over the rows at risk that do not fail.
   enum class Kind { kHoldNothing, kHold, kSingle, kTied };
@@ -45,16 +46,19 @@ class BackwardMeans {
     Kind kind;
     std::size_t row;
     double scale, mean;
+    double weight, failingWeight;
+    std::size_t slot;  // of the mean among the block's; of a tied time's second one the next
   };
 
+  void holdBehind(std::size_t stop);
   void findSegments(std::size_t block);
   void findActions(std::size_t block);
   void addTerms(std::size_t k, bool tied, std::size_t row);
-  void spreadSingles(std::size_t rows);
+  void placeMeans(std::size_t rows);
   void sumColumns(std::size_t block, std::size_t j, std::size_t columns);
-  void formMeans(const double* sums, std::size_t j);
-  double sumAt(const double* sums, std::size_t j, std::size_t row) const {
-    return row >= continued_ ? sums[row] + top_[j] : sums[row];
+  void formMeans(const double* sums, std::size_t block, std::size_t j);
+  double behind(std::size_t block, std::size_t j) const {
+    return hazards_.behind[block * problem_.columns() + j];
   }
 
   const Problem& problem_;
@@ -62,20 +66,20 @@ class BackwardMeans {
   Ties ties_;
   std::span<const double> factor_;
   std::vector<double> sums_, means_;
-  // Of each column: the sum over the rows behind the block, what its rounding took, the same of
-  // the block just summed up; the held sum; the one mean more than a block has rows.
-  std::vector<double> base_, lost_, top_, others_, extra_;
-  std::size_t time_, stratum_;
+  // Of each column: the held sum, and the one mean more than a block has rows.
+  std::vector<double> others_, extra_;
+  std::size_t time_;  // one past the next event time to come
   bool held_ = false;
   std::vector<Segment> segments_;
-  std::size_t continued_ = 0;  // rows from here on belong to a stratum that ends behind the block
+  std::size_t continued_ = 0;  // rows from here on belong to the stratum of the block's last row
   std::vector<Action> actions_;
   // A tied time gives two means and has two rows in the block, but for the block's last time: its
   // other rows may stand in the next block.
   double weight_[kBlock + 1] = {};
   std::size_t count_ = 0;
-  // Where most rows are events of their own: the scale of every row, 0 for the others.
-  bool dense_ = false, onlySingles_ = false;
+  // Where many rows are events of their own their means stand where the rows do: the scale of every
+  // row, 0 for the others.
+  bool dense_ = false;
   double scale_[kBlock] = {};
 };
 

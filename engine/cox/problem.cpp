@@ -2,6 +2,10 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
+
+#include "numerics/hot.h"
+#include "numerics/threads.h"
 
 namespace survmeth::engine::cox {
 namespace {
@@ -12,6 +16,43 @@ const Response& checked(const Response& response, const Rows& rows, const Design
     throw Refusal(Role::kEvent, Refusal::kNone, "proportional hazards has one kind of event");
   }
   return response;
+}
+
+constexpr std::size_t kBlock = numerics::BlockedColumns::kBlock;
+
+struct Extent {
+  double sum = 0.0;
+  double low = std::numeric_limits<double>::infinity();
+  double high = -std::numeric_limits<double>::infinity();
+};
+
+// Adds finite numbers, eight at once.
+SURVMETH_HOT void addRows(const double* rows, std::size_t count, Extent* extent) {
+  constexpr std::size_t kLanes = 8;
+  double sum[kLanes] = {};
+  double low[kLanes];
+  double high[kLanes];
+  std::fill(low, low + kLanes, rows[0]);
+  std::fill(high, high + kLanes, rows[0]);
+  const std::size_t whole = count / kLanes * kLanes;
+  for (std::size_t i = 0; i < whole; i += kLanes) {
+    for (std::size_t m = 0; m < kLanes; ++m) {
+      const double value = rows[i + m];
+      sum[m] += value;
+      low[m] = value < low[m] ? value : low[m];
+      high[m] = value > high[m] ? value : high[m];
+    }
+  }
+  for (std::size_t i = whole; i < count; ++i) {
+    sum[0] += rows[i];
+    low[0] = std::min(low[0], rows[i]);
+    high[0] = std::max(high[0], rows[i]);
+  }
+  extent->sum += ((sum[0] + sum[4]) + (sum[2] + sum[6])) + ((sum[1] + sum[5]) + (sum[3] + sum[7]));
+  for (std::size_t m = 0; m < kLanes; ++m) {
+    extent->low = std::min(extent->low, low[m]);
+    extent->high = std::max(extent->high, high[m]);
+  }
 }
 
 }  // namespace
@@ -30,42 +71,50 @@ Problem::Problem(const Response& response, const Rows& rows, const Design& desig
       names(design.names),
       termNames(design.termNames),
       term(design.term) {
-  std::vector<double> value(arrangement.rows());
-  for (std::size_t j = 0; j < design.size(); ++j) {
-    const std::span<const double> from = design.columns[j];
-    for (std::size_t i = 0; i < value.size(); ++i) value[i] = from[arrangement.source[i]];
-    centreColumn(j, value);
+  numerics::inParallel(design.size(), [&](std::size_t j) {
+    const double* from = design.columns[j].data();
     for (std::size_t block = 0; block < x.blocks(); ++block) {
-      std::copy_n(value.data() + block * numerics::BlockedColumns::kBlock, x.rowsOf(block),
-                  x.column(block, j));
+      const std::uint32_t* source = arrangement.source.data() + block * kBlock;
+      double* to = x.column(block, j);
+      for (std::size_t i = 0; i < x.rowsOf(block); ++i) to[i] = from[source[i]];
     }
+    centreColumn(j);
+  });
+}
+
+void Problem::centreColumn(std::size_t j) {
+  const risk::Arrangement& a = arrangement;
+  for (std::size_t s = 0; s < a.strata(); ++s) {
+    const std::size_t stop = a.stratumRow[s + 1];
+    // The stratum's rows, block after block.
+    const auto parts = [&](const auto& work) {
+      for (std::size_t i = a.stratumRow[s]; i < stop;) {
+        const std::size_t count = std::min(kBlock - i % kBlock, stop - i);
+        work(x.column(i / kBlock, j) + i % kBlock, count);
+        i += count;
+      }
+    };
+    Extent extent;
+    parts([&](const double* rows, std::size_t count) { addRows(rows, count, &extent); });
+    // The centre need not be the exact mean; a constant is taken off exactly, so that what is left
+    // is 0.
+    const double mean = extent.sum / static_cast<double>(stop - a.stratumRow[s]);
+    const double centre = std::clamp(mean, extent.low, extent.high);
+    parts([&](double* rows, std::size_t count) {
+      for (std::size_t i = 0; i < count; ++i) rows[i] -= centre;
+    });
+    centres[s * columns() + j] = centre;
+    size[j] = std::max({size[j], std::fabs(extent.low), std::fabs(extent.high)});
+    spread[j] = std::max({spread[j], extent.high - centre, centre - extent.low});
   }
 }
 
-void Problem::centreColumn(std::size_t j, std::vector<double>& value) {
-  const risk::Arrangement& a = arrangement;
-  for (std::size_t s = 0; s < a.strata(); ++s) {
-    const std::span<double> rows{value.data() + a.stratumRow[s],
-                                 a.stratumRow[s + 1] - std::size_t{a.stratumRow[s]}};
-    // Four sums at once, each of which waits for itself. The centre need not be the exact mean.
-    double sum[4] = {};
-    double least[4] = {rows[0], rows[0], rows[0], rows[0]};
-    double most[4] = {rows[0], rows[0], rows[0], rows[0]};
-    for (std::size_t i = 0; i < rows.size(); ++i) {
-      sum[i % 4] += rows[i];
-      least[i % 4] = std::min(least[i % 4], rows[i]);
-      most[i % 4] = std::max(most[i % 4], rows[i]);
-    }
-    const double low = std::min(std::min(least[0], least[1]), std::min(least[2], least[3]));
-    const double high = std::max(std::max(most[0], most[1]), std::max(most[2], most[3]));
-    const double mean = ((sum[0] + sum[1]) + (sum[2] + sum[3])) / static_cast<double>(rows.size());
-    // A constant is taken off exactly, so that what is left is 0.
-    const double centre = std::clamp(mean, low, high);
-    centres[s * columns() + j] = centre;
-    size[j] = std::max({size[j], std::fabs(low), std::fabs(high)});
-    spread[j] = std::max({spread[j], high - centre, centre - low});
-    for (double& row : rows) row -= centre;
-  }
+std::size_t continuedRows(const Problem& problem, std::size_t block) {
+  const risk::Arrangement& a = problem.arrangement;
+  const std::size_t from = block * kBlock;
+  if (from == 0) return 0;
+  const std::size_t end = a.stratumRow[a.rowStratum[from - 1] + std::size_t{1}];
+  return std::min(std::max(end, from) - from, problem.x.rowsOf(block));
 }
 
 }  // namespace survmeth::engine::cox

@@ -47,7 +47,7 @@ struct Problem {
   std::vector<std::size_t> term;
 
  private:
-  void centreColumn(std::size_t j, std::vector<double>& value);
+  void centreColumn(std::size_t j);
 };
 
 // The events of one time as a sum of d terms, the l-th with the share f of the failing rows' risk
@@ -57,6 +57,9 @@ struct TieMoments {
   double u, uf;          // sums of (omega / d) u, u f
   double u2, u2f, u2ff;  // sums of (omega / d) u^2, u^2 f, u^2 f^2
 };
+
+// Rows of `block` that belong to the stratum of the row before the block.
+std::size_t continuedRows(const Problem& problem, std::size_t block);
 
 // The sums at one set of coefficients. A stratum's risks are divided by exp(shift), so that
 // predictors far from 0 neither overflow nor vanish.
@@ -69,6 +72,9 @@ struct Hazards {
   std::vector<double> increment;   // times: of the cumulative hazard, times exp(shift)
   std::vector<double> own;         // times: the part that counts for the rows that fail
   std::vector<double> cumulative;  // rows: hazard over its time at risk, times exp(shift)
+  // Blocks x columns, empty where rows enter late: the sum of risk times x over the rows behind the
+  // block that belong to the stratum of its last row.
+  std::vector<double> behind;
   double logLikelihood = 0.0;
 
   double all(std::size_t k) const { return others[k] + failing[k]; }

@@ -3,6 +3,8 @@
 #include <string>
 
 #include "engine/risk/arrangement.h"
+#include "numerics/hot.h"
+#include "numerics/threads.h"
 
 namespace survmeth::engine::risk {
 namespace {
@@ -25,11 +27,21 @@ void sameLength(const Place& place, std::size_t length, std::size_t rows) {
          "has " + std::to_string(length) + " rows, the response has " + std::to_string(rows));
 }
 
+// A sum of x - x is 0 for finite numbers only, and is formed at the speed of memory.
+SURVMETH_HOT bool allFinite(const double* values, std::size_t count) {
+  constexpr std::size_t kLanes = 8;
+  double sum[kLanes] = {};
+  const std::size_t whole = count / kLanes * kLanes;
+  for (std::size_t i = 0; i < whole; i += kLanes) {
+    for (std::size_t m = 0; m < kLanes; ++m) sum[m] += values[i + m] - values[i + m];
+  }
+  for (std::size_t i = whole; i < count; ++i) sum[0] += values[i] - values[i];
+  for (std::size_t m = 1; m < kLanes; ++m) sum[0] += sum[m];
+  return sum[0] == 0.0;
+}
+
 void finite(const Place& place, std::span<const double> values) {
-  // A sum of x - x is 0 for finite numbers only, and is formed at the speed of memory.
-  double sum[4] = {};
-  for (std::size_t i = 0; i < values.size(); ++i) sum[i % 4] += values[i] - values[i];
-  if (sum[0] + sum[1] + sum[2] + sum[3] == 0.0) return;
+  if (allFinite(values.data(), values.size())) return;
   for (std::size_t i = 0; i < values.size(); ++i) {
     if (!std::isfinite(values[i])) refuse(place, i, "is not a finite number", "a finite number");
   }
@@ -88,14 +100,14 @@ void check(const Response& response, const Rows& rows, const Design& design) {
     refuse({Role::kCovariate, "the design"}, Refusal::kNone,
            "has not as many names or terms as columns");
   }
-  for (std::size_t j = 0; j < design.size(); ++j) {
+  numerics::inParallel(design.size(), [&](std::size_t j) {
     const Place column{Role::kCovariate, design.names[j], j};
     sameLength(column, design.columns[j].size(), n);
     finite(column, design.columns[j]);
     if (design.term[j] >= design.termNames.size()) {
       refuse(column, Refusal::kNone, "is of a term without a name");
     }
-  }
+  });
 }
 
 }  // namespace survmeth::engine::risk

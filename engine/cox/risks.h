@@ -1,0 +1,21 @@
+// Predictors and risks of all rows at one set of coefficients.
+#ifndef ENGINE_COX_RISKS_H_
+#define ENGINE_COX_RISKS_H_
+
+#include <span>
+
+#include "engine/cox/problem.h"
+
+namespace survmeth::engine::cox {
+
+// Fills predictor, risk, shift and behind.
+//
+// Out  observed  the sum of weight times shifted predictor over the events
+// Edge false where the predictors of one stratum are more than 1300 apart or no numbers
+// Cost O(n p), one pass over the rows
+bool formRisks(const Problem& problem, std::span<const double> coefficients, Hazards& hazards,
+               double& observed);
+
+}  // namespace survmeth::engine::cox
+
+#endif  // ENGINE_COX_RISKS_H_
