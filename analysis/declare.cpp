@@ -112,14 +112,18 @@ std::vector<frame::Wanted> wantedColumns(const Declaration& declaration, const v
   return wanted;
 }
 
-Fitted analyse(const Declaration& declaration, const frame::Frame& data, const void* request,
-               numerics::Progress& progress) {
+void requireOptions(const Declaration& declaration, const void* request) {
   for (const Option& option : declaration.options) {
     if (option.required && !option.get(request)) {
       throw BadOption(option.name, "is missing; expected " + option.valueName);
     }
   }
   if (declaration.check) declaration.check(request);
+}
+
+Fitted analyse(const Declaration& declaration, const frame::Frame& data, const void* request,
+               numerics::Progress& progress) {
+  requireOptions(declaration, request);
   requireRows(declaration, data, request);
   Fitted fitted = declaration.run(data, request, progress);
   report::Report& report = fitted.report;

@@ -61,6 +61,9 @@ struct Declaration {
 // The columns that a request asks for, in the order of the options.
 std::vector<frame::Wanted> wantedColumns(const Declaration& declaration, const void* request);
 
+// Throws BadOption: a required option that lacks, or options that do not go together.
+void requireOptions(const Declaration& declaration, const void* request);
+
 // Checks the request, fits, describes, and completes the report with what all analyses share:
 // name, data, plan, rows left out. `data` holds the wanted columns, complete.
 // Throws engine::Refusal, BadOption, numerics::Cancelled.

@@ -1,21 +1,17 @@
 #include "cli/face.h"
 
-#include <sys/ioctl.h>
-#include <unistd.h>
-
 #include <CLI/CLI.hpp>
 #include <map>
 #include <memory>
-#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "cli/figures.h"
+#include "cli/outputs.h"
+#include "cli/perform.h"
 #include "cli/shell/problem.h"
-#include "cli/shell/progress.h"
 #include "cli/version.h"
-#include "frame/reader.h"
 #include "report/csv.h"
 #include "report/html.h"
 #include "report/json.h"
@@ -25,8 +21,6 @@ namespace cli {
 namespace {
 
 namespace analysis = survmeth::analysis;
-namespace engine = survmeth::engine;
-namespace frame = survmeth::frame;
 namespace report = survmeth::report;
 
 using analysis::Declaration;
@@ -39,7 +33,7 @@ struct Typed {
   bool json = false, quiet = false;
   std::string out, html;
   Looks looks;
-  std::optional<frame::Missing> missing;
+  analysis::Reading reading;
   int digits = report::kEstimateDigits;
 };
 
@@ -74,30 +68,18 @@ void addOwn(CLI::App& app, const Declaration& declaration, Typed& typed) {
 }
 
 void addOutputs(CLI::App& app, const Declaration& declaration, Typed& typed) {
-  addShared(app,
-            {.name = "missing",
-             .type = analysis::Type::kTexts,
-             .valueName = "A,B",
-             .help = "What a missing cell holds, instead of NA, N/A, NaN, null and ."},
-            [&typed](const analysis::Setting& words) {
-              typed.missing = frame::Missing(std::get<std::vector<std::string>>(words));
-            });
+  for (const Option& option : analysis::readingOptions()) {
+    addShared(app, option, [&option, &typed](const analysis::Setting& setting) {
+      option.set(&typed.reading, setting);
+    });
+  }
   app.add_flag("--json", typed.json, "Print JSON (docs/report.md) and nothing else");
   app.add_option("--html", typed.html, "Write the report with its figures as one HTML file")
       ->type_name("FILE");
   app.add_option("--out", typed.out, "Write the tables as CSV files into this folder")
       ->type_name("DIR");
   if (!declaration.figures.empty()) addLooks(app, typed.looks);
-  addShared(
-      app,
-      {.name = "digits",
-       .type = analysis::Type::kNumber,
-       .valueName = "N",
-       .help = "Significant digits of printed estimates (default 5)",
-       .range = {.least = 1, .most = 17, .whole = true, .expected = "a whole number from 1 to 17"}},
-      [&typed](const analysis::Setting& digits) {
-        typed.digits = static_cast<int>(std::get<double>(digits));
-      });
+  addDigits(app, typed.digits);
   app.add_flag("--quiet", typed.quiet, "Leave out the notes on standard error");
 }
 
@@ -129,46 +111,6 @@ void reserve(const Declaration& declaration, const Typed& typed, Session& sessio
   }
 }
 
-frame::Frame read(const Declaration& declaration, const Typed& typed, const void* request) {
-  std::optional<Progress> progress;
-  return frame::readFrame(
-      typed.file, analysis::wantedColumns(declaration, request),
-      typed.missing.value_or(frame::Missing()), [&](std::uint64_t done, std::uint64_t total) {
-        if (!progress) {
-          progress.emplace("reading " + (typed.file == "-" ? "standard input" : typed.file), total);
-        }
-        progress->at(done);
-      });
-}
-
-// The work after reading, on the same progress line.
-class Working : public survmeth::numerics::Progress {
- public:
-  explicit Working(const std::string& what) : line_(what, kParts) {}
-
- private:
-  void show(double done) override { line_.at(static_cast<std::uint64_t>(done * kParts)); }
-
-  static constexpr std::uint64_t kParts = 10000;
-  cli::Progress line_;
-};
-
-// A refusal with its place: file, line, column.
-Problem placed(const Declaration& declaration, const void* request, const frame::Frame& data,
-               const engine::Refusal& refusal) {
-  const analysis::Place place = analysis::placeOf(declaration, request, refusal);
-  const std::size_t line =
-      refusal.row() == engine::Refusal::kNone ? 0 : data.lines.line(refusal.row());
-  return problemAt({data.source, line, place.column}, refusal.what(), refusal.expected());
-}
-
-// As wide as the terminal, or as tables want where nobody's screen ends.
-std::size_t terminalWidth() {
-  struct winsize size {};
-  if (isatty(STDOUT_FILENO) != 1 || ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) != 0) return 0;
-  return size.ws_col;
-}
-
 void writeTables(const Declaration& declaration, const Typed& typed, const report::Report& report,
                  Session& session) {
   for (const Option& option : declaration.options) {
@@ -191,13 +133,7 @@ void run(const Declaration& declaration, const Typed& typed, Session& session) {
   try {
     request = requestOf(declaration, typed);
     reserve(declaration, typed, session);
-    const frame::Frame data = read(declaration, typed, request.get());
-    Working progress(declaration.name + " of " + data.source);
-    try {
-      fitted = analysis::analyse(declaration, data, request.get(), progress);
-    } catch (const engine::Refusal& refusal) {
-      throw placed(declaration, request.get(), data, refusal);
-    }
+    fitted = perform({declaration, request.get(), typed.reading, typed.file, typed.file});
   } catch (const analysis::BadOption& bad) {
     throw problemOf(bad);
   }

@@ -12,6 +12,7 @@
 #include "analysis/declare.h"
 #include "cli/face.h"
 #include "cli/help.h"
+#include "cli/run.h"
 #include "cli/shell/arguments.h"
 #include "cli/shell/leftovers.h"
 #include "cli/shell/problem.h"
@@ -97,6 +98,7 @@ int main(int argc, char** argv) {
     add(declaration.name, declaration.summary,
         [&](CLI::App& sub) { return cli::addAnalysis(sub, declaration); });
   }
+  add("run", "The analyses of a plan, one report", cli::addRun);
   add("help", "The options of a command, as a page or for programs", cli::addHelp);
 
   std::string who = "survmeth";

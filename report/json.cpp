@@ -233,12 +233,8 @@ void notes(JsonWriter& json, const std::vector<Note>& notes) {
   json.endArray();
 }
 
-}  // namespace
-
-std::string toJson(const Report& report, const JsonOptions& options) {
+void report(JsonWriter& json, const Report& report, const JsonOptions& options) {
   requireWellFormed(report);
-  std::string out;
-  JsonWriter json(out);
   json.beginObject();
   json.member("schema", kJsonSchema);
   json.member("program", options.program);
@@ -267,6 +263,32 @@ std::string toJson(const Report& report, const JsonOptions& options) {
   }
   methods(json, report.methods);
   notes(json, report.notes);
+  json.endObject();
+}
+
+}  // namespace
+
+std::string toJson(const Report& report, const JsonOptions& options) {
+  std::string out;
+  JsonWriter json(out);
+  survmeth::report::report(json, report, options);
+  out += '\n';
+  return out;
+}
+
+std::string toJson(std::span<const Report> reports, const std::string& title,
+                   const JsonOptions& options) {
+  std::string out;
+  JsonWriter json(out);
+  json.beginObject();
+  json.member("schema", kJsonSchemaOfSeveral);
+  json.member("program", options.program);
+  json.member("version", options.version);
+  json.member("title", title);
+  json.key("reports");
+  json.beginArray();
+  for (const Report& each : reports) report(json, each, options);
+  json.endArray();
   json.endObject();
   out += '\n';
   return out;

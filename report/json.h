@@ -3,6 +3,7 @@
 #ifndef REPORT_JSON_H_
 #define REPORT_JSON_H_
 
+#include <span>
 #include <string>
 
 #include "report/report.h"
@@ -11,6 +12,7 @@ namespace survmeth::report {
 
 // The layout's name; a change that readers would notice gives it another number.
 inline constexpr const char* kJsonSchema = "survmeth-report/1";
+inline constexpr const char* kJsonSchemaOfSeveral = "survmeth-reports/1";
 
 struct JsonOptions {
   std::string program = "survmeth";
@@ -22,6 +24,11 @@ struct JsonOptions {
 // for what does not exist and for infinities.
 // Cost O(cells), no memory beside the text's
 std::string toJson(const Report& report, const JsonOptions& options);
+
+// Several, each as it stands alone but for the indent: {"schema", "program", "version", "title",
+// "reports": [...]}.
+std::string toJson(std::span<const Report> reports, const std::string& title,
+                   const JsonOptions& options);
 
 }  // namespace survmeth::report
 

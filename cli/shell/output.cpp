@@ -147,10 +147,10 @@ int writeAll(int descriptor, std::string_view text) {
 }
 
 void Output::input(const std::string& file) {
-  inputName_ = file == "-" ? "standard input" : file;
-  input_ = file == "-" ? identityOf(STDIN_FILENO) : identityOf(file);
-  if (input_ == identityOf(STDOUT_FILENO)) {
-    throw Problem("standard output goes into the input " + inputName_ + "; expected another place");
+  inputs_.push_back(file == "-" ? identityOf(STDIN_FILENO) : identityOf(file));
+  if (inputs_.back() == identityOf(STDOUT_FILENO)) {
+    throw Problem("standard output goes into the input " + (file == "-" ? "standard input" : file) +
+                  "; expected another place");
   }
 }
 
@@ -160,7 +160,9 @@ void Output::reserve(const std::string& option, const std::string& path) {
   const auto refuse = [&wanted](const std::string& what) {
     throw Problem(wanted.option + ": " + wanted.path + " is " + what + "; expected another place");
   };
-  if (identity == input_) refuse("the input");
+  for (const Identity& input : inputs_) {
+    if (identity == input) refuse(inputs_.size() == 1 ? "the input" : "an input");
+  }
   if (wanted.target.kind != TargetKind::kDescriptor) {
     if (identity == identityOf(STDOUT_FILENO)) refuse("where standard output goes");
     for (const Reserved& other : reserved_) {

@@ -22,7 +22,7 @@ namespace cli {
 
 class Output {
  public:
-  // The file that is read, "-" for standard input. Refuses to print into it.
+  // A file that is read, "-" for standard input. Refuses to print into it.
   void input(const std::string& file);
 
   // A file that `option` asks for. Throws a Problem: it is the input, the file of another option or
@@ -70,8 +70,7 @@ class Output {
   std::vector<File> files_;
   std::vector<std::string> lacks_;
   std::vector<std::string> folders_;
-  std::string inputName_;
-  Identity input_;
+  std::vector<Identity> inputs_;
   std::vector<Reserved> reserved_;
 };
 

@@ -1,0 +1,64 @@
+#include "cli/perform.h"
+
+#include <cstdint>
+#include <optional>
+
+#include "cli/shell/problem.h"
+#include "cli/shell/progress.h"
+#include "frame/reader.h"
+
+namespace cli {
+namespace {
+
+namespace analysis = survmeth::analysis;
+namespace engine = survmeth::engine;
+namespace frame = survmeth::frame;
+
+frame::Frame read(const Job& job) {
+  std::optional<Progress> progress;
+  return frame::readFrame(
+      job.file, analysis::wantedColumns(job.declaration, job.request), job.reading.missingCells(),
+      [&](std::uint64_t done, std::uint64_t total) {
+        if (!progress) {
+          progress.emplace("reading " + (job.file == "-" ? "standard input" : job.file), total);
+        }
+        progress->at(done);
+      });
+}
+
+// The work after reading, on the same progress line.
+class Working : public survmeth::numerics::Progress {
+ public:
+  explicit Working(const std::string& what) : line_(what, kParts) {}
+
+ private:
+  void show(double done) override { line_.at(static_cast<std::uint64_t>(done * kParts)); }
+
+  static constexpr std::uint64_t kParts = 10000;
+  cli::Progress line_;
+};
+
+// A refusal with its place: file, line, column.
+Problem placed(const Job& job, const frame::Frame& data, const engine::Refusal& refusal) {
+  const analysis::Place place = analysis::placeOf(job.declaration, job.request, refusal);
+  const std::size_t line =
+      refusal.row() == engine::Refusal::kNone ? 0 : data.lines.line(refusal.row());
+  return problemAt({data.source, line, place.column}, refusal.what(), refusal.expected());
+}
+
+}  // namespace
+
+analysis::Fitted perform(const Job& job) {
+  const frame::Frame data = read(job);
+  Working progress(job.declaration.name + " of " + data.source);
+  try {
+    analysis::Fitted fitted = analysis::analyse(job.declaration, data, job.request, progress);
+    if (job.name != job.file) fitted.report.data.name = job.name;
+    analysis::echo(job.reading, fitted.report);
+    return fitted;
+  } catch (const engine::Refusal& refusal) {
+    throw placed(job, data, refusal);
+  }
+}
+
+}  // namespace cli
