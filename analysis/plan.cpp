@@ -57,7 +57,13 @@ void setOptions(const JsonNode& options, const std::string& what, Planned& plann
     if (option == nullptr) refuseOption(declaration, member, what);
     const std::string place = what + ": " + member.name;
     try {
-      option->set(target, checked(*option, settingOf(member.value, place)));
+      Setting setting = settingOf(member.value, place);
+      // An empty list is one of whatever is expected.
+      if (option->type == Type::kNumbers && member.value.kind == Kind::kArray &&
+          member.value.elements.empty()) {
+        setting = std::vector<double>();
+      }
+      option->set(target, checked(*option, setting));
     } catch (const BadOption& bad) {
       throw JsonError(member.value.place, place + ": " + bad.what());
     }

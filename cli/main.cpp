@@ -13,6 +13,7 @@
 #include "cli/face.h"
 #include "cli/help.h"
 #include "cli/run.h"
+#include "cli/selftest.h"
 #include "cli/shell/arguments.h"
 #include "cli/shell/leftovers.h"
 #include "cli/shell/problem.h"
@@ -99,6 +100,7 @@ int main(int argc, char** argv) {
         [&](CLI::App& sub) { return cli::addAnalysis(sub, declaration); });
   }
   add("run", "The analyses of a plan, one report", cli::addRun);
+  add("selftest", "Compares results with those of other programs", cli::addSelftest);
   add("help", "The options of a command, as a page or for programs", cli::addHelp);
 
   std::string who = "survmeth";

@@ -31,6 +31,13 @@ inline constexpr char kPositive[] = "positive";  // label of the positives
 inline constexpr char kNegative[] = "negative";
 inline constexpr char kPositiveWhen[] = "positiveWhen";  // high or low
 inline constexpr char kReason[] = "reason";              // why numbers do not exist
+inline constexpr char kCase[] = "case";                  // of the self-test
+inline constexpr char kQuantity[] = "quantity";
+inline constexpr char kSource[] = "source";  // where an expected number comes from
+inline constexpr char kResult[] = "result";  // agrees or DIFFERS
+inline constexpr char kProgram[] = "program";
+inline constexpr char kMachine[] = "machine";
+inline constexpr char kDate[] = "date";
 
 // Counts; sums of weights where there are weights.
 inline constexpr char kRows[] = "rows";
@@ -54,6 +61,10 @@ inline constexpr char kFalsePositives[] = "falsePositives";
 inline constexpr char kFalseNegatives[] = "falseNegatives";
 inline constexpr char kTrueNegatives[] = "trueNegatives";
 inline constexpr char kIterations[] = "iterations";
+inline constexpr char kCases[] = "cases";
+inline constexpr char kQuantities[] = "quantities";
+inline constexpr char kAgreeing[] = "agreeing";
+inline constexpr char kDiffering[] = "differing";
 
 // Estimates. lower and upper are the limits of the one quantity of a row that has limits; where
 // several have, they are sensitivityLower and so on. The same holds for standardError.
@@ -66,6 +77,8 @@ inline constexpr char kHazardRatio[] = "hazardRatio";  // with limits where a ro
 inline constexpr char kMean[] = "mean";
 inline constexpr char kMedian[] = "median";
 inline constexpr char kDifference[] = "difference";
+inline constexpr char kObtained[] = "obtained";    // beside what is expected
+inline constexpr char kTolerance[] = "tolerance";  // largest difference that counts for none
 inline constexpr char kRatio[] = "ratio";
 inline constexpr char kCorrelation[] = "correlation";
 inline constexpr char kFitted[] = "fitted";

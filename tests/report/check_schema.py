@@ -4,7 +4,8 @@
     check_schema.py --schema FILE [--program PROGRAM] [FOLDER...]
 
 Checked are the *.json files that PROGRAM FOLDER writes, every *.json file below the folders, and
-the stdout of command-line cases (a folder with the file `arguments`) whose arguments have --json.
+the stdout of command-line cases (a folder with the file `arguments`) whose arguments have --json;
+of a document with several reports each of them.
 Columns and values of a table have the same keys in the same order, all columns one length, labels
 are texts and the others numbers or null. Before that the schema has to refuse what is wrong.
 """
@@ -64,9 +65,15 @@ def problems_of(validator, report):
     return problems
 
 
+def reports_of(document):
+    """The reports of a document: its own, or those that it holds."""
+    return document["reports"] if document.get("schema") == "survmeth-reports/1" else [document]
+
+
 def documents(folder):
-    """Every JSON report below a folder."""
-    yield from sorted(folder.rglob("*.json"))
+    """Every JSON report below a folder; what cases read is none."""
+    yield from sorted(path for path in folder.rglob("*.json")
+                      if "input" not in path.relative_to(folder).parts)
     for arguments in sorted(folder.rglob("arguments")):
         output = arguments.parent / "stdout"
         if output.is_file() and "--json" in shlex.split(arguments.read_text(encoding="utf-8")):
@@ -120,7 +127,8 @@ def main():
             for path in documents(folder):
                 found += 1
                 try:
-                    problems += [f"{path}: {each}" for each in problems_of(validator, read(path))]
+                    for report in reports_of(read(path)):
+                        problems += [f"{path}: {each}" for each in problems_of(validator, report)]
                 except ValueError as error:
                     problems.append(f"{path}: {error}")
             checked += found
