@@ -1,0 +1,113 @@
+#include "engine/curves/limits.h"
+
+#include <algorithm>
+#include <cmath>
+#include <stdexcept>
+
+#include "Dist/Dist"
+#include "numerics/elementary.h"
+
+namespace survmeth::engine::curves {
+namespace {
+
+constexpr double kQuarterTurn = 1.5707963267948966;  // pi / 2
+
+struct SineCosine {
+  double sine, cosine;
+};
+
+// Of an angle within [0, pi / 2]: the two series up to pi / 4, exchanged beyond it.
+SineCosine sineCosine(double angle) {
+  constexpr double kLow = 6.123233995736766e-17;  // pi / 2 - kQuarterTurn
+  const bool exchanged = angle > 0.5 * kQuarterTurn;
+  const double x = exchanged ? (kQuarterTurn - angle) + kLow : angle;
+  const double square = x * x;
+  double sine = 0.0;
+  double cosine = 0.0;
+  for (int k = 18; k >= 2; k -= 2) {  // the next terms are below 2^-60 of the sums
+    sine = (1.0 + sine) * (-square / (k * (k + 1)));
+    cosine = (1.0 + cosine) * (-square / ((k - 1) * k));
+  }
+  const SineCosine small{x + x * sine, 1.0 + cosine};
+  return exchanged ? SineCosine{small.cosine, small.sine} : small;
+}
+
+Interval arcsineLimits(double survival, double spread) {
+  const double root = std::sqrt(survival);
+  const double other = std::sqrt(1.0 - survival);
+  const double turn = 0.5 * spread * root / other;
+  if (!(turn < kQuarterTurn)) return std::isnan(turn) ? Interval{} : Interval{0.0, 1.0};
+  const auto [sine, cosine] = sineCosine(turn);
+  // Sine of the lower and upper angle, and the cosine that says whether it passes pi / 2.
+  const double lower = root * cosine - other * sine;
+  const double upper = root * cosine + other * sine;
+  const bool past = !(other * cosine - root * sine > 0.0);
+  return {lower > 0.0 ? lower * lower : 0.0, past ? 1.0 : std::min(upper * upper, 1.0)};
+}
+
+}  // namespace
+
+double normalQuantile(double level) {
+  if (!(level > 0.0 && level < 1.0)) {
+    throw Refusal(Role::kAlpha, Refusal::kNone, "the level of limits is not between 0 and 1");
+  }
+  return std::fabs(InvCDFNormalStd(0.5 * (1.0 - level)));
+}
+
+Interval survivalLimits(double survival, double spread, Scale scale) {
+  if (!(survival > 0.0) || std::isnan(spread)) return {};
+  const double s = survival;
+  switch (scale) {
+    case Scale::kPlain:
+      return {std::max(s - spread * s, 0.0), std::min(s + spread * s, 1.0)};
+    case Scale::kLog:
+      return {s * numerics::exp(-spread), std::min(s * numerics::exp(spread), 1.0)};
+    default:
+      break;
+  }
+  if (!(s < 1.0)) return {};
+  if (scale == Scale::kArcsine) return arcsineLimits(s, spread);
+  if (scale == Scale::kLogit) {
+    const double factor = numerics::exp(spread / (1.0 - s));
+    // Divided by the factor where it grows without limit.
+    return {s / factor / (s / factor + (1.0 - s)), s / (s + (1.0 - s) / factor)};
+  }
+  const double logSurvival = numerics::log(s);
+  const double factor = numerics::exp(-spread / logSurvival);
+  return {numerics::exp(logSurvival * factor), numerics::exp(logSurvival / factor)};
+}
+
+Interval hazardLimits(double hazard, double standardError, double z, Scale scale) {
+  const double half = z * standardError;
+  if (scale == Scale::kPlain) return {std::max(hazard - half, 0.0), hazard + half};
+  if (scale != Scale::kLog) {
+    throw std::invalid_argument("limits of a cumulative hazard are plain or on the log scale");
+  }
+  if (!(hazard > 0.0)) return {};
+  const double factor = numerics::exp(half / hazard);
+  return {hazard / factor, hazard * factor};
+}
+
+Contrast difference(double estimate, double standardError, double z) {
+  Contrast result{estimate, standardError, estimate - z * standardError,
+                  estimate + z * standardError};
+  if (standardError > 0.0) {
+    result.z = estimate / standardError;
+    result.pValue = 2.0 * CDFNormalStd(-std::fabs(result.z));
+  }
+  return result;
+}
+
+Contrast ratio(double estimate, double standardErrorOfLog, double z) {
+  Contrast result{estimate, standardErrorOfLog};
+  if (!(estimate > 0.0)) return result;
+  result.lower = estimate * numerics::exp(-z * standardErrorOfLog);
+  result.upper = estimate * numerics::exp(z * standardErrorOfLog);
+  if (standardErrorOfLog > 0.0) {
+    result.z = numerics::log(estimate) / standardErrorOfLog;
+    result.pValue = 2.0 * CDFNormalStd(-std::fabs(result.z));
+  }
+  return result;
+}
+
+}  // namespace survmeth::engine::curves
