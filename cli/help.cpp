@@ -1,12 +1,11 @@
 #include "cli/help.h"
 
 #include <CLI/CLI.hpp>
-#include <cmath>
 #include <memory>
-#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
+#include "analysis/declarationsJson.h"
 #include "analysis/declare.h"
 #include "cli/shell/problem.h"
 #include "cli/version.h"
@@ -14,60 +13,8 @@
 namespace cli {
 namespace {
 
-using Json = nlohmann::ordered_json;
 using survmeth::analysis::Declaration;
 using survmeth::analysis::Option;
-using survmeth::analysis::Type;
-
-const char* nameOf(Type type) {
-  switch (type) {
-    case Type::kFlag:
-      return "flag";
-    case Type::kNumber:
-      return "number";
-    case Type::kChoice:
-      return "choice";
-    case Type::kColumn:
-      return "column";
-    case Type::kNumbers:
-      return "numbers";
-    case Type::kTexts:
-      return "texts";
-    case Type::kColumns:
-      return "columns";
-    case Type::kText:
-      break;
-  }
-  return "text";
-}
-
-Json jsonOf(const Option& option) {
-  Json json = {{"name", option.name},
-               {"type", nameOf(option.type)},
-               {"help", option.help},
-               {"required", option.required}};
-  if (!option.valueName.empty()) json["value"] = option.valueName;
-  if (!option.defaultText.empty()) json["default"] = option.defaultText;
-  if (!option.choices.empty()) json["choices"] = option.choices;
-  if (std::isfinite(option.range.least)) json["least"] = option.range.least;
-  if (std::isfinite(option.range.most)) json["most"] = option.range.most;
-  if (!option.table.empty()) json["table"] = option.table;
-  if (!option.labelsOf.empty()) json["labelsOf"] = option.labelsOf;
-  return json;
-}
-
-Json jsonOf(const Declaration& declaration) {
-  Json json;
-  json["name"] = declaration.name;
-  json["summary"] = declaration.summary;
-  json["details"] = declaration.details;
-  json["examples"] = declaration.examples;
-  json["tables"] = declaration.tables;
-  json["figures"] = declaration.figures;
-  json["options"] = Json::array();
-  for (const Option& option : declaration.options) json["options"].push_back(jsonOf(option));
-  return json;
-}
 
 // Text in a cell of a Markdown table.
 std::string cell(const std::string& text) {
@@ -129,14 +76,8 @@ void run(const Typed& typed, Session& session) {
     session.output.text() = pageOf(named(typed.command));
     return;
   }
-  Json json = {{"schema", "survmeth-help/1"}, {"program", "survmeth"}, {"version", kVersion}};
-  json["analyses"] = Json::array();
-  for (const Declaration& each : survmeth::analysis::declarations()) {
-    if (typed.command.empty() || each.name == named(typed.command).name) {
-      json["analyses"].push_back(jsonOf(each));
-    }
-  }
-  session.output.text() = json.dump(2) + "\n";
+  const Declaration* only = typed.command.empty() ? nullptr : &named(typed.command);
+  session.output.text() = survmeth::analysis::declarationsJson(kVersion, only);
 }
 
 }  // namespace

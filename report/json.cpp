@@ -2,65 +2,10 @@
 #include "report/json.h"
 
 #include "report/jsonWriter.h"
+#include "report/names.h"
 
 namespace survmeth::report {
 namespace {
-
-const char* kindName(Kind kind) {
-  switch (kind) {
-    case Kind::kLabel:
-      return "label";
-    case Kind::kCount:
-      return "count";
-    case Kind::kTime:
-      return "time";
-    case Kind::kEstimate:
-      return "estimate";
-    case Kind::kProbability:
-      return "probability";
-    case Kind::kPValue:
-      return "pValue";
-    case Kind::kStatistic:
-      break;
-  }
-  return "statistic";
-}
-
-const char* scaleName(Scale scale) {
-  switch (scale) {
-    case Scale::kLinear:
-      return "linear";
-    case Scale::kLog:
-      return "log";
-    case Scale::kCloglog:
-      return "cloglog";
-    case Scale::kProbit:
-      return "probit";
-    case Scale::kCategory:
-      break;
-  }
-  return "category";
-}
-
-const char* seriesKindName(SeriesKind kind) {
-  switch (kind) {
-    case SeriesKind::kStep:
-      return "step";
-    case SeriesKind::kLine:
-      return "line";
-    case SeriesKind::kBand:
-      return "band";
-    case SeriesKind::kArea:
-      return "area";
-    case SeriesKind::kPoints:
-      return "points";
-    case SeriesKind::kSegments:
-      return "segments";
-    case SeriesKind::kBars:
-      break;
-  }
-  return "bars";
-}
 
 double count(std::size_t number) { return static_cast<double>(number); }
 
@@ -106,7 +51,7 @@ void table(JsonWriter& json, const Table& table) {
     json.beginObject(true);
     json.member("key", column.key);
     json.member("heading", column.heading);
-    json.member("kind", kindName(column.kind));
+    json.member("kind", nameOf(column.kind));
     json.endObject();
   }
   json.endArray();
@@ -132,7 +77,7 @@ void axis(JsonWriter& json, const char* name, const Axis& axis) {
   json.key(name);
   json.beginObject();
   json.member("label", axis.label);
-  json.member("scale", scaleName(axis.scale));
+  json.member("scale", nameOf(axis.scale));
   if (axis.least) json.member("least", *axis.least);
   if (axis.most) json.member("most", *axis.most);
   member(json, "ticks", axis.ticks);
@@ -145,7 +90,7 @@ void axis(JsonWriter& json, const char* name, const Axis& axis) {
 void series(JsonWriter& json, const Series& series) {
   json.beginObject();
   json.member("name", series.name);
-  json.member("kind", seriesKindName(series.kind));
+  json.member("kind", nameOf(series.kind));
   member(json, "x", series.x);
   member(json, "y", series.y);
   member(json, "lower", series.lower);

@@ -1,0 +1,72 @@
+#include "analysis/declarationsJson.h"
+
+#include <cmath>
+#include <nlohmann/json.hpp>
+
+namespace survmeth::analysis {
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+const char* nameOf(Type type) {
+  switch (type) {
+    case Type::kFlag:
+      return "flag";
+    case Type::kNumber:
+      return "number";
+    case Type::kChoice:
+      return "choice";
+    case Type::kColumn:
+      return "column";
+    case Type::kNumbers:
+      return "numbers";
+    case Type::kTexts:
+      return "texts";
+    case Type::kColumns:
+      return "columns";
+    case Type::kText:
+      break;
+  }
+  return "text";
+}
+
+Json jsonOf(const Option& option) {
+  Json json = {{"name", option.name},
+               {"type", nameOf(option.type)},
+               {"help", option.help},
+               {"required", option.required}};
+  if (!option.valueName.empty()) json["value"] = option.valueName;
+  if (!option.defaultText.empty()) json["default"] = option.defaultText;
+  if (!option.choices.empty()) json["choices"] = option.choices;
+  if (std::isfinite(option.range.least)) json["least"] = option.range.least;
+  if (std::isfinite(option.range.most)) json["most"] = option.range.most;
+  if (!option.table.empty()) json["table"] = option.table;
+  if (!option.labelsOf.empty()) json["labelsOf"] = option.labelsOf;
+  return json;
+}
+
+Json jsonOf(const Declaration& declaration) {
+  Json json;
+  json["name"] = declaration.name;
+  json["summary"] = declaration.summary;
+  json["details"] = declaration.details;
+  json["examples"] = declaration.examples;
+  json["tables"] = declaration.tables;
+  json["figures"] = declaration.figures;
+  json["options"] = Json::array();
+  for (const Option& option : declaration.options) json["options"].push_back(jsonOf(option));
+  return json;
+}
+
+}  // namespace
+
+std::string declarationsJson(const std::string& version, const Declaration* only) {
+  Json json = {{"schema", "survmeth-help/1"}, {"program", "survmeth"}, {"version", version}};
+  json["analyses"] = Json::array();
+  for (const Declaration& each : declarations()) {
+    if (only == nullptr || each.name == only->name) json["analyses"].push_back(jsonOf(each));
+  }
+  return json.dump(2) + "\n";
+}
+
+}  // namespace survmeth::analysis

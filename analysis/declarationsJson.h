@@ -1,0 +1,18 @@
+// The declarations for programs: what a face in another language is made of.
+#ifndef ANALYSIS_DECLARATIONS_JSON_H_
+#define ANALYSIS_DECLARATIONS_JSON_H_
+
+#include <string>
+
+#include "analysis/declare.h"
+
+namespace survmeth::analysis {
+
+// One JSON object, "survmeth-help/1": of each analysis its name, summary, details, examples, options
+// (name, type, help, whether it is required, range, choices), the ids of its tables and figures.
+// All analyses, or `only` one.
+std::string declarationsJson(const std::string& version, const Declaration* only = nullptr);
+
+}  // namespace survmeth::analysis
+
+#endif  // ANALYSIS_DECLARATIONS_JSON_H_
