@@ -160,7 +160,7 @@ Column madeFor(const Given& given, const Wanted& want, const Absent& absent) {
   const auto found = std::find_if(given.columns.begin(), given.columns.end(),
                                   [&](const Column& each) { return each.name == want.name; });
   if (want.name.empty() || found == given.columns.end()) {
-    throw Unsuitable(given.source, {}, kNone, "there is no column " + quote(want.name),
+    throw Unsuitable(given.source, want.name, kNone, "there is no such column",
                      "one of " + text::nearestFirst(want.name, given.names));
   }
   const bool asNumbers = want.cells == Cells::kNumbers ||

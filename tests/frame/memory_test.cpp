@@ -115,7 +115,9 @@ TEST(Memory, ALabelThatIsNamedIsNotMissing) {
 TEST(Memory, NoSuchColumnIsRefusedWithTheNearest) {
   const Unsuitable refused = refusalOf(fourRows(), {.name = "arms"});
   EXPECT_STREQ(refused.what(),
-               R"(trial: there is no column "arms"; expected one of "arm", "x", "stage")");
+               "trial, column \"arms\": there is no such column; expected one of \"arm\", \"x\", "
+               "\"stage\"");
+  EXPECT_EQ(refused.row(), Unsuitable::kNone);
 }
 
 TEST(Memory, CellsThatAreNoNumbersAreRefusedWithTheFirst) {

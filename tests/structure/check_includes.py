@@ -31,7 +31,7 @@ RULES = {
                  "survival/survival.h", "survival/calls"],
     "pictures": ["report", "text"],
     "cli": ["analysis", "report", "pictures", "frame", "text", "numerics/progress.h"],
-    "python": ["analysis", "report", "frame", "numerics/progress.h"],
+    "python": ["analysis", "report", "frame", "text", "numerics/progress.h"],
     "web": ["analysis", "report", "frame", "numerics/progress.h"],
     "examples": ["survival/survival.h"],
     "bench": None,

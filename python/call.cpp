@@ -1,0 +1,161 @@
+#include "python/call.h"
+
+#include <nanobind/stl/string.h>
+#include <nanobind/stl/vector.h>
+
+#include <algorithm>
+#include <chrono>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "python/columns.h"
+#include "python/settings.h"
+
+namespace nb = nanobind;
+
+namespace survmeth::python {
+namespace {
+
+using analysis::Declaration;
+using analysis::Option;
+using Clock = std::chrono::steady_clock;
+
+// Input that cannot be analysed, with its place, for Python.
+struct Refused {
+  std::string option, column, text, expected;
+  std::size_t row = engine::Refusal::kNone;
+};
+
+[[noreturn]] void raise(const Refused& refused) {
+  const nb::object type = nb::module_::import_("survmeth._errors").attr("RefusedInput");
+  const nb::object row = refused.row == engine::Refusal::kNone ? nb::none() : nb::cast(refused.row);
+  const nb::object made = type(refused.option, refused.column, row, refused.text, refused.expected);
+  PyErr_SetObject(type.ptr(), made.ptr());
+  throw nb::python_error();
+}
+
+// The option that names the column.
+std::string optionOf(const Declaration& declaration, const void* request,
+                     const std::string& column) {
+  for (const Option& option : declaration.options) {
+    if (option.type != analysis::Type::kColumn && option.type != analysis::Type::kColumns) continue;
+    const std::optional<analysis::Setting> setting = option.get(request);
+    if (!setting) continue;
+    if (const auto* name = std::get_if<std::string>(&*setting)) {
+      if (*name == column) return option.name;
+    } else if (const auto* names = std::get_if<std::vector<std::string>>(&*setting)) {
+      if (std::find(names->begin(), names->end(), column) != names->end()) return option.name;
+    }
+  }
+  return {};
+}
+
+// Looks for interrupts and tells the caller how far the work is, both a few times a second. An
+// exception of Python waits until the work has unwound.
+class Watched : public numerics::Progress {
+ public:
+  explicit Watched(nb::object tell) : tell_(std::move(tell)) {}
+  bool raised() const { return raised_; }
+
+ private:
+  static constexpr std::chrono::milliseconds kEvery{50};
+
+  void show(double done) override { done_ = done; }
+  bool stop() override {
+    const Clock::time_point now = Clock::now();
+    if (now < next_) return false;
+    next_ = now + kEvery;
+    const nb::gil_scoped_acquire lock;
+    raised_ = PyErr_CheckSignals() != 0;
+    if (!raised_ && !tell_.is_none()) {
+      PyObject* answer = PyObject_CallFunction(tell_.ptr(), "d", done_);
+      raised_ = answer == nullptr;
+      Py_XDECREF(answer);
+    }
+    return raised_;
+  }
+
+  nb::object tell_;
+  double done_ = 0;
+  Clock::time_point next_ = Clock::now();
+  bool raised_ = false;
+};
+
+const Declaration& declarationOf(const std::string& name) {
+  const Declaration* found = analysis::findDeclaration(name);
+  if (found == nullptr) throw nb::key_error(name.c_str());
+  return *found;
+}
+
+}  // namespace
+
+Call::Call(const std::string& name, const nb::dict& settings)
+    : declaration_(declarationOf(name)), request_(declaration_.request()) {
+  try {
+    for (const auto& [key, value] : settings) {
+      const Option* option = declaration_.find(nb::cast<std::string>(key));
+      if (option == nullptr) throw nb::key_error(nb::cast<std::string>(key).c_str());
+      option->set(request_.get(), settingOf(*option, value));
+    }
+    if (declaration_.check) declaration_.check(request_.get());
+  } catch (const analysis::BadOption& bad) {
+    raise({bad.option(), {}, bad.what(), {}});
+  }
+}
+
+std::vector<std::string> Call::wanted() const {
+  std::vector<std::string> names;
+  for (const frame::Wanted& want : analysis::wantedColumns(declaration_, request_.get())) {
+    names.push_back(want.name);
+  }
+  return names;
+}
+
+std::shared_ptr<const report::Report> Call::run(const std::string& source,
+                                                const std::vector<std::string>& names,
+                                                const nb::list& columns, std::size_t rows,
+                                                const std::vector<std::string>& missing,
+                                                const nb::object& tell) const {
+  const frame::Given given = givenOf(source, names, columns, rows);
+  Watched progress(tell);
+  std::optional<Refused> refused;
+  std::shared_ptr<const report::Report> report;
+  {
+    const nb::gil_scoped_release unlocked;
+    try {
+      report = std::make_shared<const report::Report>(work(given, missing, progress));
+    } catch (const engine::Refusal& refusal) {
+      const analysis::Place place = analysis::placeOf(declaration_, request_.get(), refusal);
+      refused = {place.option, place.column, refusal.what(), refusal.expected(), refusal.row()};
+    } catch (const analysis::BadOption& bad) {
+      refused = {bad.option(), {}, bad.what(), {}};
+    } catch (const frame::Unsuitable& bad) {
+      refused = {optionOf(declaration_, request_.get(), bad.column()), bad.column(), bad.text(),
+                 bad.expected(), bad.row()};
+    } catch (const numerics::Cancelled&) {
+      // Only where an exception of Python waits.
+    }
+  }
+  if (progress.raised()) throw nb::python_error();
+  if (refused) raise(*refused);
+  return report;
+}
+
+report::Report Call::work(const frame::Given& given, const std::vector<std::string>& missing,
+                          numerics::Progress& progress) const {
+  const frame::Frame data =
+      frame::frameOf(given, analysis::wantedColumns(declaration_, request_.get()), missing);
+  try {
+    return analysis::analyse(declaration_, data, request_.get(), progress).report;
+  } catch (const engine::Refusal& refusal) {
+    if (refusal.row() == engine::Refusal::kNone) throw;
+    // Of the caller's rows, not of those that were kept.
+    throw engine::Refusal(refusal.role(), data.lines.line(refusal.row()) - 1, refusal.what(),
+                          refusal.column(), refusal.expected());
+  }
+}
+
+}  // namespace survmeth::python

@@ -1,0 +1,49 @@
+// One call of an analysis from Python: settings first, then the columns that they ask for.
+#ifndef PYTHON_CALL_H_
+#define PYTHON_CALL_H_
+
+#include <nanobind/nanobind.h>
+
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "analysis/declare.h"
+#include "frame/memory.h"
+#include "numerics/progress.h"
+#include "report/report.h"
+
+namespace survmeth::python {
+
+// What cannot be analysed becomes Python's survmeth.RefusedInput.
+class Call {
+ public:
+  Call(const std::string& name, const nanobind::dict& settings);
+
+  // The names of the columns that the request asks for.
+  std::vector<std::string> wanted() const;
+
+  // Runs without the interpreter's lock.
+  //
+  // In     names     of all columns that the caller has, for messages
+  //        columns   the wanted ones, as python/columns.h reads them
+  //        tell      is called with the part of the work that is done, or None
+  // Throws python_error: a refusal, an interrupt, what `tell` raised
+  std::shared_ptr<const report::Report> run(const std::string& source,
+                                            const std::vector<std::string>& names,
+                                            const nanobind::list& columns, std::size_t rows,
+                                            const std::vector<std::string>& missing,
+                                            const nanobind::object& tell) const;
+
+ private:
+  report::Report work(const frame::Given& given, const std::vector<std::string>& missing,
+                      numerics::Progress& progress) const;
+
+  const analysis::Declaration& declaration_;
+  std::shared_ptr<void> request_;
+};
+
+}  // namespace survmeth::python
+
+#endif  // PYTHON_CALL_H_

@@ -1,0 +1,101 @@
+// The module survmeth._core: runs a declared analysis on columns and gives its report. What a person
+// calls is made in Python from the declarations; nothing here knows what is analysed.
+#include <nanobind/nanobind.h>
+#include <nanobind/stl/map.h>
+#include <nanobind/stl/string.h>
+#include <nanobind/stl/vector.h>
+
+#include <map>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "analysis/declarationsJson.h"
+#include "python/call.h"
+#include "python/reports.h"
+#include "report/csv.h"
+#include "report/html.h"
+#include "report/json.h"
+#include "report/text.h"
+
+namespace nb = nanobind;
+
+namespace survmeth::python {
+namespace {
+
+constexpr const char* kVersion = SURVMETH_VERSION;
+
+// A report in Python's hands.
+struct Described {
+  std::shared_ptr<const report::Report> report;
+};
+
+Described run(const Call& call, const std::string& source, const std::vector<std::string>& names,
+              const nb::list& columns, std::size_t rows, const std::vector<std::string>& missing,
+              const nb::object& tell) {
+  return {call.run(source, names, columns, rows, missing, tell)};
+}
+
+std::string htmlOf(const Described& described, const std::map<std::string, std::string>& pictures,
+                   int digits) {
+  const auto picture = [&pictures](const report::Figure& figure) {
+    const auto found = pictures.find(figure.id);
+    return found == pictures.end() ? std::string() : found->second;
+  };
+  return report::toHtml(*described.report,
+                        {.version = kVersion, .digits = digits, .picture = picture});
+}
+
+std::string textOf(const Described& described, std::size_t width, int digits) {
+  return report::toText(*described.report, {.width = width, .digits = digits});
+}
+
+nb::dict csvOf(const Described& described) {
+  nb::dict files;
+  for (const auto& [name, contents] : report::toCsvFiles(*described.report)) {
+    files[name.c_str()] = contents;
+  }
+  return files;
+}
+
+}  // namespace
+}  // namespace survmeth::python
+
+NB_MODULE(_core, module) {
+  using survmeth::python::Call;
+  using survmeth::python::Described;
+  module.attr("version") = survmeth::python::kVersion;
+  module.def("declarations",
+             [] { return survmeth::analysis::declarationsJson(survmeth::python::kVersion); });
+  nb::class_<Call>(module, "Call")
+      .def(nb::init<const std::string&, const nb::dict&>())
+      .def("wanted", &Call::wanted)
+      .def("run", &survmeth::python::run, nb::arg("source"), nb::arg("names"), nb::arg("columns"),
+           nb::arg("rows"), nb::arg("missing"), nb::arg("tell").none());
+  nb::class_<Described>(module, "Report")
+      .def_prop_ro("analysis", [](const Described& it) { return it.report->analysis; })
+      .def_prop_ro("title", [](const Described& it) { return it.report->title; })
+      .def_prop_ro("digest", [](const Described& it) { return it.report->data.digest; })
+      .def_prop_ro("plan", [](const Described& it) { return survmeth::python::planOf(*it.report); })
+      .def_prop_ro("facts",
+                   [](const Described& it) { return survmeth::python::factsOf(*it.report); })
+      .def_prop_ro("tables",
+                   [](nb::handle self) {
+                     const auto& it = nb::cast<const Described&>(self);
+                     return survmeth::python::tablesOf(*it.report, self);
+                   })
+      .def_prop_ro("notes",
+                   [](const Described& it) { return survmeth::python::notesOf(*it.report); })
+      .def_prop_ro("methods",
+                   [](const Described& it) { return survmeth::python::methodsOf(*it.report); })
+      .def_prop_ro("figures",
+                   [](const Described& it) { return survmeth::python::figuresOf(*it.report); })
+      .def("text", &survmeth::python::textOf)
+      .def("html", &survmeth::python::htmlOf)
+      .def("csv", &survmeth::python::csvOf)
+      .def("json", [](const Described& it, bool figures) {
+        return survmeth::report::toJson(
+            *it.report, {.version = survmeth::python::kVersion, .figures = figures});
+      });
+}

@@ -1,0 +1,179 @@
+"""Data of callers as columns of numbers, or of codes into labels."""
+
+import contextlib
+import sys
+
+import numpy as np
+
+from survmeth._errors import RefusedInput
+
+MISSING = 0xFFFFFFFF  # of codes
+LARGEST_WHOLE = 2**53
+
+
+class Table:
+    """The columns of a caller's data, looked at only where they are wanted."""
+
+    def __init__(self, names, column, rows):
+        self.names = names
+        self.rows = rows
+        self._column = column
+
+    def columns(self, wanted):
+        """Those of the wanted names that there are, each once."""
+        return [column_of(name, self._column(name))
+                for name in dict.fromkeys(wanted) if name in self.names]
+
+
+def table_of(data):
+    if hasattr(data, "iloc") and hasattr(data, "columns"):  # a pandas DataFrame
+        by_name = {str(name): position for position, name in enumerate(data.columns)}
+        if len(by_name) < data.shape[1]:
+            raise refused("two columns have the same name", "a different name for each")
+        return Table(list(by_name), lambda name: data.iloc[:, by_name[name]], len(data))
+    if hasattr(data, "keys") and hasattr(data, "__getitem__"):
+        names = list(data.keys())
+        lengths = {name: len(data[name]) for name in names}
+        for name, length in lengths.items():
+            if length != lengths[names[0]]:
+                raise refused(
+                    f'the column "{name}" has {length} cells',
+                    f'{lengths[names[0]]}, as "{names[0]}" has')
+        return Table([str(name) for name in names], dict(zip(map(str, names), data.values())).get,
+                     lengths[names[0]] if names else 0)
+    raise refused(f"the data are a {type(data).__name__}",
+                  "a dict of columns or a pandas DataFrame")
+
+
+def refused(what, expected, column=None, row=None):
+    return RefusedInput("data", column, row, what, expected)
+
+
+def column_of(name, values):
+    """(name, numbers) or (name, codes, labels, whether they are categories in their order)."""
+    if hasattr(values, "cat") and hasattr(values, "dtype"):  # pandas categories
+        labels = [label_of(label) for label in values.cat.categories]
+        codes = np.asarray(values.cat.codes).astype(np.int64)
+        return name, as_codes(np.where(codes < 0, MISSING, codes)), labels, True
+    if isinstance(values, np.ma.MaskedArray):
+        values = np.where(np.ma.getmaskarray(values), None, values.data.astype(object))
+    if not isinstance(values, np.ndarray):
+        values = array_of(values)
+    if values.ndim != 1:
+        raise refused(f"the column has {values.ndim} dimensions", "one", name)
+    kind = values.dtype.kind
+    if kind in "iuf":
+        require_doubles(name, values)
+        return name, np.ascontiguousarray(values, dtype=np.float64)
+    if kind in "mM":  # days, of dates since 1970-01-01
+        days = values.astype(kind + "8[us]").astype(np.int64) / 86400e6
+        return name, np.where(np.isnat(values), np.nan, days)
+    if kind in "bUST":
+        return labelled(name, values.tolist())
+    if kind == "O":
+        return column_of_objects(name, values)
+    raise refused(f"the column is of the type {values.dtype}", "numbers or texts", name)
+
+
+def array_of(values):
+    """Of lists and of what pandas has; texts stay objects of Python."""
+    if hasattr(values, "to_numpy"):
+        if getattr(values.dtype, "kind", "O") in "iuf" and getattr(values, "hasnans", False):
+            return values.to_numpy(dtype=np.float64, na_value=np.nan)
+        return values.to_numpy()
+    values = list(values)
+    made = np.empty(len(values), dtype=object)
+    made[:] = values
+    return made
+
+
+def require_doubles(name, values):
+    """Whole numbers that doubles do not tell apart would become one another."""
+    if values.dtype.kind == "f" or not values.size:
+        return
+    if max(-int(values.min()), int(values.max())) > LARGEST_WHOLE:
+        raise refused("there are whole numbers beyond 2**53", "numbers that doubles tell apart",
+                      name)
+
+
+def is_missing(value):
+    if value is None:
+        return True
+    pandas = sys.modules.get("pandas")
+    if pandas is not None and (value is pandas.NA or value is pandas.NaT):
+        return True
+    return isinstance(value, (float, np.floating)) and value != value
+
+
+def is_number(value):
+    return (isinstance(value, (int, float, np.integer, np.floating))
+            and not isinstance(value, (bool, np.bool_)))
+
+
+def column_of_objects(name, values):
+    """Numbers where all cells are, else labels; what is neither, and a mixture, is refused."""
+    numbers = first_text = None
+    cells = values.tolist()
+    for row, value in enumerate(cells):
+        if is_missing(value):
+            continue
+        if is_number(value):
+            numbers = row if numbers is None else numbers
+        elif isinstance(value, (str, bool, np.bool_, bytes)):
+            first_text = row if first_text is None else first_text
+        else:
+            raise refused(f"{value!r} is neither a number nor a text", "numbers or texts", name,
+                          row)
+        if numbers is not None and first_text is not None:
+            raise refused(f"{value!r} stands among {'texts' if row == numbers else 'numbers'}",
+                          "all numbers or all texts", name, row)
+    if first_text is not None or numbers is None:
+        return labelled(name, cells)
+    if any(isinstance(value, int) and abs(value) > LARGEST_WHOLE for value in cells):
+        raise refused("there are whole numbers beyond 2**53", "numbers that doubles tell apart",
+                      name)
+    return name, np.array([np.nan if is_missing(value) else value for value in cells],
+                          dtype=np.float64)
+
+
+def label_of(value):
+    if isinstance(value, bytes):
+        return value.decode()
+    if isinstance(value, (float, np.floating)) and float(value).is_integer():
+        return str(int(value))
+    return str(value)
+
+
+def labelled(name, cells):
+    seen = {}
+    codes = np.fromiter((MISSING if is_missing(value) else seen.setdefault(value, len(seen))
+                         for value in cells), dtype=np.uint32, count=len(cells))
+    return name, codes, [label_of(value) for value in seen], False
+
+
+def as_codes(codes):
+    return np.ascontiguousarray(codes, dtype=np.uint32)
+
+
+def words_of(missing):
+    if missing is None:
+        return []
+    if isinstance(missing, str) or not hasattr(missing, "__iter__"):
+        missing = [missing]
+    return [label_of(word) for word in missing]
+
+
+@contextlib.contextmanager
+def telling(progress, what):
+    """The function that a run calls with the part that is done."""
+    if progress is not True:
+        yield progress or None
+        return
+    try:
+        from tqdm.auto import tqdm
+    except ImportError:
+        yield None
+        return
+    with tqdm(total=1.0, desc=what, leave=False, bar_format="{desc}: {percentage:3.0f}%|{bar}|"
+              ) as bar:
+        yield lambda done: bar.update(done - bar.n) and None

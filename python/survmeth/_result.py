@@ -1,0 +1,121 @@
+"""What an analysis gives back."""
+
+import html as _html
+
+
+class Result:
+    """The report of one analysis.
+
+    tables    by id, each a pandas.DataFrame where pandas is installed, else a dict of arrays
+    arrays    the same, always as dicts of numpy arrays, which are views into the result
+    facts     single values by key; tables and facts are attributes too, where no method has the name
+    plan      the options that were in force
+    notes     conditions that leave the analysis valid: dicts of code, text, names
+    methods   how the numbers were computed: dicts of text, reference
+    figures   what plot draws: dicts, as docs/report.md describes them
+    """
+
+    def __init__(self, report):
+        self._report = report
+        self._arrays = self._facts = self._tables = None
+
+    @property
+    def analysis(self):
+        return self._report.analysis
+
+    @property
+    def title(self):
+        return self._report.title
+
+    @property
+    def plan(self):
+        return self._report.plan
+
+    @property
+    def notes(self):
+        return self._report.notes
+
+    @property
+    def methods(self):
+        return self._report.methods
+
+    @property
+    def figures(self):
+        return self._report.figures
+
+    @property
+    def facts(self):
+        if self._facts is None:
+            self._facts = self._report.facts
+        return self._facts
+
+    @property
+    def arrays(self):
+        if self._arrays is None:
+            self._arrays = {
+                id: {key: _array_of(column) for key, column in table["columns"].items()}
+                for id, table in self._report.tables.items()}
+        return self._arrays
+
+    @property
+    def tables(self):
+        if self._tables is None:
+            self._tables = {id: _frame_of(table) for id, table in self.arrays.items()}
+        return self._tables
+
+    def summary(self, width=80, digits=5):
+        """The report as text, as the command line prints it."""
+        return self._report.text(width, digits)
+
+    def to_json(self, figures=False):
+        """The report as JSON: the bytes that the command line prints for data of this name."""
+        return self._report.json(figures)
+
+    def to_html(self, digits=5):
+        """The report as one HTML document without script and network."""
+        return self._report.html({}, digits)
+
+    def to_csv(self):
+        """By file name, every table as CSV."""
+        return self._report.csv()
+
+    def __getattr__(self, name):
+        if not name.startswith("_"):
+            if name in self.arrays:
+                return self.tables[name]
+            if name in self.facts:
+                return self.facts[name]
+        raise AttributeError(f"this {type(self).__name__} has no {name!r}; it has the tables "
+                             f"{', '.join(self.arrays)} and the facts {', '.join(self.facts)}"
+                             if not name.startswith("_") else name)
+
+    def __dir__(self):
+        return [*super().__dir__(), *self.arrays, *self.facts]
+
+    def __repr__(self):
+        return f"<survmeth.Result of {self.analysis}: {self.title}>"
+
+    def __str__(self):
+        return self.summary()
+
+    def _repr_html_(self):
+        # A document of its own: its styles stay inside.
+        lines = self.summary(width=0).count("\n")
+        return (f'<iframe sandbox style="width:100%;height:{min(60, lines + 12)}em;border:0" '
+                f'srcdoc="{_html.escape(self.to_html())}"></iframe>')
+
+
+def _array_of(column):
+    import numpy as np
+
+    if column["kind"] == "label":
+        return np.array(column["values"], dtype=object)
+    return column["values"]
+
+
+def _frame_of(table):
+    try:
+        import pandas
+    except ImportError:
+        return table
+    return pandas.DataFrame(table)

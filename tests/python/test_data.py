@@ -1,0 +1,190 @@
+"""What columns may hold, and what is refused in which words."""
+
+import datetime
+
+import numpy as np
+import pandas
+import pytest
+
+import survmeth
+
+TIME = [5, 3, 8, 2, 9, 4]
+EVENT = [1, 0, 1, 1, 0, 1]
+ARM = ["b", "a", "b", "a", "a", "b"]
+
+
+def life(**changes):
+    columns = {"t": TIME, "e": EVENT, "g": ARM} | changes
+    return survmeth.life(columns, time="t", event="e", group="g")
+
+
+def refused(function, *arguments, **named):
+    with pytest.raises(survmeth.RefusedInput) as caught:
+        function(*arguments, **named)
+    return caught.value
+
+
+EXPECTED = life().to_json()
+
+
+@pytest.mark.parametrize("time", [
+    np.array(TIME, dtype=np.int16), np.array(TIME, dtype=np.float32), tuple(TIME),
+    np.array(TIME, dtype=np.float64)[::-1][::-1], np.array([*zip(TIME, EVENT)])[:, 0],
+    [str(value) for value in TIME], pandas.Series(TIME, dtype="Int64"),
+    [np.float64(value) for value in TIME]])
+def test_numbers_of_any_type_and_layout_are_the_same_numbers(time):
+    assert life(t=time).to_json() == EXPECTED
+
+
+@pytest.mark.parametrize("group", [np.array(ARM), pandas.Series(ARM, dtype="string"),
+                                   pandas.Series(ARM, dtype="object"), np.array(ARM, dtype="S1")])
+def test_texts_of_any_type_are_the_same_labels(group):
+    assert life(g=group).to_json() == EXPECTED
+
+
+def test_truth_values_are_events():
+    truths = np.array(EVENT, dtype=bool)
+    assert life(e=truths).arrays["tests"]["pValue"].tolist() \
+        == life().arrays["tests"]["pValue"].tolist()
+    assert life(e=truths).facts["eventLabels"] == "True"
+    named = survmeth.life({"t": TIME, "e": truths}, time="t", event="e", event_value=True)
+    assert named.facts["eventLabels"] == "True"
+
+
+def test_categories_keep_their_order_and_those_without_rows_are_dropped():
+    groups = pandas.Series(pandas.Categorical(ARM, categories=["b", "unused", "a"]))
+    assert life(g=groups).arrays["summary"]["group"].tolist() == ["b", "a"]
+    assert life(g=ARM).arrays["summary"]["group"].tolist() == ["a", "b"]
+
+
+@pytest.mark.parametrize("missing", [None, float("nan"), np.nan, pandas.NA, pandas.NaT, ""])
+def test_a_missing_label_leaves_its_row_out(missing):
+    fit = life(g=[missing, *ARM[1:]])
+    assert [note["code"] for note in fit.notes][0] == "rowsLeftOut"
+    assert fit.notes[0]["text"] == '1 of 6 rows left out: missing in "g" (1)'
+
+
+@pytest.mark.parametrize("time", [
+    [None, *TIME[1:]], np.array([np.nan, *TIME[1:]]), pandas.Series([None, *TIME[1:]], dtype="Int64"),
+    np.ma.masked_equal(TIME, 5)])
+def test_a_missing_number_leaves_its_row_out(time):
+    assert life(t=time).notes[0]["text"] == '1 of 6 rows left out: missing in "t" (1)'
+
+
+def test_texts_that_look_missing_are_labels_unless_they_are_named():
+    arm = ["NA", "a", "NA", "a", "a", "NA"]
+    assert life(g=arm).arrays["summary"]["group"].tolist() == ["NA", "a"]
+    data = {"t": TIME, "e": EVENT, "g": ["NA", *ARM[1:]]}
+    fit = survmeth.life(data, time="t", event="e", group="g", missing=["NA", 9])
+    assert fit.notes[0]["text"] == '2 of 6 rows left out: missing in "t" (1), "g" (1)'
+
+
+def test_days_are_what_dates_and_durations_count():
+    days = np.array(TIME, dtype="m8[D]")
+    assert life(t=days).to_json() == EXPECTED
+    assert life(t=pandas.Series(days)).to_json() == EXPECTED
+    dates = np.array(["1970-01-02", "NaT"], dtype="M8[D]")
+    assert survmeth._data.column_of("d", dates)[1].tolist()[0] == 1
+
+
+@pytest.mark.parametrize("ids", [np.array([2**60, 2**60 + 1] * 3), [2**60, 2**60 + 1] * 3])
+def test_whole_numbers_that_doubles_do_not_tell_apart_are_refused(ids):
+    assert str(refused(life, g=ids)) == (
+        'data, column "g": there are whole numbers beyond 2**53; expected numbers that doubles tell '
+        "apart")
+
+
+def test_only_the_columns_that_are_named_are_looked_at():
+    assert life(other=[object()] * 6).to_json() == EXPECTED
+
+
+def test_no_column_of_that_name():
+    error = refused(survmeth.life, {"t": TIME, "e": EVENT}, time="tt", event="e")
+    assert str(error) == \
+        'time, column "tt": there is no such column; expected one of "t", "e"'
+    assert (error.argument, error.column, error.index) == ("time", "tt", None)
+
+
+def test_a_number_out_of_range():
+    error = refused(life, t=[5, 3, -8, 2, 9, 4])
+    assert str(error) == \
+        'time, column "t", row 3: "-8" is out of range; expected numbers not below 0'
+    assert (error.argument, error.column, error.index) == ("time", "t", 2)
+    assert (error.what, error.expected) == ('"-8" is out of range', "numbers not below 0")
+
+
+def test_the_row_is_the_callers_also_where_rows_before_it_are_left_out():
+    error = refused(life, e=[None, 0, 1, 7, 0, 1])
+    assert error.index == 3
+    assert str(error).startswith('event, column "e", row 4: "7" is neither yes nor no; expected')
+    assert str(error).endswith("or what is an event in event_value")
+
+
+def test_cells_that_are_neither_numbers_nor_texts():
+    error = refused(life, t=[5, 3, object, 2, 9, 4])
+    assert str(error) == ('data, column "t", row 3: <class \'object\'> is neither a number nor a '
+                          "text; expected numbers or texts")
+
+
+def test_numbers_among_texts():
+    error = refused(life, g=["a", "a", 3, "b", "b", "b"])
+    assert str(error) == \
+        'data, column "g", row 3: 3 stands among texts; expected all numbers or all texts'
+
+
+def test_categories_are_no_times():
+    error = refused(life, t=pandas.Series(pandas.Categorical(TIME)))
+    assert str(error) == \
+        'time, column "t": the column holds categories; expected numbers not below 0'
+
+
+def test_columns_of_different_lengths():
+    error = refused(life, e=[1, 0])
+    assert str(error) == 'data: the column "e" has 2 cells; expected 6, as "t" has'
+
+
+def test_columns_of_two_dimensions():
+    error = refused(life, t=np.ones((6, 2)))
+    assert str(error) == 'data, column "t": the column has 2 dimensions; expected one'
+
+
+def test_data_that_are_no_table():
+    error = refused(survmeth.life, 3, time="t", event="e")
+    assert str(error) == "data: the data are a int; expected a dict of columns or a pandas DataFrame"
+
+
+def test_two_columns_of_one_name():
+    data = pandas.DataFrame([[1, 1, 2]], columns=["t", "e", "t"])
+    error = refused(survmeth.life, data, time="t", event="e")
+    assert str(error) == "data: two columns have the same name; expected a different name for each"
+
+
+@pytest.mark.parametrize("wrong, sentence", [
+    ({"alpha": 2}, 'alpha: "2" is out of range; expected a number between 0 and 1'),
+    ({"alpha": "a lot"}, 'alpha: "a lot" is not a number; expected a number between 0 and 1'),
+    ({"alpha": datetime.date(2020, 1, 1)},
+     "alpha: the value is of the type date; expected numbers, texts or True and False"),
+    ({"conf": "cubic"}, 'conf: there is no "cubic"; expected one of "plain", "log", "log-log"'),
+    ({"table": "actuarial"}, "table: actuarial needs intervals; expected width or bounds"),
+    ({"bounds": [3, 1]}, 'bounds: "1" is out of order; expected ascending numbers from 0, '
+                         "separated by commas"),
+    ({"group": ""}, "group: the value is empty; expected COL"),
+])
+def test_arguments_out_of_range(wrong, sentence):
+    data = {"t": TIME, "e": EVENT}
+    assert str(refused(survmeth.life, data, time="t", event="e", **wrong)) == sentence
+
+
+def test_names_that_are_words_of_python_end_in_an_underscore():
+    data = {"m": [1, 2, 3, 4, 5, 6], "y": [0, 0, 1, 0, 1, 1]}
+    fit = survmeth.roc(data, class_="y", marker="m")
+    assert fit.plan["class"] == "y"
+    assert str(refused(survmeth.roc, data, class_="z", marker="m")).startswith(
+        'class_, column "z": ')
+
+
+def test_an_argument_that_there_is_not():
+    with pytest.raises(TypeError, match="got an unexpected keyword argument 'groups'"):
+        survmeth.life({}, time="t", event="e", groups="g")
+    with pytest.raises(TypeError, match="missing a required argument: 'event'"):
+        survmeth.life({}, time="t")

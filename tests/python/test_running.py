@@ -1,0 +1,148 @@
+"""Threads, interrupts, progress, and what is left behind."""
+
+import gc
+import os
+import resource
+import signal
+import subprocess
+import sys
+import threading
+import time
+
+import numpy as np
+import pytest
+
+import survmeth
+
+RANDOM = np.random.default_rng(20)
+
+
+def large(rows):
+    return {"t": RANDOM.exponential(size=rows), "e": RANDOM.integers(0, 2, rows),
+            "g": RANDOM.integers(0, 3, rows),
+            "x": RANDOM.normal(size=rows), "y": RANDOM.normal(size=rows)}
+
+
+def cox(data, **named):
+    return survmeth.cox(data, time="t", event="e", covariates=["x", "y"], **named)
+
+
+def life(data):
+    return survmeth.life(data, time="t", event="e", group="g")
+
+
+def test_sixteen_threads_get_what_one_gets():
+    data = large(2000)
+    expected = cox(data).to_json()
+    made = [None] * 16
+
+    def work(i):
+        made[i] = cox(data).to_json()
+
+    threads = [threading.Thread(target=work, args=(i,)) for i in range(16)]
+    for thread in threads:
+        thread.start()
+    for thread in threads:
+        thread.join()
+    assert made == [expected] * 16
+
+
+def test_other_threads_run_while_an_analysis_does():
+    data, longest, done = large(20_000), [0.0], threading.Event()
+
+    def look():
+        last = time.perf_counter()
+        while not done.is_set():
+            time.sleep(0.001)
+            now = time.perf_counter()
+            longest[0] = max(longest[0], now - last)
+            last = now
+
+    watcher = threading.Thread(target=look)
+    watcher.start()
+    began = time.perf_counter()
+    try:
+        cox(data)
+    finally:
+        took = time.perf_counter() - began
+        done.set()
+        watcher.join()
+    # With the lock held throughout, the watcher would stand still for all of it.
+    assert longest[0] < took / 2
+
+
+def test_what_progress_raises_ends_the_run():
+    class Enough(Exception):
+        pass
+
+    calls = []
+
+    def tell(done):
+        calls.append(done)
+        raise Enough
+
+    with pytest.raises(Enough):
+        cox(large(2000), progress=tell)
+    assert calls == [0.0]
+
+
+def test_an_interrupt_ends_the_run():
+    program = """
+import numpy as np, survmeth
+random = np.random.default_rng(1)
+n = 20_000
+data = {"t": random.exponential(size=n), "e": random.integers(0, 2, n)}
+names = [f"x{i}" for i in range(5)]
+data |= {name: random.normal(size=n) for name in names}
+print("ready", flush=True)
+try:
+    while True:
+        survmeth.cox(data, time="t", event="e", covariates=names)
+except KeyboardInterrupt:
+    print("interrupted")
+"""
+    run = subprocess.Popen([sys.executable, "-c", program], stdout=subprocess.PIPE,
+                           stderr=subprocess.PIPE, text=True)
+    assert run.stdout.readline() == "ready\n"
+    time.sleep(0.5)
+    run.send_signal(signal.SIGINT)
+    out, err = run.communicate(timeout=60)
+    assert (out, err, run.returncode) == ("interrupted\n", "", 0)
+
+
+def test_nothing_is_left_behind():
+    data = large(5000)
+    for _ in range(20):
+        life(data).arrays
+    gc.collect()
+    before = resource.getrusage(resource.RUSAGE_SELF).ru_maxrss
+    for _ in range(300):
+        fit = life(data)
+        fit.arrays, fit.figures, fit.to_json()
+        with pytest.raises(survmeth.RefusedInput):
+            survmeth.life(data, time="t", event="nobody")
+    del fit
+    gc.collect()
+    # A result of 5000 rows holds some 600 kB; 300 of them would be 180 MB. In kB on Linux.
+    assert resource.getrusage(resource.RUSAGE_SELF).ru_maxrss - before < 8000
+
+
+def test_the_interpreter_ends_without_leaks_of_the_module():
+    program = ("import survmeth\n"
+               "fit = survmeth.life({'t': [1, 2], 'e': [1, 0]}, time='t', event='e')\n"
+               "held = fit.arrays['summary']['n']\n")
+    run = subprocess.run([sys.executable, "-c", program], capture_output=True, text=True,
+                         check=True)
+    assert (run.stdout, run.stderr) == ("", "")
+
+
+def test_a_fork_computes_the_same():
+    data = large(2000)
+    expected = cox(data).to_json()
+    read, write = os.pipe()
+    child = os.fork()
+    if child == 0:
+        os.write(write, b"y" if cox(data).to_json() == expected else b"n")
+        os._exit(0)
+    os.waitpid(child, 0)
+    assert os.read(read, 1) == b"y"
