@@ -1,6 +1,6 @@
 // Every analysis, a line each, in the order of survmeth --help.
 #include "analysis/agree.h"
-#include "analysis/cox.h"
+#include "analysis/cox/cox.h"
 #include "analysis/declare.h"
 #include "analysis/deming.h"
 #include "analysis/gray.h"
@@ -11,7 +11,7 @@ namespace survmeth::analysis {
 
 const std::vector<Declaration>& declarations() {
   static const std::vector<Declaration> kDeclarations = {
-      lifeDeclaration(), coxDeclaration(),   grayDeclaration(),
+      lifeDeclaration(), coxDeclaration(),   clogitDeclaration(), grayDeclaration(),
       rocDeclaration(),  agreeDeclaration(), demingDeclaration(),
   };
   return kDeclarations;

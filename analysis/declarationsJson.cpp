@@ -24,6 +24,8 @@ const char* nameOf(Type type) {
       return "texts";
     case Type::kColumns:
       return "columns";
+    case Type::kFormula:
+      return "formula";
     case Type::kText:
       break;
   }

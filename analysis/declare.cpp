@@ -4,9 +4,12 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <numeric>
 #include <stdexcept>
 
 #include "analysis/digest.h"
+#include "frame/expression.h"
+#include "frame/select.h"
 #include "text/words.h"
 
 namespace survmeth::analysis {
@@ -40,8 +43,40 @@ void addNamedLabels(const Declaration& declaration, const Option& option, const 
   }
 }
 
+// Runs `action`; what is wrong with a formula is refused as the option that holds it, with the place
+// under its text.
+template <class Action>
+auto readingFormulas(const Declaration& declaration, const void* request, Action action) {
+  try {
+    return action();
+  } catch (const frame::ExpressionError& wrong) {
+    for (const Option& option : declaration.options) {
+      if (option.type != Type::kFormula) continue;
+      const std::optional<Setting> setting = option.get(request);
+      if (!setting || std::get<std::string>(*setting) != wrong.text()) continue;
+      const std::string marked = wrong.marked();
+      const std::size_t line = marked.find('\n') + 1;
+      throw BadOption(option.name, std::string(wrong.what()) + "\n    " + marked.substr(0, line) +
+                                       "    " + marked.substr(line));
+    }
+    throw engine::Refusal(engine::Role::kFormula, engine::Refusal::kNone, wrong.what());
+  }
+}
+
+std::vector<std::uint32_t> completeRows(const Declaration& declaration, const frame::Frame& data,
+                                        const void* request) {
+  if (declaration.completeRows) {
+    return readingFormulas(declaration, request,
+                           [&] { return declaration.completeRows(data, request); });
+  }
+  std::vector<std::uint32_t> all(data.rows);
+  std::iota(all.begin(), all.end(), 0u);
+  return all;
+}
+
 // `5 of 228 rows left out: missing in "age" (3), "sex" (2)`; empty when none was.
-report::Note leftOut(const frame::Frame& data, const std::vector<frame::Wanted>& wanted) {
+report::Note leftOut(const frame::Frame& data, const std::vector<frame::Wanted>& wanted,
+                     std::size_t incomplete) {
   report::Note note{"rowsLeftOut", {}, {}};
   std::string columns;
   for (const frame::Wanted& want : wanted) {
@@ -53,11 +88,16 @@ report::Note leftOut(const frame::Frame& data, const std::vector<frame::Wanted>&
     note.names.push_back(want.name);
   }
   note.text = std::to_string(data.rowsRead - data.rows) + " of " + std::to_string(data.rowsRead) +
-              " rows left out: missing in " + columns;
+              " rows left out: ";
+  if (!columns.empty()) note.text += "missing in " + columns;
+  if (incomplete == 0) return note;
+  note.text += (columns.empty() ? "" : ", ") + std::string("without a value of the formula (") +
+               std::to_string(incomplete) + ")";
   return note;
 }
 
-void requireRows(const Declaration& declaration, const frame::Frame& data, const void* request) {
+void requireRows(const Declaration& declaration, const frame::Frame& data, const void* request,
+                 const std::vector<frame::Wanted>& wanted, std::size_t incomplete) {
   const std::size_t least = declaration.leastRows(request);
   if (data.rows >= least) return;
   std::string what;
@@ -70,7 +110,7 @@ void requireRows(const Declaration& declaration, const frame::Frame& data, const
     what =
         (data.rows == 0 ? std::string("no row is complete")
                         : "only " + text::counted(data.rows, "row is", "rows are") + " complete") +
-        " (" + leftOut(data, wantedColumns(declaration, request)).text + ")";
+        " (" + leftOut(data, wanted, incomplete).text + ")";
   }
   throw engine::Refusal(engine::Role::kRequest, engine::Refusal::kNone, what,
                         engine::Refusal::kNone,
@@ -96,7 +136,8 @@ const Option* Declaration::find(const std::string& option) const {
   return nullptr;
 }
 
-std::vector<frame::Wanted> wantedColumns(const Declaration& declaration, const void* request) {
+std::vector<frame::Wanted> wantedColumns(const Declaration& declaration, const void* request,
+                                         const std::vector<std::string>& header) {
   std::vector<frame::Wanted> wanted;
   for (const Option& option : declaration.options) {
     const std::optional<Setting> setting = option.get(request);
@@ -108,8 +149,11 @@ std::vector<frame::Wanted> wantedColumns(const Declaration& declaration, const v
       wanted.push_back(std::move(want));
     }
   }
-  if (declaration.adjustColumns) declaration.adjustColumns(request, wanted);
-  return wanted;
+  if (!declaration.adjustColumns) return wanted;
+  return readingFormulas(declaration, request, [&] {
+    declaration.adjustColumns(request, header, wanted);
+    return wanted;
+  });
 }
 
 void requireOptions(const Declaration& declaration, const void* request) {
@@ -121,11 +165,25 @@ void requireOptions(const Declaration& declaration, const void* request) {
   if (declaration.check) declaration.check(request);
 }
 
-Fitted analyse(const Declaration& declaration, const frame::Frame& data, const void* request,
+Fitted analyse(const Declaration& declaration, const frame::Frame& all, const void* request,
                numerics::Progress& progress) {
   requireOptions(declaration, request);
-  requireRows(declaration, data, request);
-  Fitted fitted = declaration.run(data, request, progress);
+  const std::vector<frame::Wanted> wanted =
+      wantedColumns(declaration, request, frame::columnNames(all));
+  const std::vector<std::uint32_t> rows = completeRows(declaration, all, request);
+  const std::size_t incomplete = all.rows - rows.size();
+  const frame::Frame chosen = incomplete > 0 ? frame::selectRows(all, rows) : frame::Frame();
+  const frame::Frame& data = incomplete > 0 ? chosen : all;
+  requireRows(declaration, data, request, wanted, incomplete);
+  Fitted fitted = readingFormulas(declaration, request, [&] {
+    try {
+      return declaration.run(data, request, progress);
+    } catch (const engine::Refusal& refusal) {
+      if (incomplete == 0 || refusal.row() == engine::Refusal::kNone) throw;
+      throw engine::Refusal(refusal.role(), rows[refusal.row()], refusal.what(), refusal.column(),
+                            refusal.expected());
+    }
+  });
   report::Report& report = fitted.report;
   requireDeclared(declaration, report);
   report.analysis = declaration.name;
@@ -136,7 +194,7 @@ Fitted analyse(const Declaration& declaration, const frame::Frame& data, const v
     }
   }
   if (data.rowsRead > data.rows) {
-    report.notes.insert(report.notes.begin(), leftOut(data, wantedColumns(declaration, request)));
+    report.notes.insert(report.notes.begin(), leftOut(data, wanted, incomplete));
   }
   return fitted;
 }

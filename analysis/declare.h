@@ -16,6 +16,7 @@
 #ifndef ANALYSIS_DECLARE_H_
 #define ANALYSIS_DECLARE_H_
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -51,15 +52,22 @@ struct Declaration {
   std::function<std::size_t(const void* request)> leastRows = [](const void*) { return 1; };
   // Refuses options that do not go together; throws BadOption.
   std::function<void(const void* request)> check;
-  // Changes what is asked of the columns, or asks for more (those of a formula).
-  std::function<void(const void* request, std::vector<frame::Wanted>& wanted)> adjustColumns;
+  // Changes what is asked of the columns, or asks for more (those of a formula), of those that
+  // there are.
+  std::function<void(const void* request, const std::vector<std::string>& header,
+                     std::vector<frame::Wanted>& wanted)>
+      adjustColumns;
+  // The rows that can be analysed, ascending; all of them where it is empty.
+  std::function<std::vector<std::uint32_t>(const frame::Frame&, const void* request)> completeRows;
   std::function<Fitted(const frame::Frame&, const void* request, numerics::Progress&)> run;
 
   const Option* find(const std::string& option) const;  // or nullptr
 };
 
-// The columns that a request asks for, in the order of the options.
-std::vector<frame::Wanted> wantedColumns(const Declaration& declaration, const void* request);
+// The columns that a request asks for, in the order of the options, of those that there are.
+// Throws BadOption for a formula that cannot be read.
+std::vector<frame::Wanted> wantedColumns(const Declaration& declaration, const void* request,
+                                         const std::vector<std::string>& header = {});
 
 // Throws BadOption: a required option that lacks, or options that do not go together.
 void requireOptions(const Declaration& declaration, const void* request);
@@ -145,6 +153,11 @@ class Declaring {
     add(name, Type::kText, role, valueName, help, member);
     return *this;
   }
+  // Names columns by itself; the declaration asks for them with adjustColumns().
+  Declaring& formula(const char* name, std::string Request::*member, const char* help) {
+    add(name, Type::kFormula, engine::Role::kFormula, "FORMULA", help, member);
+    return *this;
+  }
   // Labels of the column that option `of` names: never taken for missing there.
   Declaring& label(const char* name, std::string Request::*member, const char* of, const char* help,
                    const char* valueName = "LABEL") {
@@ -228,11 +241,20 @@ class Declaring {
     };
     return *this;
   }
-  Declaring& adjustColumns(
-      std::function<void(const Request&, std::vector<frame::Wanted>&)> adjust) {
+  Declaring& adjustColumns(std::function<void(const Request&, const std::vector<std::string>&,
+                                              std::vector<frame::Wanted>&)>
+                               adjust) {
     made_.adjustColumns = [adjust = std::move(adjust)](const void* request,
+                                                       const std::vector<std::string>& header,
                                                        std::vector<frame::Wanted>& wanted) {
-      adjust(*static_cast<const Request*>(request), wanted);
+      adjust(*static_cast<const Request*>(request), header, wanted);
+    };
+    return *this;
+  }
+  Declaring& completeRows(
+      std::function<std::vector<std::uint32_t>(const frame::Frame&, const Request&)> rows) {
+    made_.completeRows = [rows = std::move(rows)](const frame::Frame& data, const void* request) {
+      return rows(data, *static_cast<const Request*>(request));
     };
     return *this;
   }

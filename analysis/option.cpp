@@ -121,6 +121,7 @@ Setting settingOf(const Option& option, const std::vector<std::string>& texts) {
       return text;
     case Type::kText:
     case Type::kColumn:
+    case Type::kFormula:
       break;
   }
   return text;
@@ -168,6 +169,7 @@ Setting checked(const Option& option, const Setting& value) {
       if (number != nullptr) return text::exact(*number);
       [[fallthrough]];
     case Type::kColumn:
+    case Type::kFormula:
     case Type::kChoice:
       if (text == nullptr) throw wrong("a text");
       requireText(option, *text);

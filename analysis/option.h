@@ -19,7 +19,7 @@ namespace survmeth::analysis {
 
 using report::Setting;
 
-enum class Type { kFlag, kNumber, kText, kChoice, kColumn, kNumbers, kTexts, kColumns };
+enum class Type { kFlag, kNumber, kText, kChoice, kColumn, kNumbers, kTexts, kColumns, kFormula };
 
 // The numbers that an option takes; `least` and `most` themselves only where they are not open.
 struct Range {

@@ -17,7 +17,11 @@ namespace frame = survmeth::frame;
 frame::Frame read(const Job& job) {
   std::optional<Progress> progress;
   return frame::readFrame(
-      job.file, analysis::wantedColumns(job.declaration, job.request), job.reading.missingCells(),
+      job.file,
+      [&](const std::vector<std::string>& header) {
+        return analysis::wantedColumns(job.declaration, job.request, header);
+      },
+      job.reading.missingCells(),
       [&](std::uint64_t done, std::uint64_t total) {
         if (!progress) {
           progress.emplace("reading " + (job.file == "-" ? "standard input" : job.file), total);

@@ -108,6 +108,7 @@ struct Outcome {
   std::string code;  // "collinear", "separated", "noEvents", "notConverged"
   std::string text;
   std::vector<std::string> names;
+  std::vector<std::uint32_t> strata = {};  // the caller's codes, where it is about some
 };
 
 }  // namespace survmeth::engine

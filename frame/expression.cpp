@@ -233,7 +233,9 @@ void collect(const Expression& expression, std::vector<std::string>& names) {
 
 }  // namespace
 
-std::string ExpressionError::shown() const {
+std::string ExpressionError::shown() const { return marked() + "\n" + what(); }
+
+std::string ExpressionError::marked() const {
   // The caret stands under the character, not under the byte.
   std::size_t cells = 0;
   for (std::size_t i = 0; i < at_ && i < text_.size(); ++i) {
@@ -243,7 +245,7 @@ std::string ExpressionError::shown() const {
   for (char& c : line) {
     if (static_cast<unsigned char>(c) < 0x20 || c == 0x7F) c = ' ';
   }
-  return line + "\n" + std::string(cells, ' ') + "^\n" + what();
+  return line + "\n" + std::string(cells, ' ') + "^";
 }
 
 Expression parseExpression(std::string_view text) { return Parser(text).whole(); }

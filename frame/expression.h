@@ -43,6 +43,8 @@ class ExpressionError : public std::invalid_argument {
   const std::string& text() const { return text_; }
   std::size_t at() const { return at_; }
   std::string shown() const;
+  // The text and, on a second line, the caret under the place.
+  std::string marked() const;
 
  private:
   std::string text_;

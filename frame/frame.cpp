@@ -62,4 +62,14 @@ const Column* Frame::labels(std::string_view name) const {
   return nullptr;
 }
 
+std::vector<std::string> columnNames(const Frame& data) {
+  std::vector<std::string> names;
+  for (const Column& column : data.columns) {
+    if (std::find(names.begin(), names.end(), column.name) == names.end()) {
+      names.push_back(column.name);
+    }
+  }
+  return names;
+}
+
 }  // namespace survmeth::frame

@@ -69,6 +69,9 @@ struct Frame {
   const Column* labels(std::string_view name) const;
 };
 
+// The names of its columns, each once.
+std::vector<std::string> columnNames(const Frame& data);
+
 }  // namespace survmeth::frame
 
 #endif  // FRAME_FRAME_H_

@@ -22,6 +22,7 @@ using text::quote;
 namespace {
 
 constexpr std::size_t kShown = 5;  // odd cells in a message
+constexpr double kNoNumber = std::numeric_limits<double>::quiet_NaN();
 
 // 0,5 or 1.234,5 or 1,234: nothing but digits, signs and points beside a comma before a digit.
 bool hasDecimalComma(std::string_view text) {
@@ -78,7 +79,8 @@ bool Growing::take(std::string_view cell, std::size_t line, const std::string& s
   const bool isNamed = !cell.empty() && std::find(wanted_.named.begin(), wanted_.named.end(),
                                                   cell) != wanted_.named.end();
   if (!isNamed && missing_(cell)) {
-    number_ = std::numeric_limits<double>::quiet_NaN();
+    number_ = kNoNumber;
+    code_ = Column::kMissing;
     if (wanted_.mayBeMissing) return true;
     ++missingCells_;
     return false;
@@ -92,6 +94,7 @@ bool Growing::take(std::string_view cell, std::size_t line, const std::string& s
   if (!decided_) {
     decided_ = true;
     isText_ = !isNumber;
+    keepUndecided();
   }
   (isNumber ? numbers_ : others_).add(cell, line);
   if (isText_) {
@@ -126,14 +129,26 @@ void Growing::takeLabel(std::string_view cell, std::size_t line, const std::stri
 }
 
 void Growing::keep() {
-  if (isText_) {
+  if (!decided_) {
+    ++undecided_;
+  } else if (isText_) {
     codesKept_.push_back(code_);
   } else {
     numbersKept_.push_back(number_);
   }
 }
 
+// The kept rows so far, in which the cell is missing.
+void Growing::keepUndecided() {
+  if (isText_) {
+    codesKept_.assign(undecided_, Column::kMissing);
+  } else {
+    numbersKept_.assign(undecided_, kNoNumber);
+  }
+}
+
 Column Growing::taken() {
+  if (!decided_) keepUndecided();
   Column column = isText_ ? labelColumn(std::move(wanted_.name), Type::kText, std::move(codesKept_),
                                         std::move(labels_))
                           : numberColumn(std::move(wanted_.name), std::move(numbersKept_));

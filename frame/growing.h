@@ -49,6 +49,7 @@ class Growing {
 
  private:
   void takeNumber(std::string_view cell, std::optional<double> number, std::size_t line);
+  void keepUndecided();
   void takeLabel(std::string_view cell, std::size_t line, const std::string& source);
   void checkNumbers(const std::string& source) const;
   void checkMixture(const std::string& source) const;
@@ -61,9 +62,10 @@ class Growing {
   std::vector<std::string> labels_;     // in the order in which they first stood
   std::vector<std::size_t> labelLine_;  // the line where each label first stood
   std::size_t missingCells_ = 0;        // whose lack left out their row
-  double number_ = 0;
+  double number_ = 0;                   // of the current row
   std::uint32_t code_ = 0;
   bool decided_ = false;  // which of Cells::kEither it is: by the first cell that is not missing
+  std::size_t undecided_ = 0;  // kept rows before that
   OddCells numbers_, others_, tooLarge_, tooSmall_;
   Interner intern_;
 };

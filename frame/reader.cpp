@@ -39,10 +39,8 @@ std::string_view trimmed(std::string_view text) {
 // again once the parser has returned.
 class Sink {
  public:
-  Sink(Frame& table, const std::vector<Wanted>& wanted, const Missing& missing)
-      : table_(table), wanted_(wanted) {
-    for (const Wanted& each : wanted) growing_.emplace_back(each, missing);
-  }
+  Sink(Frame& table, const Choose& choose, const Missing& missing)
+      : table_(table), choose_(choose), missing_(missing) {}
 
   static void cell(void* text, std::size_t length, void* sink) {
     static_cast<Sink*>(sink)->guarded([&](Sink& self) {
@@ -127,14 +125,15 @@ class Sink {
                          "a different name for each");
       }
     }
-    for (std::size_t i = 0; i < growing_.size(); ++i) {
-      const std::string& name = wanted_[i].name;
+    for (const Wanted& wanted : choose_(header_)) {
+      const std::string& name = wanted.name;
       const auto found = std::find(header_.begin(), header_.end(), name);
       if (name.empty() || found == header_.end()) {
         throw Unreadable({table_.source, recordLine_, {}}, "there is no column " + quote(name),
                          "one of " + nearestFirst(name, header_));
       }
-      takers_[static_cast<std::size_t>(found - header_.begin())].push_back(i);
+      takers_[static_cast<std::size_t>(found - header_.begin())].push_back(growing_.size());
+      growing_.emplace_back(wanted, missing_);
     }
     nextLine_ = line_ + 1;
   }
@@ -154,7 +153,8 @@ class Sink {
   }
 
   Frame& table_;
-  const std::vector<Wanted>& wanted_;
+  const Choose& choose_;
+  const Missing& missing_;
   std::vector<Growing> growing_;
   std::vector<std::string> header_;
   std::vector<std::vector<std::size_t>> takers_;  // of each file column: who wants it
@@ -258,6 +258,12 @@ void parse(std::FILE* file, std::uint64_t size, Sink& sink, const std::string& s
 
 Frame readFrame(const std::string& file, const std::vector<Wanted>& wanted, const Missing& missing,
                 const ReadProgress& progress) {
+  return readFrame(
+      file, [&wanted](const std::vector<std::string>&) { return wanted; }, missing, progress);
+}
+
+Frame readFrame(const std::string& file, const Choose& choose, const Missing& missing,
+                const ReadProgress& progress) {
   Frame table;
   table.fromFile = true;
   table.source = file == "-" ? "standard input" : file;
@@ -272,7 +278,7 @@ Frame readFrame(const std::string& file, const std::vector<Wanted>& wanted, cons
     }
     if (S_ISREG(status.st_mode)) size = static_cast<std::uint64_t>(status.st_size);
   }
-  Sink sink(table, wanted, missing);
+  Sink sink(table, choose, missing);
   parse(input.get(), size, sink, table.source, progress);
   if (!sink.sawHeader()) {
     throw Unreadable({table.source, 0, {}}, "the file is empty", "a header line and rows of data");

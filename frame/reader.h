@@ -31,6 +31,11 @@ using ReadProgress = std::function<void(std::uint64_t done, std::uint64_t total)
 Frame readFrame(const std::string& file, const std::vector<Wanted>& wanted,
                 const Missing& missing = Missing(), const ReadProgress& progress = {});
 
+// The same where what is wanted depends on the columns that there are.
+using Choose = std::function<std::vector<Wanted>(const std::vector<std::string>& header)>;
+Frame readFrame(const std::string& file, const Choose& choose, const Missing& missing = Missing(),
+                const ReadProgress& progress = {});
+
 }  // namespace survmeth::frame
 
 #endif  // FRAME_READER_H_

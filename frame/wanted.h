@@ -19,7 +19,7 @@ struct Wanted {
   std::string name;
   Cells cells = Cells::kNumbers;
   double least = -std::numeric_limits<double>::infinity();  // smaller numbers are refused
-  bool mayBeMissing = false;            // numbers only: a missing cell is NaN and keeps its row
+  bool mayBeMissing = false;                                // a missing cell keeps its row
   std::vector<std::string> named = {};  // labels that a person named: never taken for missing
   std::string labelsOption = {};        // kEither: what to say for labels, in messages
 };

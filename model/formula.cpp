@@ -240,6 +240,22 @@ class Expander {
   const std::vector<std::string>& allColumns_;
 };
 
+Formula parsed(std::string_view text, const std::vector<std::string>& allColumns,
+               const char* expected, void (*readLeft)(const Expression&, Formula&)) {
+  const Expression whole = frame::parseExpression(text);
+  Formula formula;
+  formula.text = text;
+  if (!whole.isOperator("~")) {
+    throw ExpressionError(
+        formula.text, text.size(),
+        std::string("there is no ~ between response and terms; expected ") + expected);
+  }
+  if (whole.arguments.size() == 2) readLeft(whole.arguments[0], formula);
+  readBeside(whole.arguments.back(), formula);  // "." needs it beforehand
+  Expander(formula, allColumns).right(whole.arguments.back());
+  return formula;
+}
+
 }  // namespace
 
 std::vector<std::string> Formula::columns() const {
@@ -262,18 +278,17 @@ std::vector<std::string> Formula::columns() const {
 }
 
 Formula parseFormula(std::string_view text, const std::vector<std::string>& allColumns) {
-  const Expression whole = frame::parseExpression(text);
-  Formula formula;
-  formula.text = text;
-  if (!whole.isOperator("~")) {
-    throw ExpressionError(formula.text, text.size(),
-                          "there is no ~ between response and terms; expected "
-                          "Surv(time, status) ~ terms");
-  }
-  if (whole.arguments.size() == 2) readResponse(whole.arguments[0], formula);
-  readBeside(whole.arguments.back(), formula);  // "." needs it beforehand
-  Expander(formula, allColumns).right(whole.arguments.back());
-  return formula;
+  return parsed(text, allColumns, "Surv(time, status) ~ terms", readResponse);
+}
+
+Formula parseCaseFormula(std::string_view text, const std::vector<std::string>& allColumns) {
+  return parsed(text, allColumns, "case ~ terms + strata(set)",
+                [](const Expression& left, Formula& formula) {
+                  Expression& time = formula.exit.emplace();
+                  time.text = "1";
+                  time.number = 1;
+                  formula.event = left;
+                });
 }
 
 bool hasDot(std::string_view text) { return containsDot(frame::parseExpression(text)); }

@@ -65,6 +65,10 @@ struct Formula {
 // Throws frame::ExpressionError with the place in the text.
 Formula parseFormula(std::string_view text, const std::vector<std::string>& allColumns = {});
 
+// The same with a left side that says which rows are cases: case ~ exposure + strata(set). All of
+// them have the time 1, so that the case of a set is its event and everybody is at risk.
+Formula parseCaseFormula(std::string_view text, const std::vector<std::string>& allColumns = {});
+
 // Whether the text has a "." that stands for all other columns.
 bool hasDot(std::string_view text);
 

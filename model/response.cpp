@@ -118,7 +118,7 @@ void takeRows(ModelData& made, const Formula& formula, const frame::Frame& data)
     requirePresent(column, Role::kCluster);
     frame::Labels labels = frame::labelsOf(column);
     made.cluster = std::move(labels.codes);
-    made.clusters = labels.labels.size();
+    made.clusterNames = std::move(labels.labels);
   }
   for (const Expression& expression : formula.offsets) {
     const frame::Values values = frame::evaluate(expression, data, formula.text);
@@ -157,7 +157,7 @@ engine::Rows ModelData::rows() const {
   made.stratum = stratum;
   made.strata = std::max<std::size_t>(strataNames.size(), 1);
   made.cluster = cluster;
-  made.clusters = clusters;
+  made.clusters = clusterNames.size();
   return made;
 }
 

@@ -34,7 +34,7 @@ struct ModelData {
   std::vector<std::uint32_t> stratum;  // empty without strata()
   std::vector<std::string> strataNames;
   std::vector<std::uint32_t> cluster;  // empty without cluster()
-  std::size_t clusters = 0;
+  std::vector<std::string> clusterNames;
   std::string note;  // what was taken for an event, where that is not plain
   DesignColumns design;
 

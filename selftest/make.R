@@ -130,7 +130,9 @@ control <- coxph.control(eps = 1e-12, toler.chol = 1e-14, iter.max = 50)
 lung$male <- as.integer(lung$sex == "male")
 fit <- coxph(Surv(time, status) ~ age + male + ph.ecog, lung, ties = "breslow", control = control)
 write_case("cox-lung", "Proportional hazards in advanced lung cancer", software("survival"), "cox",
-           "lung.csv", '"time": "time", "event": "status", "covariates": ["age", "sex", "ph.ecog"]',
+           "lung.csv",
+           paste0('"time": "time", "event": "status", "covariates": ["age", "sex", "ph.ecog"], ',
+                  '"ties": "breslow"'),
            cox_quantities(fit, c("age", "sex=male", "ph.ecog")))
 veteran <- read_data("veteran.csv")
 fit <- coxph(Surv(time, status) ~ karno + age + diagtime + strata(celltype), veteran,
@@ -138,7 +140,7 @@ fit <- coxph(Surv(time, status) ~ karno + age + diagtime + strata(celltype), vet
 write_case("cox-veteran", "Proportional hazards in lung cancer, stratified by cell type",
            software("survival"), "cox", "veteran.csv",
            paste0('"time": "time", "event": "status", "covariates": ["karno", "age", "diagtime"], ',
-                  '"strata": "celltype"'),
+                  '"strata": "celltype", "ties": "breslow"'),
            cox_quantities(fit, c("karno", "age", "diagtime")))
 
 # Gray's test ----

@@ -64,16 +64,7 @@ Outcome separationOutcome(const Problem& problem, const Separation& separation) 
                  (one ? " is" : " are") +
                  " infinite: at every event time the rows that fail have the largest value of " +
                  (one ? "it" : "a combination of them") + " among those at risk, or the smallest";
-  if (problem.arrangement.strata() > 1) {
-    std::vector<std::string> codes;
-    for (std::size_t i = 0; i < separation.strata.size() && i < 5; ++i) {
-      codes.push_back(std::to_string(separation.strata[i]));
-    }
-    if (separation.strata.size() > codes.size()) {
-      codes.push_back(std::to_string(separation.strata.size() - codes.size()) + " more");
-    }
-    outcome.text += "; rows differ in stratum " + listed(codes);
-  }
+  if (problem.arrangement.strata() > 1) outcome.strata = separation.strata;
   return outcome;
 }
 

@@ -9,7 +9,6 @@
 #include <vector>
 
 #include "analysis/agreement.h"
-#include "analysis/coxModel.h"
 #include "analysis/demingFit.h"
 #include "analysis/grayTest.h"
 #include "analysis/lifeTable.h"
@@ -52,11 +51,6 @@ TEST(Checks, NoFunctionTakesMoreRowsThanTheEntryPointsCanCount) {
   life.data = data;
   life.width = 1;
   EXPECT_EQ(refusal([&] { lifeTables(life); }), "time" + what);
-  CoxRequest cox;
-  cox.time = numbers;
-  cox.event = flags;
-  cox.covariates = {{"x", numbers}};
-  EXPECT_EQ(refusal([&] { coxModel(cox); }), "time" + what);
   GrayRequest gray;
   gray.time = numbers;
   gray.status = gray.group = codes;

@@ -1,0 +1,162 @@
+#include "analysis/cox/cox.h"
+
+#include <optional>
+
+#include "analysis/cox/describe.h"
+#include "analysis/cox/request.h"
+#include "analysis/cox/run.h"
+
+namespace survmeth::analysis {
+namespace {
+
+using engine::Role;
+using engine::WeightKind;
+using engine::cox::Ties;
+using engine::cox::TimeTransform;
+
+struct ClogitRequest : CoxRequest {
+  ClogitRequest() {
+    cases = true;
+    ties = Ties::kDiscrete;
+    tieTolerance = 0;
+  }
+};
+
+Range share() { return between(0, 1); }
+
+// How covariates are coded.
+template <class Declaring>
+void addCoding(Declaring& made, const char* eventColumn, const char* events) {
+  made.labels("event-value", &CoxRequest::eventValues, eventColumn, events)
+      .texts("factor", &CoxRequest::factors, Role::kValue,
+             "Covariates whose cells are labels, also where numbers")
+      .texts("reference", &CoxRequest::references, Role::kValue,
+             "Reference levels of factors, as COL=LEVEL; else the first in order", "COL=LEVEL");
+}
+
+// What is asked of a fit, and the end of both declarations.
+template <class Request>
+void addAnswers(Declaring<Request, CoxAnswer>& made) {
+  made.template choice<CoxAliased>("aliased", &CoxRequest::aliased,
+                                   {{"refuse", CoxAliased::kRefuse}, {"drop", CoxAliased::kDrop}},
+                                   "Covariates that follow from those before them")
+      .number("alpha", &CoxRequest::alpha, share(),
+              "Significance level; intervals have level 1 - A", "A")
+      .without("0.05")
+      .template choice<CoxLimits>("limits", &CoxRequest::limits,
+                                  {{"wald", CoxLimits::kWald}, {"profile", CoxLimits::kProfile}},
+                                  "Limits of the ratios")
+      .flag("drop-one", &CoxRequest::dropOne, "Likelihood-ratio test of each term")
+      .formula("versus", &CoxRequest::versus,
+               "Terms of a second model, nested in this one or this one in it: likelihood ratio")
+      .table("covariance", &CoxRequest::covariance, "covariance",
+             "File for the covariance of the coefficients (CSV)");
+}
+
+template <class Request>
+Declaration ended(Declaring<Request, CoxAnswer>& made) {
+  return made.leastRows(2)
+      .check(checkCox)
+      .adjustColumns(wantCoxColumns)
+      .completeRows(coxRows)
+      .fit(fitCox)
+      .describe(describeCox);
+}
+
+}  // namespace
+
+Declaration coxDeclaration() {
+  auto made = declare<CoxRequest, CoxAnswer>("cox", "Proportional-hazards (Cox) regression");
+  made.formula("formula", &CoxRequest::formula,
+               "Response and terms: Surv(time, status) ~ age + sex + strata(site); docs/formula.md")
+      .column("time", &CoxRequest::time, Role::kTime, numbersFrom(0),
+              "Column with the times, in place of a formula")
+      .column("event", &CoxRequest::event, Role::kEvent, labels(),
+              "Column that says which rows are events, likewise")
+      .column("entry", &CoxRequest::entry, Role::kEntry, numbers(),
+              "Column with the times from which on rows are at risk, likewise")
+      .columns("covariates", &CoxRequest::covariates, Role::kCovariate, either(),
+               "Columns of the model, separated by commas, likewise")
+      .column("strata", &CoxRequest::strata, Role::kStrata, labels(),
+              "Column of strata, each with its own baseline, likewise");
+  addCoding(made, "event", "The values that are events; all others are censored");
+  made.choice("ties", &CoxRequest::ties,
+              {{"efron", Ties::kEfron},
+               {"breslow", Ties::kBreslow},
+               {"discrete", Ties::kDiscrete},
+               {"marginal", Ties::kMarginal}},
+              "Treatment of events at one time")
+      .number("tie-tolerance", &CoxRequest::tieTolerance,
+              {.least = 0, .expected = "a number not below 0"},
+              "Difference up to which times are one, also in units of their mean; 0: equal only")
+      .without("1.49e-08")
+      .column("weights", &CoxRequest::weights, Role::kWeight, numbersFrom(0),
+              "Column with the weights of rows")
+      .choice("weights-are", &CoxRequest::weightsAre,
+              {{"frequencies", WeightKind::kFrequencies}, {"sampling", WeightKind::kSampling}},
+              "What weights mean; sampling implies a robust covariance")
+      .column("cluster", &CoxRequest::cluster, Role::kCluster, labels(),
+              "Column of rows that belong together; implies a robust covariance")
+      .flag("robust", &CoxRequest::robust, "Robust covariance, by cluster, subject or row")
+      .column("id", &CoxRequest::id, Role::kSubject, labels(),
+              "Column of subjects of several rows, which may not overlap; a cluster where one has "
+              "several events");
+  addAnswers(made);
+  made.choice("zph", &CoxRequest::zph,
+              {{"none", std::nullopt},
+               {"km", TimeTransform::kKaplanMeier},
+               {"rank", TimeTransform::kRank},
+               {"identity", TimeTransform::kIdentity},
+               {"log", TimeTransform::kLog}},
+              "Test of proportional hazards against this function of time")
+      .table("residuals", &CoxRequest::residuals, "residuals", "File for residuals (CSV)")
+      .texts("residual-kinds", &CoxRequest::residualKinds, Role::kValue,
+             "Some of martingale, deviance, score, schoenfeld, scaledSchoenfeld, dfbeta, dfbetas")
+      .without("martingale,deviance,schoenfeld")
+      .flag("by-cluster", &CoxRequest::byCluster, "Residuals summed by cluster or subject")
+      .table("baseline", &CoxRequest::baseline, "baseline",
+             "File for the baseline hazard and survival (CSV)")
+      .choice("baseline-at", &CoxRequest::origin,
+              {{"means", CoxOrigin::kMeans}, {"zero", CoxOrigin::kZero}},
+              "Covariates of the baseline")
+      .choice("select", &CoxRequest::select,
+              {{"none", CoxSelection::kNone}, {"backward", CoxSelection::kBackward}},
+              "Removal of terms by their Wald p-values")
+      .number("remove", &CoxRequest::remove, share(), "Smallest p-value at which a term is removed",
+              "P")
+      .without("0.1")
+      .tables({"coefficients", "tests", "terms", "dropOne", "versus", "removed", "proportionality",
+               "covariance", "baseline", "residuals"})
+      .figures({"hazardRatios", "schoenfeld"})
+      .details(
+          "The model is a formula, or --time, --event and --covariates. A column with text, one in "
+          "C(...) and one named in --factor or --reference becomes one indicator for each level "
+          "but its reference. \".\" stands for all columns that neither the formula nor an option "
+          "names.")
+      .example(
+          "survmeth cox data/lung.csv --formula 'Surv(time, status) ~ age + sex + ph.ecog' --zph "
+          "km");
+  return ended(made);
+}
+
+Declaration clogitDeclaration() {
+  auto made = declare<ClogitRequest, CoxAnswer>("clogit",
+                                                "Conditional logistic regression of matched sets");
+  made.formula("formula", &CoxRequest::formula,
+               "Cases and terms: case ~ exposure + strata(set); docs/formula.md")
+      .required();
+  addCoding(made, "", "The values that are cases; all others are controls");
+  addAnswers(made);
+  made.tables({"coefficients", "tests", "terms", "dropOne", "versus", "covariance"})
+      .figures({"oddsRatios"})
+      .details(
+          "The likelihood of each set is that of its cases given how many there are: the exact "
+          "partial likelihood of proportional hazards at one time. Sets in which all are cases, or "
+          "none is, say nothing.")
+      .example(
+          "survmeth clogit data/infert.csv --formula 'case ~ spontaneous + induced + "
+          "strata(stratum)'");
+  return ended(made);
+}
+
+}  // namespace survmeth::analysis

@@ -1,0 +1,141 @@
+// The forest plot and the residuals against time.
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "analysis/cox/describe.h"
+#include "report/build.h"
+#include "report/numbers.h"
+#include "text/words.h"
+
+namespace survmeth::analysis {
+namespace {
+
+using report::SeriesKind;
+
+std::string counts(const CoxCount& count) {
+  return " (n " + report::brief(count.rows) + ", " + report::brief(count.events) + " events)";
+}
+
+// The rows of a forest plot, factors headed by their name and begun with their reference.
+class Forest {
+ public:
+  Forest() { points_.kind = SeriesKind::kPoints; }
+
+  void add(const CoxColumn& column, const CoxEstimate& estimate) {
+    if (column.factor.empty()) {
+      group_.clear();
+      row(column.name, estimate);
+      return;
+    }
+    if (group_ != column.factor) {
+      group_ = column.factor;
+      CoxEstimate reference;
+      reference.ratio = 1;
+      row(column.reference + ", reference" + counts(column.referenceCount), reference);
+    }
+    row(column.level + counts(column.count), estimate);
+  }
+
+  bool empty() const { return points_.x.empty(); }
+  report::Panel panel(const char* ratio) {
+    panel_.x.label = std::string(ratio) + " (log scale)";
+    panel_.x.scale = report::Scale::kLog;
+    panel_.y.scale = report::Scale::kCategory;
+    panel_.series.push_back(std::move(points_));
+    panel_.references.push_back({true, 1, ""});
+    return std::move(panel_);
+  }
+
+ private:
+  void row(const std::string& category, const CoxEstimate& estimate) {
+    const auto [coef, z, pValue, ratio, lower, upper] = estimate;
+    points_.x.push_back(ratio);
+    points_.y.push_back(static_cast<double>(panel_.y.categories.size()));
+    points_.left.push_back(lower);
+    points_.right.push_back(upper);
+    points_.labels.push_back(lower == lower
+                                 ? report::brief(ratio, 3) + " (" + report::brief(lower, 3) +
+                                       " to " + report::brief(upper, 3) + ")"
+                                 : report::brief(ratio, 3));
+    panel_.y.categories.push_back(category);
+    panel_.y.categoryGroups.push_back(group_);
+  }
+
+  report::Series points_;
+  report::Panel panel_;
+  std::string group_;
+};
+
+std::string transformed(engine::cox::TimeTransform transform) {
+  switch (transform) {
+    case engine::cox::TimeTransform::kKaplanMeier:
+      return "1 - Kaplan-Meier just before the time";
+    case engine::cox::TimeTransform::kRank:
+      return "rank of the time";
+    case engine::cox::TimeTransform::kIdentity:
+      return "time";
+    case engine::cox::TimeTransform::kLog:
+      break;
+  }
+  return "log of the time";
+}
+
+}  // namespace
+
+report::Figure coxForest(const CoxAnswer& answer, const CoxRequest& request) {
+  const std::vector<CoxEstimate> estimates = coxEstimates(answer, request);
+  Forest forest;
+  for (std::size_t j = 0; j < answer.columns.size(); ++j) {
+    if (answer.fit.column[j] != engine::cox::Column::kEstimated) continue;
+    forest.add(answer.columns[j], estimates[j]);
+  }
+  report::Figure figure;
+  figure.id = request.cases ? "oddsRatios" : "hazardRatios";
+  figure.title = std::string(request.cases ? "Odds" : "Hazard") + " ratios with " +
+                 report::confidence(request.alpha) + " limits";
+  if (!forest.empty()) figure.panels.push_back(forest.panel(coxRatio(request)));
+  return figure;
+}
+
+report::Figure coxSchoenfeld(const CoxAnswer& answer, const CoxRequest& request) {
+  const CoxProportionality& zph = *answer.zph;
+  report::Figure figure;
+  figure.id = "schoenfeld";
+  figure.title = "Does a coefficient change with time?";
+  figure.caption =
+      "Scaled Schoenfeld residuals, a natural spline of 4 degrees of freedom with its "
+      "pointwise " +
+      report::confidence(request.alpha) + " band, and the coefficient";
+  for (std::size_t j = 0; j < answer.columns.size(); ++j) {
+    if (answer.fit.column[j] != engine::cox::Column::kEstimated) continue;
+    report::Panel panel;
+    panel.title = answer.columns[j].name;
+    panel.x.label = transformed(*request.zph);
+    panel.y.label = "coefficient at the time";
+    const Smooth& smooth = zph.smooth[j];
+    if (!smooth.x.empty()) {
+      report::Series band;
+      band.kind = SeriesKind::kBand;
+      band.x = smooth.x;
+      band.lower = smooth.lower;
+      band.upper = smooth.upper;
+      panel.series.push_back(std::move(band));
+      report::Series line;
+      line.kind = SeriesKind::kLine;
+      line.x = smooth.x;
+      line.y = smooth.fit;
+      panel.series.push_back(std::move(line));
+    }
+    report::Series points;
+    points.kind = SeriesKind::kPoints;
+    points.x = zph.test.transformed;
+    points.y = zph.test.scaled.column[j];
+    panel.series.push_back(std::move(points));
+    panel.references.push_back({false, answer.fit.coefficients[j], ""});
+    figure.panels.push_back(std::move(panel));
+  }
+  return figure;
+}
+
+}  // namespace survmeth::analysis

@@ -1,0 +1,201 @@
+#include "analysis/cox/run.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+#include "analysis/cox/subjects.h"
+#include "analysis/option.h"
+#include "frame/labels.h"
+
+namespace survmeth::analysis {
+namespace {
+
+namespace cox = engine::cox;
+using engine::Outcome;
+using engine::Refusal;
+using engine::Role;
+
+class Run {
+ public:
+  Run(const frame::Frame& data, const CoxRequest& request, numerics::Progress& progress)
+      : data_(data), request_(request), progress_(progress) {}
+
+  CoxAnswer answer() {
+    input_.formula = coxFormula(request_, frame::columnNames(data_));
+    takeModel();
+    requireEvents();
+    takeRows();
+    const std::size_t terms = answer_.coding.formula().terms.size();
+    const std::size_t profiles =
+        request_.limits == CoxLimits::kProfile ? input_.model.design.design.size() : 0;
+    parts_ = 1 + (request_.select == CoxSelection::kBackward ? terms : 0) + profiles +
+             (request_.dropOne ? 1 : 0) + (request_.versus.empty() ? 0 : 1);
+    fit();
+    if (request_.select == CoxSelection::kBackward) removeTerms();
+    requireCoxAnswer(request_, input_, answer_);
+    describeCoxColumns(input_, answer_);
+    requireLikelihoodRatios();
+    noteCoxOutcomes(input_, answer_);
+    answer_.concordance = cox::concordance(answer_.fit);
+    if (profiles > 0) findProfiles();
+    if (request_.dropOne) answer_.dropOne = cox::dropEachTerm(answer_.fit, *nextPart());
+    if (!request_.versus.empty()) {
+      answer_.versus = compareCox(data_, request_, input_, answer_.fit, *nextPart());
+    }
+    followUp(data_, request_, input_, answer_);
+    return std::move(answer_);
+  }
+
+ private:
+  std::unique_ptr<numerics::Progress> nextPart() {
+    part_ = std::min(part_ + 1, parts_);
+    return std::make_unique<PartOfProgress>(progress_, part_ - 1, parts_);
+  }
+
+  void takeModel() {
+    answer_.coding = model::Coding::learn(input_.formula, data_, coxCoding(request_));
+    requireCoxLevels(request_, answer_.coding);
+    input_.model = model::modelData(answer_.coding, data_, request_.eventValues);
+    requireCoxUnits(input_.model.design.design);
+  }
+
+  void requireEvents() const {
+    const auto& event = input_.model.event;
+    if (std::find(event.begin(), event.end(), 1u) != event.end()) return;
+    throw Refusal(Role::kEvent, Refusal::kNone,
+                  request_.cases ? "no row is a case" : "no row is an event", Refusal::kNone,
+                  request_.cases ? "at least one case among the complete rows"
+                                 : "at least one event among the complete rows");
+  }
+
+  // What rows carry besides the response.
+  void takeRows() {
+    input_.rows = input_.model.rows();
+    input_.rows.weightKind = request_.weightsAre;
+    if (!request_.weights.empty()) {
+      input_.rows.weight = data_.numbers(request_.weights)->numbers;
+      const auto& weight = input_.rows.weight;
+      if (std::none_of(weight.begin(), weight.end(), [](double w) { return w > 0; })) {
+        throw Refusal(Role::kWeight, Refusal::kNone, "every weight is 0", Refusal::kNone,
+                      "at least one above 0");
+      }
+    }
+    answer_.clusters = input_.model.clusterNames;
+    if (!request_.cluster.empty()) takeClusters(frame::labelsOf(*data_.labels(request_.cluster)));
+    if (!request_.id.empty()) takeSubjects();
+    input_.options.ties = request_.ties;
+    input_.options.tieTolerance = request_.tolerance();
+    input_.options.robust = request_.robust;
+    input_.options.dropAliased = true;
+    answer_.weighted = !request_.weights.empty();
+    answer_.sampling = request_.weightsAre == engine::WeightKind::kSampling;
+    answer_.strata = input_.model.strataNames;
+    if (request_.byCluster && input_.rows.cluster.empty()) {
+      throw BadOption("by-cluster", "there are no clusters; expected --cluster or --id besides");
+    }
+  }
+
+  void takeClusters(frame::Labels labels) {
+    clusters_ = std::move(labels.codes);
+    answer_.clusters = std::move(labels.labels);
+    input_.rows.cluster = clusters_;
+    input_.rows.clusters = answer_.clusters.size();
+  }
+
+  // Rows of a subject depend on each other where it has several events, and count as a cluster
+  // wherever a robust covariance or sums by cluster are asked for.
+  void takeSubjects() {
+    frame::Labels labels = frame::labelsOf(*data_.labels(request_.id));
+    CoxSubjects subjects = checkSubjects(data_, input_.model.response(), input_.rows, labels);
+    if (subjects.gaps) answer_.notes.push_back(*std::move(subjects.gaps));
+    const bool robust =
+        request_.robust || answer_.sampling || request_.byCluster || subjects.severalEvents;
+    if (!input_.rows.cluster.empty() || !robust) return;
+    takeClusters(std::move(labels));
+    answer_.clustersAreSubjects = true;
+  }
+
+  void fit() {
+    answer_.fit = cox::fit(input_.model.response(), input_.rows, input_.model.design.design,
+                           input_.options, *nextPart());
+  }
+
+  // Whether another term has all of this one's variables and more.
+  bool isWithinAnother(std::size_t index) const {
+    const auto& terms = input_.formula.terms;
+    const auto& own = terms[index].variables;
+    return std::any_of(terms.begin(), terms.end(), [&](const model::Term& term) {
+      return term.variables.size() > own.size() &&
+             std::includes(term.variables.begin(), term.variables.end(), own.begin(), own.end());
+    });
+  }
+
+  void removeTerms() {
+    const double least = request_.remove.value_or(0.1);
+    for (;;) {
+      const cox::TermTest* worst = nullptr;
+      for (const cox::TermTest& each : answer_.fit.terms) {
+        if (std::isnan(each.test.pValue) || isWithinAnother(each.term)) continue;
+        if (worst == nullptr || each.test.pValue > worst->test.pValue) worst = &each;
+      }
+      if (worst == nullptr || worst->test.pValue < least) return;
+      const std::size_t term = worst->term;
+      answer_.removed.push_back({input_.formula.terms[term].name, worst->test});
+      input_.formula.terms.erase(input_.formula.terms.begin() + static_cast<std::ptrdiff_t>(term));
+      const engine::Rows rows = input_.rows;
+      takeModel();
+      input_.rows = rows;
+      if (request_.cluster.empty() && !answer_.clustersAreSubjects) {
+        input_.rows.cluster = input_.model.cluster;
+      }
+      input_.rows.stratum = input_.model.stratum;
+      input_.rows.offset = input_.model.offset;
+      fit();
+    }
+  }
+
+  // A likelihood ratio has no chi-square law where the rows are not independent.
+  void requireLikelihoodRatios() const {
+    if (input_.rows.cluster.empty() && !answer_.sampling) return;
+    const std::pair<const char*, bool> asked[] = {
+        {"limits", request_.limits == CoxLimits::kProfile},
+        {"drop-one", request_.dropOne},
+        {"versus", !request_.versus.empty()}};
+    for (const auto& [option, given] : asked) {
+      if (!given) continue;
+      throw BadOption(option,
+                      std::string("rests on likelihood ratios, which have no chi-square law "
+                                  "with ") +
+                          (answer_.sampling ? "sampling weights" : "clusters") +
+                          "; expected Wald tests and limits");
+    }
+  }
+
+  void findProfiles() {
+    for (std::size_t j = 0; j < answer_.columns.size(); ++j) {
+      answer_.profile.push_back(
+          cox::profileLimits(answer_.fit, j, 1 - request_.alpha, *nextPart()));
+      const std::optional<Outcome>& outcome = answer_.profile.back().outcome;
+      if (!outcome || answer_.fit.column[j] == cox::Column::kAliased) continue;
+      answer_.notes.push_back({outcome->code, outcome->text, outcome->names});
+    }
+  }
+
+  const frame::Frame& data_;
+  const CoxRequest& request_;
+  numerics::Progress& progress_;
+  std::size_t part_ = 0, parts_ = 1;
+  CoxInput input_;
+  std::vector<std::uint32_t> clusters_;
+  CoxAnswer answer_;
+};
+
+}  // namespace
+
+CoxAnswer fitCox(const frame::Frame& data, const CoxRequest& request,
+                 numerics::Progress& progress) {
+  return Run(data, request, progress).answer();
+}
+
+}  // namespace survmeth::analysis
