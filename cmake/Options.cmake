@@ -1,8 +1,20 @@
-# Compiler settings every target shares: the same input must give the same bits on every
-# machine, so contraction stays off and nothing may reorder floating-point sums.
+# Settings that every target shares. The same input must give the same bits on every machine:
+# contraction stays off, nothing may reorder floating-point sums, 32-bit x86 computes with SSE2.
+include(CheckCXXSourceCompiles)
+
+# Whether 32-bit x86 would compute with the 80-bit registers: only there the two flags are needed.
+check_cxx_source_compiles("#if !defined(__i386__) || defined(__SSE2_MATH__)\n#error\n#endif\n
+                           int main() {}" SURVMETH_X87)
+set(SURVMETH_ARITHMETIC)
+if(SURVMETH_X87)
+  set(SURVMETH_ARITHMETIC -msse2 -mfpmath=sse)
+endif()
+
 add_library(survmeth_options INTERFACE)
-target_compile_options(survmeth_options INTERFACE -ffp-contract=off -Wall -Wextra -Wpedantic
-                                                  -Wshadow)
+add_library(survmeth::options ALIAS survmeth_options)
+target_compile_features(survmeth_options INTERFACE cxx_std_20 c_std_11)
+target_compile_options(survmeth_options INTERFACE ${SURVMETH_ARITHMETIC} -ffp-contract=off -Wall
+                                                  -Wextra -Wpedantic -Wshadow)
 # GCC 12 sees overlapping copies in every "literal" + std::string.
 if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
   target_compile_options(survmeth_options INTERFACE $<$<COMPILE_LANGUAGE:CXX>:-Wno-restrict>)
@@ -17,22 +29,10 @@ if(SURVMETH_WERROR)
 endif()
 target_include_directories(survmeth_options INTERFACE $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>)
 if(SURVMETH_MULTIVERSION)
-  target_compile_definitions(survmeth_options INTERFACE SURVMETH_MULTIVERSION=1)
-endif()
-
-# Where an installed library looks for its siblings. On macOS: the host application's folder, the
-# folder of the Office applications, the root folder, the user's own library folder, in that
-# order. The loader leaves a tilde as it is; the last entry is there for tools that expand it, and
-# the loader's own last resort is the same folder. Elsewhere a library finds its siblings beside
-# itself and a program finds them in the library folder next to its own, wherever both are moved.
-set(SURVMETH_OFFICE_FOLDER "/Applications/Microsoft Office 2011" CACHE PATH
-    "Folder of the Office applications (macOS)")
-set(CMAKE_BUILD_RPATH_USE_ORIGIN ON)
-if(APPLE)
-  set(CMAKE_INSTALL_RPATH "@executable_path" "${SURVMETH_OFFICE_FOLDER}" "/" "~/lib")
-else()
-  file(RELATIVE_PATH binToLib ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
-  set(CMAKE_INSTALL_RPATH "$ORIGIN" "$ORIGIN/${binToLib}")
+  include(${CMAKE_CURRENT_LIST_DIR}/Multiversion.cmake)
+  if(SURVMETH_CLONES_WORK)
+    target_compile_definitions(survmeth_options INTERFACE SURVMETH_MULTIVERSION=1)
+  endif()
 endif()
 
 # Linkers that read version scripts keep standard templates out of the libraries' exports.
@@ -40,16 +40,51 @@ include(CheckLinkerFlag)
 set(exportsMap ${CMAKE_CURRENT_LIST_DIR}/exports.map)
 check_linker_flag(CXX "-Wl,--version-script=${exportsMap}" SURVMETH_HAS_VERSION_SCRIPT)
 
-# A shared library of the product: sources, versioned name, hidden symbols.
-function(survmeth_library name)
-  add_library(${name} SHARED ${ARGN})
-  target_link_libraries(${name} PRIVATE $<BUILD_INTERFACE:survmeth_options>)
-  set_target_properties(${name} PROPERTIES VERSION ${PROJECT_VERSION}
-                                           SOVERSION ${PROJECT_VERSION_MAJOR})
+# What a shared library of the product has: a versioned name and a run path.
+function(survmeth_shared target)
+  set_target_properties(${target} PROPERTIES VERSION ${PROJECT_VERSION}
+                                             SOVERSION ${PROJECT_VERSION_MAJOR})
+  survmeth_find_siblings(${target} library)
   if(SURVMETH_HAS_VERSION_SCRIPT)
-    target_link_options(${name} PRIVATE -Wl,--version-script=${exportsMap})
-    set_property(TARGET ${name} APPEND PROPERTY LINK_DEPENDS ${exportsMap})
+    target_link_options(${target} PRIVATE -Wl,--version-script=${exportsMap})
+    set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS ${exportsMap})
   endif()
-  target_include_directories(${name} PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>
-                                            $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/survmeth>)
+endfunction()
+
+# One of the add-in's libraries: always shared, hidden symbols.
+function(survmeth_addin name)
+  set(target survmeth_${name})
+  add_library(${target} SHARED ${ARGN})
+  add_library(survmeth::${name} ALIAS ${target})
+  string(TOUPPER ${name} upper)
+  target_link_libraries(${target} PRIVATE $<BUILD_INTERFACE:survmeth_options>)
+  set_target_properties(${target} PROPERTIES OUTPUT_NAME ${name} EXPORT_NAME ${name}
+                        DEFINE_SYMBOL ${upper}_BUILDING
+                        CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
+  survmeth_shared(${target})
+  target_include_directories(${target} PUBLIC
+    $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>
+    $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/survmeth>)
+endfunction()
+
+# A folder of libsurvmeth, as a static library by itself: survmeth_<name>. Tests take the folders,
+# so that one which reaches for another above it does not link; callers take libsurvmeth, which is
+# made of their objects.
+function(survmeth_part name)
+  set(target survmeth_${name})
+  add_library(${target} STATIC ${ARGN})
+  add_library(survmeth::${name} ALIAS ${target})
+  target_link_libraries(${target} PRIVATE $<BUILD_INTERFACE:survmeth_options>)
+  target_include_directories(${target} PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>)
+  target_compile_features(${target} PUBLIC cxx_std_20)
+  target_compile_options(${target} INTERFACE ${SURVMETH_ARITHMETIC})
+  set_target_properties(${target} PROPERTIES POSITION_INDEPENDENT_CODE ON)
+  if(BUILD_SHARED_LIBS)
+    set_target_properties(${target} PROPERTIES CXX_VISIBILITY_PRESET default
+                                               VISIBILITY_INLINES_HIDDEN OFF)
+  else()
+    set_target_properties(${target} PROPERTIES CXX_VISIBILITY_PRESET hidden
+                                               VISIBILITY_INLINES_HIDDEN ON)
+  endif()
+  set_property(GLOBAL APPEND PROPERTY SURVMETH_PARTS ${name})
 endfunction()

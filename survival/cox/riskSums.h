@@ -133,8 +133,7 @@ void sumPlain(const double* tile, std::ptrdiff_t rows, const double* starts, int
   sumGroups<Lanes2, 4, 1, Terms>(tile, rows, starts, groups, sums, stride);
 }
 
-#if defined(SURVMETH_MULTIVERSION) && defined(__x86_64__) && defined(__linux__) && \
-    defined(__GNUC__) && !defined(__clang__)
+#if defined(SURVMETH_MULTIVERSION)
 #define SURVIVAL_COX_WIDE_LANES 1
 
 using Lanes4 [[gnu::vector_size(32)]] = double;
