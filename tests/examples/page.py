@@ -1,6 +1,6 @@
-"""Holds docs/calling.md to what there is.
+"""Holds docs/calling.md, or another PAGE of docs, to what there is.
 
-    page.py ROOT                                      the blocks of code stand in the examples
+    page.py ROOT [--page PAGE]                        the blocks of code stand in the examples
     page.py ROOT --run SECTION --libraries FOLDER     the commands of a section print what they say
 
 A block of code has to stand word for word in the file of examples/ that the page linked last. A
@@ -22,7 +22,7 @@ import textwrap
 import prints
 
 BLOCK = re.compile(r"^```(\w+)\n(.*?)^```$", re.MULTILINE | re.DOTALL)
-LINK = re.compile(r"\]\(\.\./(examples/[^)#]+)\)")
+LINK = re.compile(r"\]\(\.\./((?:examples|tests/install)/[^)#]+)\)")
 # What a section's commands need besides the interpreter that runs this; Basic's own runner looks
 # for the office.
 NEEDED = {"R": ["R", "Rscript", "cc"]}
@@ -112,10 +112,11 @@ def run(root, page, section, libraries):
 def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("root", type=pathlib.Path)
+    parser.add_argument("--page", default="calling.md")
     parser.add_argument("--run")
     parser.add_argument("--libraries", type=pathlib.Path)
     options = parser.parse_args()
-    page = (options.root / "docs" / "calling.md").read_text(encoding="utf-8")
+    page = (options.root / "docs" / options.page).read_text(encoding="utf-8")
     if options.run:
         return run(options.root, page, options.run, options.libraries)
     return check_blocks(options.root, page)

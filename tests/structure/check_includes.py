@@ -12,8 +12,8 @@ import pathlib
 import re
 import sys
 
-# What a folder, or a file with a rule of its own, may include: folders, or files and folders in
-# them. A rule may stand before its folder does.
+# What a folder, or a file or folder in it with a rule of its own, may include: folders, or files
+# and folders in them. A rule may stand before its folder does.
 RULES = {
     "numerics": [],
     "Dist": ["numerics"],
@@ -34,6 +34,7 @@ RULES = {
     "python": ["analysis", "report", "frame", "text", "numerics/progress.h"],
     "web": ["analysis", "report", "frame", "numerics/progress.h"],
     "examples": ["survival/survival.h"],
+    "examples/cpp": ["analysis", "report", "model", "frame", "engine", "numerics/progress.h"],
     "bench": None,
     "tests": None,
 }
@@ -57,8 +58,9 @@ def sources(folder):
 
 
 def rule_of(path):
-    """The rule that a file follows: one of its own, or its folder's."""
-    return path if path in RULES else path.split("/")[0]
+    """The rule that a file follows: one of its own, or its folder's, the innermost that has one."""
+    places = [path, *map(str, pathlib.PurePosixPath(path).parents)]
+    return next(place for place in places if place in RULES)
 
 
 def covers(entry, path):

@@ -131,6 +131,9 @@ class CheckIncludes(unittest.TestCase):
         self.refused("examples/c/a.c", '"survival/calls/life.h"',
                      "examples knows of survival only survival/survival.h")
         self.refused("examples/c/a.c", '"analysis/life.h"', "examples does not know analysis")
+        self.admitted("examples/cpp/a.cpp", '"engine/cox/fit.h"')
+        self.refused("examples/cpp/a.cpp", '"survival/survival.h"',
+                     "examples/cpp does not know survival")
         self.refused("examples/c/a.c", '"tests/support/csv.h"', "examples does not know tests")
         self.refused("cli/a.cpp", '"examples/c/a.h"', "cli does not know examples")
 
