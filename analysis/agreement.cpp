@@ -2,7 +2,9 @@
 // fixed sizes for 0, whatever the unit, and form squares as differences of large sums.
 #include "analysis/agreement.h"
 
+#include <algorithm>
 #include <cmath>
+#include <iterator>
 
 #include "Dist/Dist"
 #include "analysis/checks.h"
@@ -34,7 +36,21 @@ double meanOfTwo(double first, double second) {
   return std::isfinite(sum) ? sum / 2 : first / 2 + second / 2;
 }
 
+std::vector<double> numbersIn(std::span<const double> values) {
+  std::vector<double> numbers;
+  std::copy_if(values.begin(), values.end(), std::back_inserter(numbers),
+               [](double value) { return !std::isnan(value); });
+  return numbers;
+}
+
 }  // namespace
+
+std::string differenceName(DifferenceKind kind, const std::string& first,
+                           const std::string& second) {
+  if (kind == DifferenceKind::kRatio) return second + " / " + first;
+  const std::string difference = second + " - " + first;
+  return kind == DifferenceKind::kRelative ? "(" + difference + ") / |mean|" : difference;
+}
 
 AgreementResult agreement(const AgreementRequest& request) {
   const std::size_t n = request.first.size();
@@ -46,22 +62,23 @@ AgreementResult agreement(const AgreementRequest& request) {
   requireFinite(request.second, Role::kSecond);
 
   AgreementResult result;
-  std::vector<double> differences;
+  result.means.resize(n);
+  result.differences.resize(n);
   for (std::size_t i = 0; i < n; ++i) {
     const double first = request.first[i], second = request.second[i];
-    result.means.push_back(meanOfTwo(first, second));
-    result.differences.push_back(differenceOf(request.kind, first, second, result.means.back()));
-    const double difference = result.differences.back();
+    result.means[i] = meanOfTwo(first, second);
+    const double difference = differenceOf(request.kind, first, second, result.means[i]);
     if (std::isinf(difference)) {
       throw Refusal(Role::kSecond, i, "a difference is beyond the largest number");
     }
-    if (!std::isnan(difference)) differences.push_back(difference);
+    result.differences[i] = difference;
+    result.excluded += std::isnan(difference) ? 1 : 0;
   }
-  result.pairs = differences.size();
-  result.excluded = n - result.pairs;
+  result.pairs = n - result.excluded;
   require(result.pairs >= 3, Role::kFirst, "fewer than three pairs have a difference");
 
-  const auto [bias, sd] = spreadOf(differences);
+  const auto [bias, sd] =
+      result.excluded == 0 ? spreadOf(result.differences) : spreadOf(numbersIn(result.differences));
   const double pairs = static_cast<double>(result.pairs);
   const double p = 1 - request.alpha / 2;
   const double z = InvCDFNormalStd(p), t = InvCDFStudent(p, pairs - 1);
@@ -70,6 +87,7 @@ AgreementResult agreement(const AgreementRequest& request) {
   };
   const double halfWidth = t * std::sqrt(1 / pairs + z * z / (2 * (pairs - 1))) * sd;
   result.sd = sd;
+  result.z = z;
   result.bias = around(bias, t / std::sqrt(pairs) * sd);
   result.lowerLimit = around(bias - z * sd, halfWidth);
   result.upperLimit = around(bias + z * sd, halfWidth);
@@ -121,7 +139,8 @@ RepeatabilityResult repeatability(const RepeatabilityRequest& request) {
     result.withinSd.lower = sd / std::sqrt(InvCDFChiSq(p, df) / df);
     result.withinSd.upper = sd / std::sqrt(InvCDFChiSq(request.alpha / 2, df) / df);
   }
-  result.repeatability = std::sqrt(2.0) * InvCDFNormalStd(p) * sd;
+  result.z = InvCDFNormalStd(p);
+  result.repeatability = std::sqrt(2.0) * result.z * sd;
   return result;
 }
 

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <span>
+#include <string>
 #include <vector>
 
 #include "analysis/estimate.h"
@@ -19,6 +20,10 @@ enum class DifferenceKind {
   kRatio,  // second / first; a pair with first = 0 has none
 };
 
+// "b - a", "(b - a) / |mean|" or "b / a", of methods a and b.
+std::string differenceName(DifferenceKind kind, const std::string& first,
+                           const std::string& second);
+
 struct AgreementRequest {
   std::span<const double> first, second;  // the same length; finite
   DifferenceKind kind = DifferenceKind::kAbsolute;
@@ -30,8 +35,9 @@ struct AgreementResult {
   std::size_t excluded = 0;  // without one: a denominator of 0
   Estimate bias;             // mean difference, interval by Student's t with pairs - 1 degrees
   double sd = 0;             // of the differences, divisor pairs - 1
-  // bias -+ z sd, z the normal quantile at 1 - alpha / 2; each with an interval by Student's t and
-  // the variance sd^2 (1 / pairs + z^2 / (2 (pairs - 1))).
+  double z = 0;              // normal quantile at 1 - alpha / 2
+  // bias -+ z sd, each with an interval by Student's t and the variance
+  // sd^2 (1 / pairs + z^2 / (2 (pairs - 1))).
   Estimate lowerLimit, upperLimit;
   std::vector<double> means, differences;  // of every pair; NaN where there is no difference
 };
@@ -54,6 +60,7 @@ struct RepeatabilityResult {
   std::size_t subjects = 0;  // with values
   std::size_t values = 0;
   double degreesOfFreedom = 0;  // values - subjects
+  double z = 0;                 // normal quantile at 1 - alpha / 2
   // Square root of the within-subject mean square of the one-way analysis of variance, interval by
   // the chi-square law; the limits are NaN where it is 0.
   Estimate withinSd;

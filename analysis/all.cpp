@@ -1,11 +1,5 @@
 // Every analysis, a line each, in the order of survmeth --help.
-#include "analysis/agree.h"
-#include "analysis/cox/cox.h"
-#include "analysis/declare.h"
-#include "analysis/deming.h"
-#include "analysis/gray.h"
-#include "analysis/life.h"
-#include "analysis/roc.h"
+#include "analysis/all.h"
 
 namespace survmeth::analysis {
 

@@ -118,13 +118,20 @@ void requireRows(const Declaration& declaration, const frame::Frame& data, const
 }
 
 // Faces rely on the declared ids before there is a report.
-void requireDeclared(const Declaration& declaration, const report::Report& report) {
-  const auto require = [&](const std::vector<std::string>& declared, const std::string& id) {
-    if (std::find(declared.begin(), declared.end(), id) != declared.end()) return;
-    throw std::logic_error(declaration.name + " does not declare " + id);
+template <class Item>
+void inDeclaredOrder(std::vector<Item>& items, const std::vector<std::string>& declared,
+                     const std::string& analysis) {
+  const auto placeOf = [&](const Item& item) {
+    return std::find(declared.begin(), declared.end(), item.id);
   };
-  for (const report::Table& table : report.tables) require(declaration.tables, table.id);
-  for (const report::Figure& figure : report.figures) require(declaration.figures, figure.id);
+  for (const Item& item : items) {
+    if (placeOf(item) == declared.end()) {
+      throw std::logic_error(analysis + " does not declare " + item.id);
+    }
+  }
+  std::stable_sort(items.begin(), items.end(), [&](const Item& one, const Item& other) {
+    return placeOf(one) < placeOf(other);
+  });
 }
 
 }  // namespace
@@ -166,7 +173,7 @@ void requireOptions(const Declaration& declaration, const void* request) {
 }
 
 Fitted analyse(const Declaration& declaration, const frame::Frame& all, const void* request,
-               numerics::Progress& progress) {
+               numerics::Progress& progress, const Parts& parts) {
   requireOptions(declaration, request);
   const std::vector<frame::Wanted> wanted =
       wantedColumns(declaration, request, frame::columnNames(all));
@@ -177,7 +184,7 @@ Fitted analyse(const Declaration& declaration, const frame::Frame& all, const vo
   requireRows(declaration, data, request, wanted, incomplete);
   Fitted fitted = readingFormulas(declaration, request, [&] {
     try {
-      return declaration.run(data, request, progress);
+      return declaration.run(data, request, progress, parts);
     } catch (const engine::Refusal& refusal) {
       if (incomplete == 0 || refusal.row() == engine::Refusal::kNone) throw;
       throw engine::Refusal(refusal.role(), rows[refusal.row()], refusal.what(), refusal.column(),
@@ -185,7 +192,8 @@ Fitted analyse(const Declaration& declaration, const frame::Frame& all, const vo
     }
   });
   report::Report& report = fitted.report;
-  requireDeclared(declaration, report);
+  inDeclaredOrder(report.tables, declaration.tables, declaration.name);
+  inDeclaredOrder(report.figures, declaration.figures, declaration.name);
   report.analysis = declaration.name;
   report.data = {data.source, digest(data), data.rowsRead, data.rows};
   for (const Option& option : declaration.options) {

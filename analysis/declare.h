@@ -7,9 +7,9 @@
 //           .required()
 //           .number("rho", &GrayOptions::rho, anyNumber(), "Weight ...")
 //           .example("survmeth gray data/pbc.csv --time time ...")
-//           .fit(fitGray)             // (const Frame&, const GrayOptions&, Progress&) ->
-//           GrayAnswer .describe(describeGray);  // (const GrayAnswer&, const GrayOptions&) ->
-//           Report
+//           .figure("incidence", figureOf)  // (const GrayAnswer&, const GrayOptions&) -> Figure
+//           .fit(fitGray)           // (const Frame&, const GrayOptions&, Progress&) -> GrayAnswer
+//           .describe(describeGray);  // (const GrayAnswer&, const GrayOptions&) -> Report
 //     }
 //
 // and one line in analysis/all.cpp.
@@ -31,6 +31,12 @@
 #include "report/report.h"
 
 namespace survmeth::analysis {
+
+// What of a report is described at all: a face that shows no figure has none made.
+struct Parts {
+  bool files = true;  // tables that people only get as files
+  bool figures = true;
+};
 
 // What a run leaves: the typed result, for follow-ups and C++ callers, and its description.
 struct Fitted {
@@ -59,7 +65,8 @@ struct Declaration {
       adjustColumns;
   // The rows that can be analysed, ascending; all of them where it is empty.
   std::function<std::vector<std::uint32_t>(const frame::Frame&, const void* request)> completeRows;
-  std::function<Fitted(const frame::Frame&, const void* request, numerics::Progress&)> run;
+  std::function<Fitted(const frame::Frame&, const void* request, numerics::Progress&, const Parts&)>
+      run;
 
   const Option* find(const std::string& option) const;  // or nullptr
 };
@@ -76,7 +83,7 @@ void requireOptions(const Declaration& declaration, const void* request);
 // name, data, plan, rows left out. `data` holds the wanted columns, complete.
 // Throws engine::Refusal, BadOption, numerics::Cancelled.
 Fitted analyse(const Declaration& declaration, const frame::Frame& data, const void* request,
-               numerics::Progress& progress);
+               numerics::Progress& progress, const Parts& parts = {});
 
 // Where a refusal stands: the column that the request names for its role, the option where the
 // role is no column.
@@ -103,6 +110,10 @@ inline frame::Wanted either() { return {.name = {}, .cells = frame::Cells::kEith
 template <class Request, class Result>
 class Declaring {
  public:
+  using Fit = std::function<Result(const frame::Frame&, const Request&, numerics::Progress&)>;
+  template <class Part>
+  using Describe = std::function<Part(const Result&, const Request&)>;
+
   Declaring(std::string name, std::string summary) {
     made_.name = std::move(name);
     made_.summary = std::move(summary);
@@ -124,6 +135,12 @@ class Declaring {
   Declaring& flag(const char* name, bool Request::*member, const char* help) {
     add(name, Type::kFlag, engine::Role::kValue, "", help, member);
     return *this;
+  }
+  // The level of limits and tests.
+  Declaring& alpha(double Request::*member) {
+    return number("alpha", member, between(0, 1), "Significance level; intervals have level 1 - A",
+                  "A")
+        .without("0.05");
   }
   // A flag that asks for the table `table`.
   Declaring& table(const char* name, bool Request::*member, const char* table, const char* help) {
@@ -217,14 +234,26 @@ class Declaring {
     made_.examples.emplace_back(call);
     return *this;
   }
-  // The ids of the tables and figures that it may give.
-  Declaring& tables(std::vector<std::string> ids) {
-    made_.tables = std::move(ids);
+  // The ids of the tables and figures that it may give, in the order of the report.
+  Declaring& tables(const std::vector<std::string>& ids) {
+    made_.tables.insert(made_.tables.end(), ids.begin(), ids.end());
     return *this;
   }
-  Declaring& figures(std::vector<std::string> ids) {
-    made_.figures = std::move(ids);
+  Declaring& figures(const std::vector<std::string>& ids) {
+    made_.figures.insert(made_.figures.end(), ids.begin(), ids.end());
     return *this;
+  }
+  // A table as long as the data, which is described where files are wanted or a person asks to see
+  // it (`shown`). There may be none.
+  Declaring& longTable(const char* id, Describe<std::optional<report::Table>> of,
+                       std::function<bool(const Request&)> shown = nullptr) {
+    longTables_.push_back({std::move(of), std::move(shown)});
+    return tables({id});
+  }
+  // A figure, which is described where one is wanted. There may be none.
+  Declaring& figure(const char* id, Describe<std::optional<report::Figure>> of) {
+    figures_.push_back(std::move(of));
+    return figures({id});
   }
   Declaring& leastRows(std::size_t rows) {
     return leastRows([rows](const Request&) { return rows; });
@@ -258,18 +287,32 @@ class Declaring {
     };
     return *this;
   }
-  Declaring& fit(
-      std::function<Result(const frame::Frame&, const Request&, numerics::Progress&)> f) {
-    fit_ = std::move(f);
+  Declaring& fit(Fit fit) {
+    fit_ = std::move(fit);
     return *this;
   }
   // Ends the declaration.
-  Declaration describe(std::function<report::Report(const Result&, const Request&)> describe) {
-    made_.run = [fit = std::move(fit_), describe = std::move(describe)](
-                    const frame::Frame& data, const void* request, numerics::Progress& progress) {
+  Declaration describe(Describe<report::Report> describe) {
+    made_.run = [fit = std::move(fit_), describe = std::move(describe),
+                 longTables = std::move(longTables_),
+                 figures = std::move(figures_)](const frame::Frame& data, const void* request,
+                                                numerics::Progress& progress, const Parts& parts) {
       const Request& typed = *static_cast<const Request*>(request);
       auto result = std::make_shared<const Result>(fit(data, typed, progress));
       report::Report report = describe(*result, typed);
+      for (const LongTable& each : longTables) {
+        const bool shown = each.shown && each.shown(typed);
+        if (!shown && !parts.files) continue;
+        std::optional<report::Table> table = each.of(*result, typed);
+        if (!table) continue;
+        table->display = shown ? report::Display::kAlways : report::Display::kFilesOnly;
+        report.tables.push_back(std::move(*table));
+      }
+      for (report::Table& table : report.tables) table.hold(result);
+      for (const auto& each : figures) {
+        if (!parts.figures) break;
+        if (auto figure = each(*result, typed)) report.figures.push_back(std::move(*figure));
+      }
       return Fitted{std::move(result), std::move(report)};
     };
     return std::move(made_);
@@ -311,8 +354,15 @@ class Declaring {
   template <class Value>
   using Plain = std::conditional_t<std::is_same_v<Value, std::optional<double>>, double, Value>;
 
+  struct LongTable {
+    Describe<std::optional<report::Table>> of;
+    std::function<bool(const Request&)> shown;
+  };
+
   Declaration made_;
-  std::function<Result(const frame::Frame&, const Request&, numerics::Progress&)> fit_;
+  Fit fit_;
+  std::vector<LongTable> longTables_;
+  std::vector<Describe<std::optional<report::Figure>>> figures_;
 };
 
 template <class Request, class Result>

@@ -1,11 +1,11 @@
 // survmeth gray: declaration, run and description.
-#include "analysis/gray.h"
 
 #include <cstdint>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "analysis/all.h"
 #include "analysis/eventTables.h"
 #include "analysis/grayTest.h"
 #include "frame/labels.h"

@@ -1,5 +1,4 @@
 // survmeth life: declaration, run and description.
-#include "analysis/life.h"
 
 #include <cmath>
 #include <cstddef>
@@ -9,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "analysis/all.h"
 #include "analysis/curveFigure.h"
 #include "analysis/curveTables.h"
 #include "analysis/lifeTable.h"
@@ -256,9 +256,7 @@ Declaration lifeDeclaration() {
       .column("group", &Request::group, Role::kGroup, labels(), "Column of groups, text or numbers")
       .column("weight", &Request::weight, Role::kWeight, numbersFrom(0),
               "Column of frequencies, numbers from 0")
-      .number("alpha", &Request::alpha, between(0, 1),
-              "Significance level; intervals have level 1 - A", "A")
-      .without("0.05")
+      .alpha(&Request::alpha)
       .choice("conf", &Request::limits,
               {{limitsName(CurveLimits::kLogLog), CurveLimits::kLogLog},
                {limitsName(CurveLimits::kLog), CurveLimits::kLog},

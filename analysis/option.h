@@ -62,6 +62,12 @@ class BadOption : public std::invalid_argument {
   std::string option_;
 };
 
+// Refuses `option` where it stands beside another that excludes it.
+inline void requireAlone(bool both, const char* option, const char* other) {
+  if (!both) return;
+  throw BadOption(option, std::string("stands beside --") + other + "; expected one of the two");
+}
+
 // Reads what a person typed: `texts` as they came, one for each time the option stands, none for a
 // flag. Lists are separated by commas, an element in double quotes may hold some. Throws BadOption
 // with what stands there and what was expected.

@@ -1,5 +1,4 @@
 // survmeth roc: declaration, run and description.
-#include "analysis/roc.h"
 
 #include <algorithm>
 #include <array>
@@ -9,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "analysis/all.h"
 #include "analysis/refusal.h"
 #include "analysis/rocTables.h"
 #include "model/coding.h"
@@ -272,9 +272,7 @@ Declaration rocDeclaration() {
                {"clopper-pearson", RateInterval::kClopperPearson},
                {"agresti", RateInterval::kAgresti}},
               "Limits of sensitivity and specificity")
-      .number("alpha", &Request::alpha, between(0, 1),
-              "Significance level; intervals have level 1 - A", "A")
-      .without("0.05")
+      .alpha(&Request::alpha)
       .number("prevalence", &Request::prevalence, between(0, 1),
               "Prevalence for predictive values and costs", "P")
       .without("that of the rows")

@@ -38,7 +38,10 @@ Spread spreadOf(std::span<const double> values) {
   const double mean = centre(deviations);
   const int finer = unitOf(deviations);
   double squares = 0;
-  for (const double value : inUnit(deviations, finer)) squares += value * value;
+  for (const double value : deviations) {
+    const double scaled = std::ldexp(value, -finer);
+    squares += scaled * scaled;
+  }
   const double sd = std::sqrt(squares / static_cast<double>(values.size() - 1));
   return {std::ldexp(mean, unit), std::ldexp(sd, unit + finer)};
 }

@@ -17,41 +17,38 @@ using engine::Role;
 using report::Kind;
 
 Pairs pairsOf(const frame::Frame& data, const std::string& first, const std::string& second) {
-  const std::span<const double> x = data.numbers(first)->numbers, y = data.numbers(second)->numbers;
-  Pairs pairs{{x.begin(), x.end()}, {y.begin(), y.end()}, {}};
-  pairs.line.reserve(data.rows);
-  for (std::size_t i = 0; i < data.rows; ++i) {
-    pairs.line.push_back(static_cast<double>(data.lines.line(i)));
-  }
-  return pairs;
+  return {*data.numbers(first), *data.numbers(second), data.lines};
 }
 
 report::Table pairTable(const char* id, const char* caption, const Pairs& pairs,
-                        const std::string& first, const std::string& second,
                         std::vector<report::Column> more) {
-  report::Table table =
-      report::tableOf(id, caption,
-                      {report::numberColumn(key::kLine, "line", Kind::kCount, pairs.line),
-                       report::numberColumn(key::kFirst, first, Kind::kTime, pairs.first),
-                       report::numberColumn(key::kSecond, second, Kind::kTime, pairs.second)});
+  std::vector<double> lines(pairs.first.rows());
+  for (std::size_t i = 0; i < lines.size(); ++i) {
+    lines[i] = static_cast<double>(pairs.lines.line(i));
+  }
+  report::Table table = report::tableOf(
+      id, caption,
+      {report::Column{key::kLine, "line", Kind::kCount, std::move(lines)},
+       report::borrowedColumn(key::kFirst, pairs.first.name, Kind::kTime, pairs.first.numbers),
+       report::borrowedColumn(key::kSecond, pairs.second.name, Kind::kTime, pairs.second.numbers)});
   for (report::Column& column : more) table.columns.push_back(std::move(column));
-  table.display = report::Display::kFilesOnly;
   return table;
 }
 
-bool isConstant(std::span<const double> values) {
-  return std::all_of(values.begin(), values.end(),
-                     [&values](double value) { return value == values.front(); });
+void noteConstants(std::initializer_list<const frame::Column*> columns, const char* consequence,
+                   report::Report& report) {
+  for (const frame::Column* column : columns) {
+    const std::span<const double> values = column->numbers;
+    if (std::any_of(values.begin(), values.end(),
+                    [&values](double each) { return each != values.front(); })) {
+      continue;
+    }
+    report.notes.push_back({"constant",
+                            "every value of " + text::quote(column->name) + " is " +
+                                report::brief(values.front()) + ": " + consequence,
+                            {column->name}});
+  }
 }
-
-report::Note constantNote(const std::string& column, double value, const char* consequence) {
-  return {
-      "constant",
-      "every value of " + text::quote(column) + " is " + report::brief(value) + ": " + consequence,
-      {column}};
-}
-
-std::string confidence(double alpha) { return report::brief(100 * (1 - alpha), 4) + "%"; }
 
 std::pair<double, double> extentOf(std::span<const double> values) {
   double least = INFINITY, most = -INFINITY;
@@ -59,6 +56,15 @@ std::pair<double, double> extentOf(std::span<const double> values) {
     if (std::isnan(value)) continue;
     least = std::min(least, value);
     most = std::max(most, value);
+  }
+  return {least, most};
+}
+
+std::pair<double, double> widthOf(std::span<const double> values) {
+  auto [least, most] = extentOf(values);
+  if (least == most) {
+    least -= least == 0 ? 1 : std::fabs(least) / 2;
+    most += most == 0 ? 1 : std::fabs(most) / 2;
   }
   return {least, most};
 }
@@ -80,6 +86,19 @@ report::Series lineFrom(std::string name, double x0, double y0, double x1, doubl
   series.x = {x0, x1};
   series.y = {y0, y1};
   return series;
+}
+
+void addLevel(const char* name, const Estimate& level, std::pair<double, double> ends,
+              report::Panel& panel) {
+  report::Series line = lineFrom(name, ends.first, level.value, ends.second, level.value);
+  report::Series band;
+  band.name = name;
+  band.kind = report::SeriesKind::kBand;
+  band.x = line.x;
+  band.lower.assign(2, level.lower);
+  band.upper.assign(2, level.upper);
+  panel.series.push_back(std::move(band));
+  panel.series.push_back(std::move(line));
 }
 
 }  // namespace survmeth::analysis

@@ -1,6 +1,7 @@
 #include "cli/face.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <map>
 #include <memory>
 #include <string>
@@ -127,13 +128,24 @@ void writeTables(const Declaration& declaration, const Typed& typed, const repor
   }
 }
 
+// What the outputs take of a report.
+analysis::Parts partsOf(const Declaration& declaration, const Typed& typed) {
+  const bool tables = std::any_of(
+      declaration.options.begin(), declaration.options.end(), [&typed](const Option& option) {
+        return !option.table.empty() && !typed.options.at(option.name).empty();
+      });
+  return {.files = typed.json || !typed.out.empty() || tables,
+          .figures = !typed.looks.plot.empty() || !typed.html.empty()};
+}
+
 void run(const Declaration& declaration, const Typed& typed, Session& session) {
   std::shared_ptr<void> request;
   analysis::Fitted fitted;
   try {
     request = requestOf(declaration, typed);
     reserve(declaration, typed, session);
-    fitted = perform({declaration, request.get(), typed.reading, typed.file, typed.file});
+    fitted = perform({declaration, request.get(), typed.reading, typed.file, typed.file,
+                      partsOf(declaration, typed)});
   } catch (const analysis::BadOption& bad) {
     throw problemOf(bad);
   }

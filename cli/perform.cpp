@@ -56,7 +56,8 @@ analysis::Fitted perform(const Job& job) {
   const frame::Frame data = read(job);
   Working progress(job.declaration.name + " of " + data.source);
   try {
-    analysis::Fitted fitted = analysis::analyse(job.declaration, data, job.request, progress);
+    analysis::Fitted fitted =
+        analysis::analyse(job.declaration, data, job.request, progress, job.parts);
     if (job.name != job.file) fitted.report.data.name = job.name;
     analysis::echo(job.reading, fitted.report);
     return fitted;

@@ -16,6 +16,7 @@ struct Job {
   const survmeth::analysis::Reading& reading;
   std::string file;  // where the data are
   std::string name;  // what the report calls them
+  survmeth::analysis::Parts parts = {};
 };
 
 // Throws Problem and frame::Unreadable, each with file, line and column where there is one;

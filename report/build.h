@@ -1,13 +1,16 @@
-// Short ways to describe columns.
+// Short ways to describe facts, columns, tables and figures.
 #ifndef REPORT_BUILD_H_
 #define REPORT_BUILD_H_
 
+#include <functional>
 #include <iterator>
+#include <span>
 #include <string>
 #include <type_traits>
 #include <utility>
 #include <vector>
 
+#include "report/keys.h"
 #include "report/report.h"
 #include "text/numbers.h"
 
@@ -27,15 +30,45 @@ Column numberColumn(std::string key, std::string heading, Kind kind, const Numbe
           std::vector<double>(std::begin(values), std::end(values))};
 }
 
-// One cell for each of `items`: what `cell` says of it, a text or a number.
+// The numbers of the result that is described, which holds them for as long as anybody reads.
+inline Column borrowedColumn(std::string key, std::string heading, Kind kind,
+                             std::span<const double> values) {
+  return {std::move(key), std::move(heading), kind, Numbers::borrowed(values)};
+}
+
+// An estimate in a sentence, with this many significant digits: "2.5 (95% limits 1.8 to 3.2)".
+template <class Estimate>
+std::string withLimits(const Estimate& estimate, const std::string& limits, int digits) {
+  return text::brief(estimate.value, digits) + " (" + limits + " " +
+         text::brief(estimate.lower, digits) + " to " + text::brief(estimate.upper, digits) + ")";
+}
+
+// Of a number of rows, subjects, pairs.
+inline Fact countFact(const char* key, std::string label, std::size_t count) {
+  return {key, std::move(label), Kind::kCount, static_cast<double>(count)};
+}
+
+// The level of limits, for programs.
+inline Fact levelFact(double alpha) { return {key::kLevel, "", Kind::kProbability, 1 - alpha}; }
+
+// What a cell shows: a text, a number, or of an estimate with limits its value.
+template <class Cell>
+auto shownOf(const Cell& cell) {
+  if constexpr (std::is_convertible_v<Cell, std::string>) {
+    return std::string(cell);
+  } else if constexpr (std::is_class_v<Cell>) {
+    return static_cast<double>(cell.value);
+  } else {
+    return static_cast<double>(cell);
+  }
+}
+
+// One cell for each of `items`: a member of it (`&Curve::rows`), or what a function says of it.
 template <class Items, class Cell>
 Column columnOf(std::string key, std::string heading, Kind kind, const Items& items, Cell cell) {
-  using Made =
-      std::conditional_t<std::is_convertible_v<decltype(cell(*std::begin(items))), std::string>,
-                         std::string, double>;
-  std::vector<Made> values;
+  std::vector<decltype(shownOf(std::invoke(cell, *std::begin(items))))> values;
   values.reserve(std::size(items));
-  for (const auto& item : items) values.push_back(static_cast<Made>(cell(item)));
+  for (const auto& item : items) values.push_back(shownOf(std::invoke(cell, item)));
   return {std::move(key), std::move(heading), kind, std::move(values)};
 }
 
@@ -46,6 +79,67 @@ inline Table tableOf(std::string id, std::string caption, std::vector<Column> co
   table.caption = std::move(caption);
   table.columns = std::move(columns);
   return table;
+}
+
+// A table of one row for each of some items, column after column:
+//
+//     rowsOf("areas", "Area under the curve", curves)
+//         .column(key::kArea, "area", Kind::kProbability, &Curve::area)
+//         .limits("95%", Kind::kProbability, &Curve::area)
+//         .table()
+//
+// The items have to outlive the description, not the table.
+template <class Items>
+class Rows {
+ public:
+  Rows(std::string id, std::string caption, const Items& items)
+      : items_(items), table_(tableOf(std::move(id), std::move(caption), {})) {}
+
+  template <class Cell>
+  Rows& column(std::string key, std::string heading, Kind kind, Cell cell) {
+    return with(columnOf(std::move(key), std::move(heading), kind, items_, cell));
+  }
+  // The lower and the upper limit of the estimate that `cell` gives, at this level.
+  template <class Cell>
+  Rows& limits(const std::string& level, Kind kind, Cell cell, const char* lower = key::kLower,
+               const char* upper = key::kUpper) {
+    column(lower, level + " lower", kind,
+           [&](const auto& item) { return std::invoke(cell, item).lower; });
+    return column(upper, level + " upper", kind,
+                  [&](const auto& item) { return std::invoke(cell, item).upper; });
+  }
+  // Made elsewhere, of as many rows.
+  Rows& with(Column column) {
+    table_.columns.push_back(std::move(column));
+    return *this;
+  }
+  Table table() { return std::move(table_); }
+
+ private:
+  const Items& items_;
+  Table table_;
+};
+
+template <class Items>
+Rows<Items> rowsOf(std::string id, std::string caption, const Items& items) {
+  return Rows<Items>(std::move(id), std::move(caption), items);
+}
+
+inline Panel panelOf(std::string xLabel, std::string yLabel) {
+  Panel panel;
+  panel.x.label = std::move(xLabel);
+  panel.y.label = std::move(yLabel);
+  return panel;
+}
+
+// Of one panel.
+inline Figure figureOf(std::string id, std::string title, std::string caption, Panel panel) {
+  Figure figure;
+  figure.id = std::move(id);
+  figure.title = std::move(title);
+  figure.caption = std::move(caption);
+  figure.panels.push_back(std::move(panel));
+  return figure;
 }
 
 }  // namespace survmeth::report

@@ -14,6 +14,8 @@
 #include <string_view>
 #include <vector>
 
+#include "report/report.h"
+
 namespace survmeth::report {
 
 class JsonWriter {
@@ -40,6 +42,7 @@ class JsonWriter {
   void value(std::span<const double> numbers);
   void value(std::span<const std::string> texts);
   void value(const std::vector<double>& numbers) { value(std::span(numbers)); }
+  void value(const Numbers& numbers) { value(std::span<const double>(numbers)); }
   void value(const std::vector<std::string>& texts) { value(std::span(texts)); }
 
   template <typename T>

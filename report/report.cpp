@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <set>
 #include <stdexcept>
+#include <utility>
 
 namespace survmeth::report {
 namespace {
@@ -34,6 +35,22 @@ void requireTable(const Table& table) {
 
 }  // namespace
 
+Numbers::Numbers(std::vector<double> own) {
+  auto owned = std::make_shared<const std::vector<double>>(std::move(own));
+  numbers_ = *owned;
+  owner_ = std::move(owned);
+}
+
+Numbers Numbers::borrowed(std::span<const double> numbers) {
+  Numbers result;
+  result.numbers_ = numbers;
+  return result;
+}
+
+void Numbers::hold(std::shared_ptr<const void> owner) {
+  if (!owner_) owner_ = std::move(owner);
+}
+
 std::size_t Column::rows() const {
   return std::visit([](const auto& each) { return each.size(); }, values);
 }
@@ -44,6 +61,12 @@ const Column* Table::find(std::string_view key) const {
   const auto found = std::find_if(columns.begin(), columns.end(),
                                   [key](const Column& column) { return column.key == key; });
   return found == columns.end() ? nullptr : &*found;
+}
+
+void Table::hold(const std::shared_ptr<const void>& owner) {
+  for (Column& column : columns) {
+    if (auto* numbers = std::get_if<Numbers>(&column.values)) numbers->hold(owner);
+  }
 }
 
 void requireWellFormed(const Report& report) {

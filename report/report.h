@@ -9,7 +9,9 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -29,16 +31,36 @@ enum class Kind {
   kStatistic,  // z, chi-square, log-likelihood
 };
 
+// The numbers of a column: its own, or borrowed from a result, which hold() then keeps.
+class Numbers {
+ public:
+  Numbers() = default;
+  Numbers(std::vector<double> own);  // NOLINT(google-explicit-constructor): a column is of numbers
+  // Valid as long as whoever has them; with hold(), as long as these.
+  static Numbers borrowed(std::span<const double> numbers);
+  void hold(std::shared_ptr<const void> owner);
+
+  std::size_t size() const { return numbers_.size(); }
+  double operator[](std::size_t i) const { return numbers_[i]; }
+  auto begin() const { return numbers_.begin(); }
+  auto end() const { return numbers_.end(); }
+  operator std::span<const double>() const { return numbers_; }  // NOLINT: what they are
+
+ private:
+  std::span<const double> numbers_;
+  std::shared_ptr<const void> owner_;
+};
+
 // A column holds numbers or labels, one for each row of its table.
 struct Column {
   std::string key;
   std::string heading;  // for people: "95% lower"
   Kind kind = Kind::kEstimate;
-  std::variant<std::vector<double>, std::vector<std::string>> values;
+  std::variant<Numbers, std::vector<std::string>> values;
 
   std::size_t rows() const;
   bool isLabels() const { return values.index() == 1; }
-  const std::vector<double>& numbers() const { return std::get<0>(values); }
+  const Numbers& numbers() const { return std::get<0>(values); }
   const std::vector<std::string>& labels() const { return std::get<1>(values); }
 };
 
@@ -60,6 +82,8 @@ struct Table {
 
   std::size_t rows() const;
   const Column* find(std::string_view key) const;  // nullptr where there is none
+  // Keeps what columns borrow from.
+  void hold(const std::shared_ptr<const void>& owner);
 };
 
 // One named value: "n", "logLikelihood". A value that does not exist is std::monostate.
@@ -82,7 +106,7 @@ struct Method {
 struct Note {
   std::string code;
   std::string text;
-  std::vector<std::string> names;
+  std::vector<std::string> names = {};
 };
 
 // ---------------------------------------------------------------------------------------------

@@ -1,4 +1,4 @@
-#include "analysis/cox/cox.h"
+#include "analysis/all.h"
 
 #include <optional>
 

@@ -4,8 +4,14 @@
 #include <gtest/gtest.h>
 
 #include <numeric>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "analysis/digest.h"
+#include "report/build.h"
 
 namespace {
 
@@ -114,6 +120,97 @@ TEST(Analyse, NumbersAndChoicesAreAlwaysPartOfThePlan) {
   EXPECT_EQ(std::get<double>(fitted.report.plan[1].second), 1);
   EXPECT_EQ(fitted.report.plan[2].first, "rounding");
   EXPECT_EQ(std::get<std::string>(fitted.report.plan[2].second), "none");
+}
+
+// An analysis of a short table, a long one, a figure and, last, another short table.
+analysis::Declaration partsDeclaration() {
+  const auto table = [](const char* id, const Sum& sum) {
+    return report::tableOf(
+        id, "", {report::borrowedColumn("value", "", report::Kind::kEstimate, {&sum.value, 1})});
+  };
+  return analysis::declare<SumRequest, Sum>("parts", "Has all parts")
+      .column("time", &SumRequest::time, Role::kTime, analysis::numbers(), "Column")
+      .flag("twice", &SumRequest::twice, "Shows the long table")
+      .tables({"short"})
+      .longTable(
+          "long", [table](const Sum& sum, const SumRequest&) { return table("long", sum); },
+          [](const SumRequest& request) { return request.twice; })
+      .tables({"last"})
+      .figure("drawn",
+              [](const Sum&, const SumRequest& request) -> std::optional<report::Figure> {
+                if (request.scale == 3) return {};
+                return report::figureOf("drawn", "", "", {});
+              })
+      .fit(fitSum)
+      .describe([table](const Sum& sum, const SumRequest&) {
+        report::Report report;
+        report.tables = {table("last", sum), table("short", sum)};
+        return report;
+      });
+}
+
+report::Report partsOf(const SumRequest& request, const analysis::Parts& parts) {
+  numerics::Progress progress;
+  return analysis::analyse(partsDeclaration(), dataOf({1, 2}), &request, progress, parts).report;
+}
+
+std::vector<std::string> idsOf(const report::Report& report) {
+  std::vector<std::string> ids;
+  for (const report::Table& table : report.tables) ids.push_back(table.id);
+  for (const report::Figure& figure : report.figures) ids.push_back(figure.id);
+  return ids;
+}
+
+using Ids = std::vector<std::string>;
+
+TEST(Parts, TablesStandInTheOrderOfTheirDeclaration) {
+  EXPECT_EQ(idsOf(partsOf(requestOf("t"), {})), (Ids{"short", "long", "last", "drawn"}));
+}
+
+TEST(Parts, WhatNobodyTakesIsNotDescribed) {
+  EXPECT_EQ(idsOf(partsOf(requestOf("t"), {.files = false, .figures = false})),
+            (Ids{"short", "last"}));
+  EXPECT_EQ(idsOf(partsOf(requestOf("t"), {.files = false})), (Ids{"short", "last", "drawn"}));
+}
+
+TEST(Parts, ALongTableThatIsAskedForIsShown) {
+  SumRequest request = requestOf("t");
+  EXPECT_EQ(partsOf(request, {}).tables[1].display, report::Display::kFilesOnly);
+  request.twice = true;
+  const report::Report report = partsOf(request, {.files = false});
+  ASSERT_EQ(report.tables.size(), 3u);
+  EXPECT_EQ(report.tables[1].display, report::Display::kAlways);
+}
+
+TEST(Parts, AFigureMayNotExist) {
+  SumRequest request = requestOf("t");
+  request.scale = 3;
+  EXPECT_TRUE(partsOf(request, {}).figures.empty());
+}
+
+TEST(Parts, ATableKeepsTheResultThatItBorrowsFrom) {
+  const report::Table table = partsOf(requestOf("t"), {}).tables[1];
+  ASSERT_EQ(table.columns[0].numbers().size(), 1u);
+  EXPECT_EQ(table.columns[0].numbers()[0], 3);
+}
+
+TEST(Parts, WhatIsNotDeclaredIsAMistake) {
+  const analysis::Declaration undeclared =
+      analysis::declare<SumRequest, Sum>("wrong", "Forgets to declare")
+          .fit(fitSum)
+          .describe([](const Sum&, const SumRequest&) {
+            report::Report report;
+            report.tables = {report::tableOf("surprise", "", {})};
+            return report;
+          });
+  const SumRequest request = requestOf("t");
+  numerics::Progress progress;
+  try {
+    analysis::analyse(undeclared, dataOf({1, 2}), &request, progress);
+    FAIL() << "was taken";
+  } catch (const std::logic_error& error) {
+    EXPECT_STREQ(error.what(), "wrong does not declare surprise");
+  }
 }
 
 TEST(Analyse, AMissingRequiredOptionIsNamed) {
