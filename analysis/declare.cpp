@@ -74,6 +74,28 @@ std::vector<std::uint32_t> completeRows(const Declaration& declaration, const fr
   return all;
 }
 
+// Of the rows that are left out, those in which all columns that may not be missing have a cell.
+std::size_t rowsWithoutValue(const frame::Frame& all, const std::vector<frame::Wanted>& wanted,
+                             const std::vector<std::uint32_t>& kept) {
+  std::vector<const frame::Column*> columns;
+  for (const frame::Wanted& want : wanted) {
+    const frame::Column* column = want.mayBeMissing ? nullptr : all.find(want.name);
+    if (column != nullptr) columns.push_back(column);
+  }
+  std::size_t count = 0, next = 0;
+  for (std::size_t row = 0; row < all.rows; ++row) {
+    if (next < kept.size() && kept[next] == row) {
+      ++next;
+      continue;
+    }
+    count += std::none_of(columns.begin(), columns.end(),
+                          [row](const frame::Column* column) { return column->isMissing(row); })
+                 ? 1
+                 : 0;
+  }
+  return count;
+}
+
 // `5 of 228 rows left out: missing in "age" (3), "sex" (2)`; empty when none was.
 report::Note leftOut(const frame::Frame& data, const std::vector<frame::Wanted>& wanted,
                      std::size_t incomplete) {
@@ -178,15 +200,16 @@ Fitted analyse(const Declaration& declaration, const frame::Frame& all, const vo
   const std::vector<frame::Wanted> wanted =
       wantedColumns(declaration, request, frame::columnNames(all));
   const std::vector<std::uint32_t> rows = completeRows(declaration, all, request);
-  const std::size_t incomplete = all.rows - rows.size();
-  const frame::Frame chosen = incomplete > 0 ? frame::selectRows(all, rows) : frame::Frame();
-  const frame::Frame& data = incomplete > 0 ? chosen : all;
+  const bool choosing = rows.size() < all.rows;
+  const std::size_t incomplete = choosing ? rowsWithoutValue(all, wanted, rows) : 0;
+  const frame::Frame chosen = choosing ? frame::selectRows(all, rows) : frame::Frame();
+  const frame::Frame& data = choosing ? chosen : all;
   requireRows(declaration, data, request, wanted, incomplete);
   Fitted fitted = readingFormulas(declaration, request, [&] {
     try {
       return declaration.run(data, request, progress, parts);
     } catch (const engine::Refusal& refusal) {
-      if (incomplete == 0 || refusal.row() == engine::Refusal::kNone) throw;
+      if (!choosing || refusal.row() == engine::Refusal::kNone) throw;
       throw engine::Refusal(refusal.role(), rows[refusal.row()], refusal.what(), refusal.column(),
                             refusal.expected());
     }

@@ -79,7 +79,7 @@ void addOutputs(CLI::App& app, const Declaration& declaration, Typed& typed) {
       ->type_name("FILE");
   app.add_option("--out", typed.out, "Write the tables as CSV files into this folder")
       ->type_name("DIR");
-  if (!declaration.figures.empty()) addLooks(app, typed.looks);
+  if (!declaration.figures.empty()) addLooks(app, declaration.figures, typed.looks);
   addDigits(app, typed.digits);
   app.add_flag("--quiet", typed.quiet, "Leave out the notes on standard error");
 }

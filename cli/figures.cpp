@@ -38,6 +38,17 @@ analysis::Option optionOf(const char* name, Type type, const char* valueName, co
   return option;
 }
 
+const report::Figure& chosen(const Looks& looks, const report::Report& report) {
+  if (looks.figure.empty()) return report.figures.front();
+  std::vector<std::string> ids;
+  for (const report::Figure& figure : report.figures) {
+    if (figure.id == looks.figure) return figure;
+    ids.push_back(figure.id);
+  }
+  throw Problem("--figure: there is no " + quote(looks.figure) + " in this report; expected " +
+                (ids.size() == 1 ? "" : "one of ") + nearestFirst(looks.figure, ids));
+}
+
 }  // namespace
 
 void addShared(CLI::App& app, const analysis::Option& option,
@@ -57,7 +68,7 @@ void addShared(CLI::App& app, const analysis::Option& option,
       ->type_name(option.valueName);
 }
 
-void addLooks(CLI::App& app, Looks& looks) {
+void addLooks(CLI::App& app, const std::vector<std::string>& figures, Looks& looks) {
   pictures::Style& style = looks.style;
   addShared(
       app,
@@ -66,6 +77,15 @@ void addLooks(CLI::App& app, Looks& looks) {
         looks.plot = std::get<std::string>(file);
         pictures::formatOf(looks.plot);
       });
+  if (figures.size() > 1) {
+    analysis::Option figure = optionOf("figure", Type::kChoice, "KIND", "Which figure: ");
+    figure.choices = figures;
+    for (const std::string& id : figures) {
+      figure.help += id + (id == figures.back() ? " (default " + figures[0] + ")" : " or ");
+    }
+    addShared(app, figure,
+              [&looks](const Setting& value) { looks.figure = std::get<std::string>(value); });
+  }
   const auto text = [&app](const char* name, const char* help, std::optional<std::string>& member) {
     addShared(app, optionOf(name, Type::kText, "TEXT", help),
               [&member](const Setting& value) { member = std::get<std::string>(value); });
@@ -108,11 +128,14 @@ void addLooks(CLI::App& app, Looks& looks) {
 }
 
 void plot(const Looks& looks, const report::Report& report, Session& session) {
-  if (looks.plot.empty()) return;
+  if (looks.plot.empty()) {
+    if (looks.figure.empty()) return;
+    throw Problem("--figure: stands without --plot; expected both or none");
+  }
   if (report.figures.empty()) throw Problem("--plot: there is no figure of this analysis");
   try {
     const auto drawing = std::make_shared<const pictures::Drawing>(
-        pictures::compose(report.figures.front(), looks.style, pictures::formatOf(looks.plot)));
+        pictures::compose(chosen(looks, report), looks.style, pictures::formatOf(looks.plot)));
     for (const report::Note& note : drawing->notes) session.note(note.text);
     session.output.figure(looks.plot, [drawing] { return pictures::draw(*drawing); });
   } catch (const pictures::Refusal& refusal) {

@@ -160,8 +160,12 @@ std::vector<report::Method> coxMethods(const CoxAnswer& answer, const CoxRequest
     methods.push_back({"limits: " + level + ", Wald, of the " + coxRatio(request), ""});
   }
   methods.push_back(
-      {"concordance: of the pairs within strata whose order is known, the share in "
-       "which the higher risk fails first; its error by the infinitesimal jackknife",
+      {std::string("concordance: of the pairs ") +
+           (request.cases ? "of a case and a control in one set, the share in which the case has "
+                            "the higher predictor"
+                          : "within strata whose order is known, the share in which the higher "
+                            "risk fails first") +
+           "; its error by the infinitesimal jackknife",
        "Harrell et al., Stat Med 15 (1996) 361-387"});
   addFollowUps(answer, request, methods);
   return methods;

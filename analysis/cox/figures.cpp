@@ -14,7 +14,8 @@ namespace {
 using report::SeriesKind;
 
 std::string counts(const CoxCount& count) {
-  return " (n " + report::brief(count.rows) + ", " + report::brief(count.events) + " events)";
+  return " (n " + report::brief(count.rows) + ", " + report::brief(count.events) +
+         (count.events == 1 ? " event)" : " events)");
 }
 
 // The rows of a forest plot, factors headed by their name and begun with their reference.
@@ -70,7 +71,7 @@ class Forest {
 std::string transformed(engine::cox::TimeTransform transform) {
   switch (transform) {
     case engine::cox::TimeTransform::kKaplanMeier:
-      return "1 - Kaplan-Meier just before the time";
+      return "1 - Kaplan-Meier";
     case engine::cox::TimeTransform::kRank:
       return "rank of the time";
     case engine::cox::TimeTransform::kIdentity:

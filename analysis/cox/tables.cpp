@@ -108,7 +108,7 @@ report::Table versusTable(const CoxAnswer& answer) {
     return report::columnOf(key, heading, kind, tests, cell);
   };
   return report::tableOf(
-      "versus", "Do the terms of the larger model alone matter? Likelihood ratio",
+      "versus", "Does the larger model fit better? Likelihood ratio",
       {report::labelColumn(key::kModel, "model", {comparison.larger, comparison.smaller}),
        report::columnOf(key::kLogLikelihood, "log-likelihood", Kind::kStatistic, fits,
                         [](const cox::Fit* fit) { return fit->logLikelihood; }),
@@ -177,7 +177,9 @@ void addCoxTables(const CoxAnswer& answer, const CoxRequest& request, report::Re
                               {"score", answer.fit.score},
                               {robust ? "Wald, robust" : "Wald", answer.fit.wald}};
   if (robust) tests.push_back({"score, robust", answer.fit.robustScore});
-  add(testTable("tests", "All coefficients 0?", key::kTest, "test", tests));
+  if (!answer.columns.empty()) {
+    add(testTable("tests", "All coefficients 0?", key::kTest, "test", tests));
+  }
   if (hasLongTerm(answer)) {
     add(testTable("terms", "All coefficients of a term 0? Wald", key::kName, "term",
                   termTests(answer, answer.fit.terms)));
