@@ -13,6 +13,9 @@ namespace {
 
 using report::SeriesKind;
 
+// More points in a panel hide each other and make a picture that no page shows any more.
+constexpr std::size_t kMostPoints = 5000;
+
 std::string counts(const CoxCount& count) {
   return " (n " + report::brief(count.rows) + ", " + report::brief(count.events) +
          (count.events == 1 ? " event)" : " events)");
@@ -108,6 +111,8 @@ report::Figure coxSchoenfeld(const CoxAnswer& answer, const CoxRequest& request)
       "Scaled Schoenfeld residuals, a natural spline of 4 degrees of freedom with its "
       "pointwise " +
       report::confidence(request.alpha) + " band, and the coefficient";
+  const std::size_t step = 1 + zph.test.transformed.size() / kMostPoints;
+  if (step > 1) figure.caption += "; one residual of " + std::to_string(step) + " is drawn";
   for (std::size_t j = 0; j < answer.columns.size(); ++j) {
     if (answer.fit.column[j] != engine::cox::Column::kEstimated) continue;
     report::Panel panel;
@@ -130,8 +135,10 @@ report::Figure coxSchoenfeld(const CoxAnswer& answer, const CoxRequest& request)
     }
     report::Series points;
     points.kind = SeriesKind::kPoints;
-    points.x = zph.test.transformed;
-    points.y = zph.test.scaled.column[j];
+    for (std::size_t k = 0; k < zph.test.transformed.size(); k += step) {
+      points.x.push_back(zph.test.transformed[k]);
+      points.y.push_back(zph.test.scaled.column[j][k]);
+    }
     panel.series.push_back(std::move(points));
     panel.references.push_back({false, answer.fit.coefficients[j], ""});
     figure.panels.push_back(std::move(panel));

@@ -28,8 +28,10 @@ std::string listed(const std::vector<std::string>& names, std::size_t from = 0) 
 std::string withinStrata(const CoxAnswer& answer) {
   return answer.strata.size() > 1 ? " within the strata" : "";
 }
-std::string ofAnyStratum(const CoxAnswer& answer) {
-  return answer.strata.size() > 1 ? " of any stratum" : "";
+std::string withinRiskSets(const CoxAnswer& answer, bool cases) {
+  if (cases) return " within every set";
+  return std::string(" within every risk set") +
+         (answer.strata.size() > 1 ? " of any stratum" : "");
 }
 
 void noteTermsWithoutColumns(CoxAnswer& answer) {
@@ -44,16 +46,15 @@ void noteTermsWithoutColumns(CoxAnswer& answer) {
   }
 }
 
-std::string separation(const CoxAnswer& answer, const Outcome& outcome) {
+std::string separation(const CoxAnswer& answer, const Outcome& outcome, bool cases) {
   constexpr std::size_t kShown = 5;
   const bool one = outcome.names.size() == 1;
   std::string text = std::string(one ? "the coefficient of " : "the coefficients of ") +
-                     listed(outcome.names) + (one ? " is" : " are") +
-                     " infinite: at every event time the rows that fail have the largest value "
-                     "of " +
-                     (one ? "it" : "a combination of them") +
-                     " among those at risk, or the smallest";
-  if (outcome.strata.empty()) return text;
+                     listed(outcome.names) + (one ? " is" : " are") + " infinite: " +
+                     (cases ? "in every set the cases" : "at every event time the rows that fail") +
+                     " have the largest value of " + (one ? "it" : "a combination of them") +
+                     (cases ? "" : " among those at risk") + ", or the smallest";
+  if (outcome.strata.empty() || cases) return text;
   std::vector<std::string> names;
   for (const std::uint32_t code : outcome.strata) {
     if (names.size() < kShown) names.push_back(answer.strata[code]);
@@ -71,12 +72,11 @@ void requireCoxAnswer(const CoxRequest& request, const CoxInput& input, const Co
   const auto none = [](const std::string& what, const std::string& expected) {
     return Refusal(Role::kRequest, Refusal::kNone, what, Refusal::kNone, expected);
   };
-  bool separated = false, anyLeft = false;
+  bool anyLeft = false;
   for (const cox::Column column : answer.fit.column) {
     anyLeft = anyLeft || column != cox::Column::kAliased;
   }
   for (const Outcome& outcome : answer.fit.outcomes) {
-    separated = separated || outcome.code == "separated";
     if (outcome.code == "notConverged") {
       throw none("the fit does not converge: " + outcome.text, "");
     }
@@ -92,11 +92,12 @@ void requireCoxAnswer(const CoxRequest& request, const CoxInput& input, const Co
   throw none(names.empty()
                  ? "no covariate has more than one level"
                  : "no covariate varies: " + listed(names) + (names.size() == 1 ? " is" : " are") +
-                       " constant within every risk set" + ofAnyStratum(answer),
-             "one at least that varies among the rows at risk");
+                       " constant" + withinRiskSets(answer, request.cases),
+             request.cases ? "one at least that varies within a set"
+                           : "one at least that varies among the rows at risk");
 }
 
-void noteCoxOutcomes(const CoxInput& input, CoxAnswer& answer) {
+void noteCoxOutcomes(const CoxRequest& request, const CoxInput& input, CoxAnswer& answer) {
   if (!input.model.note.empty()) {
     answer.notes.insert(answer.notes.begin(), {"eventCoding", input.model.note, {}});
   }
@@ -104,7 +105,7 @@ void noteCoxOutcomes(const CoxInput& input, CoxAnswer& answer) {
   for (const Outcome& outcome : answer.fit.outcomes) {
     separated = separated || outcome.code == "separated";
     report::Note note{outcome.code, outcome.text, outcome.names};
-    if (outcome.code == "separated") note.text = separation(answer, outcome);
+    if (outcome.code == "separated") note.text = separation(answer, outcome, request.cases);
     if (outcome.code == "collinear") {
       const std::string name = "the covariate " + quote(outcome.names[0]);
       if (outcome.names.size() > 1) {
@@ -112,7 +113,7 @@ void noteCoxOutcomes(const CoxInput& input, CoxAnswer& answer) {
                     withinStrata(answer) + " and has no coefficient";
       } else if (!separated) {
         note.code = "constant";
-        note.text = name + " is constant within every risk set" + ofAnyStratum(answer) +
+        note.text = name + " is constant" + withinRiskSets(answer, request.cases) +
                     " and has no coefficient";
       }
     }

@@ -26,6 +26,7 @@ class Run {
     takeModel();
     requireEvents();
     takeRows();
+    requireLikelihoodRatios();
     const std::size_t terms = answer_.coding.formula().terms.size();
     const std::size_t profiles =
         request_.limits == CoxLimits::kProfile ? input_.model.design.design.size() : 0;
@@ -35,8 +36,7 @@ class Run {
     if (request_.select == CoxSelection::kBackward) removeTerms();
     requireCoxAnswer(request_, input_, answer_);
     describeCoxColumns(input_, answer_);
-    requireLikelihoodRatios();
-    noteCoxOutcomes(input_, answer_);
+    noteCoxOutcomes(request_, input_, answer_);
     answer_.concordance = cox::concordance(answer_.fit);
     if (profiles > 0) findProfiles();
     if (request_.dropOne) answer_.dropOne = cox::dropEachTerm(answer_.fit, *nextPart());

@@ -51,7 +51,7 @@ void describeCoxColumns(const CoxInput& input, CoxAnswer& answer);
 void requireCoxAnswer(const CoxRequest& request, const CoxInput& input, const CoxAnswer& answer);
 
 // Notes what the fit says of its columns: constant, dependent, separating, too many.
-void noteCoxOutcomes(const CoxInput& input, CoxAnswer& answer);
+void noteCoxOutcomes(const CoxRequest& request, const CoxInput& input, CoxAnswer& answer);
 
 // The likelihood-ratio test against --versus.
 // Throws engine::Refusal (kFormula) where neither model is nested in the other, and where a row

@@ -90,7 +90,7 @@ class Search {
   bool separation(const numerics::NewtonResult& now, const std::vector<std::size_t>& free) {
     std::vector<double> direction(problem_.columns(), 0.0);
     for (std::size_t m = 0; m < free.size(); ++m) direction[free[m]] = now.step[m];
-    separation_ = separates(problem_, direction);
+    separation_ = separates(problem_, ties_, direction);
     return separation_.has_value();
   }
 

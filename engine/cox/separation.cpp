@@ -2,10 +2,21 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <string>
+
+#include "engine/cox/likelihood.h"
 
 namespace survmeth::engine::cox {
 namespace {
+
+double largestOfOthers(const Problem& problem, std::size_t k, const std::vector<double>& value) {
+  double largest = -std::numeric_limits<double>::infinity();
+  for (const std::uint32_t row : othersAtRisk(problem.arrangement, k)) {
+    largest = std::max(largest, value[row]);
+  }
+  return largest;
+}
 
 std::string listed(const std::vector<std::string>& names) {
   std::string text;
@@ -18,7 +29,8 @@ std::string listed(const std::vector<std::string>& names) {
 
 }  // namespace
 
-std::optional<Separation> separates(const Problem& problem, std::span<const double> direction) {
+std::optional<Separation> separates(const Problem& problem, Ties ties,
+                                    std::span<const double> direction) {
   const risk::Arrangement& a = problem.arrangement;
   const std::size_t p = problem.columns();
   double largest = 0.0;
@@ -43,9 +55,11 @@ std::optional<Separation> separates(const Problem& problem, std::span<const doub
   for (std::size_t k = 0; k < a.times(); ++k) range = std::max(range, most[k] + least[k]);
   if (!(range > 0.0)) return std::nullopt;
   const double slack = 1e-6 * range;
+  const bool exact = ties == Ties::kDiscrete || ties == Ties::kMarginal;
   for (std::size_t k = 0; k < a.times(); ++k) {
+    const double above = exact && a.events[k] > 1 ? largestOfOthers(problem, k, value) : most[k];
     for (std::uint32_t i = 0; i < a.events[k]; ++i) {
-      if (value[a.firstEvent[k] + i] < most[k] - slack) return std::nullopt;
+      if (value[a.firstEvent[k] + i] < above - slack) return std::nullopt;
     }
     const std::uint32_t code = a.stratumCode[a.timeStratum[k]];
     const bool below = most[k] + least[k] > slack;

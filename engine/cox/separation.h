@@ -12,7 +12,8 @@
 namespace survmeth::engine::cox {
 
 // A direction in which the likelihood rises without end: at every event time no row at risk lies
-// above the rows that fail.
+// above the rows that fail. Under an exact treatment of ties rows that fail at one time may differ:
+// none of the others lies above any of them.
 struct Separation {
   std::vector<std::size_t> columns;   // that the direction is made of
   std::vector<double> direction;      // p, 0 elsewhere
@@ -22,9 +23,10 @@ struct Separation {
 // Whether `direction` separates, parts of it below 1e-5 of the largest (in units of the columns'
 // spread) left out and differences up to 1e-6 of its range over the rows ignored.
 //
-// Cost O(n p)
+// Cost O(n p); kDiscrete and kMarginal O(|R|) besides for each time with tied events
 // Source Heinze & Schemper, Biometrics 57 (2001) 114-119
-std::optional<Separation> separates(const Problem& problem, std::span<const double> direction);
+std::optional<Separation> separates(const Problem& problem, Ties ties,
+                                    std::span<const double> direction);
 
 Outcome separationOutcome(const Problem& problem, const Separation& separation);
 

@@ -31,6 +31,23 @@ TEST(Formula, HasTheTermsOfRInItsOrder) {
   }
 }
 
+TEST(Formula, OfCasesHasTheTimeOneForEverybody) {
+  const Formula formula = parseCaseFormula("ill == \"yes\" ~ smoke + strata(set)");
+  EXPECT_EQ(frame::deparse(*formula.exit), "1");
+  EXPECT_FALSE(formula.entry);
+  EXPECT_EQ(frame::deparse(*formula.event), "ill == \"yes\"");
+  EXPECT_EQ(formula.terms.size(), 1U);
+  EXPECT_EQ(formula.strataNames, Strings{"set"});
+  EXPECT_FALSE(parseCaseFormula("~ smoke").exit);
+  try {
+    parseCaseFormula("smoke");
+    ADD_FAILURE() << "it is read";
+  } catch (const frame::ExpressionError& error) {
+    EXPECT_STREQ(error.what(),
+                 "there is no ~ between response and terms; expected case ~ terms + strata(set)");
+  }
+}
+
 void expectRefused(const std::string& text, std::size_t at, const std::string& sentence,
                    const Strings& columns = {}) {
   try {

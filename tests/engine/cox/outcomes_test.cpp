@@ -171,6 +171,26 @@ TEST(CoxOutcome, ASeparatingCombinationIsNamedWithItsSigns) {
   EXPECT_EQ(fit.coefficients[1], -kInfinity);
 }
 
+// Both rows of the first time lie above all others: the set of them is the likeliest without end,
+// while under Efron's treatment each of the two competes with the other.
+TEST(CoxOutcome, TiedRowsThatDifferSeparateUnderExactTreatments) {
+  CoxData data;
+  data.exit = {1, 1, 2, 3, 3};
+  data.event = {1, 1, 1, 0, 0};
+  data.columns = {{3, 2, 1, 0, 0.5}};
+  data.names = {"x"};
+  for (const Ties ties : {Ties::kDiscrete, Ties::kMarginal}) {
+    Options options;
+    options.ties = ties;
+    const Fit fit = data.fit(options);
+    ASSERT_EQ(fit.outcomes.size(), 1u);
+    EXPECT_EQ(fit.outcomes[0].code, "separated");
+    EXPECT_EQ(fit.coefficients[0], kInfinity);
+    EXPECT_NEAR(fit.logLikelihood, 0.0, 1e-12);
+  }
+  EXPECT_TRUE(data.fit().outcomes.empty());
+}
+
 TEST(CoxOutcome, TheStratumInWhichRowsDifferIsNamed) {
   CoxData data;
   data.exit = {1, 2, 3, 1, 2, 3};
