@@ -194,20 +194,20 @@ void requireOptions(const Declaration& declaration, const void* request) {
   if (declaration.check) declaration.check(request);
 }
 
-Fitted analyse(const Declaration& declaration, const frame::Frame& all, const void* request,
+Fitted analyse(const Declaration& declaration, const frame::Frame& data, const void* request,
                numerics::Progress& progress, const Parts& parts) {
   requireOptions(declaration, request);
   const std::vector<frame::Wanted> wanted =
-      wantedColumns(declaration, request, frame::columnNames(all));
-  const std::vector<std::uint32_t> rows = completeRows(declaration, all, request);
-  const bool choosing = rows.size() < all.rows;
-  const std::size_t incomplete = choosing ? rowsWithoutValue(all, wanted, rows) : 0;
-  const frame::Frame chosen = choosing ? frame::selectRows(all, rows) : frame::Frame();
-  const frame::Frame& data = choosing ? chosen : all;
-  requireRows(declaration, data, request, wanted, incomplete);
+      wantedColumns(declaration, request, frame::columnNames(data));
+  const std::vector<std::uint32_t> rows = completeRows(declaration, data, request);
+  const bool choosing = rows.size() < data.rows;
+  const std::size_t incomplete = choosing ? rowsWithoutValue(data, wanted, rows) : 0;
+  const frame::Frame chosen = choosing ? frame::selectRows(data, rows) : frame::Frame();
+  const frame::Frame& used = choosing ? chosen : data;
+  requireRows(declaration, used, request, wanted, incomplete);
   Fitted fitted = readingFormulas(declaration, request, [&] {
     try {
-      return declaration.run(data, request, progress, parts);
+      return declaration.run(used, request, progress, parts);
     } catch (const engine::Refusal& refusal) {
       if (!choosing || refusal.row() == engine::Refusal::kNone) throw;
       throw engine::Refusal(refusal.role(), rows[refusal.row()], refusal.what(), refusal.column(),
@@ -218,14 +218,14 @@ Fitted analyse(const Declaration& declaration, const frame::Frame& all, const vo
   inDeclaredOrder(report.tables, declaration.tables, declaration.name);
   inDeclaredOrder(report.figures, declaration.figures, declaration.name);
   report.analysis = declaration.name;
-  report.data = {data.source, digest(data), data.rowsRead, data.rows};
+  report.data = {used.source, digest(used), used.rowsRead, used.rows};
   for (const Option& option : declaration.options) {
     if (const std::optional<Setting> setting = option.get(request)) {
       report.plan.emplace_back(option.name, *setting);
     }
   }
-  if (data.rowsRead > data.rows) {
-    report.notes.insert(report.notes.begin(), leftOut(data, wanted, incomplete));
+  if (used.rowsRead > used.rows) {
+    report.notes.insert(report.notes.begin(), leftOut(used, wanted, incomplete));
   }
   return fitted;
 }
