@@ -77,6 +77,10 @@ void requireCoxAnswer(const CoxRequest& request, const CoxInput& input, const Co
     anyLeft = anyLeft || column != cox::Column::kAliased;
   }
   for (const Outcome& outcome : answer.fit.outcomes) {
+    if (outcome.code == "noEvents") {
+      throw Refusal(Role::kEvent, Refusal::kNone, "every row with an event has weight 0",
+                    Refusal::kNone, "at least one with a weight above 0");
+    }
     if (outcome.code == "notConverged") {
       throw none("the fit does not converge: " + outcome.text, "");
     }

@@ -46,7 +46,7 @@ void requireCoxUnits(const engine::Design& design);
 // Fills answer.columns and answer.terms from the design.
 void describeCoxColumns(const CoxInput& input, CoxAnswer& answer);
 
-// Throws engine::Refusal where the fit is no answer: it does not converge, nothing varies, or columns
+// Throws engine::Refusal where the fit is no answer: no event counts, it does not converge, nothing varies, or columns
 // depend on each other and --aliased drop is not there.
 void requireCoxAnswer(const CoxRequest& request, const CoxInput& input, const CoxAnswer& answer);
 
