@@ -64,14 +64,14 @@ void testTerms(Fit& fit) {
 }
 
 // u' (sum over clusters of u_c u_c')^-1 u of the score residuals at coefficients 0.
-ChiSquareTest robustScoreTest(const Fit& fit) {
+ChiSquareTest robustScoreTest(const Fit& fit, Hazards& hazards) {
   const std::vector<double> zero(fit.problem->columns(), 0.0);
-  const ScoreSums sums = scoreSums(*fit.problem, fit.ties, zero);
+  const ScoreSums sums = scoreSums(*fit.problem, fit.ties, zero, hazards);
   const Cholesky factor(sums.products);
   return chiSquareTest(factor.quadraticForm(sums.total), factor.rank());
 }
 
-void fillCovariance(Fit& fit, const SquareMatrix& information, bool robust) {
+void fillCovariance(Fit& fit, const SquareMatrix& information, bool robust, Hazards& hazards) {
   const std::size_t p = fit.problem->columns();
   std::vector<std::size_t> estimated;
   for (std::size_t j = 0; j < p; ++j) {
@@ -88,7 +88,7 @@ void fillCovariance(Fit& fit, const SquareMatrix& information, bool robust) {
   };
   spread(inverse, fit.covariance);
   if (!robust) return;
-  const ScoreSums sums = scoreSums(*fit.problem, fit.ties, fit.working);
+  const ScoreSums sums = scoreSums(*fit.problem, fit.ties, fit.working, hazards);
   fit.robustCovariance = SquareMatrix(p, kAbsent);
   spread(numerics::sandwich(inverse, numerics::part(sums.products, estimated)),
          fit.robustCovariance);
@@ -192,8 +192,8 @@ Fit fit(const Response& response, const Rows& rows, const Design& design, const 
   result.bic = parameters * numerics::log(result.eventsCounted) - 2.0 * result.logLikelihood;
   const bool robust = options.robust || !rows.cluster.empty() ||
                       (!rows.weight.empty() && rows.weightKind == WeightKind::kSampling);
-  fillCovariance(result, maximum.point.information, robust);
-  if (robust && !free.empty()) result.robustScore = robustScoreTest(result);
+  fillCovariance(result, maximum.point.information, robust, maximum.hazards);
+  if (robust && !free.empty()) result.robustScore = robustScoreTest(result, maximum.hazards);
   testTerms(result);
   return result;
 }

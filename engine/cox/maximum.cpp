@@ -70,6 +70,7 @@ class Search {
     return result;
   }
   const std::optional<Separation>& separation() const { return separation_; }
+  Hazards memory() { return std::move(hazards_); }
   std::vector<double> smallest(const std::vector<std::size_t>& free) const {
     std::vector<double> chosen;
     for (const std::size_t j : free) chosen.push_back(smallest_[j]);
@@ -149,7 +150,10 @@ Maximum maximise(const Problem& problem, Ties ties, const std::vector<double>& s
       known = true;
       continue;
     }
-    if (found.stop != numerics::NewtonStop::kWatched) return result;
+    if (found.stop != numerics::NewtonStop::kWatched) {
+      result.hazards = search.memory();
+      return result;
+    }
     // One coefficient of the direction is held where the direction has done its work; the others
     // find their finite part.
     result.separations.push_back(*search.separation());

@@ -23,6 +23,7 @@ struct Maximum {
   bool converged = false;
   std::string reason;                     // what keeps it from converging
   std::vector<Separation> separations;    // directions without a finite maximum
+  Hazards hazards;                        // memory that may be used on
   std::vector<std::size_t> undetermined;  // columns that nothing is left to tell apart then
 };
 

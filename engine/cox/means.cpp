@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "engine/cox/stratumSums.h"
 #include "numerics/hot.h"
 
 namespace survmeth::engine::cox {
@@ -11,27 +12,9 @@ using numerics::BlockedColumns;
 using numerics::SquareMatrix;
 constexpr std::size_t kRows = BlockedColumns::kBlock;
 
-// Sums of risk * x from each row to the segment's end of kColumns columns at once: each is a chain
-// of additions that waits for itself.
-template <std::size_t kColumns>
-void suffixSums(const double* risk, const double* x, std::size_t begin, std::size_t stop,
-                double* sums) {
-  double running[kColumns] = {};
-  for (std::size_t i = stop; i-- > begin;) {
-    for (std::size_t c = 0; c < kColumns; ++c) {
-      running[c] += risk[i] * x[c * kRows + i];
-      sums[c * kRows + i] = running[c];
-    }
-  }
-}
-
-using SuffixSums = void (*)(const double*, const double*, std::size_t, std::size_t, double*);
-constexpr SuffixSums kSuffixSums[] = {suffixSums<1>, suffixSums<2>, suffixSums<3>, suffixSums<4>,
-                                      suffixSums<5>, suffixSums<6>, suffixSums<7>, suffixSums<8>};
-
-SURVMETH_HOT void scaleRows(const double* sums, double top, const double* scale, std::size_t begin,
-                            std::size_t stop, double* out) {
-  for (std::size_t i = begin; i < stop; ++i) out[i] = (sums[i] + top) * scale[i];
+SURVMETH_HOT void scaleRows(const double* sums, const double* scale, std::size_t rows,
+                            double* out) {
+  for (std::size_t i = 0; i < rows; ++i) out[i] = sums[i] * scale[i];
 }
 
 }  // namespace
@@ -48,7 +31,7 @@ BackwardMeans::BackwardMeans(const Problem& problem, const Hazards& hazards, Tie
       hazards_(hazards),
       ties_(ties),
       factor_(factor),
-      sums_(kBlock * kGroup),
+      sums_(kBlock * kAbreast),
       means_(problem.columns() * kBlock),
       others_(problem.columns(), 0.0),
       extra_(problem.columns(), 0.0) {
@@ -68,27 +51,17 @@ void BackwardMeans::holdBehind(std::size_t stop) {
   const std::size_t end = a.stratumRow[a.timeStratum[time_ - 1] + std::size_t{1}];
   if (row < stop || row == end) return;
   held_ = true;
-  const std::size_t block = row / kBlock;
-  const std::size_t rows = std::min((block + 1) * kBlock, end) - row;
-  numerics::addWeightedSums(problem_.x.column(block, 0) + row % kBlock, hazards_.risk.data() + row,
-                            rows, others_);
-  if (end <= (block + 1) * kBlock) return;
-  for (std::size_t j = 0; j < others_.size(); ++j) others_[j] += behind(block, j);
+  sumsToEnd(problem_, hazards_, row, others_);
 }
 
 void BackwardMeans::subtract(std::size_t block, SquareMatrix& information) {
   const std::size_t p = problem_.columns();
-  findSegments(block);
   findActions(block);
   placeMeans(problem_.x.rowsOf(block));
-  // Groups of like size: ten columns are five and five.
-  const std::size_t groups = (p + kGroup - 1) / kGroup;
-  for (std::size_t group = 0; group < groups; ++group) {
-    const std::size_t j = group * p / groups;
-    const std::size_t columns = (group + 1) * p / groups - j;
-    sumColumns(block, j, columns);
-    for (std::size_t c = 0; c < columns; ++c) formMeans(sums_.data() + c * kBlock, block, j + c);
-  }
+  byColumns(p, [&](std::size_t j, std::size_t columns) {
+    sumsToEnd(problem_, hazards_, block, j, columns, sums_.data());
+    for (std::size_t c = 0; c < columns; ++c) formMeans(sums_.data() + c * kBlock, j + c);
+  });
   const std::size_t rows = std::min(count_, kBlock);
   numerics::addWeightedGram(means_.data(), weight_, rows, -1.0, information);
   if (count_ <= kBlock) return;
@@ -97,19 +70,6 @@ void BackwardMeans::subtract(std::size_t block, SquareMatrix& information) {
       information(j, k) -= weight_[kBlock] * extra_[j] * extra_[k];
     }
   }
-}
-
-void BackwardMeans::findSegments(std::size_t block) {
-  const risk::Arrangement& a = problem_.arrangement;
-  segments_.clear();
-  const std::size_t from = block * kBlock;
-  std::size_t stop = from + problem_.x.rowsOf(block);
-  while (stop > from) {
-    const std::size_t begin = std::max<std::size_t>(from, a.stratumRow[a.rowStratum[stop - 1]]);
-    segments_.push_back({begin - from, stop - from});
-    stop = begin;
-  }
-  continued_ = segments_.front().begin;
 }
 
 void BackwardMeans::findActions(std::size_t block) {
@@ -177,29 +137,12 @@ void BackwardMeans::placeMeans(std::size_t rows) {
   std::erase_if(actions_, [](const Action& action) { return action.kind == Kind::kSingle; });
 }
 
-void BackwardMeans::sumColumns(std::size_t block, std::size_t j, std::size_t columns) {
-  const double* risk = hazards_.risk.data() + block * kBlock;
-  const double* x = problem_.x.column(block, j);
-  for (const Segment& segment : segments_) {
-    kSuffixSums[columns - 1](risk, x, segment.begin, segment.stop, sums_.data());
-  }
-}
-
-void BackwardMeans::formMeans(const double* sums, std::size_t block, std::size_t j) {
-  // Of the rows from `continued_` on the sum goes on behind the block.
-  const double top = behind(block, j);
-  const auto sumAt = [&](std::size_t row) {
-    return row >= continued_ ? sums[row] + top : sums[row];
-  };
+void BackwardMeans::formMeans(const double* sums, std::size_t j) {
   double* means = means_.data() + j * kBlock;
   const auto put = [&](std::size_t slot, double value) {
     (slot < kBlock ? means[slot] : extra_[j]) = value;
   };
-  if (dense_) {
-    const std::size_t rows = std::min(count_, kBlock);
-    scaleRows(sums, 0.0, scale_, 0, continued_, means);
-    scaleRows(sums, top, scale_, continued_, rows, means);
-  }
+  if (dense_) scaleRows(sums, scale_, std::min(count_, kBlock), means);
   double& others = others_[j];
   for (const Action& action : actions_) {
     switch (action.kind) {
@@ -207,13 +150,13 @@ void BackwardMeans::formMeans(const double* sums, std::size_t block, std::size_t
         others = 0.0;
         break;
       case Kind::kHold:
-        others = sumAt(action.row);
+        others = sums[action.row];
         break;
       case Kind::kSingle:
-        means[action.slot] = sumAt(action.row) * action.scale;
+        means[action.slot] = sums[action.row] * action.scale;
         break;
       case Kind::kTied: {
-        const double failing = sumAt(action.row) - others;
+        const double failing = sums[action.row] - others;
         put(action.slot, (others + action.mean * failing) * action.scale);
         put(action.slot + 1, failing * action.scale);
         break;

@@ -35,11 +35,6 @@ class BackwardMeans {
   void subtract(std::size_t block, numerics::SquareMatrix& information);
 
  private:
-  static constexpr std::size_t kGroup = 8;  // columns that are summed up side by side
-
-  struct Segment {
-    std::size_t begin, stop;  // rows of one stratum within the block
-  };
   // What happens at one row: `hold` keeps the sum over the rows at risk that do not fail.
   enum class Kind { kHoldNothing, kHold, kSingle, kTied };
   struct Action {
@@ -51,15 +46,10 @@ class BackwardMeans {
   };
 
   void holdBehind(std::size_t stop);
-  void findSegments(std::size_t block);
   void findActions(std::size_t block);
   void addTerms(std::size_t k, bool tied, std::size_t row);
   void placeMeans(std::size_t rows);
-  void sumColumns(std::size_t block, std::size_t j, std::size_t columns);
-  void formMeans(const double* sums, std::size_t block, std::size_t j);
-  double behind(std::size_t block, std::size_t j) const {
-    return hazards_.behind[block * problem_.columns() + j];
-  }
+  void formMeans(const double* sums, std::size_t j);
 
   const Problem& problem_;
   const Hazards& hazards_;
@@ -70,8 +60,6 @@ class BackwardMeans {
   std::vector<double> others_, extra_;
   std::size_t time_;  // one past the next event time to come
   bool held_ = false;
-  std::vector<Segment> segments_;
-  std::size_t continued_ = 0;  // rows from here on belong to the stratum of the block's last row
   std::vector<Action> actions_;
   // A tied time gives two means and has two rows in the block, but for the block's last time: its
   // other rows may stand in the next block.

@@ -68,6 +68,9 @@ struct ScoreSums {
   numerics::SquareMatrix products;
 };
 ScoreSums scoreSums(const Problem& problem, Ties ties, std::span<const double> coefficients);
+// The same with memory that is at hand; `hazards` holds the sums at the coefficients afterwards.
+ScoreSums scoreSums(const Problem& problem, Ties ties, std::span<const double> coefficients,
+                    Hazards& hazards);
 
 }  // namespace survmeth::engine::cox
 
