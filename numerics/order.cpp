@@ -27,6 +27,11 @@ std::uint64_t orderedKey(double value) {
   return (bits & kSign) != 0 ? ~bits : bits | kSign;
 }
 
+double valueOf(std::uint64_t key) {
+  constexpr std::uint64_t kSign = std::uint64_t{1} << 63;
+  return std::bit_cast<double>((key & kSign) != 0 ? key ^ kSign : ~key);
+}
+
 std::size_t digit(std::uint64_t key, int pass) {
   return static_cast<std::size_t>(key >> (pass * kBits)) & (kDigits - 1);
 }
@@ -65,9 +70,7 @@ bool insertionSorted(std::vector<Entry>& entries) {
   return true;
 }
 
-}  // namespace
-
-std::vector<std::uint32_t> ascendingOrder(std::span<const double> values) {
+std::vector<Entry> sortedEntries(std::span<const double> values) {
   const std::size_t n = values.size();
   std::vector<Entry> entries(n);
   for (std::size_t i = 0; i < n; ++i) {
@@ -82,9 +85,27 @@ std::vector<std::uint32_t> ascendingOrder(std::span<const double> values) {
     radixPasses(entries, kPasses / 2);
     if (!insertionSorted(entries)) radixPasses(entries, 0);
   }
-  std::vector<std::uint32_t> order(n);
-  for (std::size_t i = 0; i < n; ++i) order[i] = entries[i].position;
+  return entries;
+}
+
+std::vector<std::uint32_t> positionsOf(const std::vector<Entry>& entries) {
+  std::vector<std::uint32_t> order(entries.size());
+  for (std::size_t i = 0; i < order.size(); ++i) order[i] = entries[i].position;
   return order;
+}
+
+}  // namespace
+
+std::vector<std::uint32_t> ascendingOrder(std::span<const double> values) {
+  return positionsOf(sortedEntries(values));
+}
+
+std::vector<std::uint32_t> ascendingOrder(std::span<const double> values,
+                                          std::vector<double>& sorted) {
+  const std::vector<Entry> entries = sortedEntries(values);
+  sorted.resize(entries.size());
+  for (std::size_t i = 0; i < sorted.size(); ++i) sorted[i] = valueOf(entries[i].key);
+  return positionsOf(entries);
 }
 
 }  // namespace survmeth::numerics

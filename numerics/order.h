@@ -18,6 +18,12 @@ namespace survmeth::numerics {
 //      half has nearly sorted the values
 std::vector<std::uint32_t> ascendingOrder(std::span<const double> values);
 
+// The same, with the values in that order; each -0 becomes 0.
+//
+// Out  sorted[n]
+std::vector<std::uint32_t> ascendingOrder(std::span<const double> values,
+                                          std::vector<double>& sorted);
+
 }  // namespace survmeth::numerics
 
 #endif  // NUMERICS_ORDER_H_

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "engine/cox/chunks.h"
 #include "engine/cox/stratumSums.h"
 #include "numerics/hot.h"
 
@@ -165,6 +166,16 @@ void BackwardMeans::formMeans(const double* sums, std::size_t j) {
   }
 }
 
+void riskTimes(const Problem& problem, const Hazards& hazards, std::size_t j,
+               std::span<double> value) {
+  for (std::size_t block = 0; block < problem.x.blocks(); ++block) {
+    const double* x = problem.x.column(block, j);
+    const double* risk = hazards.risk.data() + block * kRows;
+    double* to = value.data() + block * kRows;
+    for (std::size_t i = 0; i < problem.x.rowsOf(block); ++i) to[i] = risk[i] * x[i];
+  }
+}
+
 void subtractMeans(const Problem& problem, const Hazards& hazards, Ties ties,
                    std::span<const double> factor, SquareMatrix& information) {
   const risk::Arrangement& a = problem.arrangement;
@@ -180,11 +191,11 @@ void subtractMeans(const Problem& problem, const Hazards& hazards, Ties ties,
     if (terms[k].failingWeight != 0.0) weight.push_back(times * terms[k].failingWeight);
   }
   BlockedColumns means(weight.size(), p);
-  std::vector<double> value(a.rows());
-  std::vector<double> others(a.times());
-  std::vector<double> failing(a.times());
-  for (std::size_t j = 0; j < p; ++j) {
-    for (std::size_t i = 0; i < a.rows(); ++i) value[i] = hazards.risk[i] * problem.x(i, j);
+  numerics::inParallel(p, [&](std::size_t j) {
+    std::vector<double> value(a.rows());
+    std::vector<double> others(a.times());
+    std::vector<double> failing(a.times());
+    riskTimes(problem, hazards, j, value);
     problem.sums.overRiskSets(value, others, failing);
     for (std::size_t k = 0; k < a.times(); ++k) {
       const double whole = hazards.all(k);
@@ -194,10 +205,19 @@ void subtractMeans(const Problem& problem, const Hazards& hazards, Ties ties,
       }
       if (terms[k].failingWeight != 0.0) means(to, j) = failing[k] / whole;
     }
-  }
-  for (std::size_t block = 0; block < means.blocks(); ++block) {
-    numerics::addWeightedGram(means.column(block, 0), weight.data() + block * kRows,
-                              means.rowsOf(block), -1.0, information);
+  });
+  const Chunks chunks(means);
+  std::vector<SquareMatrix> parts(chunks.count(), SquareMatrix(p));
+  chunks.inParallel([&](std::size_t chunk, std::size_t begin, std::size_t end) {
+    for (std::size_t block = begin; block < end; ++block) {
+      numerics::addWeightedGram(means.column(block, 0), weight.data() + block * kRows,
+                                means.rowsOf(block), 1.0, parts[chunk]);
+    }
+  });
+  for (const SquareMatrix& part : parts) {
+    for (std::size_t j = 0; j < p; ++j) {
+      for (std::size_t k = 0; k <= j; ++k) information(j, k) -= part(j, k);
+    }
   }
 }
 

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <string>
 
+#include "engine/cox/means.h"
 #include "numerics/elementary.h"
 
 namespace survmeth::engine::cox {
@@ -154,7 +155,7 @@ SchoenfeldResiduals schoenfeldResiduals(const Fit& fit, bool weighted) {
   std::vector<double> others(a.times());
   std::vector<double> failing(a.times());
   for (std::size_t j = 0; j < problem.columns(); ++j) {
-    for (std::size_t i = 0; i < a.rows(); ++i) value[i] = hazards.risk[i] * problem.x(i, j);
+    riskTimes(problem, hazards, j, value);
     problem.sums.overRiskSets(value, others, failing);
     for (std::size_t k = 0; k < a.times(); ++k) {
       const TieMoments& m = moments[k];

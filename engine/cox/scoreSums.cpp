@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "engine/cox/chunks.h"
+#include "engine/cox/means.h"
 #include "engine/cox/residuals.h"
 #include "engine/cox/scores.h"
 
@@ -32,7 +33,7 @@ std::vector<ScoreFactors> scoreFactors(const Problem& problem, const Hazards& ha
   return factors;
 }
 
-// Column after column, with late entry or without.
+// Column by column, where rows enter late.
 BlockedColumns scoreColumns(const Problem& problem, const Hazards& hazards, Ties ties) {
   const risk::Arrangement& a = problem.arrangement;
   const std::size_t n = a.rows();
@@ -42,18 +43,12 @@ BlockedColumns scoreColumns(const Problem& problem, const Hazards& hazards, Ties
   const std::vector<ScoreFactors> factors = scoreFactors(problem, hazards, ties);
   std::vector<double> risk(hazards.risk);
   for (std::size_t i = 0; i < n && a.weighted; ++i) risk[i] /= a.weight[i];
-  std::vector<double> value(n);  // risk times x, then the sums of increments times means
-  std::vector<double> others(times);
-  std::vector<double> failing(times);
-  std::vector<double> mean(times);
-  for (std::size_t j = 0; j < problem.columns(); ++j) {
-    for (std::size_t block = 0; block < result.blocks(); ++block) {
-      const double* x = problem.x.column(block, j);
-      const std::size_t from = block * kBlock;
-      for (std::size_t i = 0; i < result.rowsOf(block); ++i) {
-        value[from + i] = hazards.risk[from + i] * x[i];
-      }
-    }
+  numerics::inParallel(problem.columns(), [&](std::size_t j) {
+    std::vector<double> value(n);  // risk times x, then the sums of increments times means
+    std::vector<double> others(times);
+    std::vector<double> failing(times);
+    std::vector<double> mean(times);
+    riskTimes(problem, hazards, j, value);
     problem.sums.overRiskSets(value, others, failing);
     for (std::size_t k = 0; k < times; ++k) {
       const ScoreFactors& factor = factors[k];
@@ -76,7 +71,7 @@ BlockedColumns scoreColumns(const Problem& problem, const Hazards& hazards, Ties
                  risk[row] * (x[i] * hazards.cumulative[row] - value[row]);
       }
     }
-  }
+  });
   return result;
 }
 

@@ -14,15 +14,18 @@ Sums::Sums(const Arrangement& arrangement) : arrangement_(arrangement) {
     if (arrangement.events[k] > 1) tied_.push_back(static_cast<std::uint32_t>(k));
   }
   if (!arrangement.lateEntry()) return;
-  std::vector<std::vector<std::uint32_t>> byBit(32);
+  std::vector<std::vector<Stay>> byBit(32);
   for (std::uint32_t i = 0; i < arrangement.rows(); ++i) {
     const std::uint32_t a = arrangement.first[i];
     const std::uint32_t stop = arrangement.end[i] - arrangement.event[i];
-    if (a == arrangement.stratumTime[arrangement.rowStratum[i]] || stop <= a) continue;
-    if (stop == a + 1) {
-      once_.push_back(i);
+    if (stop <= a) continue;
+    if (a == arrangement.stratumTime[arrangement.rowStratum[i]]) {
+      fromStart_.push_back(i);
+    } else if (stop == a + 1) {
+      once_.push_back({i, a, a});
     } else {
-      byBit[static_cast<std::size_t>(std::bit_width(a ^ (stop - 1))) - 1].push_back(i);
+      const int width = std::bit_width(a ^ (stop - 1));
+      byBit[static_cast<std::size_t>(width) - 1].push_back({i, a, stop - 1});
     }
   }
   for (unsigned bit = 0; bit < 32; ++bit) {
@@ -33,13 +36,38 @@ Sums::Sums(const Arrangement& arrangement) : arrangement_(arrangement) {
 void Sums::overRiskSets(std::span<const double> value, std::span<double> others,
                         std::span<double> failing) const {
   const Arrangement& a = arrangement_;
+  if (!a.lateEntry()) {
+    sumWithoutEntry(value, others, failing);
+    return;
+  }
+  sumFromStart(value, others, failing);
+  for (const Stay& stay : once_) others[stay.from] += value[stay.row];
+  std::vector<double> starting;
+  for (const Place& place : places_) {
+    starting.assign(a.times(), 0.0);
+    for (const Stay& stay : place.stays) {
+      starting[stay.from] += value[stay.row];
+      starting[stay.to] += value[stay.row];
+    }
+    // Blocks of 2^(bit + 1) times; the sums run from both sides towards the middle's edges.
+    const std::size_t half = std::size_t{1} << place.bit;
+    for (std::size_t middle = half; middle < a.times(); middle += 2 * half) {
+      double sum = 0.0;
+      for (std::size_t k = middle - half; k < middle; ++k) others[k] += (sum += starting[k]);
+      sum = 0.0;
+      for (std::size_t k = std::min(middle + half, a.times()); k-- > middle;) {
+        others[k] += (sum += starting[k]);
+      }
+    }
+  }
+}
+
+void Sums::sumWithoutEntry(std::span<const double> value, std::span<double> others,
+                           std::span<double> failing) const {
+  const Arrangement& a = arrangement_;
   std::size_t tie = tied_.size();
   for (std::size_t s = a.strata(); s-- > 0;) {
     if (a.stratumTime[s] == a.stratumTime[s + 1]) continue;
-    if (a.lateEntry()) {
-      sumStratum(s, value, others, failing);
-      continue;
-    }
     numerics::RunningSum sum;
     double before = 0.0;
     std::size_t row = a.stratumRow[s + 1];
@@ -67,50 +95,26 @@ void Sums::overRiskSets(std::span<const double> value, std::span<double> others,
     }
     addDownTo(a.firstEvent[a.stratumTime[s]]);
   }
-  if (!a.lateEntry()) return;
-  for (const std::uint32_t i : once_) others[a.first[i]] += value[i];
-  std::vector<double> starting;
-  for (const Place& place : places_) {
-    starting.assign(a.times(), 0.0);
-    for (const std::uint32_t i : place.rows) {
-      starting[a.first[i]] += value[i];
-      starting[a.end[i] - a.event[i] - 1] += value[i];
-    }
-    // Blocks of 2^(bit + 1) times; the sums run from both sides towards the middle's edges.
-    const std::size_t half = std::size_t{1} << place.bit;
-    for (std::size_t middle = half; middle < a.times(); middle += 2 * half) {
-      double sum = 0.0;
-      for (std::size_t k = middle - half; k < middle; ++k) others[k] += (sum += starting[k]);
-      sum = 0.0;
-      for (std::size_t k = std::min(middle + half, a.times()); k-- > middle;) {
-        others[k] += (sum += starting[k]);
-      }
-    }
-  }
 }
 
-// One stratum, the rows that are at risk from its first time on, where others are not.
-void Sums::sumStratum(std::size_t s, std::span<const double> value, std::span<double> others,
-                      std::span<double> failing) const {
+// The rows that are at risk from the first time on, and those that fail.
+void Sums::sumFromStart(std::span<const double> value, std::span<double> others,
+                        std::span<double> failing) const {
   const Arrangement& a = arrangement_;
-  numerics::RunningSum sum;
-  double current = 0.0;
-  std::size_t row = a.stratumRow[s + 1];
-  for (std::size_t k = a.stratumTime[s + 1]; k-- > a.stratumTime[s];) {
-    const std::size_t stop = a.firstEvent[k] + a.events[k];
-    while (row > stop) {
-      --row;
-      if (a.first[row] == a.stratumTime[s]) current = sum.add(value[row]);
+  std::size_t next = fromStart_.size();
+  for (std::size_t s = a.strata(); s-- > 0;) {
+    numerics::RunningSum sum;
+    double current = 0.0;
+    for (std::size_t k = a.stratumTime[s + 1]; k-- > a.stratumTime[s];) {
+      const std::size_t stop = a.firstEvent[k] + a.events[k];
+      for (; next > 0 && fromStart_[next - 1] >= stop; --next) {
+        current = sum.add(value[fromStart_[next - 1]]);
+      }
+      others[k] = current;
+      double fail = value[stop - 1];
+      for (std::size_t row = stop - 1; row > a.firstEvent[k]; --row) fail += value[row - 1];
+      failing[k] = fail;
     }
-    others[k] = current;
-    double fail = 0.0;
-    while (row > a.firstEvent[k]) {
-      --row;
-      fail += value[row];
-      // A row that fails is at risk at the times before.
-      if (a.first[row] == a.stratumTime[s]) current = sum.add(value[row]);
-    }
-    failing[k] = fail;
   }
 }
 
@@ -131,15 +135,13 @@ std::vector<double> Sums::largestInRiskSets(std::span<const double> value) const
     }
   }
   const auto raise = [&](std::size_t k, double by) { largest[k] = std::max(largest[k], by); };
-  for (const std::uint32_t i : once_) raise(a.first[i], value[i]);
+  for (const Stay& stay : once_) raise(stay.from, value[stay.row]);
   std::vector<double> starting;
   for (const Place& place : places_) {
     starting.assign(a.times(), kNone);
-    for (const std::uint32_t i : place.rows) {
-      double& from = starting[a.first[i]];
-      from = std::max(from, value[i]);
-      double& to = starting[a.end[i] - a.event[i] - 1];
-      to = std::max(to, value[i]);
+    for (const Stay& stay : place.stays) {
+      starting[stay.from] = std::max(starting[stay.from], value[stay.row]);
+      starting[stay.to] = std::max(starting[stay.to], value[stay.row]);
     }
     const std::size_t half = std::size_t{1} << place.bit;
     for (std::size_t middle = half; middle < a.times(); middle += 2 * half) {
@@ -165,6 +167,8 @@ void Sums::overTimes(std::span<const double> at, std::span<const double> own,
   }
   // Sums up to each time from the stratum's first on, with a 0 before it.
   std::vector<double> before(a.times() + a.strata());
+  const bool late = a.lateEntry();
+  std::size_t start = 0;
   for (std::size_t s = 0; s < a.strata(); ++s) {
     double* upTo = before.data() + s;
     numerics::RunningSum running;
@@ -174,19 +178,18 @@ void Sums::overTimes(std::span<const double> at, std::span<const double> own,
     }
     for (std::size_t i = a.stratumRow[s]; i < a.stratumRow[s + 1]; ++i) {
       const std::size_t event = a.event[i];
-      const double whole = upTo[a.end[i] - event];
       // A time that exists, whatever it is multiplied with.
       const double mine = own[std::max<std::size_t>(a.end[i], 1) - 1];
       // A product, where a decision would be guessed wrong for every third row.
-      sum[i] = whole + static_cast<double>(event) * mine;
+      sum[i] = static_cast<double>(event) * mine;
+      if (!late) sum[i] += upTo[a.end[i] - event];
     }
-    if (!a.lateEntry()) continue;
-    for (std::size_t i = a.stratumRow[s]; i < a.stratumRow[s + 1]; ++i) {
-      if (a.first[i] == a.stratumTime[s]) continue;
-      sum[i] = a.event[i] != 0 ? own[a.end[i] - std::size_t{1}] : 0.0;
+    for (; start < fromStart_.size() && fromStart_[start] < a.stratumRow[s + 1]; ++start) {
+      const std::size_t i = fromStart_[start];
+      sum[i] += upTo[a.end[i] - std::size_t{a.event[i]}];
     }
   }
-  for (const std::uint32_t i : once_) sum[i] += at[a.first[i]];
+  for (const Stay& stay : once_) sum[stay.row] += at[stay.from];
   for (const Place& place : places_) {
     const std::size_t half = std::size_t{1} << place.bit;
     for (std::size_t middle = half; middle < a.times(); middle += 2 * half) {
@@ -196,9 +199,7 @@ void Sums::overTimes(std::span<const double> at, std::span<const double> own,
       const std::size_t stop = std::min(middle + half, a.times());
       for (std::size_t k = middle; k < stop; ++k) before[k] = (running += at[k]);
     }
-    for (const std::uint32_t i : place.rows) {
-      sum[i] += before[a.first[i]] + before[a.end[i] - std::size_t{a.event[i]} - 1];
-    }
+    for (const Stay& stay : place.stays) sum[stay.row] += before[stay.from] + before[stay.to];
   }
 }
 

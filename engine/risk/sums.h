@@ -41,18 +41,27 @@ class Sums {
                  std::span<double> sum) const;
 
  private:
-  // Rows that enter late and are at risk, without failing, at more than one time, by place.
+  // A row that enters late is at risk, without failing, at the times from .. to.
+  struct Stay {
+    std::uint32_t row, from, to;
+  };
+  // Those at risk at more than one time, by the highest place in which the times differ.
   struct Place {
     unsigned bit;
-    std::vector<std::uint32_t> rows;
+    std::vector<Stay> stays;
   };
-  void sumStratum(std::size_t s, std::span<const double> value, std::span<double> others,
-                  std::span<double> failing) const;
+  void sumFromStart(std::span<const double> value, std::span<double> others,
+                    std::span<double> failing) const;
+  void sumWithoutEntry(std::span<const double> value, std::span<double> others,
+                       std::span<double> failing) const;
 
   const Arrangement& arrangement_;
   std::vector<std::uint32_t> tied_;  // times of more than one event, ascending
+  // Where rows enter late: those that are at risk, without failing, from their stratum's first
+  // time on, and those that enter later, at one time or at more.
+  std::vector<std::uint32_t> fromStart_;
+  std::vector<Stay> once_;
   std::vector<Place> places_;
-  std::vector<std::uint32_t> once_;  // late rows at risk, without failing, at one time
 };
 
 }  // namespace survmeth::engine::risk

@@ -4,26 +4,23 @@
 
 #include "engine/risk/arrangement.h"
 #include "numerics/order.h"
+#include "numerics/threads.h"
 
 namespace survmeth::engine::risk {
 namespace {
 
-// The distinct entries and exits in ascending order.
-std::vector<double> distinctTimes(const Response& response,
-                                  const std::vector<std::uint32_t>& exitOrder,
-                                  const std::vector<std::uint32_t>& entryOrder) {
+// The distinct times of two ascending sequences, ascending.
+std::vector<double> distinctTimes(const std::vector<double>& exits,
+                                  const std::vector<double>& entries) {
   std::vector<double> distinct;
-  distinct.reserve(exitOrder.size());
+  distinct.reserve(exits.size());
   const auto add = [&](double time) {
     if (distinct.empty() || distinct.back() < time) distinct.push_back(time);
   };
-  std::size_t i = 0;
   std::size_t j = 0;
-  while (i < exitOrder.size() || j < entryOrder.size()) {
-    const bool exitNext =
-        j == entryOrder.size() ||
-        (i < exitOrder.size() && response.exit[exitOrder[i]] <= response.entry[entryOrder[j]]);
-    add(exitNext ? response.exit[exitOrder[i++]] : response.entry[entryOrder[j++]]);
+  for (const double exit : exits) {
+    for (; j < entries.size() && entries[j] < exit; ++j) add(entries[j]);
+    add(exit);
   }
   return distinct;
 }
@@ -43,28 +40,35 @@ std::vector<double> chains(const std::vector<double>& distinct, double tolerance
   return starts;
 }
 
-// The codes of values that are read in ascending order.
-std::vector<std::uint32_t> codesOf(std::span<const double> values,
+// The codes of the rows' times, which come in ascending order.
+std::vector<std::uint32_t> codesOf(const std::vector<double>& sorted,
                                    const std::vector<std::uint32_t>& order,
                                    const std::vector<double>& starts) {
-  std::vector<std::uint32_t> codes(values.size());
+  std::vector<std::uint32_t> codes(order.size());
   std::uint32_t code = 0;
-  for (const std::uint32_t row : order) {
-    while (code + std::size_t{1} < starts.size() && starts[code + 1] <= values[row]) ++code;
-    codes[row] = code;
+  for (std::size_t i = 0; i < order.size(); ++i) {
+    while (code + std::size_t{1} < starts.size() && starts[code + 1] <= sorted[i]) ++code;
+    codes[order[i]] = code;
   }
   return codes;
 }
 
 }  // namespace
 
-TimeCodes::TimeCodes(const Response& response, double tolerance)
-    : exitOrder(numerics::ascendingOrder(response.exit)),
-      entryOrder(numerics::ascendingOrder(response.entry)) {
-  time = chains(distinctTimes(response, exitOrder, entryOrder), tolerance);
-  exit = codesOf(response.exit, exitOrder, time);
+TimeCodes::TimeCodes(const Response& response, double tolerance) {
+  std::vector<double> exits;
+  std::vector<double> entries;
+  numerics::inParallel(2, [&](std::size_t which) {
+    if (which == 0) {
+      exitOrder = numerics::ascendingOrder(response.exit, exits);
+    } else {
+      entryOrder = numerics::ascendingOrder(response.entry, entries);
+    }
+  });
+  time = chains(distinctTimes(exits, entries), tolerance);
+  exit = codesOf(exits, exitOrder, time);
   if (entryOrder.empty()) return;
-  entry = codesOf(response.entry, entryOrder, time);
+  entry = codesOf(entries, entryOrder, time);
   for (std::size_t i = 0; i < exit.size(); ++i) {
     if (entry[i] == exit[i]) {
       throw Refusal(Role::kEntry, i, "entry and exit differ by no more than the tolerance of ties");
