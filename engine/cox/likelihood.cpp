@@ -2,6 +2,7 @@
 
 #include "engine/cox/chunks.h"
 #include "engine/cox/means.h"
+#include "engine/cox/recentred.h"
 
 namespace survmeth::engine::cox {
 namespace {
@@ -67,30 +68,37 @@ void derivatives(const Problem& problem, const Hazards& hazards, Ties ties,
   }
   const RowTerms rows(problem, hazards, factor,
                       factor.empty() ? std::span<const double>(hazards.cumulative) : weighted);
-  // Of each part of the rows its own sums, which are added up in the parts' order.
+  // Of each part of the rows its own sums, which are added up in the parts' order; those of the means
+  // beside those of the rows.
   const Chunks chunks(problem.x);
   std::vector<std::vector<double>> gradients(chunks.count(), gradient);
-  std::vector<SquareMatrix> informations(chunks.count(), information);
+  std::vector<SquareMatrix> squares(chunks.count(), information);
+  std::vector<SquareMatrix> squaresOfMeans(chunks.count(), information);
   chunks.inParallel([&](std::size_t chunk, std::size_t begin, std::size_t end) {
     if (a.lateEntry()) {
       for (std::size_t block = end; block-- > begin;) {
-        rows.add(block, gradients[chunk], informations[chunk]);
+        rows.add(block, gradients[chunk], squares[chunk]);
       }
       return;
     }
     BackwardMeans means(problem, hazards, ties, factor, end);
     for (std::size_t block = end; block-- > begin;) {
-      rows.add(block, gradients[chunk], informations[chunk]);
-      means.subtract(block, informations[chunk]);
+      rows.add(block, gradients[chunk], squares[chunk]);
+      means.subtract(block, squaresOfMeans[chunk]);
     }
   });
+  std::vector<double> whole(problem.columns(), 0.0);
   for (std::size_t chunk = 0; chunk < chunks.count(); ++chunk) {
     for (std::size_t j = 0; j < gradient.size(); ++j) {
       gradient[j] += gradients[chunk][j];
-      for (std::size_t k = 0; k <= j; ++k) information(j, k) += informations[chunk](j, k);
+      whole[j] += squares[chunk](j, j);
+      for (std::size_t k = 0; k <= j; ++k) {
+        information(j, k) += squares[chunk](j, k) + squaresOfMeans[chunk](j, k);
+      }
     }
   }
   if (a.lateEntry()) subtractMeans(problem, hazards, ties, factor, information);
+  recentre(problem, hazards, ties, factor, whole, gradient, information);
   numerics::mirror(information);
 }
 

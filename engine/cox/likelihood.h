@@ -20,7 +20,8 @@ namespace survmeth::engine::cox {
 //
 // In   factor   none, or one number for each event time that multiplies its terms
 // Out  gradient[p], information p x p; terms of the exact methods at tied times are not in them
-// Cost O(n p^2); without late entry in one pass with memory for two blocks, else with memory for
+// Cost O(n p^2), several times that where the two terms nearly cancel; memory for two blocks and two
+//      matrices for each part of the rows, with late entry for
 //      p numbers an event time
 void derivatives(const Problem& problem, const Hazards& hazards, Ties ties,
                  std::span<const double> factor, std::vector<double>& gradient,

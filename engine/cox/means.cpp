@@ -18,6 +18,11 @@ SURVMETH_HOT void scaleRows(const double* sums, const double* scale, std::size_t
   for (std::size_t i = 0; i < rows; ++i) out[i] = sums[i] * scale[i];
 }
 
+SURVMETH_HOT void gatherRows(const double* sums, const double* scale, const std::uint32_t* row,
+                             std::size_t count, double* out) {
+  for (std::size_t m = 0; m < count; ++m) out[m] = sums[row[m]] * scale[m];
+}
+
 }  // namespace
 
 MeanTerms meanTerms(const TieMoments& moments) {
@@ -112,28 +117,37 @@ void BackwardMeans::addTerms(std::size_t k, bool tied, std::size_t row) {
       {Kind::kTied, row, scale, terms.mean, times * terms.weight, times * terms.failingWeight, 0});
 }
 
-// Where the means stand: at their rows, or side by side where there are few.
+// Where the means stand: at their rows, or side by side where that saves more of their outer products
+// than it takes to bring them there.
 void BackwardMeans::placeMeans(std::size_t rows) {
+  singles_ = 0;
   count_ = 0;
   for (const Action& action : actions_) {
-    count_ += action.kind == Kind::kSingle ? 1 : action.kind == Kind::kTied ? 2 : 0;
+    if (action.kind == Kind::kSingle) ++singles_;
+    if (action.kind == Kind::kTied) count_ += 2;
   }
-  dense_ = 3 * count_ > rows;
+  count_ += singles_;
+  dense_ = 3 * count_ > rows && (rows - std::min(rows, count_)) * problem_.columns() < 16 * rows;
   if (dense_) {
     std::fill(scale_, scale_ + kBlock, 0.0);
     std::fill(weight_, weight_ + kBlock + 1, 0.0);
   }
-  std::size_t next = 0;
+  std::size_t single = 0;
+  std::size_t tied = singles_;
   for (Action& action : actions_) {
-    if (action.kind != Kind::kSingle && action.kind != Kind::kTied) continue;
-    action.slot = dense_ ? action.row : next;
-    weight_[action.slot] = action.weight;
-    if (action.kind == Kind::kTied) weight_[action.slot + 1] = action.failingWeight;
-    if (action.kind == Kind::kSingle && dense_) scale_[action.row] = action.scale;
-    next += action.kind == Kind::kTied ? 2 : 1;
+    if (action.kind == Kind::kSingle) {
+      const std::size_t slot = dense_ ? action.row : single;
+      weight_[slot] = action.weight;
+      scale_[slot] = action.scale;
+      row_[single++] = static_cast<std::uint32_t>(action.row);
+    } else if (action.kind == Kind::kTied) {
+      action.slot = dense_ ? action.row : tied;
+      weight_[action.slot] = action.weight;
+      weight_[action.slot + 1] = action.failingWeight;
+      tied += 2;
+    }
   }
-  if (!dense_) return;
-  count_ = weight_[kBlock] == 0.0 ? rows : kBlock + 1;
+  if (dense_) count_ = weight_[kBlock] == 0.0 ? rows : kBlock + 1;
   // Those of one event are formed all at once.
   std::erase_if(actions_, [](const Action& action) { return action.kind == Kind::kSingle; });
 }
@@ -143,7 +157,11 @@ void BackwardMeans::formMeans(const double* sums, std::size_t j) {
   const auto put = [&](std::size_t slot, double value) {
     (slot < kBlock ? means[slot] : extra_[j]) = value;
   };
-  if (dense_) scaleRows(sums, scale_, std::min(count_, kBlock), means);
+  if (dense_) {
+    scaleRows(sums, scale_, std::min(count_, kBlock), means);
+  } else {
+    gatherRows(sums, scale_, row_, singles_, means);
+  }
   double& others = others_[j];
   for (const Action& action : actions_) {
     switch (action.kind) {
@@ -154,7 +172,6 @@ void BackwardMeans::formMeans(const double* sums, std::size_t j) {
         others = sums[action.row];
         break;
       case Kind::kSingle:
-        means[action.slot] = sums[action.row] * action.scale;
         break;
       case Kind::kTied: {
         const double failing = sums[action.row] - others;

@@ -3,6 +3,7 @@
 #define ENGINE_COX_MEANS_H_
 
 #include <cstddef>
+#include <cstdint>
 #include <span>
 #include <vector>
 
@@ -65,10 +66,12 @@ class BackwardMeans {
   // other rows may stand in the next block.
   double weight_[kBlock + 1] = {};
   std::size_t count_ = 0;
-  // Where many rows are events of their own their means stand where the rows do: the scale of every
-  // row, 0 for the others.
+  // Rows that fail alone. Where they are many their means stand where the rows do, with a scale for
+  // every row, 0 for the others; else side by side, with the scale and the row of each.
   bool dense_ = false;
+  std::size_t singles_ = 0;
   double scale_[kBlock] = {};
+  std::uint32_t row_[kBlock] = {};
 };
 
 // value[i] = risk times column j.

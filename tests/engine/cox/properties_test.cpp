@@ -214,5 +214,23 @@ TEST(CoxProperty, OffsetsFarApartInOneStratumAreTwoSamplesOneAfterTheOther) {
   expectSame(both.fit(), apart.fit());
 }
 
+TEST(CoxProperty, RowsOfNoWeightThatLieFarAwayChangeNothing) {
+  // Two samples one after the other, the rows of the second of no weight beside those of the first
+  // and 256 away from them: within the risk sets nothing has changed. The covariates keep their
+  // bits, which end at 2^-32.
+  CoxData near = simulated(300, 40, 11);
+  for (auto& column : near.columns) {
+    for (double& value : column) value = std::round(value * 0x1p32) * 0x1p-32;
+  }
+  near.offset.resize(300);
+  for (std::size_t i = 0; i < 300; ++i) {
+    near.offset[i] = i < 150 ? 40.0 : -40.0;
+    if (i >= 150) near.exit[i] += 100.0;
+  }
+  CoxData far = near;
+  for (std::size_t i = 0; i < 150; ++i) far.columns[0][i] += 256.0;
+  expectSame(near.fit(), far.fit());
+}
+
 }  // namespace
 }  // namespace survmeth
