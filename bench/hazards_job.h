@@ -20,6 +20,7 @@ enum class HazardsShape {
   kRight,  // time, status
   kEntry,  // time, status, entry
   kPairs,  // time, status, pair
+  kSets,   // time, status, matched set: two cases and two controls
 };
 
 struct HazardsModel {
@@ -27,8 +28,8 @@ struct HazardsModel {
     const std::size_t before = shape == HazardsShape::kRight ? 2 : 3;
     for (const double status : raw[1]) event.push_back(status != 0.0 ? 1 : 0);
     if (shape == HazardsShape::kEntry) entry = raw[2];
-    if (shape == HazardsShape::kPairs) {
-      for (const double pair : raw[2]) stratum.push_back(static_cast<std::uint32_t>(pair));
+    if (shape == HazardsShape::kPairs || shape == HazardsShape::kSets) {
+      for (const double set : raw[2]) stratum.push_back(static_cast<std::uint32_t>(set));
     }
     columns.assign(raw.begin() + static_cast<std::ptrdiff_t>(before), raw.end());
     for (std::size_t j = 0; j < columns.size(); ++j) {
@@ -41,12 +42,13 @@ struct HazardsModel {
   HazardsModel(const HazardsModel&) = delete;
   HazardsModel& operator=(const HazardsModel&) = delete;
 
-  void fit(bool robust) {
+  void fit(bool robust, engine::cox::Ties ties = engine::cox::Ties::kEfron) {
     engine::Rows rows;
     rows.stratum = stratum;
     rows.strata = time.size() / 2;
     engine::cox::Options options;
     options.robust = robust;
+    options.ties = ties;
     numerics::Progress progress;
     result = engine::cox::fit({entry, time, event, 1}, rows, design, options, progress);
   }
@@ -92,6 +94,11 @@ inline Columns hazardsColumns(int n, int covariates, HazardsShape shape) {
       columns[0].back() = i % 2 == 0 ? 1.0 : 2.0;
       columns[1].back() = i % 2 == 0 ? 1.0 : 0.0;
       columns[2].push_back(static_cast<double>(i) / 2.0 - (i % 2) / 2.0);
+    }
+    if (shape == HazardsShape::kSets) {
+      columns[0].back() = 1.0;
+      columns[1].back() = i % 4 < 2 ? 1.0 : 0.0;
+      columns[2].push_back(static_cast<double>(i / 4));
     }
   }
   return columns;

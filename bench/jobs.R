@@ -79,6 +79,10 @@ jobs <- list(
   hazards_pairs = hazards(3, function(data) {
     coxph(Surv(time, status) ~ X + strata(third), data)
   }),
+  hazards_sets = hazards(3, function(data) coxph(Surv(time, status) ~ X + strata(third), data)),
+  hazards_discrete = hazards(3, function(data) {
+    coxph(Surv(time, status) ~ X + strata(third), data, ties = "exact")
+  }),
   param_fit = list(
     prepare = weibull_data,
     run = function(data) {

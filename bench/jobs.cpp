@@ -4,8 +4,11 @@
 //   bench_jobs list                  a line for each job: its name and the columns of its file
 //   bench_jobs make JOB ROWS FILE    writes the raw columns as doubles, one after the other
 //   bench_jobs time JOB FILE RUNS    prints "seconds" with the processor time of each run, "peak"
-//                                    with the most memory the process had, in bytes, and "result"
-//                                    lines that R has to agree with
+//                                    with the most memory the process had, in bytes, "grown" with
+//                                    what of it one analysis took beside its data, and "result" lines
+//                                    that R has to agree with
+//   bench_jobs threads JOB FILE RUNS prints "one" and "two" with the seconds that passed in each run
+//                                    on one thread and on two, in turns
 //   bench_jobs command PROGRAM ...   runs a program, its output dropped, and prints the seconds
 //                                    that passed, the processor's, and "peak" as above: a small
 //                                    process has to start it, because what the starting one holds
@@ -38,6 +41,7 @@
 #include "bench/param_job.h"
 #include "bench/roc_job.h"
 #include "bench/validation_job.h"
+#include "numerics/threads.h"
 
 namespace {
 
@@ -117,7 +121,7 @@ Columns coxColumns(int rows, int covariates, bool weeks) {
   return columns;
 }
 
-enum class HazardsPart { kFit, kRobust, kAll };
+enum class HazardsPart { kFit, kDiscrete, kRobust, kAll };
 using bench::HazardsShape;
 
 template <HazardsPart kPart, HazardsShape kShape>
@@ -126,6 +130,8 @@ struct Hazards : Analysis {
   void run() override {
     if (kPart == HazardsPart::kAll) {
       model.analyse();
+    } else if (kPart == HazardsPart::kDiscrete) {
+      model.fit(false, survmeth::engine::cox::Ties::kDiscrete);
     } else {
       model.fit(kPart == HazardsPart::kRobust);
     }
@@ -359,6 +365,8 @@ const std::vector<Job>& jobs() {
       hazards<HazardsPart::kRobust>("hazards_robust", kCovariates),
       hazards<HazardsPart::kFit, HazardsShape::kEntry>("hazards_entry", kFewCovariates),
       hazards<HazardsPart::kFit, HazardsShape::kPairs>("hazards_pairs", kFewCovariates),
+      hazards<HazardsPart::kFit, HazardsShape::kSets>("hazards_sets", kFewCovariates),
+      hazards<HazardsPart::kDiscrete, HazardsShape::kSets>("hazards_discrete", kFewCovariates),
       job<ParamFit>("param_fit", 2 + kCovariates, paramColumns),
       job<ParamEvaluation>("param_iteration", 2 + kCovariates, paramColumns),
       job<CumInc>("incidence", 2, [](int n) { return riskColumns(n, 1); }),
@@ -380,6 +388,22 @@ const std::vector<Job>& jobs() {
 
 double processorSeconds() { return static_cast<double>(std::clock()) / CLOCKS_PER_SEC; }
 
+// Of this process now, in bytes.
+double residentMemory() {
+  double pages = 0.0;
+  if (std::FILE* file = std::fopen("/proc/self/statm", "r")) {
+    if (std::fscanf(file, "%*f %lf", &pages) != 1) pages = 0.0;
+    std::fclose(file);
+  }
+  return pages * static_cast<double>(sysconf(_SC_PAGESIZE));
+}
+
+double peakMemory() {
+  rusage usage{};
+  getrusage(RUSAGE_SELF, &usage);
+  return static_cast<double>(usage.ru_maxrss) * 1024.0;
+}
+
 // Seconds of one analysis, as the mean of `count` that run one after the other.
 double timed(const Job& job, const Columns& raw, int count, Results* results) {
   std::vector<std::unique_ptr<Analysis>> fresh;
@@ -392,18 +416,47 @@ double timed(const Job& job, const Columns& raw, int count, Results* results) {
 }
 
 int timeJob(const Job& job, const std::string& path, int runs) {
+  survmeth::numerics::setThreads(1);
   const Columns raw = bench::readColumns(path, job.columns);
   Results results;
-  const double once = timed(job, raw, 1, &results);
+  double held = 0.0;
+  double once = 0.0;
+  {
+    const std::unique_ptr<Analysis> first = job.prepare(raw);
+    held = residentMemory();
+    const double start = processorSeconds();
+    first->run();
+    once = processorSeconds() - start;
+  }
+  const double grown = peakMemory() - held;
   constexpr double atLeast = 0.02;  // seconds, far above the resolution of the clock
   constexpr double most = 2000.0;
   const int count = static_cast<int>(std::clamp(atLeast / std::max(once, 1e-9), 1.0, most));
   std::printf("seconds");
   for (int k = 0; k < runs; ++k) std::printf(" %.9g", timed(job, raw, count, &results));
-  rusage usage{};
-  getrusage(RUSAGE_SELF, &usage);
-  std::printf("\npeak %ld\n", usage.ru_maxrss * 1024L);
+  std::printf("\npeak %.0f\ngrown %.0f\n", peakMemory(), grown);
   for (const auto& [name, value] : results) std::printf("result %s %.15g\n", name.c_str(), value);
+  return 0;
+}
+
+int timeThreads(const Job& job, const std::string& path, int runs) {
+  const Columns raw = bench::readColumns(path, job.columns);
+  std::vector<double> taken[2];
+  for (int run = 0; run < runs; ++run) {
+    for (const unsigned count : {1U, 2U}) {
+      survmeth::numerics::setThreads(count);
+      const std::unique_ptr<Analysis> analysis = job.prepare(raw);
+      const auto start = std::chrono::steady_clock::now();
+      analysis->run();
+      const std::chrono::duration<double> passed = std::chrono::steady_clock::now() - start;
+      taken[count - 1].push_back(passed.count());
+    }
+  }
+  for (const int count : {1, 2}) {
+    std::printf(count == 1 ? "one" : "two");
+    for (const double seconds : taken[count - 1]) std::printf(" %.9g", seconds);
+    std::printf("\n");
+  }
   return 0;
 }
 
@@ -431,8 +484,10 @@ int runCommand(char** command) {
 }
 
 int usage() {
-  std::fputs("usage: bench_jobs list | make JOB ROWS FILE | time JOB FILE RUNS | command ...\n",
-             stderr);
+  std::fputs(
+      "usage: bench_jobs list | make JOB ROWS FILE | time JOB FILE RUNS |\n       bench_jobs "
+      "threads JOB FILE RUNS | command ...\n",
+      stderr);
   return 2;
 }
 
@@ -451,6 +506,9 @@ int run(const std::vector<std::string>& arguments) {
   }
   if (arguments[0] == "time" && std::atoi(arguments[3].c_str()) > 0) {
     return timeJob(*job, arguments[2], std::atoi(arguments[3].c_str()));
+  }
+  if (arguments[0] == "threads" && std::atoi(arguments[3].c_str()) > 0) {
+    return timeThreads(*job, arguments[2], std::atoi(arguments[3].c_str()));
   }
   return usage();
 }

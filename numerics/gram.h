@@ -3,7 +3,9 @@
 #ifndef NUMERICS_GRAM_H_
 #define NUMERICS_GRAM_H_
 
+#include <algorithm>
 #include <cstddef>
+#include <memory>
 #include <span>
 #include <vector>
 
@@ -20,6 +22,20 @@ class BlockedColumns {
   BlockedColumns() = default;
   BlockedColumns(std::size_t rows, std::size_t columns)
       : rows_(rows), columns_(columns), values_(blocks() * kBlock * columns, 0.0) {}
+
+  // Rows that are yet to be filled in: memory that nobody has touched. Those that fill up the last
+  // block are 0.
+  static BlockedColumns unfilled(std::size_t rows, std::size_t columns) {
+    BlockedColumns result;
+    result.rows_ = rows;
+    result.columns_ = columns;
+    result.values_ = Values(result.blocks() * kBlock * columns);
+    for (std::size_t j = 0; j < columns && rows > 0; ++j) {
+      const std::size_t last = result.blocks() - 1;
+      std::fill(result.column(last, j) + result.rowsOf(last), result.column(last, j) + kBlock, 0.0);
+    }
+    return result;
+  }
 
   std::size_t rows() const { return rows_; }
   std::size_t columns() const { return columns_; }
@@ -40,8 +56,19 @@ class BlockedColumns {
   }
 
  private:
+  // Leaves elements that are not given a value as they are.
+  struct Untouched : std::allocator<double> {
+    template <typename Other>
+    struct rebind {
+      using other = Untouched;
+    };
+    void construct(double*) const {}
+    void construct(double* at, double value) const { *at = value; }
+  };
+  using Values = std::vector<double, Untouched>;
+
   std::size_t rows_ = 0, columns_ = 0;
-  std::vector<double> values_;
+  Values values_;
 };
 
 // result[i] += sum over j of coefficient[j] x(i, j), the columns in their order.

@@ -61,7 +61,7 @@ Problem::Problem(const Response& response, const Rows& rows, const Design& desig
                  double tieTolerance)
     : arrangement(checked(response, rows, design), rows, tieTolerance),
       sums(arrangement),
-      x(arrangement.rows(), design.size()),
+      x(numerics::BlockedColumns::unfilled(arrangement.rows(), design.size())),
       centres(arrangement.strata() * design.size()),
       spread(design.size(), 0.0),
       size(design.size(), 0.0),

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "numerics/threads.h"
+
 namespace survmeth::engine::risk {
 namespace {
 
@@ -30,6 +32,16 @@ std::vector<std::uint32_t> byStratum(const std::vector<std::uint32_t>& order, co
   return sorted;
 }
 
+// Calls work(0) ... work(count - 1), which read what the caller's order has scattered.
+template <typename Work>
+void inParts(std::size_t count, const Work& work) {
+  constexpr std::size_t kRows = 1 << 14;
+  numerics::inParallel((count + kRows - 1) / kRows, [&](std::size_t part) {
+    const std::size_t stop = std::min(count, (part + 1) * kRows);
+    for (std::size_t i = part * kRows; i < stop; ++i) work(i);
+  });
+}
+
 }  // namespace
 
 Arrangement::Arrangement(const Response& response, const Rows& rows, double tieTolerance) {
@@ -39,21 +51,21 @@ Arrangement::Arrangement(const Response& response, const Rows& rows, double tieT
   const std::size_t n = source.size();
 
   exitCode.resize(n);
-  for (std::size_t i = 0; i < n; ++i) exitCode[i] = codes.exit[source[i]];
+  inParts(n, [&](std::size_t i) { exitCode[i] = codes.exit[source[i]]; });
   eventsFirst(response, starts);
 
   weight.resize(n, 1.0);
   event.resize(n);
   end.resize(n);
   rowStratum.resize(n);
-  for (std::size_t i = 0; i < n; ++i) {
-    event[i] = response.event[source[i]] != 0 ? 1 : 0;
-    if (!rows.weight.empty()) weight[i] = rows.weight[source[i]];
-    weighted = weighted || weight[i] != 1.0;
+  inParts(n, [&](std::size_t i) { event[i] = response.event[source[i]] != 0 ? 1 : 0; });
+  if (!rows.weight.empty()) {
+    inParts(n, [&](std::size_t i) { weight[i] = rows.weight[source[i]]; });
+    weighted = std::any_of(weight.begin(), weight.end(), [](double w) { return w != 1.0; });
   }
   if (!rows.offset.empty()) {
     offset.resize(n);
-    for (std::size_t i = 0; i < n; ++i) offset[i] = rows.offset[source[i]];
+    inParts(n, [&](std::size_t i) { offset[i] = rows.offset[source[i]]; });
   }
   for (std::size_t s = 0; s + 1 < starts.size(); ++s) {
     if (starts[s] == starts[s + 1]) continue;
@@ -85,9 +97,11 @@ Arrangement::Arrangement(const Response& response, const Rows& rows, double tieT
   codeTime = std::move(codes.time);
   if (response.entry.empty()) return;
   entryCode.resize(n);
-  for (std::size_t i = 0; i < n; ++i) entryCode[i] = codes.entry[source[i]];
   std::vector<std::uint32_t> position(response.rows());
-  for (std::size_t i = 0; i < n; ++i) position[source[i]] = static_cast<std::uint32_t>(i);
+  inParts(n, [&](std::size_t i) {
+    entryCode[i] = codes.entry[source[i]];
+    position[source[i]] = static_cast<std::uint32_t>(i);
+  });
   const std::vector<std::uint32_t> byEntry = byStratum(codes.entryOrder, rows, starts);
   first.resize(n);
   bool late = false;

@@ -4,7 +4,6 @@
 
 #include "engine/risk/arrangement.h"
 #include "numerics/order.h"
-#include "numerics/threads.h"
 
 namespace survmeth::engine::risk {
 namespace {
@@ -58,13 +57,8 @@ std::vector<std::uint32_t> codesOf(const std::vector<double>& sorted,
 TimeCodes::TimeCodes(const Response& response, double tolerance) {
   std::vector<double> exits;
   std::vector<double> entries;
-  numerics::inParallel(2, [&](std::size_t which) {
-    if (which == 0) {
-      exitOrder = numerics::ascendingOrder(response.exit, exits);
-    } else {
-      entryOrder = numerics::ascendingOrder(response.entry, entries);
-    }
-  });
+  exitOrder = numerics::ascendingOrder(response.exit, exits);
+  entryOrder = numerics::ascendingOrder(response.entry, entries);
   time = chains(distinctTimes(exits, entries), tolerance);
   exit = codesOf(exits, exitOrder, time);
   if (entryOrder.empty()) return;
