@@ -32,6 +32,43 @@ SineCosine sineCosine(double angle) {
   return exchanged ? SineCosine{small.cosine, small.sine} : small;
 }
 
+// The angle in [0, pi / 2] with this sine and cosine, by Newton's method from the smaller one.
+double angleOf(double sine, double cosine) {
+  const bool exchanged = sine > cosine;
+  const double y = exchanged ? cosine : sine;  // at most sqrt(1/2): the angle at most pi / 4
+  double x = y;
+  for (int step = 0; step < 6; ++step) {
+    const auto [s, c] = sineCosine(std::min(x, 0.5 * kQuarterTurn));
+    x += (y - s) / c;
+  }
+  return exchanged ? kQuarterTurn - x : x;
+}
+
+struct Transformed {
+  double value, error;
+};
+
+Transformed transformed(const SurvivalAt& at, Scale scale) {
+  const double s = at.survival;
+  const double e = std::sqrt(at.logVariance);
+  if (!(s > 0.0) || (!(s < 1.0) && scale != Scale::kPlain)) return {kAbsent, kAbsent};
+  switch (scale) {
+    case Scale::kPlain:
+      return {s, s * e};
+    case Scale::kLog:
+      return {numerics::log(s), e};
+    case Scale::kLogLog: {
+      const double logSurvival = numerics::log(s);
+      return {numerics::log(-logSurvival), -e / logSurvival};
+    }
+    case Scale::kLogit:
+      return {numerics::log(s) - numerics::log1p(-s), e / (1.0 - s)};
+    case Scale::kArcsine:
+      break;
+  }
+  return {angleOf(std::sqrt(s), std::sqrt(1.0 - s)), 0.5 * e * std::sqrt(s / (1.0 - s))};
+}
+
 Interval arcsineLimits(double survival, double spread) {
   const double root = std::sqrt(survival);
   const double other = std::sqrt(1.0 - survival);
@@ -108,6 +145,13 @@ Contrast ratio(double estimate, double standardErrorOfLog, double z) {
     result.pValue = 2.0 * CDFNormalStd(-std::fabs(result.z));
   }
   return result;
+}
+
+Contrast compareAt(const SurvivalAt& first, const SurvivalAt& second, Scale scale, double level) {
+  const Transformed a = transformed(first, scale);
+  const Transformed b = transformed(second, scale);
+  return difference(b.value - a.value, std::sqrt(a.error * a.error + b.error * b.error),
+                    normalQuantile(level));
 }
 
 }  // namespace survmeth::engine::curves

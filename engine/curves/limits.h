@@ -49,6 +49,16 @@ Interval hazardLimits(double hazard, double standardError, double z, Scale scale
 Contrast difference(double estimate, double standardError, double z);
 Contrast ratio(double estimate, double standardErrorOfLog, double z);
 
+// The second survival less the first at one time, of independent groups, each transformed: S, log S,
+// log(-log S), log(S / (1 - S)) or arcsin(sqrt S). `logVariance` is that of log S, as a curve has it.
+//
+// Edge nothing where S is 0 or 1, but for plain at 1
+// Source Klein, Logan, Harhoff & Andersen, Stat Med 26 (2007) 4505-4519
+struct SurvivalAt {
+  double survival = kAbsent, logVariance = kAbsent;
+};
+Contrast compareAt(const SurvivalAt& first, const SurvivalAt& second, Scale scale, double level);
+
 }  // namespace survmeth::engine::curves
 
 #endif  // ENGINE_CURVES_LIMITS_H_

@@ -134,6 +134,40 @@ TEST(Means, DifferencesAndRatiosAreThoseOfTheFormulas) {
   EXPECT_EQ(at, expected.size());
 }
 
+TEST(FixedTime, DifferencesAreThoseOfThePublishedTransforms) {
+  using engine::curves::Scale;
+  const std::vector<double> expected = cells("fixed");
+  std::size_t at = 0;
+  for (const std::string name : {"lung", "veteran"}) {
+    const CurveData data = test::curveData(name, name == "lung" ? "male" : "test", "", "");
+    const auto curves = data.curves();
+    engine::curves::SurvivalAt side[2];
+    for (std::size_t g = 0; g < 2; ++g) {
+      const std::size_t i = indexAt(curves[g], name == "lung" ? 365 : 90);
+      side[g] = {curves[g].survival[i], curves[g].logVariance[i]};
+    }
+    for (const Scale scale :
+         {Scale::kPlain, Scale::kLog, Scale::kLogLog, Scale::kLogit, Scale::kArcsine}) {
+      const Contrast c = engine::curves::compareAt(side[0], side[1], scale, 0.95);
+      for (const double value : {c.estimate, c.standardError, c.lower, c.upper, c.pValue}) {
+        // A difference of two numbers of the size of 1 in units of its error of some 0.1.
+        EXPECT_NEAR(value, expected.at(at), 1e-12) << name << " " << at;
+        ++at;
+      }
+    }
+  }
+  EXPECT_EQ(at, expected.size());
+}
+
+TEST(FixedTime, WithoutASurvivalBetweenZeroAndOneThereIsNoTransform) {
+  using engine::curves::Scale;
+  const engine::curves::SurvivalAt one{1.0, 0.0};
+  const engine::curves::SurvivalAt half{0.5, 0.04};
+  EXPECT_TRUE(std::isnan(engine::curves::compareAt(one, half, Scale::kLogLog, 0.95).estimate));
+  EXPECT_EQ(engine::curves::compareAt(one, half, Scale::kPlain, 0.95).estimate, -0.5);
+  EXPECT_NEAR(engine::curves::compareAt(one, half, Scale::kPlain, 0.95).z, -5, 1e-15);
+}
+
 TEST(HazardRates, AreThoseOfThePublishedFormulas) {
   const std::map<std::string, double> bandwidth = {
       {"lung", 120}, {"veteran", 80}, {"kidtran", 600}};

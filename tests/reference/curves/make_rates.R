@@ -24,6 +24,12 @@ for (name in c("lung", "veteran")) { d <- read(name); group <- c(lung="male", ve
   add("means", own(m[[2]] - m[[1]], sqrt(sum(e^2)))); add("means", onLog(m[[2]] / m[[1]], sqrt(sum((e / m)^2))))
   l <- tau - m; add("means", onLog(l[[2]] / l[[1]], sqrt(sum((e / l)^2)))) }
 
+# Survival of the second group less that of the first at one time, transformed (Klein, Logan, Harhoff & Andersen 2007).
+for (name in c("lung", "veteran")) { d <- read(name); group <- c(lung="male", veteran="test")[name]
+  r <- summary(survfit(as.formula(paste("Surv(time, event) ~", group)), d), times=c(lung=365, veteran=90)[[name]]); S <- r$surv; e <- r$std.err / S
+  for (x in list(list(S, S * e), list(log(S), e), list(log(-log(S)), e / abs(log(S))), list(log(S / (1 - S)), e / (1 - S)), list(asin(sqrt(S)), e / 2 * sqrt(S / (1 - S))))) {
+    y <- diff(x[[1]]); se <- sqrt(sum(x[[2]]^2)); add("fixed", c(y, se, y - qnorm(0.975) * se, y + qnorm(0.975) * se, 2 * pnorm(-abs(y / se)))) } }
+
 # Smoothed hazards: Klein & Moeschberger (2003), 6.2, formulas 6.2.1 to 6.2.8.
 for (name in c("lung", "veteran", "kidtran")) { d <- read(name); b <- c(lung=120, veteran=80, kidtran=600)[[name]]; f <- survfit(Surv(time, event) ~ 1, d)
   ok <- f$n.event > 0; t <- f$time[ok]; dH <- (f$n.event / f$n.risk)[ok]; dV <- (f$n.event / f$n.risk^2)[ok]; last <- max(t)

@@ -1,0 +1,118 @@
+#include "engine/curves/pooled.h"
+
+#include <algorithm>
+
+#include "numerics/doubleDouble.h"
+
+namespace survmeth::engine::curves {
+namespace {
+
+// Rows by stratum, their order within a stratum kept; rows of weight 0 left out.
+std::vector<std::uint32_t> byStratum(const std::vector<std::uint32_t>& order, const Rows& rows) {
+  std::vector<std::uint32_t> sorted;
+  sorted.reserve(order.size());
+  for (const std::uint32_t row : order) {
+    if (rows.weight.empty() || rows.weight[row] > 0.0) sorted.push_back(row);
+  }
+  if (rows.stratum.empty()) return sorted;
+  std::vector<std::size_t> next(rows.strata + 1, 0);
+  for (const std::uint32_t row : sorted) ++next[rows.stratum[row] + std::size_t{1}];
+  for (std::size_t s = 0; s < rows.strata; ++s) next[s + 1] += next[s];
+  std::vector<std::uint32_t> result(sorted.size());
+  for (const std::uint32_t row : sorted) result[next[rows.stratum[row]]++] = row;
+  return result;
+}
+
+}  // namespace
+
+Pooled::Pooled(const Response& response, const Rows& rows, const Groups& allGroups,
+               double tieTolerance)
+    : input(rows), groups(allGroups) {
+  check(response, rows, groups, "Tests of equal survival");
+  if (!rows.weight.empty() && rows.weightKind == WeightKind::kSampling) {
+    throw Refusal(Role::kWeight, Refusal::kNone,
+                  "Tests of equal survival take no sampling weights");
+  }
+  if (!rows.cluster.empty()) {
+    throw Refusal(Role::kCluster, Refusal::kNone, "Tests of equal survival take no clusters");
+  }
+  risk::TimeCodes codes(response, tieTolerance);
+  byExit = byStratum(codes.exitOrder, rows);
+  byEntry = byStratum(codes.entryOrder, rows);
+  exit = std::move(codes.exit);
+  entry = std::move(codes.entry);
+  event.resize(response.rows());
+  for (std::size_t i = 0; i < event.size(); ++i) event[i] = response.event[i] != 0 ? 1 : 0;
+}
+
+StratumRows nextStratum(const Pooled& pooled, StratumRows& rest) {
+  const std::uint32_t stratum = pooled.stratumOf(rest.byExit.front());
+  // Strata stand in ascending order.
+  const auto end =
+      std::partition_point(rest.byExit.begin(), rest.byExit.end(),
+                           [&](std::uint32_t row) { return pooled.stratumOf(row) == stratum; });
+  const auto count = static_cast<std::size_t>(end - rest.byExit.begin());
+  const std::size_t entries = rest.byEntry.empty() ? 0 : count;
+  const StratumRows rows{rest.byExit.first(count), rest.byEntry.first(entries)};
+  rest = {rest.byExit.subspan(count), rest.byEntry.subspan(entries)};
+  return rows;
+}
+
+std::vector<PooledTime> eventTimes(const Pooled& pooled, const StratumRows& rows) {
+  using numerics::DoubleDouble;
+  std::vector<PooledTime> times;
+  DoubleDouble atRisk;
+  std::size_t count = 0;
+  std::size_t entering = rows.byEntry.size();
+  for (std::size_t i = rows.byExit.size(); i > 0;) {
+    const std::uint32_t code = pooled.exit[rows.byExit[i - 1]];
+    for (; entering > 0 && pooled.entry[rows.byEntry[entering - 1]] >= code; --entering) {
+      atRisk = atRisk - pooled.weightOf(rows.byEntry[entering - 1]);
+      --count;
+    }
+    DoubleDouble events;
+    std::size_t eventRows = 0;
+    if (count == 0) atRisk = {};
+    for (; i > 0 && pooled.exit[rows.byExit[i - 1]] == code; --i) {
+      const std::uint32_t row = rows.byExit[i - 1];
+      DoubleDouble& to = pooled.event[row] != 0 ? events : atRisk;
+      to = to + pooled.weightOf(row);
+      eventRows += pooled.event[row];
+      ++count;
+    }
+    if (eventRows > 0) {
+      const bool all = eventRows == count;
+      const double surviving = all ? 0.0 : atRisk.hi;
+      times.push_back({code, all ? events.hi : (atRisk + events).hi, events.hi, surviving});
+    }
+    atRisk = atRisk + events;
+  }
+  std::reverse(times.begin(), times.end());
+  return times;
+}
+
+std::vector<GroupShare> sharesOf(const Pooled& pooled, const StratumRows& rows,
+                                 std::span<const PooledTime> times, std::uint32_t group) {
+  using numerics::DoubleDouble;
+  std::vector<GroupShare> shares(times.size());
+  DoubleDouble atRisk;
+  std::size_t exits = rows.byExit.size();
+  std::size_t entering = rows.byEntry.size();
+  for (std::size_t k = times.size(); k-- > 0;) {
+    DoubleDouble events;
+    for (; exits > 0 && pooled.exit[rows.byExit[exits - 1]] >= times[k].code; --exits) {
+      const std::uint32_t row = rows.byExit[exits - 1];
+      if (pooled.groups[row] != group) continue;
+      atRisk = atRisk + pooled.weightOf(row);
+      if (pooled.event[row] != 0) events = events + pooled.weightOf(row);
+    }
+    for (; entering > 0 && pooled.entry[rows.byEntry[entering - 1]] >= times[k].code; --entering) {
+      const std::uint32_t row = rows.byEntry[entering - 1];
+      if (pooled.groups[row] == group) atRisk = atRisk - pooled.weightOf(row);
+    }
+    shares[k] = {std::max(atRisk.hi, events.hi), events.hi};
+  }
+  return shares;
+}
+
+}  // namespace survmeth::engine::curves

@@ -1,0 +1,58 @@
+// Strata in the order of time: what the tests of equal survival run over.
+#ifndef ENGINE_CURVES_POOLED_H_
+#define ENGINE_CURVES_POOLED_H_
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <vector>
+
+#include "engine/curves/sample.h"
+
+namespace survmeth::engine::curves {
+
+// The caller's rows with the codes of their times, and their order within strata.
+struct Pooled {
+  Pooled(const Response& response, const Rows& rows, const Groups& groups, double tieTolerance);
+
+  std::uint32_t stratumOf(std::uint32_t row) const {
+    return input.stratum.empty() ? 0 : input.stratum[row];
+  }
+  double weightOf(std::uint32_t row) const {
+    return input.weight.empty() ? 1.0 : input.weight[row];
+  }
+
+  Rows input;
+  Groups groups;
+  std::vector<std::uint8_t> event;             // of the caller's rows
+  std::vector<std::uint32_t> exit, entry;      // codes; entry empty without entries
+  std::vector<std::uint32_t> byExit, byEntry;  // rows of positive weight by stratum, then time
+};
+
+// An event time of one stratum.
+struct PooledTime {
+  std::uint32_t code;
+  double atRisk, events, surviving;
+};
+
+// Rows of one stratum within orders like Pooled's.
+struct StratumRows {
+  std::span<const std::uint32_t> byExit, byEntry;
+};
+
+// The next stratum's rows at the front of the two orders, which are shortened by them.
+StratumRows nextStratum(const Pooled& pooled, StratumRows& rest);
+
+// Event times of the stratum, ascending.
+std::vector<PooledTime> eventTimes(const Pooled& pooled, const StratumRows& rows);
+
+// Of one group at each of these times: weight at risk and weight of the events.
+struct GroupShare {
+  double atRisk = 0.0, events = 0.0;
+};
+std::vector<GroupShare> sharesOf(const Pooled& pooled, const StratumRows& rows,
+                                 std::span<const PooledTime> times, std::uint32_t group);
+
+}  // namespace survmeth::engine::curves
+
+#endif  // ENGINE_CURVES_POOLED_H_
