@@ -10,6 +10,7 @@
 
 #include "analysis/all.h"
 #include "analysis/curveFigure.h"
+#include "analysis/curveReadings.h"
 #include "analysis/curveTables.h"
 #include "analysis/lifeTable.h"
 #include "analysis/survivalCurves.h"
@@ -40,6 +41,8 @@ struct Request {
   Printed table = Printed::kNone;
   std::optional<double> width;
   std::vector<double> bounds;
+  std::vector<double> quantiles, at;
+  std::optional<double> tau;
 
   bool intervals() const { return width || !bounds.empty(); }
 };
@@ -52,6 +55,7 @@ struct Result {
   std::size_t zeroWeights = 0;
   CurveResult survival;
   std::vector<std::vector<LifeInterval>> intervals;  // where they are asked for
+  Readings readings;                                 // likewise
 };
 
 void check(const Request& request) {
@@ -123,6 +127,8 @@ Result fit(const frame::Frame& data, const Request& request, numerics::Progress&
   }
   try {
     result.survival = survivalCurves({survival, request.alpha, request.limits});
+    result.readings = readingsOf(survival, {request.quantiles, request.at, request.tau},
+                                 request.alpha, request.limits);
     if (request.intervals()) {
       result.intervals = lifeTables(
           {survival, request.alpha, request.limits, request.width.value_or(0), request.bounds});
@@ -237,6 +243,7 @@ report::Report describe(const Result& result, const Request& request) {
   report.figures = {survivalFigure(result.survival, request.limits, names)};
   report.methods = methodsOf(result, request);
   report.notes = notesOf(result);
+  describeReadings(result.readings, names, report);
   return report;
 }
 
@@ -274,6 +281,20 @@ Declaration lifeDeclaration() {
                 .ascending = true,
                 .expected = "ascending numbers from 0, separated by commas"},
                "Bounds of the actuarial table's intervals")
+      .numbers("quantiles", &Request::quantiles,
+               {.least = 0,
+                .most = 1,
+                .open = true,
+                .ascending = true,
+                .expected = "ascending numbers between 0 and 1, separated by commas"},
+               "Shares that have failed: the times by which they have, with limits")
+      .numbers("at", &Request::at,
+               {.least = 0,
+                .ascending = true,
+                .expected = "ascending numbers from 0, separated by commas"},
+               "Times at which survival is given, with limits")
+      .number("tau", &Request::tau, above(0),
+              "Time to which mean survival is restricted; the groups against the first", "T")
       .details(
           "Product-limit curves, Greenwood variance, log-log limits; the median is where a curve "
           "crosses 1/2, its limits where the curve's limits do. Files always hold the "
@@ -282,7 +303,8 @@ Declaration lifeDeclaration() {
       .example(
           "survmeth life data/leukemia.csv --time weeks --event relapse --table km --out results "
           "--plot curves.svg")
-      .tables({"summary", "tests", "events", "kaplanMeier", "actuarial"})
+      .tables({"summary", "tests", "events", "kaplanMeier", "actuarial", "quantiles", "survivalAt",
+               "restrictedMeans", "meanContrasts"})
       .figures({"survival"})
       .leastRows(2)
       .check(check)

@@ -33,7 +33,9 @@ std::vector<Reading> readings(const Curve& curve, std::span<const double> time, 
     Reading& reading = result.emplace_back();
     reading.time = t;
     const std::size_t at = indexAt(curve, t);
-    if (curve.time.empty() || (!extend && t > curve.time.back())) continue;
+    if (curve.time.empty()) continue;
+    // A curve that has ended at 0 stays there.
+    if (!extend && t > curve.time.back() && curve.survival.back() > 0.0) continue;
     if (at == curve.time.size()) {
       const Interval limits = survivalLimits(1.0, 0.0, scale);
       reading = {t, 1.0, 0.0, limits.lower, limits.upper, 0.0, 0.0};

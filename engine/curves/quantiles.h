@@ -23,6 +23,7 @@ struct Reading {
 //
 // In   time     finite, in any order
 //      extend   whether the last value is carried beyond the last time; else nothing is known there
+//               but a survival of 0
 // Edge a curve without times has no readings
 // Cost O(log n) a time
 std::vector<Reading> readings(const Curve& curve, std::span<const double> time, bool extend,

@@ -55,6 +55,14 @@ TEST(Readings, BeyondTheLastTimeNothingIsKnownUnlessCarriedOn) {
   EXPECT_DOUBLE_EQ(engine::curves::readings(curve, time, true, Scale::kLog)[4].survival, 1.0 / 3);
 }
 
+TEST(Readings, ACurveThatHasEndedAtZeroStaysThere) {
+  const Curve curve = small({1, 2}, {1, 1}).curves()[0];
+  const auto reading =
+      engine::curves::readings(curve, std::vector<double>{7}, false, Scale::kLog)[0];
+  EXPECT_EQ(reading.survival, 0);
+  EXPECT_TRUE(std::isnan(reading.upper));
+}
+
 TEST(RiskTable, CountsJustBeforeEachTimeAndUpToIt) {
   CurveData data = small({2, 3, 3, 5, 8}, {1, 1, 0, 0, 1});
   data.entry = {0, 0, 2, 1, 3};
