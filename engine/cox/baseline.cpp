@@ -23,22 +23,32 @@ void accumulate(const risk::Arrangement& a, std::vector<double>& value) {
 
 }  // namespace
 
-BaselineHazard::BaselineHazard(const Fit& fit) : fit_(fit) {
+BaselineHazard::BaselineHazard(const Fit& fit) {
   refuseExactTies(fit.ties, "cumulative hazards");
   const Problem& problem = *fit.problem;
   const risk::Arrangement& a = problem.arrangement;
   Hazards hazards;
   hazardsAt(problem, fit.ties, fit.working, hazards);
-  shift_ = hazards.shift;
-  hazard_ = hazards.increment;
-  variance_.resize(a.times());
+  sums_.stratum = a.stratumCode;
+  sums_.firstTime.assign(a.stratumTime.begin(), a.stratumTime.end());
+  for (std::size_t s = 0; s < a.strata(); ++s) {
+    sums_.lastTime.push_back(a.codeTime[a.exitCode[a.stratumRow[s + 1] - 1]]);
+  }
+  sums_.time = a.time;
+  sums_.shift = hazards.shift;
+  sums_.centre = problem.centres;
+  sums_.coefficients = fit.working;
+  sums_.column = fit.column;
+  sums_.covariance = fit.inference();
+  sums_.hazard = hazards.increment;
+  sums_.variance.resize(a.times());
   std::vector<TieMoments> moments(a.times());
   for (std::size_t k = 0; k < a.times(); ++k) {
     moments[k] = tieMoments(problem, hazards, fit.ties, k);
-    variance_[k] = moments[k].u2 / (hazards.all(k) * hazards.all(k));
+    sums_.variance[k] = moments[k].u2 / (hazards.all(k) * hazards.all(k));
   }
-  accumulate(a, hazard_);
-  accumulate(a, variance_);
+  accumulate(a, sums_.hazard);
+  accumulate(a, sums_.variance);
   std::vector<double> value(a.rows());
   std::vector<double> others(a.times());
   std::vector<double> failing(a.times());
@@ -52,50 +62,91 @@ BaselineHazard::BaselineHazard(const Fit& fit) : fit_(fit) {
           (moments[k].u2 * (others[k] / whole) + moments[k].u2f * (failing[k] / whole)) / whole;
     }
     accumulate(a, mean);
-    mean_.push_back(std::move(mean));
+    sums_.mean.push_back(std::move(mean));
   }
 }
 
-const std::vector<std::uint32_t>& BaselineHazard::strata() const {
-  return fit_.problem->arrangement.stratumCode;
-}
+// Covariates and an offset in one stratum.
+class BaselineHazard::Subject {
+ public:
+  Subject(const HazardSums& sums, std::span<const double> x, double offset, std::uint32_t stratum)
+      : sums_(sums), away_(sums.column.size()), q_(sums.column.size()) {
+    const auto found = std::lower_bound(sums.stratum.begin(), sums.stratum.end(), stratum);
+    if (found == sums.stratum.end() || *found != stratum) {
+      throw Refusal(Role::kStrata, Refusal::kNone,
+                    "stratum " + std::to_string(stratum) + " has no rows in the fit");
+    }
+    stratum_ = static_cast<std::size_t>(found - sums.stratum.begin());
+    double predictor = offset - sums.shift[stratum_];
+    for (std::size_t j = 0; j < away_.size(); ++j) {
+      away_[j] = x[j] - sums.centre[stratum_ * away_.size() + j];
+      if (sums.column[j] != Column::kAliased) predictor += away_[j] * sums.coefficients[j];
+      infinite_ = infinite_ || sums.column[j] == Column::kInfinite;
+    }
+    risk_ = numerics::exp(predictor);
+  }
+
+  std::size_t begin() const { return sums_.firstTime[stratum_]; }
+  std::size_t end() const { return sums_.firstTime[stratum_ + 1]; }
+  double lastTime() const { return sums_.lastTime[stratum_]; }
+
+  // Just after event time k.
+  HazardValue after(std::size_t k) {
+    const std::size_t p = away_.size();
+    for (std::size_t j = 0; j < p; ++j) {
+      q_[j] = away_[j] * sums_.hazard[k] - sums_.mean[j][k];
+    }
+    double variance = sums_.variance[k];
+    for (std::size_t j = 0; j < p; ++j) {
+      for (std::size_t m = 0; m < p; ++m) {
+        if (sums_.column[j] == Column::kAliased || sums_.column[m] == Column::kAliased) continue;
+        variance += q_[j] * q_[m] * sums_.covariance(j, m);
+      }
+    }
+    return {risk_ * sums_.hazard[k], infinite_ ? kAbsent : risk_ * std::sqrt(variance)};
+  }
+
+ private:
+  const HazardSums& sums_;
+  std::vector<double> away_, q_;
+  std::size_t stratum_ = 0;
+  double risk_ = 0;
+  bool infinite_ = false;
+};
 
 CumulativeHazard BaselineHazard::at(std::span<const double> x, double offset,
                                     std::uint32_t stratum) const {
-  const Problem& problem = *fit_.problem;
-  const risk::Arrangement& a = problem.arrangement;
-  const auto found = std::lower_bound(strata().begin(), strata().end(), stratum);
-  if (found == strata().end() || *found != stratum) {
-    throw Refusal(Role::kStrata, Refusal::kNone,
-                  "stratum " + std::to_string(stratum) + " has no rows in the fit");
-  }
-  const auto s = static_cast<std::size_t>(found - strata().begin());
-  const std::size_t p = problem.columns();
-  std::vector<double> away(p);
-  double predictor = offset - shift_[s];
-  bool infinite = false;
-  for (std::size_t j = 0; j < p; ++j) {
-    away[j] = x[j] - problem.centre(s, j);
-    if (fit_.column[j] != Column::kAliased) predictor += away[j] * fit_.working[j];
-    infinite = infinite || fit_.column[j] == Column::kInfinite;
-  }
-  const double risk = numerics::exp(predictor);
+  Subject subject(sums_, x, offset, stratum);
   CumulativeHazard result;
-  std::vector<double> q(p);
-  for (std::size_t k = a.stratumTime[s]; k < a.stratumTime[s + 1]; ++k) {
-    result.time.push_back(a.time[k]);
-    result.hazard.push_back(risk * hazard_[k]);
-    for (std::size_t j = 0; j < p; ++j) q[j] = away[j] * hazard_[k] - mean_[j][k];
-    double variance = variance_[k];
-    for (std::size_t j = 0; j < p; ++j) {
-      for (std::size_t m = 0; m < p; ++m) {
-        if (fit_.column[j] == Column::kAliased || fit_.column[m] == Column::kAliased) continue;
-        variance += q[j] * q[m] * fit_.inference()(j, m);
-      }
-    }
-    result.standardError.push_back(infinite ? kAbsent : risk * std::sqrt(variance));
+  for (std::size_t k = subject.begin(); k < subject.end(); ++k) {
+    const HazardValue value = subject.after(k);
+    result.time.push_back(sums_.time[k]);
+    result.hazard.push_back(value.hazard);
+    result.standardError.push_back(value.standardError);
   }
   return result;
+}
+
+std::vector<HazardValue> BaselineHazard::at(std::span<const double> x, double offset,
+                                            std::uint32_t stratum,
+                                            std::span<const double> times) const {
+  Subject subject(sums_, x, offset, stratum);
+  const auto first = sums_.time.begin() + static_cast<std::ptrdiff_t>(subject.begin());
+  const auto last = sums_.time.begin() + static_cast<std::ptrdiff_t>(subject.end());
+  std::vector<HazardValue> values;
+  for (const double time : times) {
+    if (time > subject.lastTime()) {
+      values.push_back({kAbsent, kAbsent});
+      continue;
+    }
+    const auto next = std::upper_bound(first, last, time);
+    if (next == first) {
+      values.push_back({});
+    } else {
+      values.push_back(subject.after(static_cast<std::size_t>(next - sums_.time.begin()) - 1));
+    }
+  }
+  return values;
 }
 
 }  // namespace survmeth::engine::cox

@@ -2,8 +2,10 @@
 #ifndef ENGINE_COX_BASELINE_H_
 #define ENGINE_COX_BASELINE_H_
 
+#include <cstddef>
 #include <cstdint>
 #include <span>
+#include <utility>
 #include <vector>
 
 #include "engine/cox/fit.h"
@@ -17,8 +19,28 @@ struct CumulativeHazard {
   std::vector<double> standardError;  // of the hazard; NaN where a coefficient is infinite
 };
 
-// What the hazards at any covariates are made of. Breslow's estimate under Breslow's ties, Efron's
-// under Efron's.
+// What the hazards at any covariates are made of: all of it that the rows of the fit had to say. K
+// event times, numbered through as the arrangement has them, S strata with rows, p columns.
+struct HazardSums {
+  std::vector<std::uint32_t> stratum;     // S, the caller's codes, ascending
+  std::vector<std::size_t> firstTime;     // S + 1: first event time of each; all times
+  std::vector<double> lastTime;           // S, the last exit, event or not
+  std::vector<double> time;               // K
+  std::vector<double> hazard, variance;   // K, sums within the stratum, in its shifted unit
+  std::vector<std::vector<double>> mean;  // p x K, sums of increments times means
+  std::vector<double> shift;              // S
+  std::vector<double> centre;             // S x p, what was taken from the covariates
+  std::vector<double> coefficients;       // p; 0 for aliased columns
+  std::vector<Column> column;             // p
+  numerics::SquareMatrix covariance;      // p x p, that of inference
+};
+
+// One value of a cumulative hazard.
+struct HazardValue {
+  double hazard = 0, standardError = 0;
+};
+
+// Breslow's estimate under Breslow's ties, Efron's under Efron's.
 //
 // Edge refuses the exact treatments of ties
 // Cost O(n p) once; a hazard at K times takes O(K p^2)
@@ -27,9 +49,12 @@ struct CumulativeHazard {
 class BaselineHazard {
  public:
   explicit BaselineHazard(const Fit& fit);
+  // As it was, without the rows.
+  explicit BaselineHazard(HazardSums sums) : sums_(std::move(sums)) {}
 
   // The caller's codes of the strata that have rows, ascending.
-  const std::vector<std::uint32_t>& strata() const;
+  const std::vector<std::uint32_t>& strata() const { return sums_.stratum; }
+  const HazardSums& sums() const { return sums_; }
 
   // The hazard at covariates x and an offset in one stratum. With x of zeros it is the baseline;
   // the covariates' means give the centred one.
@@ -38,11 +63,16 @@ class BaselineHazard {
   //      stratum  a caller's code; one without rows is refused
   CumulativeHazard at(std::span<const double> x, double offset, std::uint32_t stratum) const;
 
+  // The same at these times, one each: 0 before the stratum's first event, absent after its last
+  // exit.
+  // Cost O(p^2 + log K) a time
+  std::vector<HazardValue> at(std::span<const double> x, double offset, std::uint32_t stratum,
+                              std::span<const double> times) const;
+
  private:
-  Fit fit_;
-  std::vector<double> hazard_, variance_;  // times: sums within the stratum, in its shifted unit
-  std::vector<std::vector<double>> mean_;  // columns: sums of increments times means
-  std::vector<double> shift_;              // strata
+  class Subject;
+
+  HazardSums sums_;
 };
 
 }  // namespace survmeth::engine::cox
