@@ -30,7 +30,13 @@
 #include "numerics/progress.h"
 #include "report/report.h"
 
+namespace survmeth::report {
+class JsonWriter;
+}
+
 namespace survmeth::analysis {
+
+struct JsonNode;
 
 // What of a report is described at all: a face that shows no figure has none made.
 struct Parts {
@@ -43,6 +49,8 @@ struct Fitted {
   std::shared_ptr<const void> result;
   report::Report report;
 };
+
+struct Lasting;
 
 struct Declaration {
   std::string name;
@@ -68,7 +76,25 @@ struct Declaration {
   std::function<Fitted(const frame::Frame&, const void* request, numerics::Progress&, const Parts&)>
       run;
 
+  // How a result is kept for follow-ups; nullptr: it is not.
+  std::shared_ptr<const Lasting> lasting;
+  // Of a follow-up: gives its request what lasts of the result that it follows.
+  std::function<void(void* request, std::shared_ptr<const void> lasting)> follow;
+
   const Option* find(const std::string& option) const;  // or nullptr
+};
+
+// What lasts of a result, in a file (savedFit.h), and the analysis of new data that follows from it.
+struct Lasting {
+  // In   data   those of the result
+  // Throws BadOption where nothing can follow from the result
+  std::function<std::shared_ptr<const void>(const frame::Frame& data, const void* result,
+                                            const void* request)>
+      of;
+  std::function<void(const void* lasting, report::JsonWriter&)> write;  // members of an object
+  // Throws JsonError.
+  std::function<std::shared_ptr<const void>(const JsonNode& model)> read;
+  Declaration predict;
 };
 
 // The columns that a request asks for, in the order of the options, of those that there are.
@@ -284,6 +310,36 @@ class Declaring {
       std::function<std::vector<std::uint32_t>(const frame::Frame&, const Request&)> rows) {
     made_.completeRows = [rows = std::move(rows)](const frame::Frame& data, const void* request) {
       return rows(data, *static_cast<const Request*>(request));
+    };
+    return *this;
+  }
+  // What lasts of a result, and the follow-up that takes it.
+  template <class Saved>
+  Declaring& save(std::function<Saved(const frame::Frame&, const Result&, const Request&)> of,
+                  std::function<void(const Saved&, report::JsonWriter&)> write,
+                  std::function<Saved(const JsonNode&)> read, Declaration predict) {
+    auto lasting = std::make_shared<Lasting>();
+    lasting->of = [of = std::move(of)](const frame::Frame& data, const void* result,
+                                       const void* request) -> std::shared_ptr<const void> {
+      return std::make_shared<const Saved>(
+          of(data, *static_cast<const Result*>(result), *static_cast<const Request*>(request)));
+    };
+    lasting->write = [write = std::move(write)](const void* saved, report::JsonWriter& json) {
+      write(*static_cast<const Saved*>(saved), json);
+    };
+    lasting->read = [read = std::move(read)](const JsonNode& model) -> std::shared_ptr<const void> {
+      return std::make_shared<const Saved>(read(model));
+    };
+    lasting->predict = std::move(predict);
+    made_.lasting = std::move(lasting);
+    return *this;
+  }
+  // Of a follow-up: where its request keeps what lasts.
+  template <class Saved>
+  Declaring& follows(std::shared_ptr<const Saved> Request::*member) {
+    made_.follow = [member](void* request, std::shared_ptr<const void> lasting) {
+      static_cast<Request*>(request)->*member =
+          std::static_pointer_cast<const Saved>(std::move(lasting));
     };
     return *this;
   }

@@ -8,9 +8,11 @@
 #include <utility>
 #include <vector>
 
+#include "analysis/savedFit.h"
 #include "cli/figures.h"
 #include "cli/outputs.h"
 #include "cli/perform.h"
+#include "cli/run.h"
 #include "cli/shell/problem.h"
 #include "cli/version.h"
 #include "report/csv.h"
@@ -30,6 +32,8 @@ using analysis::Option;
 // What a person typed: the analysis' own options by name, and those that all share.
 struct Typed {
   std::string file;
+  std::string fit;   // of a follow-up: the saved fit
+  std::string save;  // where what lasts of the result goes
   std::map<std::string, std::vector<std::string>> options;
   bool json = false, quiet = false;
   std::string out, html;
@@ -79,14 +83,20 @@ void addOutputs(CLI::App& app, const Declaration& declaration, Typed& typed) {
       ->type_name("FILE");
   app.add_option("--out", typed.out, "Write the tables as CSV files into this folder")
       ->type_name("DIR");
+  if (declaration.lasting) {
+    app.add_option("--save", typed.save, "Write the fit to this file, for survmeth predict")
+        ->type_name("FIT");
+  }
   if (!declaration.figures.empty()) addLooks(app, declaration.figures, typed.looks);
   addDigits(app, typed.digits);
   app.add_flag("--quiet", typed.quiet, "Leave out the notes on standard error");
 }
 
 // The request, of what was typed.
-std::shared_ptr<void> requestOf(const Declaration& declaration, const Typed& typed) {
+std::shared_ptr<void> requestOf(const Declaration& declaration, const Typed& typed,
+                                std::shared_ptr<const void> followed) {
   std::shared_ptr<void> request = declaration.request();
+  if (followed) declaration.follow(request.get(), std::move(followed));
   for (const Option& option : declaration.options) {
     const std::vector<std::string>& texts = typed.options.at(option.name);
     if (texts.empty()) continue;
@@ -100,6 +110,8 @@ std::shared_ptr<void> requestOf(const Declaration& declaration, const Typed& typ
 // Every file that is asked for, before any work.
 void reserve(const Declaration& declaration, const Typed& typed, Session& session) {
   session.output.input(typed.file);
+  if (!typed.fit.empty()) session.output.input(typed.fit);
+  if (!typed.save.empty()) session.output.reserve("--save", typed.save);
   for (const Option& option : declaration.options) {
     if (option.table.empty() || typed.options.at(option.name).empty()) continue;
     session.output.reserve("--" + option.name, typed.options.at(option.name).front());
@@ -138,18 +150,21 @@ analysis::Parts partsOf(const Declaration& declaration, const Typed& typed) {
           .figures = !typed.looks.plot.empty() || !typed.html.empty()};
 }
 
-void run(const Declaration& declaration, const Typed& typed, Session& session) {
+void run(const Declaration& declaration, const Typed& typed, Session& session,
+         std::shared_ptr<const void> followed = nullptr) {
   std::shared_ptr<void> request;
   analysis::Fitted fitted;
+  std::string saved;
   try {
-    request = requestOf(declaration, typed);
+    request = requestOf(declaration, typed, std::move(followed));
     reserve(declaration, typed, session);
     fitted = perform({declaration, request.get(), typed.reading, typed.file, typed.file,
-                      partsOf(declaration, typed)});
+                      partsOf(declaration, typed), typed.save.empty() ? nullptr : &saved});
   } catch (const analysis::BadOption& bad) {
     throw problemOf(bad);
   }
   const report::Report& report = fitted.report;
+  if (!typed.save.empty()) session.output.file(typed.save, std::move(saved));
   writeTables(declaration, typed, report, session);
   plot(typed.looks, report, session);
   if (!typed.html.empty()) {
@@ -167,6 +182,15 @@ void run(const Declaration& declaration, const Typed& typed, Session& session) {
   for (const report::Note& note : report.notes) session.note(note.text);
 }
 
+std::string footerOf(const Declaration& declaration) {
+  std::string footer = declaration.examples.empty() ? "" : "Example:\n";
+  for (const std::string& example : declaration.examples) footer += "  " + example + "\n";
+  if (!declaration.details.empty()) footer += "\n" + declaration.details + "\n";
+  return footer +
+         "Rows with a missing cell in a column asked for are left out and counted.\n"
+         "docs/data.md says how data are read.";
+}
+
 }  // namespace
 
 Run addAnalysis(CLI::App& app, const Declaration& declaration) {
@@ -176,13 +200,34 @@ Run addAnalysis(CLI::App& app, const Declaration& declaration) {
       ->type_name("");
   addOwn(app, declaration, *typed);
   addOutputs(app, declaration, *typed);
-  std::string footer = declaration.examples.empty() ? "" : "Example:\n";
-  for (const std::string& example : declaration.examples) footer += "  " + example + "\n";
-  if (!declaration.details.empty()) footer += "\n" + declaration.details + "\n";
-  app.footer(footer +
-             "Rows with a missing cell in a column asked for are left out and counted.\n"
-             "docs/data.md says how data are read.");
+  app.footer(footerOf(declaration));
   return [typed, &declaration](Session& session) { run(declaration, *typed, session); };
+}
+
+Run addPredict(CLI::App& app) {
+  const auto typed = std::make_shared<Typed>();
+  app.add_option("FIT", typed->fit, "File that --save wrote")->required()->type_name("");
+  app.add_option("FILE", typed->file, "New data, as for the analysis; - is standard input")
+      ->required()
+      ->type_name("");
+  const Declaration* first = nullptr;
+  for (const Declaration& each : analysis::declarations()) {
+    if (!each.lasting) continue;
+    // All of them take the same options.
+    if (first == nullptr) addOwn(app, each.lasting->predict, *typed);
+    if (first == nullptr) first = &each.lasting->predict;
+  }
+  addOutputs(app, *first, *typed);
+  app.footer(footerOf(*first));
+  return [typed](Session& session) {
+    analysis::SavedFit saved;
+    try {
+      saved = analysis::readSavedFit(contentsOf(typed->fit));
+    } catch (const analysis::NoSavedFit& none) {
+      throw Problem((typed->fit == "-" ? "standard input" : typed->fit) + ": " + none.what());
+    }
+    run(saved.declaration->lasting->predict, *typed, session, saved.lasting);
+  };
 }
 
 }  // namespace cli

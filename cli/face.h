@@ -12,6 +12,9 @@ namespace cli {
 // reads the file, analyses it and collects the output.
 Run addAnalysis(CLI::App& app, const survmeth::analysis::Declaration& declaration);
 
+// survmeth predict: the follow-up of a saved fit, with new data.
+Run addPredict(CLI::App& app);
+
 }  // namespace cli
 
 #endif  // CLI_FACE_H_

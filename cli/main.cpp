@@ -99,6 +99,7 @@ int main(int argc, char** argv) {
     add(declaration.name, declaration.summary,
         [&](CLI::App& sub) { return cli::addAnalysis(sub, declaration); });
   }
+  add("predict", "Predictions for new data from a saved fit", cli::addPredict);
   add("run", "The analyses of a plan, one report", cli::addRun);
   add("selftest", "Compares results with those of other programs", cli::addSelftest);
   add("help", "The options of a command, as a page or for programs", cli::addHelp);

@@ -3,8 +3,10 @@
 #include <cstdint>
 #include <optional>
 
+#include "analysis/savedFit.h"
 #include "cli/shell/problem.h"
 #include "cli/shell/progress.h"
+#include "cli/version.h"
 #include "frame/reader.h"
 
 namespace cli {
@@ -60,6 +62,10 @@ analysis::Fitted perform(const Job& job) {
         analysis::analyse(job.declaration, data, job.request, progress, job.parts);
     if (job.name != job.file) fitted.report.data.name = job.name;
     analysis::echo(job.reading, fitted.report);
+    if (job.saved != nullptr) {
+      const auto lasting = job.declaration.lasting->of(data, fitted.result.get(), job.request);
+      *job.saved = analysis::savedFit(job.declaration, fitted.report, lasting.get(), kVersion);
+    }
     return fitted;
   } catch (const engine::Refusal& refusal) {
     throw placed(job, data, refusal);

@@ -17,6 +17,7 @@ struct Job {
   std::string file;  // where the data are
   std::string name;  // what the report calls them
   survmeth::analysis::Parts parts = {};
+  std::string* saved = nullptr;  // where what lasts of the result is wanted: the file's text
 };
 
 // Throws Problem and frame::Unreadable, each with file, line and column where there is one;

@@ -60,6 +60,11 @@ struct DesignColumns {
 
 class Coding {
  public:
+  Coding() = default;
+  // As it was learnt elsewhere; `variables` are the formula's.
+  Coding(Formula formula, std::vector<CodedVariable> variables)
+      : formula_(std::move(formula)), variables_(std::move(variables)) {}
+
   // Learns levels, knots and centres of the formula's variables.
   // Throws frame::ExpressionError: a wrong argument or an unknown column, with its place;
   // engine::Refusal (kFormula): a reference that no row holds, a value that is infinite (with its

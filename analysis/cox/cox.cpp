@@ -3,8 +3,10 @@
 #include <optional>
 
 #include "analysis/cox/describe.h"
+#include "analysis/cox/predict.h"
 #include "analysis/cox/request.h"
 #include "analysis/cox/run.h"
+#include "analysis/cox/saved.h"
 
 namespace survmeth::analysis {
 namespace {
@@ -136,6 +138,7 @@ Declaration coxDeclaration() {
       .example(
           "survmeth cox data/lung.csv --formula 'Surv(time, status) ~ age + sex + ph.ecog' --zph "
           "km");
+  made.save<CoxSaved>(coxSaved, writeCoxSaved, readCoxSaved, coxPredictDeclaration());
   return ended(made);
 }
 
