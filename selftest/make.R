@@ -143,6 +143,24 @@ write_case("cox-veteran", "Proportional hazards in lung cancer, stratified by ce
                   '"strata": "celltype", "ties": "breslow"'),
            cox_quantities(fit, c("karno", "age", "diagtime")))
 
+# Conditional logistic regression: R's clogit is coxph with exact ties ----
+infert <- read_data("infert.csv")
+fit <- clogit(case ~ spontaneous + induced + strata(stratum), infert, method = "exact",
+              control = control)
+s <- summary(fit)
+names <- c("spontaneous", "induced")
+write_case("clogit-infert", "Abortions before secondary infertility, matched sets",
+           software("survival"), "clogit", "infert.csv",
+           '"formula": "case ~ spontaneous + induced + strata(stratum)"',
+           lapply(seq_along(names), function(i) {
+             row <- list(name = names[i])
+             list(cell("coefficients", row, "coef", unname(coef(fit)[i]), "clogit", iterated),
+                  cell("coefficients", row, "standardError", sqrt(fit$var[i, i]), "clogit",
+                       iterated),
+                  cell("coefficients", row, "lower", s$conf.int[i, 3], "clogit", iterated),
+                  cell("coefficients", row, "upper", s$conf.int[i, 4], "clogit", iterated))
+           }))
+
 # Gray's test ----
 pbc <- read_data("pbc.csv")
 tests <- cuminc(pbc$time, pbc$status, pbc$stage)$Tests
