@@ -72,12 +72,6 @@ constexpr int kIntFills[] = {0, 0, 0, 77, INT_MIN, INT_MAX, -1, 1};
 
 }  // namespace
 
-void require(bool kept, const char* promise) {
-  if (kept) return;
-  std::fprintf(stderr, "promise not kept: %s\n", promise);
-  std::abort();
-}
-
 int Input::integer(int low, int high) {
   const unsigned b = byte();
   if (b >= 250) return kSpecialInts[byte() % std::size(kSpecialInts)];

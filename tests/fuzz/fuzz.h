@@ -15,10 +15,9 @@
 #include <string>
 #include <vector>
 
-namespace survmeth::fuzz {
+#include "tests/fuzz/require.h"
 
-// Stops the program where a promise is broken.
-void require(bool kept, const char* promise);
+namespace survmeth::fuzz {
 
 // What a column usually holds; any element may be anything all the same.
 enum class Likely { kTimes, kSorted, kStatus, kCodes, kGroups, kReal, kOnes, kProbabilities };
