@@ -158,6 +158,17 @@ class Declaring {
     option.wanted = std::move(wanted);
     return *this;
   }
+  // Columns of labels whose combinations are meant; one alone is a text in the plan.
+  Declaring& crossed(const char* name, std::vector<std::string> Request::*member, engine::Role role,
+                     const char* help) {
+    columns(name, member, role, analysis::labels(), help);
+    made_.options.back().get = [member](const void* request) -> std::optional<Setting> {
+      const std::vector<std::string>& names = static_cast<const Request*>(request)->*member;
+      if (names.empty()) return std::nullopt;
+      return names.size() == 1 ? Setting(names.front()) : Setting(names);
+    };
+    return *this;
+  }
   Declaring& flag(const char* name, bool Request::*member, const char* help) {
     add(name, Type::kFlag, engine::Role::kValue, "", help, member);
     return *this;

@@ -13,6 +13,7 @@
 #include "report/build.h"
 #include "report/keys.h"
 #include "report/numbers.h"
+#include "text/lists.h"
 #include "text/words.h"
 
 namespace survmeth::analysis {
@@ -27,7 +28,8 @@ using text::counted;
 using text::quote;
 
 struct Request {
-  std::string time, status, group, censor, event;
+  std::string time, status, censor, event;
+  std::vector<std::string> group;  // crossed
   double rho = 0;
 };
 
@@ -49,7 +51,8 @@ constexpr std::size_t kMostGroups = 100;
 Result fit(const frame::Frame& data, const Request& request, numerics::Progress& progress) {
   Result result;
   result.event = model::eventTypesOf(*data.labels(request.status), request.censor, request.event);
-  result.group = frame::labelsOf(*data.labels(request.group));
+  result.group = request.group.size() == 1 ? frame::labelsOf(*data.labels(request.group.front()))
+                                           : frame::crossedLabels(data, request.group);
   const std::size_t groups = result.group.labels.size();
   if (groups < 2 || groups > kMostGroups) {
     throw Refusal(Role::kGroup, Refusal::kNone,
@@ -104,10 +107,10 @@ void addNotes(const Result& result, report::Report& report) {
 }
 
 report::Table groupTable(const Result& result, const Request& request) {
-  report::Table table =
-      report::tableOf("groups", "Rows by group and status",
-                      {report::labelColumn(key::kGroup, request.group, result.group.labels),
-                       report::numberColumn(key::kN, "n", Kind::kCount, result.group.counts)});
+  report::Table table = report::tableOf(
+      "groups", "Rows by group and status",
+      {report::labelColumn(key::kGroup, text::joined(request.group), result.group.labels),
+       report::numberColumn(key::kN, "n", Kind::kCount, result.group.counts)});
   for (std::size_t i = 0; i < result.event.status.labels.size(); ++i) {
     const std::string& label = result.event.status.labels[i];
     table.columns.push_back(report::columnOf(
@@ -141,10 +144,10 @@ report::Table testTable(const Result& result) {
 
 report::Report describe(const Result& result, const Request& request) {
   report::Report report;
-  report.title = "Gray's test by " + request.group;
+  report.title = "Gray's test by " + text::joined(request.group);
   report.summary = "Is the cumulative incidence of each type of event the same in " +
-                   counted(result.group.labels.size(), "group", "groups") + " of " + request.group +
-                   "?";
+                   counted(result.group.labels.size(), "group", "groups") + " of " +
+                   text::joined(request.group) + "?";
   for (const Test& test : result.tests) {
     if (!test.result.reason.empty()) continue;
     report.summary += " " + result.event.status.labels[test.code] + ": " +
@@ -177,7 +180,8 @@ Declaration grayDeclaration() {
       .column("status", &Request::status, Role::kEvent, labels(),
               "Column that says how each row ends, text or numbers")
       .required()
-      .column("group", &Request::group, Role::kGroup, labels(), "Column of groups, text or numbers")
+      .crossed("group", &Request::group, Role::kGroup,
+               "Column of groups, text or numbers; of several each combination")
       .required()
       .label("censor", &Request::censor, "status", "The status of the censored, or none", "CODE")
       .without("0, censored, alive, no or false")

@@ -19,6 +19,7 @@
 #include "report/build.h"
 #include "report/keys.h"
 #include "report/numbers.h"
+#include "text/lists.h"
 #include "text/words.h"
 
 namespace survmeth::analysis {
@@ -34,7 +35,8 @@ using text::quote;
 enum class Printed { kNone, kKaplanMeier, kActuarial };
 
 struct Request {
-  std::string time, event, group, weight;
+  std::string time, event, weight;
+  std::vector<std::string> group;  // crossed
   std::vector<std::string> eventValues;
   double alpha = 0.05;
   CurveLimits limits = CurveLimits::kLogLog;
@@ -120,7 +122,8 @@ Result fit(const frame::Frame& data, const Request& request, numerics::Progress&
   }
   frame::Labels groups{{"all"}, {}, {data.rows}};
   if (!request.group.empty()) {
-    groups = frame::allLabelsOf(*data.labels(request.group));
+    groups = request.group.size() == 1 ? frame::allLabelsOf(*data.labels(request.group.front()))
+                                       : frame::crossedLabels(data, request.group);
     requireGroups(groups, survival.weight);
     survival.group = groups.codes;
     survival.groups = groups.labels.size();
@@ -219,9 +222,9 @@ std::string summaryOf(const Result& result, const CurveNames& names) {
 }
 
 report::Report describe(const Result& result, const Request& request) {
-  const CurveNames names{request.time, request.group, result.groups, request.alpha};
+  const CurveNames names{request.time, text::joined(request.group), result.groups, request.alpha};
   report::Report report;
-  report.title = request.group.empty() ? "Survival" : "Survival by " + request.group;
+  report.title = names.group.empty() ? "Survival" : "Survival by " + names.group;
   report.summary = summaryOf(result, names);
   std::string labels;
   for (const std::string& label : result.eventLabels) {
@@ -260,7 +263,8 @@ Declaration lifeDeclaration() {
       .required()
       .labels("event-value", &Request::eventValues, "event",
               "The values that are events, separated by commas; all others are censored", "V,W,...")
-      .column("group", &Request::group, Role::kGroup, labels(), "Column of groups, text or numbers")
+      .crossed("group", &Request::group, Role::kGroup,
+               "Column of groups, text or numbers; of several each combination")
       .column("weight", &Request::weight, Role::kWeight, numbersFrom(0),
               "Column of frequencies, numbers from 0")
       .alpha(&Request::alpha)

@@ -104,4 +104,37 @@ Labels labelsOf(const Column& column) {
   return made;
 }
 
+// Pairs are numbered in their order, so the codes stay below the number of rows.
+void cross(Labels& made, const Labels& more, const std::string& name) {
+  const bool isFirst = made.codes.empty();
+  using Pair = std::pair<std::uint32_t, std::uint32_t>;
+  std::vector<Pair> pairs;
+  pairs.reserve(more.codes.size());
+  for (std::size_t i = 0; i < more.codes.size(); ++i) {
+    pairs.emplace_back(isFirst ? 0 : made.codes[i], more.codes[i]);
+  }
+  std::vector<Pair> different = pairs;
+  std::sort(different.begin(), different.end());
+  different.erase(std::unique(different.begin(), different.end()), different.end());
+  Labels crossed;
+  for (const auto& [before, label] : different) {
+    const std::string start = isFirst ? std::string() : made.labels[before] + ", ";
+    crossed.labels.push_back(start + name + "=" + more.labels[label]);
+  }
+  crossed.counts.assign(different.size(), 0);
+  crossed.codes.reserve(pairs.size());
+  for (const Pair& pair : pairs) {
+    const auto found = std::lower_bound(different.begin(), different.end(), pair);
+    crossed.codes.push_back(static_cast<std::uint32_t>(found - different.begin()));
+    ++crossed.counts[crossed.codes.back()];
+  }
+  made = std::move(crossed);
+}
+
+Labels crossedLabels(const Frame& data, const std::vector<std::string>& names) {
+  Labels made;
+  for (const std::string& name : names) cross(made, labelsOf(*data.labels(name)), name);
+  return made;
+}
+
 }  // namespace survmeth::frame

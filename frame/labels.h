@@ -30,6 +30,14 @@ Labels allLabelsOf(const Column& column);
 // Those that rows hold.
 Labels labelsOf(const Column& column);
 
+// The combinations of `made` and one more column's labels that rows hold, "sex=f, rx=Obs", ordered
+// as the labels are, the earlier columns first. None may be missing. `made` begins empty.
+// Cost O(n log n), whatever the numbers of labels are.
+void cross(Labels& made, const Labels& more, const std::string& name);
+
+// The same of columns of `data` that hold labels.
+Labels crossedLabels(const Frame& data, const std::vector<std::string>& names);
+
 }  // namespace survmeth::frame
 
 #endif  // FRAME_LABELS_H_

@@ -81,38 +81,15 @@ void takeEvents(ModelData& made, const Formula& formula, const frame::Frame& dat
   made.note = std::move(answers.note);
 }
 
-// Crosses the strata so far with the labels of one more column. Pairs are numbered in their order,
-// so the codes stay below the number of rows whatever the numbers of labels are.
-void crossStrata(ModelData& made, const frame::Column& column, const std::string& name) {
-  const frame::Labels labels = frame::labelsOf(column);
-  const bool isFirst = made.stratum.empty();
-  using Pair = std::pair<std::uint32_t, std::uint32_t>;
-  std::vector<Pair> pairs;
-  for (std::size_t i = 0; i < labels.codes.size(); ++i) {
-    pairs.emplace_back(isFirst ? 0 : made.stratum[i], labels.codes[i]);
-  }
-  std::vector<Pair> different = pairs;
-  std::sort(different.begin(), different.end());
-  different.erase(std::unique(different.begin(), different.end()), different.end());
-  std::vector<std::string> names;
-  for (const auto& [before, label] : different) {
-    std::string start = isFirst ? std::string() : made.strataNames[before] + ", ";
-    names.push_back(std::move(start) + name + "=" + labels.labels[label]);
-  }
-  made.strataNames = std::move(names);
-  made.stratum.clear();
-  for (const Pair& pair : pairs) {
-    const auto found = std::lower_bound(different.begin(), different.end(), pair);
-    made.stratum.push_back(static_cast<std::uint32_t>(found - different.begin()));
-  }
-}
-
 void takeRows(ModelData& made, const Formula& formula, const frame::Frame& data) {
+  frame::Labels strata;
   for (std::size_t j = 0; j < formula.strata.size(); ++j) {
     const frame::Column column = columnOf(formula.strata[j], data, formula.text);
     requirePresent(column, Role::kStrata);
-    crossStrata(made, column, formula.strataNames[j]);
+    frame::cross(strata, frame::labelsOf(column), formula.strataNames[j]);
   }
+  made.stratum = std::move(strata.codes);
+  made.strataNames = std::move(strata.labels);
   if (formula.cluster) {
     const frame::Column column = columnOf(*formula.cluster, data, formula.text);
     requirePresent(column, Role::kCluster);

@@ -58,4 +58,10 @@ std::vector<std::string> listItems(const std::string& list, const std::string& i
   return found;
 }
 
+std::string joined(const std::vector<std::string>& items) {
+  std::string text;
+  for (const std::string& item : items) text += (text.empty() ? "" : ", ") + item;
+  return text;
+}
+
 }  // namespace survmeth::text

@@ -15,6 +15,9 @@ namespace survmeth::text {
 std::vector<std::string> listItems(const std::string& list, const std::string& items,
                                    bool mayRepeat = false);
 
+// "sex, rx".
+std::string joined(const std::vector<std::string>& items);
+
 }  // namespace survmeth::text
 
 #endif  // TEXT_LISTS_H_

@@ -75,5 +75,16 @@ TEST(Labels, OfNoRowsAreNone) {
   EXPECT_EQ(allLabelsOf(labelColumn("x", Type::kText, {}, {"a"})).counts, (Counts{0}));
 }
 
+TEST(CrossedLabels, AreTheCombinationsThatRowsHoldInTheOrderOfLabels) {
+  Frame data;
+  data.columns.push_back(labelColumn("sex", Type::kText, {1, 0, 1, 1}, {"m", "f"}));
+  data.columns.push_back(labelColumn("rx", Type::kText, {0, 1, 0, 2}, {"10", "9", "2"}));
+  data.rows = 4;
+  const Labels made = crossedLabels(data, {"sex", "rx"});
+  EXPECT_EQ(made.labels, (Strings{"sex=f, rx=2", "sex=f, rx=10", "sex=m, rx=9"}));
+  EXPECT_EQ(made.codes, (Codes{1, 2, 1, 0}));
+  EXPECT_EQ(made.counts, (Counts{1, 2, 1}));
+}
+
 }  // namespace
 }  // namespace survmeth::frame
