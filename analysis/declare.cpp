@@ -24,9 +24,9 @@ std::string shortNumber(double value) {
 
 // The columns that one option's setting names.
 std::vector<std::string> namesIn(const Option& option, const Setting& setting) {
-  if (option.type == Type::kColumn) return {std::get<std::string>(setting)};
-  if (option.type == Type::kColumns) return std::get<std::vector<std::string>>(setting);
-  return {};
+  if (option.type != Type::kColumn && option.type != Type::kColumns) return {};
+  if (const auto* name = std::get_if<std::string>(&setting)) return {*name};
+  return std::get<std::vector<std::string>>(setting);
 }
 
 // The labels that other options name in the column of `option`.
@@ -54,10 +54,7 @@ auto readingFormulas(const Declaration& declaration, const void* request, Action
       if (option.type != Type::kFormula) continue;
       const std::optional<Setting> setting = option.get(request);
       if (!setting || std::get<std::string>(*setting) != wrong.text()) continue;
-      const std::string marked = wrong.marked();
-      const std::size_t line = marked.find('\n') + 1;
-      throw BadOption(option.name, std::string(wrong.what()) + "\n    " + marked.substr(0, line) +
-                                       "    " + marked.substr(line));
+      throw BadOption(option.name, withPlace(wrong));
     }
     throw engine::Refusal(engine::Role::kFormula, engine::Refusal::kNone, wrong.what());
   }
@@ -109,8 +106,11 @@ report::Note leftOut(const frame::Frame& data, const std::vector<frame::Wanted>&
                std::to_string(column->missing) + ")";
     note.names.push_back(want.name);
   }
-  note.text = std::to_string(data.rowsRead - data.rows) + " of " + std::to_string(data.rowsRead) +
-              " rows left out: ";
+  const std::size_t chosen = data.rowsRead - data.rowsUnchosen;
+  note.text = std::to_string(chosen - data.rows) + " of " +
+              (data.rowsUnchosen > 0 ? "the " + std::to_string(chosen) + " chosen rows"
+                                     : std::to_string(chosen) + " rows") +
+              " left out: ";
   if (!columns.empty()) note.text += "missing in " + columns;
   if (incomplete == 0) return note;
   note.text += (columns.empty() ? "" : ", ") + std::string("without a value of the formula (") +
@@ -125,9 +125,10 @@ void requireRows(const Declaration& declaration, const frame::Frame& data, const
   std::string what;
   if (data.rowsRead == 0) {
     what = std::string("there are no rows of data") + (data.fromFile ? " below the header" : "");
-  } else if (data.rowsRead == data.rows) {
+  } else if (data.rowsRead - data.rowsUnchosen == data.rows) {
     what = (data.rows == 1 ? "there is only " : "there are only ") +
            text::counted(data.rows, "row", "rows");
+    if (data.rowsUnchosen > 0) what += " (" + data.remarks.back().text + ")";
   } else {
     what =
         (data.rows == 0 ? std::string("no row is complete")
@@ -224,9 +225,14 @@ Fitted analyse(const Declaration& declaration, const frame::Frame& data, const v
       report.plan.emplace_back(option.name, *setting);
     }
   }
-  if (used.rowsRead > used.rows) {
-    report.notes.insert(report.notes.begin(), leftOut(used, wanted, incomplete));
+  std::vector<report::Note> notes;
+  for (const frame::Remark& remark : data.remarks) {
+    notes.push_back({remark.code, remark.text, remark.names});
   }
+  if (used.rowsRead - used.rowsUnchosen > used.rows) {
+    notes.push_back(leftOut(used, wanted, incomplete));
+  }
+  report.notes.insert(report.notes.begin(), notes.begin(), notes.end());
   return fitted;
 }
 

@@ -90,6 +90,13 @@ const std::string& onlyText(const Option& option, const std::vector<std::string>
 
 }  // namespace
 
+std::string withPlace(const frame::ExpressionError& wrong) {
+  const std::string marked = wrong.marked();
+  const std::size_t line = marked.find('\n') + 1;
+  return std::string(wrong.what()) + "\n    " + marked.substr(0, line) + "    " +
+         marked.substr(line);
+}
+
 Setting settingOf(const Option& option, const std::vector<std::string>& texts) {
   if (option.type == Type::kFlag && option.table.empty()) return true;
   const std::string& text = onlyText(option, texts);

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "engine/input.h"
+#include "frame/expression.h"
 #include "frame/wanted.h"
 #include "report/report.h"
 
@@ -67,6 +68,9 @@ inline void requireAlone(bool both, const char* option, const char* other) {
   if (!both) return;
   throw BadOption(option, std::string("stands beside --") + other + "; expected one of the two");
 }
+
+// What is wrong with an expression and, below it, its text with a caret under the place.
+std::string withPlace(const frame::ExpressionError& wrong);
 
 // Reads what a person typed: `texts` as they came, one for each time the option stands, none for a
 // flag. Lists are separated by commas, an element in double quotes may hold some. Throws BadOption

@@ -7,20 +7,22 @@
 #include <vector>
 
 #include "analysis/option.h"
-#include "frame/missing.h"
+#include "frame/reading.h"
 #include "report/report.h"
 
 namespace survmeth::analysis {
 
 struct Reading {
   std::vector<std::string> missing;  // words of missing cells; empty: the common ones
+  std::string where;                 // the condition that rows have to meet; empty: all rows
+  std::string delimiter;             // a sign or its name; empty: by header and first rows
+  std::string decimal;               // . or ,; empty: by the first rows
 
-  frame::Missing missingCells() const {
-    return missing.empty() ? frame::Missing() : frame::Missing(missing);
-  }
+  frame::Reading frame() const;
 };
 
-// Each bound to a member of Reading. Their names are no analysis' options.
+// Each bound to a member of Reading. Their names are no analysis' options. Setting one may throw
+// BadOption.
 const std::vector<Option>& readingOptions();
 const Option* findReadingOption(const std::string& name);  // or nullptr
 

@@ -7,6 +7,7 @@
 
 #include "analysis/declarationsJson.h"
 #include "analysis/declare.h"
+#include "analysis/reading.h"
 #include "cli/shell/problem.h"
 #include "cli/version.h"
 
@@ -51,7 +52,12 @@ std::string pageOf(const Declaration& declaration) {
     page += (i == 0 ? " Figures: `" : ", `") + declaration.figures[i] + "`";
   }
   if (!declaration.figures.empty()) page += ".";
-  return page + " [Layout and keys](../report.md), [data](../data.md).\n";
+  page += " [Layout and keys](../report.md).\n\nOf the [data](../data.md):";
+  const auto& reading = survmeth::analysis::readingOptions();
+  for (std::size_t i = 0; i < reading.size(); ++i) {
+    page += (i > 0 ? ", `--" : " `--") + reading[i].name + "`";
+  }
+  return page + ".\n";
 }
 
 const Declaration& named(const std::string& name) {

@@ -7,6 +7,7 @@
 #include "cli/shell/problem.h"
 #include "cli/shell/progress.h"
 #include "cli/version.h"
+#include "frame/expression.h"
 #include "frame/reader.h"
 
 namespace cli {
@@ -23,7 +24,7 @@ frame::Frame read(const Job& job) {
       [&](const std::vector<std::string>& header) {
         return analysis::wantedColumns(job.declaration, job.request, header);
       },
-      job.reading.missingCells(),
+      job.reading.frame(),
       [&](std::uint64_t done, std::uint64_t total) {
         if (!progress) {
           progress.emplace("reading " + (job.file == "-" ? "standard input" : job.file), total);
@@ -55,7 +56,12 @@ Problem placed(const Job& job, const frame::Frame& data, const engine::Refusal& 
 }  // namespace
 
 analysis::Fitted perform(const Job& job) {
-  const frame::Frame data = read(job);
+  frame::Frame data;
+  try {
+    data = read(job);
+  } catch (const frame::ExpressionError& wrong) {
+    throw analysis::BadOption("where", analysis::withPlace(wrong));
+  }
   Working progress(job.declaration.name + " of " + data.source);
   try {
     analysis::Fitted fitted =

@@ -7,6 +7,7 @@
 #include <optional>
 #include <utility>
 
+#include "frame/date.h"
 #include "frame/labels.h"
 #include "numerics/elementary.h"
 #include "text/numbers.h"
@@ -214,13 +215,33 @@ class Evaluator {
       if (const Column* column = labels(left)) return comparedLabels(expression, *column, right);
       if (const Column* column = labels(right)) return comparedLabels(expression, *column, left);
     }
-    const Values a = values(left), b = values(right);
+    const Values a = isComparison ? compared(left, right) : values(left);
+    const Values b = isComparison ? compared(right, left) : values(right);
     std::vector<double> own(data_.rows);
     for (std::size_t i = 0; i < own.size(); ++i) {
       const double x = a.numbers[i], y = b.numbers[i];
       own[i] = isComparison && (std::isnan(x) || std::isnan(y)) ? kMissing : found->value(x, y);
     }
     return owned(std::move(own), found->isLogical);
+  }
+
+  bool isDates(const Expression& expression) const {
+    if (expression.isCall("(")) return isDates(expression.arguments[0]);
+    if (expression.kind != Expression::Kind::kName) return false;
+    const Column* found = data_.find(expression.text);
+    return found != nullptr && found->isDate;
+  }
+
+  double daysOf(const Expression& literal) const {
+    const std::optional<double> days = parseDate(literal.text);
+    if (days) return *days;
+    fail(literal, text::quote(literal.text) + " is no date; expected one such as \"2024-03-01\"");
+  }
+
+  // One side of a comparison: a date in quotes beside a column of dates is a number.
+  Values compared(const Expression& expression, const Expression& other) const {
+    if (expression.kind != Expression::Kind::kText || !isDates(other)) return values(expression);
+    return owned(std::vector<double>(data_.rows, daysOf(expression)));
   }
 
   Values in(const Expression& expression) const {
@@ -247,6 +268,10 @@ class Evaluator {
     const Values left = values(expression.arguments[0]);
     std::vector<double> wanted;
     for (const Expression* literal : literals) {
+      if (literal->kind == Expression::Kind::kText && isDates(expression.arguments[0])) {
+        wanted.push_back(daysOf(*literal));
+        continue;
+      }
       const std::optional<double> number = text::parseNumber(literal->text);
       if (!number) {
         fail(*literal, text::quote(literal->text) +
@@ -301,18 +326,18 @@ Values evaluate(const Expression& expression, const Frame& data, std::string_vie
   return Evaluator(data, text, absent).values(expression);
 }
 
-std::vector<std::uint32_t> rowsWhere(std::string_view condition, const Frame& data) {
-  const Expression expression = parseExpression(condition);
-  const Values values = evaluate(expression, data, condition);
+RowsWhere rowsWhere(const Expression& condition, const Frame& data, std::string_view text) {
+  const Values values = evaluate(condition, data, text);
   if (!values.isLogical) {
-    throw ExpressionError(std::string(condition), expression.at,
+    throw ExpressionError(std::string(text), condition.at,
                           "this is no condition; expected a comparison such as age > 40");
   }
-  std::vector<std::uint32_t> rows;
+  RowsWhere where;
   for (std::size_t i = 0; i < values.numbers.size(); ++i) {
-    if (values.numbers[i] == 1) rows.push_back(static_cast<std::uint32_t>(i));
+    if (values.numbers[i] == 1) where.rows.push_back(static_cast<std::uint32_t>(i));
+    where.missing += std::isnan(values.numbers[i]) ? 1 : 0;
   }
-  return rows;
+  return where;
 }
 
 }  // namespace survmeth::frame

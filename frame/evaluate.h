@@ -5,6 +5,7 @@
 #ifndef FRAME_EVALUATE_H_
 #define FRAME_EVALUATE_H_
 
+#include <cstddef>
 #include <cstdint>
 #include <span>
 #include <string>
@@ -39,9 +40,15 @@ enum class AbsentLabel { kRefuse, kFalse };
 Values evaluate(const Expression& expression, const Frame& data, std::string_view text,
                 AbsentLabel absent = AbsentLabel::kRefuse);
 
-// The rows in which `condition` (an expression's text) is true; missing counts as false.
+// The rows in which a condition is true, and how many there are in which it is missing.
+struct RowsWhere {
+  std::vector<std::uint32_t> rows;
+  std::size_t missing = 0;
+};
+
+// In   condition  parsed from `text`
 // Throws ExpressionError, also where the expression is not a condition.
-std::vector<std::uint32_t> rowsWhere(std::string_view condition, const Frame& data);
+RowsWhere rowsWhere(const Expression& condition, const Frame& data, std::string_view text);
 
 }  // namespace survmeth::frame
 

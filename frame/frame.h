@@ -54,13 +54,22 @@ struct LineMap {
   std::size_t line(std::size_t row) const;
 };
 
+// What reading made of the data that a person should know: a code for programs, a sentence, and the
+// columns that it is about.
+struct Remark {
+  std::string code, text;
+  std::vector<std::string> names;
+};
+
 struct Frame {
   std::string source;           // the file's name, "standard input", or what the caller calls it
   bool fromFile = false;        // rows have lines; else messages speak of rows, counted from 1
   std::vector<Column> columns;  // all of `rows` cells
   std::size_t rows = 0;
-  std::size_t rowsRead = 0;  // in the source, before any were left out
+  std::size_t rowsRead = 0;      // in the source, before any were left out
+  std::size_t rowsUnchosen = 0;  // of these, those that a condition left out
   LineMap lines;
+  std::vector<Remark> remarks;
 
   // The column, or nullptr. One that is wanted both as numbers and as labels stands there twice.
   // Cost O(columns).

@@ -163,8 +163,8 @@ Column madeFor(const Given& given, const Wanted& want, const Absent& absent) {
     throw Unsuitable(given.source, want.name, kNone, "there is no such column",
                      "one of " + text::nearestFirst(want.name, given.names));
   }
-  const bool asNumbers = want.cells == Cells::kNumbers ||
-                         (want.cells == Cells::kEither && found->type == Type::kNumber);
+  const bool asNumbers =
+      want.cells == Cells::kNumbers || (want.cells != Cells::kText && found->type == Type::kNumber);
   return asNumbers ? numbersOf(given, *found, want, absent)
                    : labelsFrom(*found, want, absent.words);
 }

@@ -25,7 +25,7 @@ bool Missing::operator()(std::string_view cell) const {
   if (cell.empty()) return true;
   if (!numbers_.empty()) {
     const std::optional<double> number = parseNumber(cell);
-    if (number) return std::find(numbers_.begin(), numbers_.end(), *number) != numbers_.end();
+    if (number) return holds(*number);
   }
   if (cell.size() > longest_) return false;
   return std::any_of(words_.begin(), words_.end(), [cell](const std::string& word) {
@@ -33,6 +33,10 @@ bool Missing::operator()(std::string_view cell) const {
            std::equal(cell.begin(), cell.end(), word.begin(),
                       [](char c, char lower) { return lowered(c) == lower; });
   });
+}
+
+bool Missing::holds(double number) const {
+  return std::find(numbers_.begin(), numbers_.end(), number) != numbers_.end();
 }
 
 }  // namespace survmeth::frame

@@ -19,6 +19,9 @@ class Missing {
 
   bool operator()(std::string_view cell) const;
 
+  // Whether a number is one of the words: for numbers in other spellings than the program's own.
+  bool holds(double number) const;
+
  private:
   std::vector<std::string> words_;  // in lower case
   std::vector<double> numbers_;

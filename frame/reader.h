@@ -1,6 +1,6 @@
 // Reading of tables: CSV, TSV and semicolon-separated text with a header line, quoted cells (also
-// with line ends inside), LF or CRLF, with or without a byte-order mark, UTF-8. "-" is standard
-// input. The separator is the commonest of tab, comma and semicolon in the header line.
+// with line ends inside), LF or CRLF; UTF-8, UTF-16 or Windows-1252, plain or packed by gzip. "-" is
+// standard input. docs/data.md says what a file may hold and how it is understood.
 //
 // A reader says which columns it wants and gets those only, without the rows in which one of them
 // is missing (missing.h):
@@ -13,10 +13,11 @@
 #include <cstdint>
 #include <functional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "frame/frame.h"
-#include "frame/missing.h"
+#include "frame/reading.h"
 #include "frame/wanted.h"
 
 namespace survmeth::frame {
@@ -26,15 +27,20 @@ using ReadProgress = std::function<void(std::uint64_t done, std::uint64_t total)
 
 // The wanted columns of `file`, in their order; the same one may be wanted more than once. A file
 // with a header and no rows, or with no complete row, gives a frame of 0 rows.
-// Throws Unreadable: whatever is wrong with the file, with line, column and what was expected.
-// Cost one pass, no string per cell; labels of a text column are held once each
+// Throws Unreadable: whatever is wrong with the file, with line, column and what was expected;
+// ExpressionError: whatever is wrong with the condition of `reading`.
+// Cost one pass, no string per cell; labels of a text column are held once each. With a condition
+// all rows are held until those that meet it are known.
 Frame readFrame(const std::string& file, const std::vector<Wanted>& wanted,
-                const Missing& missing = Missing(), const ReadProgress& progress = {});
+                const Reading& reading = {}, const ReadProgress& progress = {});
 
 // The same where what is wanted depends on the columns that there are.
-using Choose = std::function<std::vector<Wanted>(const std::vector<std::string>& header)>;
-Frame readFrame(const std::string& file, const Choose& choose, const Missing& missing = Missing(),
+Frame readFrame(const std::string& file, const Choose& choose, const Reading& reading = {},
                 const ReadProgress& progress = {});
+
+// The same from memory, where `source` names the data in messages.
+Frame readText(std::string_view bytes, const std::string& source, const Choose& choose,
+               const Reading& reading = {});
 
 }  // namespace survmeth::frame
 

@@ -26,6 +26,8 @@ Frame selectRows(const Frame& data, std::span<const std::uint32_t> rows) {
   selected.fromFile = data.fromFile;
   selected.rows = rows.size();
   selected.rowsRead = data.rowsRead;
+  selected.rowsUnchosen = data.rowsUnchosen;
+  selected.remarks = data.remarks;
   if (data.fromFile && std::is_sorted(rows.begin(), rows.end())) {
     selected.lines = linesOf(data, rows);
   }

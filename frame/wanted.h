@@ -2,6 +2,7 @@
 #ifndef FRAME_WANTED_H_
 #define FRAME_WANTED_H_
 
+#include <functional>
 #include <limits>
 #include <string>
 #include <vector>
@@ -12,8 +13,10 @@ enum class Cells {
   kNumbers,  // a cell that is neither a number nor missing is refused
   kText,     // labels, also where they look like numbers
   kEither,   // numbers where every cell is one, labels where none is; a mixture is refused
+  kAny,      // numbers where every cell is one, else labels
 };
 
+// Numbers may be dates (2024-03-01) throughout; they are days since 1970-01-01.
 // Rows in which a wanted column is missing are left out, unless it may be missing.
 struct Wanted {
   std::string name;
@@ -23,6 +26,9 @@ struct Wanted {
   std::vector<std::string> named = {};  // labels that a person named: never taken for missing
   std::string labelsOption = {};        // kEither: what to say for labels, in messages
 };
+
+// What is wanted of the columns that there are.
+using Choose = std::function<std::vector<Wanted>(const std::vector<std::string>& header)>;
 
 }  // namespace survmeth::frame
 

@@ -29,6 +29,10 @@ Frame sample() {
   return data;
 }
 
+Rows chosen(const std::string& condition, const Frame& data) {
+  return rowsWhere(parseExpression(condition), data, condition).rows;
+}
+
 Numbers valuesOf(const std::string& text) {
   const Frame data = sample();
   const Values values = evaluate(parseExpression(text), data, text);
@@ -163,16 +167,16 @@ TEST(Evaluate, ALabelThatIsNotThereIsFalseWhereThatIsSaid) {
 
 TEST(RowsWhere, AreThoseInWhichTheConditionIsTrue) {
   const Frame data = sample();
-  EXPECT_EQ(rowsWhere("x >= 0", data), (Rows{0, 2}));
-  EXPECT_EQ(rowsWhere("sex == 'f' & x == 0", data), (Rows{2}));
-  EXPECT_EQ(rowsWhere("TRUE", data), (Rows{0, 1, 2, 3}));
-  EXPECT_EQ(rowsWhere("(x > 5)", data), Rows());
+  EXPECT_EQ(chosen("x >= 0", data), (Rows{0, 2}));
+  EXPECT_EQ(chosen("sex == 'f' & x == 0", data), (Rows{2}));
+  EXPECT_EQ(chosen("TRUE", data), (Rows{0, 1, 2, 3}));
+  EXPECT_EQ(chosen("(x > 5)", data), Rows());
 }
 
 TEST(RowsWhere, RefusesWhatIsNoCondition) {
   for (const char* text : {"x", "x + 1", "-(x > 0)", "2"}) {
     try {
-      rowsWhere(text, sample());
+      chosen(text, sample());
       ADD_FAILURE() << text;
     } catch (const ExpressionError& error) {
       EXPECT_STREQ(error.what(), "this is no condition; expected a comparison such as age > 40");
@@ -193,7 +197,7 @@ Frame fromFile() {
 
 TEST(SelectRows, KeepsTheLinesOfTheFile) {
   const Frame data = fromFile();
-  const Frame some = selectRows(data, rowsWhere("x != 0", data));
+  const Frame some = selectRows(data, chosen("x != 0", data));
   ASSERT_EQ(some.rows, 2U);
   EXPECT_EQ(some.lines.line(0), 2U);
   EXPECT_EQ(some.lines.line(1), 3U);
@@ -217,7 +221,7 @@ TEST(SelectRows, HasNoLinesWhereRowsAreDrawnInAnyOrder) {
 TEST(SelectRows, KeepsLevelsThatNoRowHoldsAnyMore) {
   const Frame some = selectRows(sample(), Rows{0, 2});
   EXPECT_EQ(some.find("sex")->levels, (std::vector<std::string>{"f", "m"}));
-  EXPECT_EQ(rowsWhere("sex == \"m\"", some), Rows());
+  EXPECT_EQ(chosen("sex == \"m\"", some), Rows());
 }
 
 TEST(SelectRows, MayTakeNone) {
