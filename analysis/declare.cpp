@@ -128,7 +128,9 @@ void requireRows(const Declaration& declaration, const frame::Frame& data, const
   } else if (data.rowsRead - data.rowsUnchosen == data.rows) {
     what = (data.rows == 1 ? "there is only " : "there are only ") +
            text::counted(data.rows, "row", "rows");
-    if (data.rowsUnchosen > 0) what += " (" + data.remarks.back().text + ")";
+    for (const frame::Remark& remark : data.remarks) {
+      if (remark.code == "rowsChosen") what += " (" + remark.text + ")";
+    }
   } else {
     what =
         (data.rows == 0 ? std::string("no row is complete")

@@ -1,7 +1,6 @@
 #include "analysis/reading.h"
 
 #include <array>
-#include <cctype>
 #include <optional>
 #include <string_view>
 #include <utility>
@@ -16,8 +15,7 @@ constexpr std::array<std::pair<std::string_view, char>, 3> kDelimiterNames = {
 
 // Neither a part of numbers and words nor a quote.
 bool mayDelimit(char c) {
-  return c == '\t' || (c > ' ' && c < 0x7F && std::isalnum(static_cast<unsigned char>(c)) == 0 &&
-                       std::string_view("\"'.+-_").find(c) == std::string_view::npos);
+  return std::string_view("\t!#$%&()*,/:;<=>?@[\\]^`{|}~").find(c) != std::string_view::npos;
 }
 
 // 0 where there is none such.

@@ -23,12 +23,10 @@ bool isIn(const Remark& remark, const Growing& column) {
 
 }  // namespace
 
-NoColumn::NoColumn(const Place& place, const std::string& name,
-                   const std::vector<std::string>& header)
-    : Unreadable(place, "there is no column " + quote(name),
-                 "one of " + text::nearestFirst(name, header)),
+NoColumn::NoColumn(const Place& place, const std::string& name, const std::string& expected)
+    : Unreadable(place, "there is no column " + quote(name), expected),
       name_(name),
-      expected_("one of " + text::nearestFirst(name, header)) {}
+      expected_(expected) {}
 
 template <typename Action>
 void Sink::guarded(Action action) {
@@ -143,7 +141,8 @@ void Sink::onHeader() {
   for (const Wanted& wanted : choose_(header_)) {
     const auto found = std::find(header_.begin(), header_.end(), wanted.name);
     if (wanted.name.empty() || found == header_.end()) {
-      throw NoColumn({table_.source, recordLine_, {}}, wanted.name, header_);
+      throw NoColumn({table_.source, recordLine_, {}}, wanted.name,
+                     "one of " + text::nearestFirst(wanted.name, header_));
     }
     takers_[static_cast<std::size_t>(found - header_.begin())].push_back(growing_.size());
     growing_.emplace_back(wanted, manner_);

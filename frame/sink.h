@@ -18,9 +18,9 @@ namespace survmeth::frame {
 // A wanted column that the header does not name.
 class NoColumn : public Unreadable {
  public:
-  NoColumn(const Place& place, const std::string& name, const std::vector<std::string>& header);
+  // `expected` says which there are.
+  NoColumn(const Place& place, const std::string& name, const std::string& expected);
   const std::string& name() const { return name_; }
-  // Which there are, the nearest first.
   const std::string& expected() const { return expected_; }
 
  private:

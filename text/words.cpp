@@ -8,6 +8,8 @@ namespace survmeth::text {
 namespace {
 
 constexpr std::size_t kLongestQuote = 40;
+// Of names that are compared: a file that is no table has a header as long as itself.
+constexpr std::size_t kLongestCompared = 200;
 
 // Edits (insert, delete, replace) that lead from one text to the other.
 std::size_t distance(const std::string& a, const std::string& b) {
@@ -43,10 +45,12 @@ std::string quote(std::string_view text) {
 
 std::string nearestFirst(std::string_view wanted, const std::vector<std::string>& names,
                          std::size_t limit) {
-  const std::string target = lowered(wanted);
+  const std::string target = lowered(wanted.substr(0, kLongestCompared));
   std::vector<std::size_t> order(names.size()), far(names.size());
   std::iota(order.begin(), order.end(), std::size_t{0});
-  for (std::size_t i = 0; i < names.size(); ++i) far[i] = distance(target, lowered(names[i]));
+  for (std::size_t i = 0; i < names.size(); ++i) {
+    far[i] = distance(target, lowered(std::string_view(names[i]).substr(0, kLongestCompared)));
+  }
   std::stable_sort(order.begin(), order.end(),
                    [&far](std::size_t a, std::size_t b) { return far[a] < far[b]; });
   std::string result;
