@@ -2,7 +2,6 @@
 #include "analysis/lifeTable.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 #include <cstdint>
 #include <cstdlib>
@@ -10,6 +9,7 @@
 
 #include "Dist/Dist"
 #include "analysis/checks.h"
+#include "text/charconv.h"
 
 namespace survmeth {
 
@@ -28,7 +28,7 @@ struct Decimal {
 Decimal shortestDecimal(double value) {
   char buffer[40];
   const auto end =
-      std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::scientific);
+      text::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::scientific);
   const std::string text(buffer, end.ptr);  // d.ddde+xx
   const std::size_t e = text.find('e');
   Decimal result{text.substr(0, 1), std::atoi(text.c_str() + e + 1)};
@@ -53,7 +53,7 @@ double multiple(const Decimal& unit, std::uint64_t k) {
   std::reverse(product.begin(), product.end());
   product += 'e' + std::to_string(unit.exponent);
   double value = 0;
-  std::from_chars(product.data(), product.data() + product.size(), value);
+  text::from_chars(product.data(), product.data() + product.size(), value);
   return value;
 }
 

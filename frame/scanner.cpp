@@ -1,10 +1,10 @@
 #include "frame/scanner.h"
 
-#include <charconv>
 #include <system_error>
 #include <utility>
 
 #include "frame/expression.h"
+#include "text/charconv.h"
 #include "text/words.h"
 
 namespace survmeth::frame {
@@ -58,7 +58,7 @@ void Scanner::scan(Token& token) {
 
 void Scanner::scanNumber(Token& token) {
   const char* const begin = text_.data() + position_;
-  const auto [after, error] = std::from_chars(begin, text_.data() + text_.size(), token.number);
+  const auto [after, error] = text::from_chars(begin, text_.data() + text_.size(), token.number);
   token.text = std::string(begin, after);
   if (error != std::errc()) {
     fail(position_, text::quote(token.text) + " is out of range; expected a number");

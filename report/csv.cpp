@@ -1,8 +1,9 @@
 // CSV, cell by cell.
 #include "report/csv.h"
 
-#include <charconv>
 #include <cmath>
+
+#include "text/charconv.h"
 
 namespace survmeth::report {
 
@@ -34,7 +35,7 @@ void CsvWriter::cell(double value) {
   separate();
   if (std::isnan(value)) return;
   char buffer[32];  // the shortest form of a double takes at most 24 characters
-  const auto end = std::to_chars(buffer, buffer + sizeof buffer, value);
+  const auto end = text::to_chars(buffer, buffer + sizeof buffer, value);
   text_.append(buffer, end.ptr);
 }
 

@@ -1,10 +1,10 @@
 // JSON as RFC 8259 has it.
 #include "report/jsonWriter.h"
 
-#include <charconv>
 #include <cmath>
 #include <cstdint>
 
+#include "text/charconv.h"
 #include "text/utf8.h"
 
 namespace survmeth::report {
@@ -26,7 +26,7 @@ void addNumber(double number, std::string& out) {
         std::to_chars(buffer, buffer + sizeof buffer, static_cast<std::int64_t>(number));
     out.append(buffer, end.ptr);
   } else {
-    const auto end = std::to_chars(buffer, buffer + sizeof buffer, number);
+    const auto end = text::to_chars(buffer, buffer + sizeof buffer, number);
     out.append(buffer, end.ptr);
   }
 }

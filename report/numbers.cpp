@@ -2,9 +2,9 @@
 #include "report/numbers.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 
+#include "text/charconv.h"
 #include "text/numbers.h"
 
 namespace survmeth::report {
@@ -22,7 +22,7 @@ constexpr int kStatisticDecimals = 3;
 
 std::string formatted(double value, std::chars_format format, int precision) {
   char buffer[kBuffer];
-  const auto end = std::to_chars(buffer, buffer + kBuffer, value, format, precision);
+  const auto end = text::to_chars(buffer, buffer + kBuffer, value, format, precision);
   return std::string(buffer, end.ptr);
 }
 

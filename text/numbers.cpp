@@ -2,8 +2,9 @@
 #include "text/numbers.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
+
+#include "text/charconv.h"
 
 namespace survmeth::text {
 namespace {
@@ -20,7 +21,7 @@ std::string special(double value) {
 
 std::string formatted(double value, std::chars_format format, int precision) {
   char buffer[kBuffer];
-  const auto end = std::to_chars(buffer, buffer + kBuffer, value, format, precision);
+  const auto end = to_chars(buffer, buffer + kBuffer, value, format, precision);
   return std::string(buffer, end.ptr);
 }
 
@@ -45,7 +46,7 @@ bool isAboveOne(std::string_view text) {
   if (mantissa < text.size()) {
     std::string_view power = text.substr(mantissa + 1);
     if (power.starts_with('+')) power.remove_prefix(1);
-    const auto read = std::from_chars(power.data(), power.data() + power.size(), exponent);
+    const auto read = from_chars(power.data(), power.data() + power.size(), exponent);
     if (read.ec != std::errc()) return !power.starts_with('-');  // more digits than that
   }
   return place + exponent > 0;
@@ -65,7 +66,7 @@ Spelled spelledBy(std::string_view text) {
   // No second sign, and neither inf nor nan.
   if (digits.empty() || !(isDigit(digits[0]) || digits[0] == '.')) return {};
   double value = 0;
-  const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), value);
+  const auto [end, error] = from_chars(digits.data(), digits.data() + digits.size(), value);
   if (end != digits.data() + digits.size() || error == std::errc::invalid_argument) return {};
   if (error == std::errc::result_out_of_range || !std::isfinite(value)) {
     if (isAboveOne(digits)) return {std::nullopt, true};
@@ -83,7 +84,7 @@ bool isTooLarge(std::string_view text) { return spelledBy(text).tooLarge; }
 std::string exact(double value) {
   if (!std::isfinite(value)) return special(value);
   char buffer[kBuffer];
-  const auto end = std::to_chars(buffer, buffer + kBuffer, value);
+  const auto end = to_chars(buffer, buffer + kBuffer, value);
   return std::string(buffer, end.ptr);
 }
 
