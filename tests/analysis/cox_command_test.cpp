@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "analysis/cox/cox.h"
+#include "analysis/all.h"
 #include "analysis/cox/run.h"
 #include "analysis/cox/smooth.h"
 #include "analysis/cox/subjects.h"

@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-#include "analysis/cox/cox.h"
+#include "analysis/all.h"
 #include "analysis/cox/predict.h"
 #include "analysis/savedFit.h"
 #include "frame/reader.h"
