@@ -28,9 +28,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
       const auto values = evaluate(expression, kPatients, text, absent);
       require(values.numbers.size() == kPatients.rows, "a value for every row");
     }
-    for (const std::uint32_t row : survmeth::frame::rowsWhere(text, kPatients)) {
-      require(row < kPatients.rows, "rows of the frame");
-    }
+    const auto where = survmeth::frame::rowsWhere(expression, kPatients, text);
+    for (const std::uint32_t row : where.rows) require(row < kPatients.rows, "rows of the frame");
+    require(where.rows.size() + where.missing <= kPatients.rows, "each row is counted once");
   } catch (const ExpressionError& error) {
     require(error.at() <= error.text().size(), "a refusal stands within the text");
     require(!error.shown().empty(), "a refusal can be shown");
