@@ -42,7 +42,7 @@ set(engineHeaders
 set(facadeHeaders
     frame/frame.h frame/reader.h frame/select.h frame/evaluate.h model/formula.h model/design.h
     model/response.h model/coding.h analysis/declare.h analysis/survivalCurves.h
-    analysis/lifeTable.h analysis/coxModel.h analysis/grayTest.h analysis/rocCurve.h
+    analysis/lifeTable.h analysis/grayTest.h analysis/rocCurve.h
     analysis/agreement.h analysis/demingFit.h pictures/pictures.h)
 set(publicHeaders ${engineHeaders})
 if(SURVMETH_PROGRAMS)

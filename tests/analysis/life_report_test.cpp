@@ -52,7 +52,7 @@ std::vector<std::string> codesIn(const report::Report& report) {
   return codes;
 }
 
-const std::pair<std::string, report::Setting> kByGroup = {"group", std::string("g")};
+const std::pair<std::string, report::Setting> kByGroup = {"group", std::vector<std::string>{"g"}};
 const std::pair<std::string, report::Setting> kWeighted = {"weight", std::string("w")};
 
 TEST(LifeReport, TheSummaryOfManyGroupsLeavesTheMediansToTheTable) {
