@@ -11,6 +11,7 @@
 #include <utility>
 #include <vector>
 
+#include "analysis/reading.h"
 #include "python/columns.h"
 #include "python/settings.h"
 
@@ -37,10 +38,14 @@ struct Refused {
   throw nb::python_error();
 }
 
-// The option that names the column.
+// The option that names the column, if only in a formula.
 std::string optionOf(const Declaration& declaration, const void* request,
                      const std::string& column) {
+  std::string formula;
   for (const Option& option : declaration.options) {
+    if (formula.empty() && option.type == analysis::Type::kFormula && option.get(request)) {
+      formula = option.name;
+    }
     if (option.type != analysis::Type::kColumn && option.type != analysis::Type::kColumns) continue;
     const std::optional<analysis::Setting> setting = option.get(request);
     if (!setting) continue;
@@ -50,7 +55,7 @@ std::string optionOf(const Declaration& declaration, const void* request,
       if (std::find(names->begin(), names->end(), column) != names->end()) return option.name;
     }
   }
-  return {};
+  return formula;
 }
 
 // Looks for interrupts and tells the caller how far the work is, both a few times a second. An
@@ -106,12 +111,16 @@ Call::Call(const std::string& name, const nb::dict& settings)
   }
 }
 
-std::vector<std::string> Call::wanted() const {
-  std::vector<std::string> names;
-  for (const frame::Wanted& want : analysis::wantedColumns(declaration_, request_.get())) {
-    names.push_back(want.name);
+std::vector<std::string> Call::wanted(const std::vector<std::string>& names) const {
+  std::vector<std::string> wanted;
+  try {
+    for (const frame::Wanted& want : analysis::wantedColumns(declaration_, request_.get(), names)) {
+      wanted.push_back(want.name);
+    }
+  } catch (const analysis::BadOption& bad) {
+    raise({bad.option(), {}, bad.what(), {}});
   }
-  return names;
+  return wanted;
 }
 
 std::shared_ptr<const report::Report> Call::run(const std::string& source,
@@ -146,10 +155,14 @@ std::shared_ptr<const report::Report> Call::run(const std::string& source,
 
 report::Report Call::work(const frame::Given& given, const std::vector<std::string>& missing,
                           numerics::Progress& progress) const {
-  const frame::Frame data =
-      frame::frameOf(given, analysis::wantedColumns(declaration_, request_.get()), missing);
+  const frame::Frame data = frame::frameOf(
+      given, analysis::wantedColumns(declaration_, request_.get(), given.names), missing);
   try {
-    return analysis::analyse(declaration_, data, request_.get(), progress).report;
+    report::Report report = analysis::analyse(declaration_, data, request_.get(), progress).report;
+    analysis::Reading reading;
+    reading.missing = missing;
+    analysis::echo(reading, report);
+    return report;
   } catch (const engine::Refusal& refusal) {
     if (refusal.row() == engine::Refusal::kNone) throw;
     // Of the caller's rows, not of those that were kept.

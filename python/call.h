@@ -21,8 +21,8 @@ class Call {
  public:
   Call(const std::string& name, const nanobind::dict& settings);
 
-  // The names of the columns that the request asks for.
-  std::vector<std::string> wanted() const;
+  // Of the names of all columns, those that the request asks for.
+  std::vector<std::string> wanted(const std::vector<std::string>& names) const;
 
   // Runs without the interpreter's lock.
   //

@@ -4,6 +4,7 @@
 #include <nanobind/stl/string.h>
 #include <nanobind/stl/vector.h>
 
+#include <span>
 #include <string>
 #include <variant>
 #include <vector>
@@ -16,7 +17,7 @@ namespace {
 namespace nb = nanobind;
 using report::nameOf;
 
-nb::object arrayOf(const std::vector<double>& numbers, nb::handle owner) {
+nb::object arrayOf(std::span<const double> numbers, nb::handle owner) {
   return nb::cast(
       nb::ndarray<nb::numpy, const double, nb::ndim<1>>(numbers.data(), {numbers.size()}, owner));
 }

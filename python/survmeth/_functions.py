@@ -104,13 +104,18 @@ def settings_of(analysis, arguments):
 def function_of(analysis, module):
     signature = signature_of(analysis)
 
+    has_formula = any(option["name"] == "formula" for option in analysis["options"])
+
     def call(*positional, **named):
+        # cox("Surv(time, status) ~ age", data) as well as cox(data, formula=...)
+        if has_formula and positional and isinstance(positional[0], str):
+            named["formula"], positional = positional[0], positional[1:]
         arguments = signature.bind(*positional, **named)
         arguments.apply_defaults()
         arguments = arguments.arguments
         made = _core.Call(analysis["name"], settings_of(analysis, arguments))
         table = _data.table_of(arguments["data"])
-        columns = table.columns(made.wanted())
+        columns = table.columns(made.wanted(table.names))
         missing = _data.words_of(arguments["missing"])
         with _data.telling(arguments["progress"], analysis["name"]) as tell:
             return Result(made.run(str(arguments["data_name"]), table.names, columns, table.rows,
