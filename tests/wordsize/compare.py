@@ -12,13 +12,14 @@ import subprocess
 import sys
 
 
-def results(program):
+def results(*command, environment=None):
     """What the program wrote: {array: [elements]}."""
     try:
-        output = subprocess.run([program], check=True, capture_output=True, text=True).stdout
+        output = subprocess.run(command, check=True, capture_output=True, text=True,
+                                env=environment).stdout
     except (OSError, subprocess.CalledProcessError) as error:
-        sys.exit(f"{program} does not run: {error}")
-    return parse(output, program)
+        sys.exit(f"{command} does not run: {error}")
+    return parse(output, command[-1])
 
 
 def parse(text, name="the table"):
