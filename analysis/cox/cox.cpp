@@ -1,7 +1,6 @@
-#include "analysis/all.h"
-
 #include <optional>
 
+#include "analysis/all.h"
 #include "analysis/cox/describe.h"
 #include "analysis/cox/predict.h"
 #include "analysis/cox/request.h"
