@@ -78,7 +78,10 @@ def is_plain(folder):
     words = shlex.split((folder / "arguments").read_text())
     if "--json" not in words or words[0] not in ANALYSES or words[1] == "-":
         return False
-    return (not (folder / "exit").exists()
+    file = folder / "input" / words[1]
+    if file.exists() and not set(";\t").isdisjoint(file.read_text().partition("\n")[0]):
+        return False  # read in its own way
+    return (not (folder / "exit").exists() and (folder / "stdout").exists()
             and arguments_of(ANALYSES[words[0]], words[2:]) is not None)
 
 

@@ -168,11 +168,19 @@ def test_two_columns_of_one_name():
     ({"table": "actuarial"}, "table: actuarial needs intervals; expected width or bounds"),
     ({"bounds": [3, 1]}, 'bounds: "1" is out of order; expected ascending numbers from 0, '
                          "separated by commas"),
-    ({"group": ""}, "group: the value is empty; expected COL"),
+    ({"weight": ""}, "weight: the value is empty; expected COL"),
 ])
 def test_arguments_out_of_range(wrong, sentence):
     data = {"t": TIME, "e": EVENT}
     assert str(refused(survmeth.life, data, time="t", event="e", **wrong)) == sentence
+
+
+def test_a_formula_stands_before_the_data_or_by_its_name():
+    data = {"t": TIME, "e": EVENT, "x": [2.0, 1.0, 2.5, 4.0, 3.0, 3.5]}
+    fit = survmeth.cox("Surv(t, e) ~ x", data)
+    assert fit.plan["formula"] == "Surv(t, e) ~ x"
+    assert survmeth.cox(data, formula="Surv(t, e) ~ x").to_json() == fit.to_json()
+    assert refused(survmeth.cox, "Surv(t, e) ~ x +", data).argument == "formula"
 
 
 def test_names_that_are_words_of_python_end_in_an_underscore():
