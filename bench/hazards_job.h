@@ -9,6 +9,7 @@
 #include <string>
 
 #include "bench/columns.h"
+#include "bench/timing.h"
 #include "engine/cox/concordance.h"
 #include "engine/cox/fit.h"
 #include "engine/cox/residuals.h"
@@ -103,6 +104,26 @@ inline Columns hazardsColumns(int n, int covariates, HazardsShape shape) {
   }
   return columns;
 }
+
+enum class HazardsPart { kFit, kDiscrete, kRobust, kAll };
+
+template <HazardsPart kPart, HazardsShape kShape>
+struct Hazards : Analysis {
+  explicit Hazards(const Columns& raw) : model(raw, kShape) {}
+  void run() override {
+    if (kPart == HazardsPart::kAll) {
+      model.analyse();
+    } else if (kPart == HazardsPart::kDiscrete) {
+      model.fit(false, engine::cox::Ties::kDiscrete);
+    } else {
+      model.fit(kPart == HazardsPart::kRobust);
+    }
+  }
+  Results results() const override {
+    return {{"beta", model.result.coefficients[0]}, {"logLik", model.result.logLikelihood}};
+  }
+  HazardsModel model;
+};
 
 }  // namespace survmeth::bench
 

@@ -13,17 +13,10 @@
 //                                    that passed, the processor's, and "peak" as above: a small
 //                                    process has to start it, because what the starting one holds
 //                                    counts as the program's
-#include <fcntl.h>
-#include <sys/resource.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
 #include <algorithm>
-#include <chrono>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
-#include <ctime>
 #include <exception>
 #include <functional>
 #include <memory>
@@ -40,8 +33,8 @@
 #include "bench/methcomp_job.h"
 #include "bench/param_job.h"
 #include "bench/roc_job.h"
+#include "bench/timing.h"
 #include "bench/validation_job.h"
-#include "numerics/threads.h"
 
 namespace {
 
@@ -49,21 +42,9 @@ namespace bench = survmeth::bench;
 using bench::Column;
 using bench::Columns;
 
-using Results = std::vector<std::pair<std::string, double>>;
-
-// One analysis of fresh data: entry points sort their arrays, so none runs twice on the same ones.
-struct Analysis {
-  virtual ~Analysis() = default;
-  virtual void run() = 0;
-  virtual Results results() const = 0;
-};
-
-struct Job {
-  std::string name;
-  std::size_t columns;
-  std::function<Columns(int rows)> make;
-  std::function<std::unique_ptr<Analysis>(const Columns&)> prepare;
-};
+using bench::Analysis;
+using bench::Job;
+using bench::Results;
 
 template <typename T>
 Job job(const std::string& name, std::size_t columns, std::function<Columns(int rows)> make) {
@@ -121,32 +102,14 @@ Columns coxColumns(int rows, int covariates, bool weeks) {
   return columns;
 }
 
-enum class HazardsPart { kFit, kDiscrete, kRobust, kAll };
+using bench::HazardsPart;
 using bench::HazardsShape;
-
-template <HazardsPart kPart, HazardsShape kShape>
-struct Hazards : Analysis {
-  explicit Hazards(const Columns& raw) : model(raw, kShape) {}
-  void run() override {
-    if (kPart == HazardsPart::kAll) {
-      model.analyse();
-    } else if (kPart == HazardsPart::kDiscrete) {
-      model.fit(false, survmeth::engine::cox::Ties::kDiscrete);
-    } else {
-      model.fit(kPart == HazardsPart::kRobust);
-    }
-  }
-  Results results() const override {
-    return {{"beta", model.result.coefficients[0]}, {"logLik", model.result.logLikelihood}};
-  }
-  bench::HazardsModel model;
-};
 
 // A job of proportional hazards with so many covariates.
 template <HazardsPart kPart, HazardsShape kShape = HazardsShape::kRight>
 Job hazards(const std::string& name, int covariates) {
   const std::size_t before = kShape == HazardsShape::kRight ? 2 : 3;
-  return job<Hazards<kPart, kShape>>(
+  return job<bench::Hazards<kPart, kShape>>(
       name, before + static_cast<std::size_t>(covariates),
       [covariates](int n) { return bench::hazardsColumns(n, covariates, kShape); });
 }
@@ -386,103 +349,6 @@ const std::vector<Job>& jobs() {
   return all;
 }
 
-double processorSeconds() { return static_cast<double>(std::clock()) / CLOCKS_PER_SEC; }
-
-// Of this process now, in bytes.
-double residentMemory() {
-  double pages = 0.0;
-  if (std::FILE* file = std::fopen("/proc/self/statm", "r")) {
-    if (std::fscanf(file, "%*f %lf", &pages) != 1) pages = 0.0;
-    std::fclose(file);
-  }
-  return pages * static_cast<double>(sysconf(_SC_PAGESIZE));
-}
-
-double peakMemory() {
-  rusage usage{};
-  getrusage(RUSAGE_SELF, &usage);
-  return static_cast<double>(usage.ru_maxrss) * 1024.0;
-}
-
-// Seconds of one analysis, as the mean of `count` that run one after the other.
-double timed(const Job& job, const Columns& raw, int count, Results* results) {
-  std::vector<std::unique_ptr<Analysis>> fresh;
-  for (int k = 0; k < count; ++k) fresh.push_back(job.prepare(raw));
-  const double start = processorSeconds();
-  for (const auto& analysis : fresh) analysis->run();
-  const double taken = (processorSeconds() - start) / count;
-  *results = fresh.back()->results();
-  return taken;
-}
-
-int timeJob(const Job& job, const std::string& path, int runs) {
-  survmeth::numerics::setThreads(1);
-  const Columns raw = bench::readColumns(path, job.columns);
-  Results results;
-  double held = 0.0;
-  double once = 0.0;
-  {
-    const std::unique_ptr<Analysis> first = job.prepare(raw);
-    held = residentMemory();
-    const double start = processorSeconds();
-    first->run();
-    once = processorSeconds() - start;
-  }
-  const double grown = peakMemory() - held;
-  constexpr double atLeast = 0.02;  // seconds, far above the resolution of the clock
-  constexpr double most = 2000.0;
-  const int count = static_cast<int>(std::clamp(atLeast / std::max(once, 1e-9), 1.0, most));
-  std::printf("seconds");
-  for (int k = 0; k < runs; ++k) std::printf(" %.9g", timed(job, raw, count, &results));
-  std::printf("\npeak %.0f\ngrown %.0f\n", peakMemory(), grown);
-  for (const auto& [name, value] : results) std::printf("result %s %.15g\n", name.c_str(), value);
-  return 0;
-}
-
-int timeThreads(const Job& job, const std::string& path, int runs) {
-  const Columns raw = bench::readColumns(path, job.columns);
-  std::vector<double> taken[2];
-  for (int run = 0; run < runs; ++run) {
-    for (const unsigned count : {1U, 2U}) {
-      survmeth::numerics::setThreads(count);
-      const std::unique_ptr<Analysis> analysis = job.prepare(raw);
-      const auto start = std::chrono::steady_clock::now();
-      analysis->run();
-      const std::chrono::duration<double> passed = std::chrono::steady_clock::now() - start;
-      taken[count - 1].push_back(passed.count());
-    }
-  }
-  for (const int count : {1, 2}) {
-    std::printf(count == 1 ? "one" : "two");
-    for (const double seconds : taken[count - 1]) std::printf(" %.9g", seconds);
-    std::printf("\n");
-  }
-  return 0;
-}
-
-double seconds(const timeval& time) {
-  return static_cast<double>(time.tv_sec) + 1e-6 * static_cast<double>(time.tv_usec);
-}
-
-int runCommand(char** command) {
-  const auto start = std::chrono::steady_clock::now();
-  const pid_t child = fork();
-  if (child == 0) {
-    const int nowhere = open("/dev/null", O_RDWR);
-    for (const int stream : {0, 1, 2}) dup2(nowhere, stream);
-    execvp(command[0], command);
-    _exit(127);
-  }
-  int status = 0;
-  if (child < 0 || waitpid(child, &status, 0) != child) return 1;
-  const std::chrono::duration<double> passed = std::chrono::steady_clock::now() - start;
-  rusage usage{};
-  getrusage(RUSAGE_CHILDREN, &usage);
-  std::printf("seconds %.9g %.9g\npeak %ld\n", passed.count(),
-              seconds(usage.ru_utime) + seconds(usage.ru_stime), usage.ru_maxrss * 1024L);
-  return WIFEXITED(status) ? WEXITSTATUS(status) : 1;
-}
-
 int usage() {
   std::fputs(
       "usage: bench_jobs list | make JOB ROWS FILE | time JOB FILE RUNS |\n       bench_jobs "
@@ -505,10 +371,10 @@ int run(const std::vector<std::string>& arguments) {
     return 0;
   }
   if (arguments[0] == "time" && std::atoi(arguments[3].c_str()) > 0) {
-    return timeJob(*job, arguments[2], std::atoi(arguments[3].c_str()));
+    return bench::timeJob(*job, arguments[2], std::atoi(arguments[3].c_str()));
   }
   if (arguments[0] == "threads" && std::atoi(arguments[3].c_str()) > 0) {
-    return timeThreads(*job, arguments[2], std::atoi(arguments[3].c_str()));
+    return bench::timeThreads(*job, arguments[2], std::atoi(arguments[3].c_str()));
   }
   return usage();
 }
@@ -517,7 +383,7 @@ int run(const std::vector<std::string>& arguments) {
 
 int main(int argc, char** argv) {
   try {
-    if (argc > 2 && std::string(argv[1]) == "command") return runCommand(argv + 2);
+    if (argc > 2 && std::string(argv[1]) == "command") return bench::runCommand(argv + 2);
     return run({argv + 1, argv + argc});
   } catch (const std::exception& error) {
     std::fprintf(stderr, "bench_jobs: %s\n", error.what());

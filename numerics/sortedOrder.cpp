@@ -1,4 +1,5 @@
 // The order of many numbers on several threads, with the numbers in that order.
+#include <algorithm>
 #include <array>
 #include <utility>
 
@@ -23,9 +24,10 @@ class Parts {
   std::size_t count() const { return count_; }
   template <typename Work>
   void run(const Work& work) const {
-    inParallel(count_, [&](std::size_t part) {
-      work(part, size_ * part / count_, size_ * (part + 1) / count_);
-    });
+    const std::size_t each = size_ / count_;
+    const std::size_t rest = size_ % count_;
+    const auto begin = [&](std::size_t part) { return each * part + std::min(part, rest); };
+    inParallel(count_, [&](std::size_t part) { work(part, begin(part), begin(part + 1)); });
   }
 
  private:
