@@ -205,7 +205,11 @@ Fitted analyse(const Declaration& declaration, const frame::Frame& data, const v
   const std::vector<std::uint32_t> rows = completeRows(declaration, data, request);
   const bool choosing = rows.size() < data.rows;
   const std::size_t incomplete = choosing ? rowsWithoutValue(data, wanted, rows) : 0;
-  const frame::Frame chosen = choosing ? frame::selectRows(data, rows) : frame::Frame();
+  frame::Frame chosen;
+  if (choosing) {
+    chosen = frame::selectRows(data, rows);
+    chosen.whole = &data;
+  }
   const frame::Frame& used = choosing ? chosen : data;
   requireRows(declaration, used, request, wanted, incomplete);
   Fitted fitted = readingFormulas(declaration, request, [&] {

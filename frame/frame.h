@@ -70,6 +70,9 @@ struct Frame {
   std::size_t rowsUnchosen = 0;  // of these, those that a condition left out
   LineMap lines;
   std::vector<Remark> remarks;
+  // Before incomplete rows were left out; nullptr: none were, or it does not matter. Must outlive
+  // this.
+  const Frame* whole = nullptr;
 
   // The column, or nullptr. One that is wanted both as numbers and as labels stands there twice.
   // Cost O(columns).

@@ -65,7 +65,8 @@ class Coding {
   Coding(Formula formula, std::vector<CodedVariable> variables)
       : formula_(std::move(formula)), variables_(std::move(variables)) {}
 
-  // Learns levels, knots and centres of the formula's variables.
+  // Learns levels, knots and centres of the formula's variables; levels from the rows of `data`,
+  // knots and centres from those of `data.whole`, where there is one, that have a value.
   // Throws frame::ExpressionError: a wrong argument or an unknown column, with its place;
   // engine::Refusal (kFormula): a reference that no row holds, a value that is infinite (with its
   // row), too few different values for a basis.

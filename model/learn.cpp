@@ -35,11 +35,13 @@ class Learner {
       requireFinite(variable, numbersOf(variable, data_, text_).numbers);
       return coded;
     }
-    const frame::Values values = numbersOf(variable, data_, text_);
-    requireFinite(variable, values.numbers);
+    requireFinite(variable, numbersOf(variable, data_, text_).numbers);
+    // As in R, every row with a value counts, also one that is left out for another variable's sake.
+    const frame::Frame& all = data_.whole != nullptr ? *data_.whole : data_;
+    const frame::Values values = numbersOf(variable, all, text_);
     std::vector<double> present;
-    std::remove_copy_if(values.numbers.begin(), values.numbers.end(), std::back_inserter(present),
-                        [](double x) { return std::isnan(x); });
+    std::copy_if(values.numbers.begin(), values.numbers.end(), std::back_inserter(present),
+                 [](double x) { return std::isfinite(x); });
     switch (variable.kind) {
       case VariableKind::kNaturalSpline:
         coded.basis = naturalSpline(variable, present);

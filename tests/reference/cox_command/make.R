@@ -148,6 +148,11 @@ add("lung_spline", "versus", "~ age + sex", "chiSquare", a$Chisq[2], 1)
 add("lung_spline", "versus", "~ age + sex", "degreesOfFreedom", a$Df[2])
 add("lung_spline", "versus", "~ age + sex", "pValue", pchisq(a$Chisq[2], a$Df[2], lower.tail = FALSE))
 
+# Knots come from every row that has an age, also those without a treatment.
+m <- coxph(Surv(time, status == 2) ~ ns(age, 3) + trt, public("pbc.csv"), control = control)
+describe("pbc_spline", "cox data/pbc.csv --formula 'Surv(time, status == 2) ~ ns(age, 3) + trt'", m,
+         c(paste0("ns(age, 3)", 1:3), "trt"))
+
 veteran <- public("veteran.csv"); veteran$celltype <- relevel(veteran$celltype, "large")
 m <- coxph(Surv(time, status) ~ trt + karno * celltype, veteran, control = control)
 cells <- c("adeno", "smallcell", "squamous")
