@@ -8,7 +8,7 @@ import math
 import sys
 
 from frame import (EPSILON, INF, INFINITE, MISSING, NAN, Dist, Library, Mat, Run, div, exp, log, root, sort_q, trunc)
-from life import inverse
+from lifeRules import inverse
 
 
 class IntMat(Mat):

@@ -8,7 +8,7 @@ import math
 import sys
 
 from frame import EPSILON, INF, MISSING, NAN, Dist, Library, Mat, Run, div, exp, log, root, sort_q, trunc
-from life import inverse, kaplan_meier
+from lifeRules import inverse, kaplan_meier
 
 
 def check_status(status, n, codes, count, censor):
