@@ -201,7 +201,7 @@ Format formatOf(const std::string& file) {
 std::string draw(const Drawing& drawing) {
   std::string bytes = runGnuplot(drawing.script);
   if (drawing.format != Format::kSvg) return bytes;
-  return embeddable(bytes, drawing.id, drawing.title, drawing.names);
+  return embeddable(std::move(bytes), drawing.id, drawing.title, drawing.names);
 }
 
 }  // namespace survmeth::pictures

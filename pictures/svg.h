@@ -3,17 +3,13 @@
 #define PICTURES_SVG_H_
 
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace survmeth::pictures {
 
-// `text` for XML.
-std::string escaped(std::string_view text);
-
 // gnuplot's SVG with ids that begin with `id`, the figure's title, and the name of what each plot
 // draws (which readers show and screen readers read) in place of gnuplot's own.
-std::string embeddable(const std::string& svg, const std::string& id, const std::string& title,
+std::string embeddable(std::string svg, const std::string& id, const std::string& title,
                        const std::vector<std::string>& names);
 
 }  // namespace survmeth::pictures

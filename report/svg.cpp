@@ -1,6 +1,7 @@
 // The tags of the picture are read, its texts pass as they are.
 #include "report/svg.h"
 
+#include <algorithm>
 #include <cctype>
 #include <stdexcept>
 
@@ -46,8 +47,23 @@ std::string prefixed(std::string_view name, std::string_view value, std::string_
   return result;
 }
 
-// One tag with its ids and references prefixed.
-void addTag(std::string_view tag, std::string_view prefix, std::string& out) {
+// After the title and the description that follow the picture's first tag.
+std::size_t afterTitles(std::string_view svg, std::size_t at) {
+  for (;;) {
+    std::size_t next = at;
+    while (next < svg.size() && isSpace(svg[next])) ++next;
+    std::string_view end;
+    if (startsTag(svg, next, "<title")) end = "</title>";
+    if (startsTag(svg, next, "<desc")) end = "</desc>";
+    const std::size_t closing = end.empty() ? std::string_view::npos : svg.find(end, next);
+    if (closing == std::string_view::npos) return at;
+    at = closing + end.size();
+  }
+}
+
+}  // namespace
+
+void addPrefixed(std::string_view tag, std::string_view prefix, std::string& out) {
   std::size_t at = 0;
   while (at < tag.size()) {
     const std::size_t open = tag.find_first_of("\"'", at);
@@ -65,21 +81,19 @@ void addTag(std::string_view tag, std::string_view prefix, std::string& out) {
   out += tag.substr(at);
 }
 
-// After the title and the description that follow the picture's first tag.
-std::size_t afterTitles(std::string_view svg, std::size_t at) {
-  for (;;) {
-    std::size_t next = at;
-    while (next < svg.size() && isSpace(svg[next])) ++next;
-    std::string_view end;
-    if (startsTag(svg, next, "<title")) end = "</title>";
-    if (startsTag(svg, next, "<desc")) end = "</desc>";
-    const std::size_t closing = end.empty() ? std::string_view::npos : svg.find(end, next);
-    if (closing == std::string_view::npos) return at;
-    at = closing + end.size();
+std::string withTags(std::string_view svg,
+                     const std::function<void(std::string_view, std::string&)>& tag) {
+  std::string out;
+  out.reserve(svg.size() + svg.size() / 16);
+  for (std::size_t at = 0; at < svg.size();) {
+    const std::size_t open = std::min(svg.find('<', at), svg.size());
+    out += svg.substr(at, open - at);
+    if (open == svg.size()) break;
+    at = endOfTag(svg, open);
+    tag(svg.substr(open, at - open), out);
   }
+  return out;
 }
-
-}  // namespace
 
 std::string embedded(std::string_view svg, std::string_view prefix, std::string_view label) {
   std::size_t at = svg.find("<svg");
@@ -91,18 +105,12 @@ std::string embedded(std::string_view svg, std::string_view prefix, std::string_
   svg = svg.substr(0, close + 6);
 
   std::string out = "<svg role=\"img\" aria-label=\"" + escaped(label) + '"';
-  std::size_t end = endOfTag(svg, at);
-  addTag(svg.substr(at + 4, end - at - 4), prefix, out);
-  at = afterTitles(svg, end);
-  while (at < svg.size()) {
-    const std::size_t tag = svg.find('<', at);
-    if (tag == std::string_view::npos) break;
-    out += svg.substr(at, tag - at);
-    end = endOfTag(svg, tag);
-    addTag(svg.substr(tag, end - tag), prefix, out);
-    at = end;
-  }
-  return out;
+  const std::size_t end = endOfTag(svg, at);
+  addPrefixed(svg.substr(at + 4, end - at - 4), prefix, out);
+  return out + withTags(svg.substr(afterTitles(svg, end)),
+                        [prefix](std::string_view tag, std::string& made) {
+                          addPrefixed(tag, prefix, made);
+                        });
 }
 
 }  // namespace survmeth::report
