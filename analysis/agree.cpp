@@ -18,8 +18,8 @@ namespace {
 
 namespace key = report::key;
 using engine::Role;
+using enum DifferenceKind;
 using report::brief;
-using report::confidence;
 using report::Kind;
 using text::counted;
 
@@ -27,7 +27,7 @@ constexpr const char* kSource = "Bland & Altman, Stat Methods Med Res 8 (1999) 1
 
 struct Request {
   std::string first, second, replicates;
-  DifferenceKind difference = DifferenceKind::kAbsolute;
+  DifferenceKind difference = kAbsolute;
   double alpha = 0.05;
 
   std::string name() const { return differenceName(difference, first, second); }
@@ -43,8 +43,7 @@ struct Result {
 void check(const Request& request) {
   const bool replicates = !request.replicates.empty();
   requireAlone(replicates && !request.second.empty(), "replicates", "second");
-  requireAlone(replicates && request.difference != DifferenceKind::kAbsolute, "replicates",
-               "difference");
+  requireAlone(replicates && request.difference != kAbsolute, "replicates", "difference");
   if (replicates || !request.second.empty()) return;
   throw BadOption("second",
                   "is missing; expected the column of the second method, or --replicates with the "
@@ -74,7 +73,7 @@ report::Report describeRepeatability(const RepeatabilityResult& found, const Req
   report.title = "Repeatability of " + request.first + " within " + request.replicates;
   if (found.withinSd.value > 0) {
     report.summary = "Two values of one subject are estimated to differ by less than " +
-                     brief(found.repeatability, 5) + " in " + confidence(request.alpha) +
+                     brief(found.repeatability, 5) + " in " + report::confidence(request.alpha) +
                      " of cases, if errors are normal and of the same spread in every subject.";
   } else {
     report.summary = "All values of each subject are the same.";
@@ -103,8 +102,8 @@ report::Report describeRepeatability(const RepeatabilityResult& found, const Req
 report::Report describe(const Result& result, const Request& request) {
   if (result.repeatability) return describeRepeatability(*result.repeatability, request);
   const AgreementResult& found = *result.agreement;
-  const std::string level = confidence(request.alpha), name = request.name();
-  const bool ratio = request.difference == DifferenceKind::kRatio;
+  const std::string level = report::confidence(request.alpha), name = request.name();
+  const bool ratio = request.difference == kRatio;
   report::Report report;
   report.title = "Agreement of " + request.first + " and " + request.second + " (Bland-Altman)";
   report.summary = "Of " + counted(found.pairs, "pair", "pairs") + " the " +
@@ -148,8 +147,7 @@ std::optional<report::Table> pairsTable(const Result& result, const Request& req
                               result.agreement->differences)});
 }
 
-// Differences against means: bias and limits with their intervals over the range of the means, and
-// the difference of methods that agree.
+// Differences against means, with bias and limits over the range of the means.
 std::optional<report::Figure> figureOf(const Result& result, const Request& request) {
   if (!result.agreement) return {};
   const AgreementResult& found = *result.agreement;
@@ -161,11 +159,11 @@ std::optional<report::Figure> figureOf(const Result& result, const Request& requ
   addLevel("limits of agreement", found.upperLimit, ends, panel);
   addLevel("limits of agreement", found.lowerLimit, ends, panel);
   panel.series.push_back(std::move(pairs));
-  const double same = request.difference == DifferenceKind::kRatio ? 1 : 0;
+  const double same = request.difference == kRatio ? 1 : 0;
   panel.references = {{false, same, "no difference"}};
   return report::figureOf(
       "agreement", "Agreement of " + request.first + " and " + request.second,
-      "Bias and limits of agreement with " + confidence(request.alpha) + " intervals",
+      "Bias and limits of agreement with " + report::confidence(request.alpha) + " intervals",
       std::move(panel));
 }
 
@@ -179,9 +177,7 @@ Declaration agreeDeclaration() {
       .required()
       .column("second", &Request::second, Role::kSecond, numbers(), "Column of the second method")
       .choice("difference", &Request::difference,
-              {{"absolute", DifferenceKind::kAbsolute},
-               {"relative", DifferenceKind::kRelative},
-               {"ratio", DifferenceKind::kRatio}},
+              {{"absolute", kAbsolute}, {"relative", kRelative}, {"ratio", kRatio}},
               "What is judged")
       .column("replicates", &Request::replicates, Role::kSubject, labels(),
               "Column of the subject: repeatability of the first method alone")

@@ -1,6 +1,6 @@
 // survmeth gray: declaration, run and description.
-
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -8,10 +8,12 @@
 #include "analysis/all.h"
 #include "analysis/eventTables.h"
 #include "analysis/grayTest.h"
+#include "analysis/groups.h"
+#include "analysis/incidenceCurves.h"
+#include "analysis/stepFigure.h"
 #include "frame/labels.h"
 #include "model/eventTypes.h"
 #include "report/build.h"
-#include "report/keys.h"
 #include "report/numbers.h"
 #include "text/lists.h"
 #include "text/words.h"
@@ -20,9 +22,7 @@ namespace survmeth::analysis {
 namespace {
 
 namespace key = report::key;
-using engine::Refusal;
 using engine::Role;
-using frame::Labels;
 using report::Kind;
 using text::counted;
 using text::quote;
@@ -33,16 +33,17 @@ struct Request {
   double rho = 0;
 };
 
-struct Test {
-  std::size_t code;  // into the labels of the status
+struct EventTest {
+  std::uint32_t event;  // as the rows hold it
+  std::string label;
   GrayResult result;
 };
 
 struct Result {
   model::EventTypes event;
-  Labels group;
-  std::vector<std::vector<std::size_t>> counts;  // by group and status
-  std::vector<Test> tests;
+  frame::Labels group;
+  frame::Column time;
+  std::vector<EventTest> tests;
 };
 
 // The more groups, the longer the work: it grows with their square.
@@ -51,29 +52,16 @@ constexpr std::size_t kMostGroups = 100;
 Result fit(const frame::Frame& data, const Request& request, numerics::Progress& progress) {
   Result result;
   result.event = model::eventTypesOf(*data.labels(request.status), request.censor, request.event);
-  result.group = request.group.size() == 1 ? frame::labelsOf(*data.labels(request.group.front()))
-                                           : frame::crossedLabels(data, request.group);
-  const std::size_t groups = result.group.labels.size();
-  if (groups < 2 || groups > kMostGroups) {
-    throw Refusal(Role::kGroup, Refusal::kNone,
-                  groups < 2
-                      ? "all complete rows are in the group " + quote(result.group.labels.front())
-                      : "there are " + text::grouped(groups) + " groups",
-                  Refusal::kNone, "2 to " + std::to_string(kMostGroups) + " groups");
-  }
-  result.counts.assign(groups, std::vector<std::size_t>(result.event.status.labels.size(), 0));
-  for (std::size_t i = 0; i < data.rows; ++i) {
-    ++result.counts[result.group.codes[i]][result.event.status.codes[i]];
-  }
-  const std::vector<std::size_t>& types = result.event.types;
-  for (std::size_t k = 0; k < types.size(); ++k) {
-    progress.at(static_cast<double>(k) / static_cast<double>(types.size()));
-    result.tests.push_back({types[k], grayTest({.time = data.numbers(request.time)->numbers,
-                                                .status = result.event.events,
-                                                .group = result.group.codes,
-                                                .groups = groups,
-                                                .event = static_cast<std::uint32_t>(types[k]) + 1,
-                                                .rho = request.rho})});
+  result.group = groupsOf(data, request.group);
+  result.time = *data.numbers(request.time);
+  requireSeveral(result.group, kMostGroups);
+  for (const std::size_t type : result.event.types) {
+    progress.at(static_cast<double>(result.tests.size()) /
+                static_cast<double>(result.event.types.size()));
+    const std::uint32_t event = static_cast<std::uint32_t>(type) + 1;
+    result.tests.push_back({event, result.event.status.labels[type],
+                            grayTest({result.time.numbers, result.event.events, result.group.codes,
+                                      result.group.labels.size(), event, request.rho})});
   }
   return result;
 }
@@ -89,57 +77,67 @@ void addNotes(const Result& result, report::Report& report) {
   } else if (!result.event.competing()) {
     add("oneEventType", "there is only one type of event: nothing competes with it");
   }
-  for (const Test& test : result.tests) {
-    const std::string& event = result.event.status.labels[test.code];
-    const std::string& reason = test.result.reason;
-    if (!reason.empty()) {
-      add("noTest", "no test of event " + quote(event) + " exists: " + reason, {event});
+  for (const EventTest& test : result.tests) {
+    if (!test.result.reason.empty()) {
+      add("noTest", "no test of event " + quote(test.label) + " exists: " + test.result.reason,
+          {test.label});
+      continue;
     }
-    for (std::size_t g = 0; reason.empty() && g < result.group.labels.size(); ++g) {
+    for (std::size_t g = 0; g < result.group.labels.size(); ++g) {
       const std::string& group = result.group.labels[g];
       if (test.result.included[g]) continue;
       add("groupNotIncluded",
-          "the group " + quote(group) + " has no part in the test of event " + quote(event) +
+          "the group " + quote(group) + " has no part in the test of event " + quote(test.label) +
               ": nobody in it is at risk at such an event",
-          {event, group});
+          {test.label, group});
     }
   }
 }
 
-report::Table groupTable(const Result& result, const Request& request) {
-  report::Table table = report::tableOf(
-      "groups", "Rows by group and status",
-      {report::labelColumn(key::kGroup, text::joined(request.group), result.group.labels),
-       report::numberColumn(key::kN, "n", Kind::kCount, result.group.counts)});
-  for (std::size_t i = 0; i < result.event.status.labels.size(); ++i) {
-    const std::string& label = result.event.status.labels[i];
-    table.columns.push_back(report::columnOf(
-        std::string(key::kStatus) + " " + label,
-        request.status + " " + label + (result.event.censored == i ? " (censored)" : ""),
-        Kind::kCount, result.counts, [i](const auto& of) { return static_cast<double>(of[i]); }));
+report::Table testTable(const Result& result) {
+  report::Table table = report::rowsOf("tests", "Equal cumulative incidence?", result.tests)
+                            .column(key::kEvent, "event", Kind::kLabel, &EventTest::label)
+                            .test(&EventTest::result)
+                            .table();
+  if (result.tests.empty()) table.remarks = {"No test exists: no row is an event."};
+  for (const EventTest& test : result.tests) {
+    if (test.result.reason.empty()) continue;
+    table.remarks.push_back("No test of event " + quote(test.label) +
+                            " exists: " + test.result.reason + ".");
   }
   return table;
 }
 
-report::Table testTable(const Result& result) {
-  const auto& tests = result.tests;
-  report::Table table = report::tableOf(
-      "tests", "Equal cumulative incidence?",
-      {report::columnOf(key::kEvent, "event", Kind::kLabel, tests,
-                        [&](const Test& test) { return result.event.status.labels[test.code]; }),
-       report::columnOf(key::kChiSquare, "chi-square", Kind::kStatistic, tests,
-                        [](const Test& test) { return test.result.chiSquare; }),
-       report::columnOf(key::kDegreesOfFreedom, "df", Kind::kCount, tests,
-                        [](const Test& test) { return test.result.degreesOfFreedom; }),
-       report::columnOf(key::kPValue, "p-value", Kind::kPValue, tests,
-                        [](const Test& test) { return test.result.pValue; })});
-  if (tests.empty()) table.remarks.emplace_back("No test exists: no row is an event.");
-  for (const Test& test : tests) {
-    if (test.result.reason.empty()) continue;
-    table.remarks.push_back("No test of event " + quote(result.event.status.labels[test.code]) +
-                            " exists: " + test.result.reason + ".");
+// A panel for each type of event.
+std::optional<report::Figure> figureOf(const Result& result, const Request& request) {
+  if (result.tests.empty()) return {};
+  report::Figure figure;
+  figure.id = "incidence";
+  figure.title = "Cumulative incidence by " + text::joined(request.group);
+  figure.caption = "Aalen-Johansen curves, other events competing; a tick is a censoring.";
+  for (const EventTest& test : result.tests) {
+    const std::vector<IncidenceCurve> found =
+        incidenceCurves({result.time.numbers, result.event.events, result.group.codes,
+                         result.group.labels.size(), test.event});
+    std::vector<StepCurve> curves;
+    for (const IncidenceCurve& each : found) {
+      curves.push_back({result.group.labels[curves.size()],
+                        each.time,
+                        each.incidence,
+                        {},
+                        {},
+                        each.censored,
+                        each.atRisk});
+    }
+    report::Panel& panel =
+        figure.panels.emplace_back(stepPanel(request.time, "Cumulative incidence", 0, curves));
+    panel.title = request.status + " " + test.label;
+    if (test.result.reason.empty()) {
+      panel.title += ", Gray's test " + report::pValueInWords(test.result.pValue);
+    }
+    if (!figure.riskTable) figure.riskTable = riskTableOf(panel, result.group.labels, curves);
   }
-  return table;
+  return figure;
 }
 
 report::Report describe(const Result& result, const Request& request) {
@@ -148,17 +146,14 @@ report::Report describe(const Result& result, const Request& request) {
   report.summary = "Is the cumulative incidence of each type of event the same in " +
                    counted(result.group.labels.size(), "group", "groups") + " of " +
                    text::joined(request.group) + "?";
-  for (const Test& test : result.tests) {
+  for (const EventTest& test : result.tests) {
     if (!test.result.reason.empty()) continue;
-    report.summary += " " + result.event.status.labels[test.code] + ": " +
-                      report::pValueInWords(test.result.pValue) + ".";
+    report.summary += " " + test.label + ": " + report::pValueInWords(test.result.pValue) + ".";
   }
-  const report::Value code = result.event.censored
-                                 ? report::Value(result.event.status.labels[*result.event.censored])
-                                 : report::Value();
-  report.facts = {{key::kCensorCode, "Code of the censored", Kind::kLabel, code}};
-  report.tables = {groupTable(result, request), statusTable(result.event, request.status),
-                   testTable(result)};
+  report.facts = {censorFact(result.event)};
+  report.tables = {
+      groupStatusTable(result.group, result.event, text::joined(request.group), request.status),
+      statusTable(result.event, request.status), testTable(result)};
   report.methods = {
       {"test: Gray's K-sample test of equal cumulative incidence, " +
            (request.rho == 0 ? std::string("all times weighed alike")
@@ -195,6 +190,7 @@ Declaration grayDeclaration() {
           "Without --event each type is tested in turn, the others competing.")
       .example("survmeth gray data/pbc.csv --time time --status status --group trt")
       .tables({"groups", "statuses", "tests"})
+      .figure("incidence", figureOf)
       .leastRows(2)
       .fit(fit)
       .describe(describe);

@@ -23,11 +23,9 @@ struct GrayRequest {
 };
 
 // Where no test exists, `reason` says why and the numbers are NaN.
-struct GrayResult {
+// Degrees of freedom: groups that have part in the test, less one.
+struct GrayResult : Test {
   std::string reason;
-  double chiSquare = kNone;
-  double degreesOfFreedom = kNone;  // groups that have part in the test, less one
-  double pValue = kNone;
   // Of each group: somebody in it is at risk at a time of an event of the type. The others have no
   // part in the test.
   std::vector<bool> included;

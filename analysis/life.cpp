@@ -1,23 +1,17 @@
 // survmeth life: declaration, run and description.
-
-#include <cmath>
 #include <cstddef>
 #include <optional>
-#include <span>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "analysis/all.h"
-#include "analysis/curveFigure.h"
+#include "analysis/censoredRows.h"
 #include "analysis/curveReadings.h"
 #include "analysis/curveTables.h"
 #include "analysis/lifeTable.h"
 #include "analysis/survivalCurves.h"
-#include "frame/labels.h"
-#include "model/coding.h"
 #include "report/build.h"
-#include "report/keys.h"
 #include "report/numbers.h"
 #include "text/lists.h"
 #include "text/words.h"
@@ -31,15 +25,13 @@ using engine::Role;
 using report::Kind;
 using text::counted;
 using text::quote;
+using enum CurveLimits;
 
 enum class Printed { kNone, kKaplanMeier, kActuarial };
 
-struct Request {
-  std::string time, event, weight;
-  std::vector<std::string> group;  // crossed
-  std::vector<std::string> eventValues;
+struct Request : CensoredColumns {
   double alpha = 0.05;
-  CurveLimits limits = CurveLimits::kLogLog;
+  CurveLimits limits = kLogLog;
   Printed table = Printed::kNone;
   std::optional<double> width;
   std::vector<double> bounds;
@@ -50,15 +42,17 @@ struct Request {
 };
 
 struct Result {
-  std::vector<std::string> eventLabels;
-  std::string eventNote;
-  std::vector<std::string> groups;  // "all" for one without a column
-  bool wholeWeights = true;
-  std::size_t zeroWeights = 0;
+  CensoredRows rows;
   CurveResult survival;
   std::vector<std::vector<LifeInterval>> intervals;  // where they are asked for
   Readings readings;                                 // likewise
+
+  bool several() const { return rows.groups.labels.size() > 1; }
 };
+
+CurveNames namesOf(const Result& result, const Request& request) {
+  return {request.time, text::joined(request.group), result.rows.groups.labels, request.alpha};
+}
 
 void check(const Request& request) {
   if (request.width && !request.bounds.empty()) {
@@ -73,73 +67,21 @@ void check(const Request& request) {
   }
 }
 
-// An empty group is more likely a mistake than a group nobody wants to see.
-void requireGroups(const frame::Labels& groups, std::span<const double> weight) {
-  std::vector<double> totals(groups.counts.begin(), groups.counts.end());
-  if (!weight.empty()) {
-    totals.assign(totals.size(), 0);
-    for (std::size_t i = 0; i < weight.size(); ++i) totals[groups.codes[i]] += weight[i];
-  }
-  for (std::size_t g = 0; g < totals.size(); ++g) {
-    if (totals[g] > 0) continue;
-    throw Refusal(Role::kGroup, Refusal::kNone,
-                  "the group " + quote(groups.labels[g]) + " is empty: its rows have " +
-                      (groups.counts[g] == 0 ? "missing cells" : "weight 0"),
-                  Refusal::kNone, "at least one complete row in each group");
-  }
-}
-
-[[noreturn]] void refuse(const Refusal& refused, const Request& request,
-                         const std::vector<std::string>& groups) {
-  if (refused.role() == Role::kIntervals) {
-    throw BadOption(request.bounds.empty() ? "width" : "bounds", refused.what());
-  }
-  if (refused.role() == Role::kGroup && groups.size() == 1) {
-    throw Refusal(Role::kWeight, Refusal::kNone, "every weight is 0", Refusal::kNone,
-                  "at least one above 0");
-  }
-  if (refused.role() == Role::kGroup && refused.column() != Refusal::kNone) {
-    throw Refusal(Role::kGroup, Refusal::kNone,
-                  "the weights of the group " + quote(groups[refused.column()]) +
-                      " vanish beside the largest weights");
-  }
-  throw Refusal(refused);
-}
-
 Result fit(const frame::Frame& data, const Request& request, numerics::Progress&) {
-  Result result;
-  model::YesNo events =
-      model::yesNoOf(*data.labels(request.event), request.eventValues, model::kEvents);
-  result.eventLabels = std::move(events.labels);
-  result.eventNote = std::move(events.note);
-  SurvivalData survival;
-  survival.time = data.numbers(request.time)->numbers;
-  survival.event = events.rows;
-  if (!request.weight.empty()) survival.weight = data.numbers(request.weight)->numbers;
-  for (const double weight : survival.weight) {
-    result.wholeWeights = result.wholeWeights && weight == std::trunc(weight);
-    result.zeroWeights += weight == 0 ? 1 : 0;
-  }
-  frame::Labels groups{{"all"}, {}, {data.rows}};
-  if (!request.group.empty()) {
-    groups = request.group.size() == 1 ? frame::allLabelsOf(*data.labels(request.group.front()))
-                                       : frame::crossedLabels(data, request.group);
-    requireGroups(groups, survival.weight);
-    survival.group = groups.codes;
-    survival.groups = groups.labels.size();
-  }
+  Result result{censoredRowsOf(data, request), {}, {}, {}};
+  const SurvivalData rows = result.rows.data();
   try {
-    result.survival = survivalCurves({survival, request.alpha, request.limits});
-    result.readings = readingsOf(survival, {request.quantiles, request.at, request.tau},
-                                 request.alpha, request.limits);
+    result.survival = survivalCurves({rows, request.alpha, request.limits});
+    result.readings = readingsOf(rows, {request.quantiles, request.at, request.tau}, request.alpha,
+                                 request.limits);
     if (request.intervals()) {
       result.intervals = lifeTables(
-          {survival, request.alpha, request.limits, request.width.value_or(0), request.bounds});
+          {rows, request.alpha, request.limits, request.width.value_or(0), request.bounds});
     }
   } catch (const Refusal& refused) {
-    refuse(refused, request, groups.labels);
+    if (refused.role() != Role::kIntervals) throw result.rows.worded(refused);
+    throw BadOption(request.bounds.empty() ? "width" : "bounds", refused.what());
   }
-  result.groups = std::move(groups.labels);
   return result;
 }
 
@@ -153,7 +95,7 @@ std::vector<report::Method> methodsOf(const Result& result, const Request& reque
       {"median: where the curve crosses 1/2, the middle where it runs at 1/2; limits: where the "
        "curve's limits do",
        "Brookmeyer & Crowley, Biometrics 38 (1982) 29-41"}};
-  if (result.groups.size() > 1) {
+  if (result.several()) {
     methods.push_back(
         {"tests: weighted log-rank family with hypergeometric variance; weight 1 (log-rank), "
          "number at risk (Gehan-Breslow), its square root (Tarone-Ware)",
@@ -171,79 +113,103 @@ std::vector<report::Method> methodsOf(const Result& result, const Request& reque
 
 std::vector<report::Note> notesOf(const Result& result) {
   std::vector<report::Note> notes;
-  const auto add = [&notes](const char* code, std::string text,
-                            std::vector<std::string> names = {}) {
-    notes.push_back({code, std::move(text), std::move(names)});
+  const auto add = [&notes](const char* code, std::string text) {
+    notes.push_back({code, std::move(text)});
   };
-  double events = 0, censored = 0;
-  for (const SurvivalCurve& curve : result.survival.curves) {
-    events += curve.events;
-    censored += curve.censored;
-  }
-  if (!result.eventNote.empty()) add("eventCoding", result.eventNote);
-  if (!(events > 0)) {
+  const CurveResult& found = result.survival;
+  if (!result.rows.eventNote.empty()) add("eventCoding", result.rows.eventNote);
+  if (!(found.events > 0)) {
     add("noEvents", "no row is an event: the curves stay at 1 and there is no median");
   }
-  if (!(censored > 0)) add("noneCensored", "every row is an event, none is censored");
-  if (!result.wholeWeights) {
-    add("fractionalWeights", "weights are not all whole numbers; they are taken as frequencies");
+  if (!(found.censored > 0)) add("noneCensored", "every row is an event, none is censored");
+  result.rows.noteWeights(notes);
+  if (!result.several()) return notes;
+  if (!found.comparison.reason.empty()) {
+    add("noTest", "no comparison test exists: " + found.comparison.reason);
+    return notes;
   }
-  if (result.zeroWeights > 0) {
-    add("zeroWeights",
-        counted(result.zeroWeights, "row has", "rows have") + " weight 0 and no effect");
-  }
-  const Comparison& comparison = result.survival.comparison;
-  if (result.groups.size() < 2) return notes;
-  if (!comparison.reason.empty()) add("noTest", "no comparison test exists: " + comparison.reason);
-  for (std::size_t g = 0; g < result.groups.size(); ++g) {
-    if (comparison.included[g] || !comparison.reason.empty()) continue;
+  for (std::size_t g = 0; g < found.curves.size(); ++g) {
+    const std::string& label = result.rows.groups.labels[g];
+    if (found.comparison.included[g]) continue;
     add("groupNotIncluded",
-        "the group " + quote(result.groups[g]) +
-            " has no part in the tests: nobody in it is at risk at an event time",
-        {result.groups[g]});
+        "the group " + quote(label) +
+            " has no part in the tests: nobody in it is at risk at an event time");
+    notes.back().names = {label};
   }
   return notes;
 }
 
-std::string summaryOf(const Result& result, const CurveNames& names) {
-  const std::vector<SurvivalCurve>& curves = result.survival.curves;
-  double n = 0, events = 0;
-  for (const SurvivalCurve& curve : curves) {
-    n += curve.n;
-    events += curve.events;
+// A row for each test, with the reason below where none exists.
+report::Table testTable(const Comparison& comparison) {
+  report::Table table = report::rowsOf("tests", "Equal survival?", comparison.tests)
+                            .with(report::labelColumn(key::kTest, "test",
+                                                      {"Log-rank", "Gehan-Breslow", "Tarone-Ware"}))
+                            .test([](const Test& test) { return test; })
+                            .table();
+  if (!comparison.reason.empty()) {
+    table.remarks.push_back("No comparison test exists: " + comparison.reason + ".");
   }
-  std::string text = report::brief(events) + " of " + report::brief(n) + " had the event." +
-                     mediansInWords(curves, names);
-  const Comparison& comparison = result.survival.comparison;
-  if (result.groups.size() < 2 || !comparison.reason.empty()) return text;
-  return text + " Log-rank test of equal survival in " +
-         counted(result.groups.size(), "group", "groups") + ": " +
-         report::pValueInWords(comparison[CurveTest::kLogRank].pValue) + ".";
+  return table;
+}
+
+// Observed and expected events of each group.
+report::Table eventTable(const Comparison& comparison, const CurveNames& names) {
+  return report::tableOf(
+      "events", "Events by group",
+      {report::labelColumn(key::kGroup, names.group, names.labels),
+       report::numberColumn(key::kObserved, "observed", Kind::kCount, comparison.observed),
+       report::numberColumn(key::kExpected, "expected", Kind::kEstimate, comparison.expected),
+       report::columnOf(key::kIncluded, "in the tests", Kind::kLabel, comparison.included,
+                        [](bool included) { return included ? "yes" : "no"; })});
+}
+
+// A row for each interval of each group.
+report::Table actuarialTable(const Result& result, const CurveNames& names) {
+  using Row = LifeInterval;
+  using enum Kind;
+  return report::partedRowsOf(
+             "actuarial", "Actuarial table",
+             report::labelColumn(key::kGroup, names.group, names.labels), result.intervals,
+             [](const auto& rows) -> auto& { return rows; })
+      .column(key::kIntervalStart, names.time + " from", kTime, &Row::lower)
+      .column(key::kIntervalEnd, "to below", kTime, &Row::upper)
+      .column(key::kEntering, "entering", kCount, &Row::entering)
+      .column(key::kEvents, "events", kCount, &Row::events)
+      .column(key::kCensored, "censored", kCount, &Row::censored)
+      .column(key::kEffective, "effective", kCount, &Row::effective)
+      .column(key::kEventProbability, "event probability", kProbability, &Row::conditional)
+      .column(key::kSurvivalAtStart, "survival at start", kProbability, &Row::survivalAtStart)
+      .column(key::kSurvivalAtEnd, "survival at end", kProbability, &Row::survivalAtEnd)
+      .column(key::kStandardError, "std error", kProbability, &Row::standardError)
+      .limits(report::confidence(names.alpha), kProbability, &Row::limits)
+      .column(key::kDensity, "density", kEstimate, &Row::density)
+      .column(key::kDensityStandardError, "std error", kEstimate, &Row::densityError)
+      .column(key::kHazard, "hazard", kEstimate, &Row::hazard)
+      .column(key::kHazardStandardError, "std error", kEstimate, &Row::hazardError)
+      .column(key::kMedianResidual, "median residual", kTime, &Row::medianResidual)
+      .column(key::kMedianResidualStandardError, "std error", kTime, &Row::medianResidualError)
+      .table();
 }
 
 report::Report describe(const Result& result, const Request& request) {
-  const CurveNames names{request.time, text::joined(request.group), result.groups, request.alpha};
+  const CurveNames names = namesOf(result, request);
+  const CurveResult& found = result.survival;
   report::Report report;
   report.title = names.group.empty() ? "Survival" : "Survival by " + names.group;
-  report.summary = summaryOf(result, names);
-  std::string labels;
-  for (const std::string& label : result.eventLabels) {
-    labels += (labels.empty() ? "" : ", ") + label;
+  report.summary = report::brief(found.events) + " of " + report::brief(found.n) +
+                   " had the event." + mediansInWords(found, names);
+  report.facts = {result.rows.eventFact(request.event), report::levelFact(request.alpha)};
+  report.tables = {medianTable(found, names)};
+  if (result.several()) {
+    report.tables.push_back(testTable(found.comparison));
+    report.tables.push_back(eventTable(found.comparison, names));
   }
-  const report::Value events = labels.empty() ? report::Value() : report::Value(labels);
-  report.facts = {{key::kEventLabels, "Event where " + request.event + " is", Kind::kLabel, events},
-                  {key::kLevel, "", Kind::kProbability, 1 - request.alpha}};
-  report.tables.push_back(medianTable(result.survival.curves, names));
-  if (result.groups.size() > 1) {
-    report.tables.push_back(curveTestTable(result.survival.comparison));
-    report.tables.push_back(groupEventTable(result.survival.comparison, names));
+  if (result.several() && found.comparison.reason.empty()) {
+    report.summary += " Log-rank test of equal survival in " +
+                      counted(found.curves.size(), "group", "groups") + ": " +
+                      report::pValueInWords(found.comparison[CurveTest::kLogRank].pValue) + ".";
   }
-  report.tables.push_back(kaplanMeierTable(result.survival.curves, names));
-  if (request.table != Printed::kKaplanMeier) {
-    report.tables.back().display = report::Display::kFilesOnly;
-  }
-  if (!result.intervals.empty()) report.tables.push_back(actuarialTable(result.intervals, names));
-  report.figures = {survivalFigure(result.survival, request.limits, names)};
+  if (!result.intervals.empty()) report.tables.push_back(actuarialTable(result, names));
   report.methods = methodsOf(result, request);
   report.notes = notesOf(result);
   describeReadings(result.readings, names, report);
@@ -268,11 +234,10 @@ Declaration lifeDeclaration() {
       .column("weight", &Request::weight, Role::kWeight, numbersFrom(0),
               "Column of frequencies, numbers from 0")
       .alpha(&Request::alpha)
-      .choice("conf", &Request::limits,
-              {{limitsName(CurveLimits::kLogLog), CurveLimits::kLogLog},
-               {limitsName(CurveLimits::kLog), CurveLimits::kLog},
-               {limitsName(CurveLimits::kPlain), CurveLimits::kPlain}},
-              "Limits")
+      .choice(
+          "conf", &Request::limits,
+          {{limitsName(kLogLog), kLogLog}, {limitsName(kLog), kLog}, {limitsName(kPlain), kPlain}},
+          "Limits")
       .choice("table", &Request::table,
               {{"none", Printed::kNone},
                {"km", Printed::kKaplanMeier},
@@ -307,9 +272,18 @@ Declaration lifeDeclaration() {
       .example(
           "survmeth life data/leukemia.csv --time weeks --event relapse --table km --out results "
           "--plot curves.svg")
-      .tables({"summary", "tests", "events", "kaplanMeier", "actuarial", "quantiles", "survivalAt",
-               "restrictedMeans", "meanContrasts"})
-      .figures({"survival"})
+      .tables({"summary", "tests", "events"})
+      .longTable(
+          "kaplanMeier",
+          [](const Result& result, const Request& request) {
+            return kaplanMeierTable(result.survival, namesOf(result, request));
+          },
+          [](const Request& request) { return request.table == Printed::kKaplanMeier; })
+      .tables({"actuarial", "quantiles", "survivalAt", "restrictedMeans", "meanContrasts"})
+      .figure("survival",
+              [](const Result& result, const Request& request) {
+                return survivalFigure(result.survival, request.limits, namesOf(result, request));
+              })
       .leastRows(2)
       .check(check)
       .fit(fit)

@@ -151,9 +151,7 @@ std::vector<LifeInterval> tableOf(const std::vector<TimeCounts>& counts,
       sum += q / (p * n);
       row.standardError = survival * std::sqrt(sum);
     }
-    const SurvivalLimits band = survivalLimits(survival, sum, z, limits);
-    row.lowerLimit = band.lower;
-    row.upperLimit = band.upper;
+    row.limits = survivalLimits(survival, sum, z, limits);
   }
   addMedianResiduals(table);
   return table;

@@ -35,8 +35,8 @@ struct LifeInterval {
   double survivalAtStart = kNone;  // of the interval, S: the product of the p before
   double survivalAtEnd = kNone;    // S p
   double standardError = kNone;    // of the survival at the end, by Greenwood's formula
-  double lowerLimit = kNone, upperLimit = kNone;  // of the same
-  double density = kNone;                         // S q / w
+  SurvivalLimits limits;           // of the same
+  double density = kNone;          // S q / w
   double densityError = kNone;
   double hazard = kNone;  // 2 q / (w (1 + p)), at the middle of the interval
   double hazardError = kNone;

@@ -12,8 +12,9 @@
 #include "analysis/refusal.h"
 #include "analysis/rocTables.h"
 #include "model/coding.h"
-#include "report/keys.h"
+#include "report/build.h"
 #include "report/numbers.h"
+#include "text/lists.h"
 #include "text/words.h"
 
 namespace survmeth::analysis {
@@ -68,9 +69,7 @@ std::vector<std::uint8_t> classesOf(const frame::Column& column, const Request& 
                       (named.empty() ? "means yes" : "holds " + quote(request.positive)),
                   Refusal::kNone, "positive and negative rows");
   }
-  for (const std::string& label : coded.labels) {
-    answer.positive += (answer.positive.empty() ? "" : ", ") + label;
-  }
+  answer.positive = text::joined(coded.labels);
   answer.negative = std::move(coded.others);
   const auto& labels = answer.negative;
   if (labels.size() > kMostNamed) {
@@ -113,7 +112,7 @@ void addMarkerNotes(RocAnswer& answer) {
     if (0.5 - curve.area.value > kRounding) {
       answer.note("areaBelowHalf",
                   "the area of " + quote(name) + " is below 0.5: " +
-                      (answer.lowerIsPositive[m]
+                      (curve.lowerIsPositive
                            ? "high values go with " + quote(answer.positive) +
                                  ", although --lower-is-positive names it"
                            : "low values go with " + quote(answer.positive) +
@@ -152,9 +151,9 @@ RocAnswer fit(const frame::Frame& data, const Request& request, numerics::Progre
     asked.costs = *answer.costs;
   }
   for (const std::string& name : request.markers) {
-    const auto& lower = request.lower;
-    answer.lowerIsPositive.push_back(std::find(lower.begin(), lower.end(), name) != lower.end());
-    asked.markers.push_back({data.numbers(name)->numbers, answer.lowerIsPositive.back()});
+    const bool lower =
+        std::find(request.lower.begin(), request.lower.end(), name) != request.lower.end();
+    asked.markers.push_back({data.numbers(name)->numbers, lower});
   }
   if (!request.weight.empty()) asked.weight = data.numbers(request.weight)->numbers;
   progress.at(0);
@@ -218,30 +217,18 @@ std::vector<report::Method> methodsOf(const RocAnswer& answer, const Request& re
 }
 
 report::Report describe(const RocAnswer& answer, const Request& request) {
-  const std::string level = brief(100 * (1 - request.alpha), 4) + "%";
+  const std::string level = report::confidence(request.alpha);
   report::Report report;
   report.title = "ROC curves of " + counted(answer.markers.size(), "marker", "markers");
   for (std::size_t m = 0; m < answer.markers.size(); ++m) {
-    const RocCurve& curve = answer.result.curves[m];
-    report.summary +=
-        (m > 0 ? " " : "") + answer.markers[m] + ": area " + report::fixed(curve.area.value, 3);
-    if (!std::isnan(curve.area.lower)) {
-      report.summary += " (" + level + " limits " + report::fixed(curve.area.lower, 3) + " to " +
-                        report::fixed(curve.area.upper, 3) + ")";
-    }
-    report.summary += ".";
-  }
-  std::string negative;
-  for (const std::string& label : answer.negative) {
-    negative += (negative.empty() ? "" : ", ") + label;
+    report.summary += (m > 0 ? " " : "") + answer.markers[m] + ": " +
+                      rocAreaInWords(answer.result.curves[m], level, "limits ") + ".";
   }
   report.facts = {{key::kPositive, "Positive", Kind::kLabel, answer.positive},
-                  {key::kNegative, "Negative", Kind::kLabel, negative}};
+                  {key::kNegative, "Negative", Kind::kLabel, text::joined(answer.negative)}};
   report.tables = {rocAreaTable(answer, level), rocBestTable(answer, level)};
   if (answer.costs) report.tables.push_back(rocCostTable(answer));
   if (answer.markers.size() > 1) report.tables.push_back(rocComparisonTable(answer, level));
-  report.tables.push_back(rocThresholdTable(answer, level, request.table));
-  report.figures = {rocFigure(answer, request.classColumn, level)};
   report.methods = methodsOf(answer, request, level);
   report.notes = answer.notes;
   return report;
@@ -285,8 +272,17 @@ Declaration rocDeclaration() {
           "named in --lower-is-positive. A missing marker leaves a row out of that marker's "
           "curve only; two markers are compared on the rows that have both.")
       .example("survmeth roc data/sah.csv --class outcome --positive Poor --marker wfns,s100b,ndka")
-      .tables({"areas", "best", "leastCost", "comparisons", "thresholds"})
-      .figures({"roc"})
+      .tables({"areas", "best", "leastCost", "comparisons"})
+      .longTable(
+          "thresholds",
+          [](const RocAnswer& answer, const Request& request) {
+            return rocThresholdTable(answer, report::confidence(request.alpha));
+          },
+          [](const Request& request) { return request.table; })
+      .figure("roc",
+              [](const RocAnswer& answer, const Request& request) {
+                return rocFigure(answer, request.classColumn, report::confidence(request.alpha));
+              })
       .leastRows(2)
       .check(check)
       .fit(fit)

@@ -277,6 +277,7 @@ class Analysis {
     result.rows = sample.rows;
     result.positives = sample.positives;
     result.negatives = sample.negatives;
+    result.lowerIsPositive = marker.lowerIsPositive;
     result.area.value = areaOf(made, sample);
     setAreaTest(sample, made.area[1], result);
     for (int k = 0; k < made.T; ++k) {

@@ -72,6 +72,14 @@ struct RocCurve {
   // less.
   std::vector<std::size_t> cheapest;
   double leastCost = kNone;
+  bool lowerIsPositive = false;
+
+  // 1 - specificity and sensitivity from (0, 0) to (1, 1); points closer than `step` in both to the
+  // one before are left out.
+  struct Points {
+    std::vector<double> x, y;
+  };
+  Points points(double step) const;
 };
 
 // Two markers on the rows that have both.

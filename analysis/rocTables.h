@@ -17,7 +17,6 @@ struct RocAnswer {
   std::string positive;               // label of the positives
   std::vector<std::string> negative;  // labels of the others
   std::vector<std::string> markers;
-  std::vector<bool> lowerIsPositive;
   std::size_t rows = 0;  // with a class and a weight above 0
   std::optional<RocCosts> costs;
   std::vector<report::Note> notes;
@@ -32,7 +31,10 @@ report::Table rocAreaTable(const RocAnswer& answer, const std::string& level);
 report::Table rocBestTable(const RocAnswer& answer, const std::string& level);
 report::Table rocCostTable(const RocAnswer& answer);
 report::Table rocComparisonTable(const RocAnswer& answer, const std::string& level);
-report::Table rocThresholdTable(const RocAnswer& answer, const std::string& level, bool shown);
+report::Table rocThresholdTable(const RocAnswer& answer, const std::string& level);
+
+// "area 0.731 (95% limits 0.626 to 0.836)", `limits` being "limits ".
+std::string rocAreaInWords(const RocCurve& curve, const std::string& level, const char* limits);
 
 // The curves on equal axes with the line of chance; steps that print cannot tell apart are one.
 report::Figure rocFigure(const RocAnswer& answer, const std::string& classColumn,

@@ -109,6 +109,17 @@ double SurvivalCurve::standardError(std::size_t i) const {
   return survival[i] * std::sqrt(greenwoodSum[i]);
 }
 
+std::vector<double> SurvivalCurve::standardErrors() const {
+  std::vector<double> errors(time.size());
+  for (std::size_t i = 0; i < errors.size(); ++i) errors[i] = standardError(i);
+  return errors;
+}
+
+std::string limitsName(CurveLimits limits) {
+  if (limits == CurveLimits::kPlain) return "plain";
+  return limits == CurveLimits::kLog ? "log" : "log-log";
+}
+
 Estimate medianOf(const SurvivalCurve& curve) {
   return {crossing(curve.time, curve.survival), crossing(curve.time, curve.lower),
           crossing(curve.time, curve.upper)};
@@ -125,6 +136,9 @@ CurveResult survivalCurves(const CurveRequest& request) {
     curve.rows = tally.rows(g);
     addLimits(curve, request.alpha, request.limits);
     curve.median = medianOf(curve);
+    result.n += curve.n;
+    result.events += curve.events;
+    result.censored += curve.censored;
   }
   result.comparison = compareCurves(result.curves);
   return result;

@@ -19,6 +19,7 @@ namespace survmeth {
 //   plain     S -+ z S sqrt(G), within [0, 1]
 // None exist at S = 0, and for log-log none at S = 1 either.
 enum class CurveLimits { kLogLog, kLog, kPlain };
+std::string limitsName(CurveLimits limits);  // "log-log"
 
 struct CurveRequest {
   SurvivalData data;
@@ -43,8 +44,9 @@ struct SurvivalCurve {
   std::vector<double> greenwoodSum;  // sum of d / (n (n - d)); does not exist at S = 0
   std::vector<double> lower, upper;
 
-  // Standard error of the survival.
+  // Of the survival.
   double standardError(std::size_t i) const;
+  std::vector<double> standardErrors() const;
 };
 
 enum class CurveTest { kLogRank, kGehanBreslow, kTaroneWare };
@@ -62,6 +64,7 @@ struct Comparison {
 struct CurveResult {
   std::vector<SurvivalCurve> curves;
   Comparison comparison;
+  double n = 0, events = 0, censored = 0;  // of all curves
 };
 
 // In   data     see SurvivalData and Tally for what is refused (engine::Refusal)

@@ -108,6 +108,16 @@ class Rows {
     return column(upper, level + " upper", kind,
                   [&](const auto& item) { return std::invoke(cell, item).upper; });
   }
+  // Statistic, degrees of freedom and p-value of the chi-square test that `cell` gives.
+  template <class Cell>
+  Rows& test(Cell cell) {
+    column(key::kChiSquare, "chi-square", Kind::kStatistic,
+           [&](const auto& item) { return std::invoke(cell, item).chiSquare; });
+    column(key::kDegreesOfFreedom, "df", Kind::kCount,
+           [&](const auto& item) { return std::invoke(cell, item).degreesOfFreedom; });
+    return column(key::kPValue, "p-value", Kind::kPValue,
+                  [&](const auto& item) { return std::invoke(cell, item).pValue; });
+  }
   // Made elsewhere, of as many rows.
   Rows& with(Column column) {
     table_.columns.push_back(std::move(column));
@@ -123,6 +133,90 @@ class Rows {
 template <class Items>
 Rows<Items> rowsOf(std::string id, std::string caption, const Items& items) {
   return Rows<Items>(std::move(id), std::move(caption), items);
+}
+
+// A table of the rows of several groups one after another, parted by the groups' labels. `rows`
+// gives the items of a group.
+//
+//     partedRowsOf("thresholds", "Thresholds", labelColumn(key::kMarker, "marker", names), curves,
+//                  &Curve::thresholds)
+//         .column(key::kCost, "cost", Kind::kEstimate, &Threshold::cost)
+//         .table()
+template <class Groups, class RowsOfGroup>
+class PartedRows {
+ public:
+  PartedRows(std::string id, std::string caption, const Column& labels, const Groups& groups,
+             RowsOfGroup rows)
+      : groups_(groups), rows_(rows), table_(tableOf(std::move(id), std::move(caption), {})) {
+    for (const auto& group : groups_) total_ += std::size(std::invoke(rows_, group));
+    with(labels);
+    table_.partedBy = labels.key;
+  }
+
+  // A label of each group, in all of its rows.
+  PartedRows& with(const Column& labels) {
+    std::vector<std::string> values;
+    values.reserve(total_);
+    auto label = labels.labels().begin();
+    for (const auto& group : groups_) {
+      values.insert(values.end(), std::size(std::invoke(rows_, group)), *label++);
+    }
+    table_.columns.push_back(labelColumn(labels.key, labels.heading, std::move(values)));
+    return *this;
+  }
+  // A number of each row: a member of it or a function.
+  template <class Cell>
+  PartedRows& column(std::string key, std::string heading, Kind kind, Cell cell) {
+    std::vector<double> values;
+    values.reserve(total_);
+    for (const auto& group : groups_) {
+      for (const auto& row : std::invoke(rows_, group)) {
+        values.push_back(shownOf(std::invoke(cell, row)));
+      }
+    }
+    table_.columns.push_back({std::move(key), std::move(heading), kind, std::move(values)});
+    return *this;
+  }
+  template <class Cell>
+  PartedRows& limits(const std::string& level, Kind kind, Cell cell,
+                     const char* lower = key::kLower, const char* upper = key::kUpper) {
+    column(lower, level + " lower", kind,
+           [&](const auto& row) { return std::invoke(cell, row).lower; });
+    return column(upper, level + " upper", kind,
+                  [&](const auto& row) { return std::invoke(cell, row).upper; });
+  }
+  // Numbers that stand together for all rows of a group: a vector of it, or what a function makes.
+  template <class Values>
+  PartedRows& numbers(std::string key, std::string heading, Kind kind, Values ofGroup) {
+    std::vector<double> values;
+    values.reserve(total_);
+    for (const auto& group : groups_) {
+      const auto& of = std::invoke(ofGroup, group);
+      values.insert(values.end(), std::begin(of), std::end(of));
+    }
+    table_.columns.push_back({std::move(key), std::move(heading), kind, std::move(values)});
+    return *this;
+  }
+  Table table() { return std::move(table_); }
+
+ private:
+  const Groups& groups_;
+  RowsOfGroup rows_;
+  std::size_t total_ = 0;
+  Table table_;
+};
+
+template <class Groups, class RowsOfGroup>
+PartedRows<Groups, RowsOfGroup> partedRowsOf(std::string id, std::string caption,
+                                             const Column& labels, const Groups& groups,
+                                             RowsOfGroup rows) {
+  return {std::move(id), std::move(caption), labels, groups, rows};
+}
+
+// Of groups that are lists of rows themselves.
+template <class Groups>
+auto partedRowsOf(std::string id, std::string caption, const Column& labels, const Groups& groups) {
+  return partedRowsOf(std::move(id), std::move(caption), labels, groups, std::identity());
 }
 
 inline Panel panelOf(std::string xLabel, std::string yLabel) {

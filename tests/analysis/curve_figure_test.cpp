@@ -4,7 +4,7 @@
 #include <cmath>
 #include <numeric>
 
-#include "analysis/curveFigure.h"
+#include "analysis/curveTables.h"
 #include "tests/analysis/curveData.h"
 
 namespace {

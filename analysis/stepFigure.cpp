@@ -1,4 +1,4 @@
-#include "analysis/curveFigure.h"
+#include "analysis/stepFigure.h"
 
 #include <algorithm>
 #include <cmath>
@@ -7,7 +7,6 @@
 #include <utility>
 
 #include "report/build.h"
-#include "report/numbers.h"
 
 namespace survmeth::analysis {
 namespace {
@@ -16,9 +15,9 @@ namespace {
 constexpr double kStep = 1.0 / 2000;
 constexpr double kMostIntervals = 8;  // between the ticks of the time axis
 
-double endOf(const std::vector<SurvivalCurve>& curves) {
+double endOf(const std::vector<StepCurve>& curves) {
   double end = 0;
-  for (const SurvivalCurve& curve : curves) end = std::max(end, curve.time.back());
+  for (const StepCurve& curve : curves) end = std::max(end, curve.time.back());
   return end > 0 ? end : 1;
 }
 
@@ -39,45 +38,45 @@ std::vector<double> breaksTo(double end) {
 }
 
 // The elements at which the drawn curve has a corner.
-std::vector<std::size_t> corners(const SurvivalCurve& curve, double end) {
+std::vector<std::size_t> corners(const StepCurve& curve, double origin, double end) {
   std::vector<std::size_t> at;
-  double time = -end, survival = 2;
+  double time = -end, drawn = INFINITY, level = origin;
   for (std::size_t i = 0; i < curve.time.size(); ++i) {
     const bool last = i + 1 == curve.time.size();
-    if (curve.eventsAt[i] == 0 && !last) continue;
-    if (last || curve.time[i] - time > kStep * end || survival - curve.survival[i] > kStep) {
+    if (curve.level[i] == std::exchange(level, curve.level[i]) && !last) continue;
+    if (last || curve.time[i] - time > kStep * end || std::fabs(drawn - level) > kStep) {
       at.push_back(i);
       time = curve.time[i];
-      survival = curve.survival[i];
+      drawn = level;
     }
   }
   return at;
 }
 
-std::vector<double> censorings(const SurvivalCurve& curve, double end) {
+std::vector<double> censorings(const StepCurve& curve, double end) {
   std::vector<double> ticks;
   for (std::size_t i = 0; i < curve.time.size(); ++i) {
-    if (curve.censoredAt[i] == 0) continue;
+    if (curve.censored[i] == 0) continue;
     if (ticks.empty() || curve.time[i] - ticks.back() > kStep * end) ticks.push_back(curve.time[i]);
   }
   return ticks;
 }
 
-void addCurve(const SurvivalCurve& curve, const std::string& name, double end,
-              report::Panel& panel) {
+void addCurve(const StepCurve& curve, double origin, double end, report::Panel& panel) {
   constexpr double kNoLimit = std::numeric_limits<double>::quiet_NaN();
   report::Series step, band;
-  step.name = band.name = name;
+  step.name = band.name = curve.name;
   step.kind = report::SeriesKind::kStep;
   band.kind = report::SeriesKind::kBand;
   band.stepped = true;
-  step.x = band.x = {0};
-  step.y = {1};
+  step.x = {0};
+  step.y = {origin};
   band.lower = band.upper = {kNoLimit};  // nothing is uncertain before the first event
   bool limits = false;
-  for (const std::size_t i : corners(curve, end)) {
+  for (const std::size_t i : corners(curve, origin, end)) {
     step.x.push_back(curve.time[i]);
-    step.y.push_back(curve.survival[i]);
+    step.y.push_back(curve.level[i]);
+    if (curve.lower.empty()) continue;
     band.lower.push_back(curve.lower[i]);
     band.upper.push_back(curve.upper[i]);
     limits = limits || !std::isnan(curve.lower[i]);
@@ -88,7 +87,7 @@ void addCurve(const SurvivalCurve& curve, const std::string& name, double end,
   panel.series.push_back(std::move(step));
 }
 
-double atRiskAt(const SurvivalCurve& curve, double time) {
+double atRiskAt(const StepCurve& curve, double time) {
   const auto at = std::lower_bound(curve.time.begin(), curve.time.end(), time);
   return at == curve.time.end() ? 0
                                 : curve.atRisk[static_cast<std::size_t>(at - curve.time.begin())];
@@ -96,36 +95,25 @@ double atRiskAt(const SurvivalCurve& curve, double time) {
 
 }  // namespace
 
-report::Figure survivalFigure(const CurveResult& result, CurveLimits limits,
-                              const CurveNames& names) {
-  const std::vector<SurvivalCurve>& curves = result.curves;
+report::Panel stepPanel(const std::string& time, const std::string& level, double origin,
+                        const std::vector<StepCurve>& curves) {
   const double end = endOf(curves);
-  report::Figure figure;
-  figure.id = "survival";
-  figure.title = names.group.empty() ? "Survival" : "Survival by " + names.group;
-  if (curves.size() > 1 && result.comparison.reason.empty()) {
-    figure.title +=
-        ", log-rank " + report::pValueInWords(result.comparison[CurveTest::kLogRank].pValue);
-  }
-  figure.caption = "Kaplan-Meier curves with " + report::confidence(names.alpha) + " limits (" +
-                   limitsName(limits) + "); a tick is a censoring.";
-  report::Panel panel;
-  panel.x.label = names.time;
-  panel.x.least = 0;
+  report::Panel panel = report::panelOf(time, level);
+  panel.x.least = panel.y.least = 0;
   panel.x.ticks = breaksTo(end);
-  panel.y.label = "Survival";
-  panel.y.least = 0;
-  panel.y.most = 1;
   panel.y.percent = true;
-  report::RiskTable atRisk{"At risk", panel.x.ticks, names.labels, {}};
-  for (std::size_t g = 0; g < curves.size(); ++g) {
-    addCurve(curves[g], curves.size() > 1 ? names.labels[g] : "", end, panel);
-    std::vector<double>& counts = atRisk.counts.emplace_back();
-    for (const double each : atRisk.breaks) counts.push_back(atRiskAt(curves[g], each));
+  for (const StepCurve& curve : curves) addCurve(curve, origin, end, panel);
+  return panel;
+}
+
+report::RiskTable riskTableOf(const report::Panel& panel, const std::vector<std::string>& labels,
+                              const std::vector<StepCurve>& curves) {
+  report::RiskTable table{"At risk", panel.x.ticks, labels, {}};
+  for (const StepCurve& curve : curves) {
+    std::vector<double>& counts = table.counts.emplace_back();
+    for (const double each : table.breaks) counts.push_back(atRiskAt(curve, each));
   }
-  figure.panels.push_back(std::move(panel));
-  figure.riskTable = std::move(atRisk);
-  return figure;
+  return table;
 }
 
 }  // namespace survmeth::analysis
