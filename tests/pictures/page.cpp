@@ -50,7 +50,7 @@ class Reader {
   }
   std::string resolved(const std::string& raw) const {
     static const std::map<std::string, std::string> kNamed = {
-        {"amp", "&"}, {"lt", "<"}, {"gt", ">"}, {"quot", "\""}, {"apos", "'"}};
+        {"amp", "&"}, {"lt", "<"}, {"gt", ">"}, {"quot", "\""}, {"apos", "'"}, {"#39", "'"}};
     std::string text;
     for (std::size_t i = 0; i < raw.size(); ++i) {
       const auto byte = static_cast<unsigned char>(raw[i]);
