@@ -99,7 +99,8 @@ inline Columns hazardsColumns(int n, int covariates, HazardsShape shape) {
     if (shape == HazardsShape::kSets) {
       columns[0].back() = 1.0;
       columns[1].back() = i % 4 < 2 ? 1.0 : 0.0;
-      columns[2].push_back(static_cast<double>(i / 4));
+      const std::size_t set = i / 4;
+      columns[2].push_back(static_cast<double>(set));
     }
   }
   return columns;
