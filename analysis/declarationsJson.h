@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "analysis/declare.h"
+#include "analysis/declaration.h"
 
 namespace survmeth::analysis {
 

@@ -1,5 +1,5 @@
 // An analysis is declared once; the faces (command line, plans, Python, browser) and the reference
-// pages are made from the declaration.
+// pages are made from the declaration (declaration.h).
 //
 //     Declaration gray() {
 //       return declare<GrayOptions, GrayAnswer>("gray", "Gray's test of ...")
@@ -25,101 +25,13 @@
 #include <utility>
 #include <vector>
 
+#include "analysis/declaration.h"
 #include "analysis/option.h"
 #include "frame/frame.h"
 #include "numerics/progress.h"
 #include "report/report.h"
 
-namespace survmeth::report {
-class JsonWriter;
-}
-
 namespace survmeth::analysis {
-
-struct JsonNode;
-
-// What of a report is described at all: a face that shows no figure has none made.
-struct Parts {
-  bool files = true;  // tables that people only get as files
-  bool figures = true;
-};
-
-// What a run leaves: the typed result, for follow-ups and C++ callers, and its description.
-struct Fitted {
-  std::shared_ptr<const void> result;
-  report::Report report;
-};
-
-struct Lasting;
-
-struct Declaration {
-  std::string name;
-  std::string summary;  // one line, for lists
-  std::string details;  // sentences for the help: methods, conventions
-  std::vector<std::string> examples;
-  std::vector<Option> options;
-  std::vector<std::string> tables, figures;  // ids of those that it may give
-
-  // A new request with its defaults.
-  std::function<std::shared_ptr<void>()> request;
-  // Fewer complete rows are refused.
-  std::function<std::size_t(const void* request)> leastRows = [](const void*) { return 1; };
-  // Refuses options that do not go together; throws BadOption.
-  std::function<void(const void* request)> check;
-  // Changes what is asked of the columns, or asks for more (those of a formula), of those that
-  // there are.
-  std::function<void(const void* request, const std::vector<std::string>& header,
-                     std::vector<frame::Wanted>& wanted)>
-      adjustColumns;
-  // The rows that can be analysed, ascending; all of them where it is empty.
-  std::function<std::vector<std::uint32_t>(const frame::Frame&, const void* request)> completeRows;
-  std::function<Fitted(const frame::Frame&, const void* request, numerics::Progress&, const Parts&)>
-      run;
-
-  // How a result is kept for follow-ups; nullptr: it is not.
-  std::shared_ptr<const Lasting> lasting;
-  // Of a follow-up: gives its request what lasts of the result that it follows.
-  std::function<void(void* request, std::shared_ptr<const void> lasting)> follow;
-
-  const Option* find(const std::string& option) const;  // or nullptr
-};
-
-// What lasts of a result, in a file (savedFit.h), and the analysis of new data that follows from it.
-struct Lasting {
-  // In   data   those of the result
-  // Throws BadOption where nothing can follow from the result
-  std::function<std::shared_ptr<const void>(const frame::Frame& data, const void* result,
-                                            const void* request)>
-      of;
-  std::function<void(const void* lasting, report::JsonWriter&)> write;  // members of an object
-  // Throws JsonError.
-  std::function<std::shared_ptr<const void>(const JsonNode& model)> read;
-  Declaration predict;
-};
-
-// The columns that a request asks for, in the order of the options, of those that there are.
-// Throws BadOption for a formula that cannot be read.
-std::vector<frame::Wanted> wantedColumns(const Declaration& declaration, const void* request,
-                                         const std::vector<std::string>& header = {});
-
-// Throws BadOption: a required option that lacks, or options that do not go together.
-void requireOptions(const Declaration& declaration, const void* request);
-
-// Checks the request, fits, describes, and completes the report with what all analyses share:
-// name, data, plan, rows left out. `data` holds the wanted columns, complete.
-// Throws engine::Refusal, BadOption, numerics::Cancelled.
-Fitted analyse(const Declaration& declaration, const frame::Frame& data, const void* request,
-               numerics::Progress& progress, const Parts& parts = {});
-
-// Where a refusal stands: the column that the request names for its role, the option where the
-// role is no column.
-struct Place {
-  std::string option;  // "time"
-  std::string column;  // "weeks"; empty where the refusal is of no column
-};
-Place placeOf(const Declaration& declaration, const void* request, const engine::Refusal& refusal);
-
-// --- Building a declaration ---------------------------------------------------------------------
 
 inline Range anyNumber() { return {.expected = "a number"}; }
 Range above(double least);
@@ -436,10 +348,6 @@ template <class Request, class Result>
 Declaring<Request, Result> declare(std::string name, std::string summary) {
   return Declaring<Request, Result>(std::move(name), std::move(summary));
 }
-
-// Every analysis, in the order of survmeth --help.
-const std::vector<Declaration>& declarations();
-const Declaration* findDeclaration(const std::string& name);  // or nullptr
 
 }  // namespace survmeth::analysis
 

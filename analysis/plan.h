@@ -11,7 +11,7 @@
 #include <string_view>
 #include <vector>
 
-#include "analysis/declare.h"
+#include "analysis/declaration.h"
 #include "analysis/jsonTree.h"
 #include "analysis/reading.h"
 

@@ -13,7 +13,7 @@
 #include <string_view>
 #include <vector>
 
-#include "analysis/declare.h"
+#include "analysis/declaration.h"
 #include "analysis/jsonTree.h"
 #include "numerics/squareMatrix.h"
 #include "report/jsonWriter.h"

@@ -3,7 +3,7 @@
 #ifndef CLI_FACE_H_
 #define CLI_FACE_H_
 
-#include "analysis/declare.h"
+#include "analysis/declaration.h"
 #include "cli/shell/session.h"
 
 namespace cli {

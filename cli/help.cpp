@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "analysis/declaration.h"
 #include "analysis/declarationsJson.h"
-#include "analysis/declare.h"
 #include "analysis/reading.h"
 #include "cli/shell/problem.h"
 #include "cli/version.h"

@@ -9,7 +9,7 @@
 #include <sstream>
 #include <string>
 
-#include "analysis/declare.h"
+#include "analysis/declaration.h"
 #include "cli/face.h"
 #include "cli/help.h"
 #include "cli/run.h"

@@ -5,7 +5,7 @@
 
 #include <string>
 
-#include "analysis/declare.h"
+#include "analysis/declaration.h"
 #include "analysis/reading.h"
 
 namespace cli {

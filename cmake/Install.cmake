@@ -42,7 +42,7 @@ set(engineHeaders
     report/csv.h report/html.h)
 set(facadeHeaders
     frame/frame.h frame/reader.h frame/select.h frame/evaluate.h model/formula.h model/design.h
-    model/response.h model/coding.h analysis/declare.h analysis/survivalCurves.h
+    model/response.h model/coding.h analysis/declaration.h analysis/declare.h analysis/survivalCurves.h
     analysis/lifeTable.h analysis/grayTest.h analysis/rocCurve.h
     analysis/agreement.h analysis/demingFit.h pictures/pictures.h)
 set(publicHeaders ${engineHeaders})

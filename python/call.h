@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "analysis/declare.h"
+#include "analysis/declaration.h"
 #include "frame/memory.h"
 #include "numerics/progress.h"
 #include "report/report.h"

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "analysis/declare.h"
+#include "analysis/declaration.h"
 #include "frame/reader.h"
 #include "numerics/progress.h"
 #include "report/json.h"
