@@ -87,8 +87,11 @@ def test_what_progress_raises_ends_the_run():
 
 
 def test_an_interrupt_ends_the_run():
+    # What a shell starts in the background ignores interrupts until somebody asks for them.
     program = """
+import signal
 import numpy as np, survmeth
+signal.signal(signal.SIGINT, signal.default_int_handler)
 random = np.random.default_rng(1)
 n = 20_000
 data = {"t": random.exponential(size=n), "e": random.integers(0, 2, n)}
