@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "Dist/Dist"
-#include "analysis/curveTables.h"
+#include "analysis/limits.h"
 #include "model/response.h"
 #include "numerics/elementary.h"
 #include "report/build.h"
@@ -58,8 +58,8 @@ void addSurvival(const std::vector<cox::HazardValue>& values, const CoxPredictRe
                  double z, CoxPredictions& made) {
   for (const cox::HazardValue& value : values) {
     const double survival = numerics::exp(-value.hazard);
-    const SurvivalLimits limits =
-        survivalLimits(survival, value.standardError * value.standardError, z, request.limits);
+    const engine::curves::Interval limits =
+        engine::curves::survivalLimits(survival, z * value.standardError, request.limits);
     made.survival.push_back(survival);
     made.survivalError.push_back(survival * value.standardError);
     made.lower.push_back(limits.lower);
@@ -218,9 +218,9 @@ Declaration coxPredictDeclaration() {
                {.least = 0, .ascending = true, .expected = "ascending numbers not below 0"},
                "Times of predicted survival")
       .choice("conf", &CoxPredictRequest::limits,
-              {{"log-log", CurveLimits::kLogLog},
-               {"log", CurveLimits::kLog},
-               {"plain", CurveLimits::kPlain}},
+              {{"log-log", engine::curves::Scale::kLogLog},
+               {"log", engine::curves::Scale::kLog},
+               {"plain", engine::curves::Scale::kPlain}},
               "Limits of survival")
       .number("alpha", &CoxPredictRequest::alpha, between(0, 1),
               "Significance level; limits have level 1 - A", "A")

@@ -7,7 +7,7 @@
 
 #include "analysis/cox/saved.h"
 #include "analysis/declare.h"
-#include "analysis/survivalCurves.h"
+#include "engine/curves/limits.h"
 #include "frame/frame.h"
 
 namespace survmeth::analysis {
@@ -15,7 +15,7 @@ namespace survmeth::analysis {
 struct CoxPredictRequest {
   std::shared_ptr<const CoxSaved> fit;
   std::vector<double> at;  // times of survival
-  CurveLimits limits = CurveLimits::kLogLog;
+  engine::curves::Scale limits = engine::curves::Scale::kLogLog;
   double alpha = 0.05;
 };
 

@@ -11,10 +11,8 @@
 #include "analysis/agreement.h"
 #include "analysis/demingFit.h"
 #include "analysis/grayTest.h"
-#include "analysis/lifeTable.h"
 #include "analysis/rocCurve.h"
 #include "analysis/spread.h"
-#include "analysis/survivalCurves.h"
 #include "tests/support/role.h"
 
 namespace {
@@ -45,12 +43,6 @@ TEST(Checks, NoFunctionTakesMoreRowsThanTheEntryPointsCanCount) {
   const auto flags = endless<std::uint8_t>();
   const auto codes = endless<std::uint32_t>();
   const std::string what = ": there are too many rows";
-  const SurvivalData data{numbers, flags, {}, {}, 1};
-  EXPECT_EQ(refusal([&] { survivalCurves({data}); }), "time" + what);
-  LifeTableRequest life;
-  life.data = data;
-  life.width = 1;
-  EXPECT_EQ(refusal([&] { lifeTables(life); }), "time" + what);
   GrayRequest gray;
   gray.time = numbers;
   gray.status = gray.group = codes;

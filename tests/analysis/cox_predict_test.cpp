@@ -48,7 +48,7 @@ Made fitted(const std::string& data, const Options& options) {
 }
 
 CoxPredictions predicted(std::shared_ptr<const CoxSaved> fit, const std::string& file,
-                         const std::vector<double>& at, CurveLimits limits) {
+                         const std::vector<double>& at, engine::curves::Scale limits) {
   const Declaration declaration = coxPredictDeclaration();
   const auto request = declaration.request();
   declaration.follow(request.get(), fit);
@@ -74,9 +74,10 @@ void expectNear(double value, double expected, const std::string& what) {
 void expectAsInR(const Made& made, const std::string& name, const std::vector<double>& at) {
   const test::Csv risk(reference(name + "_risk.csv")), curve(reference(name + "_survival.csv"));
   const std::vector<double> predictor = risk.numbers("predictor"), error = risk.numbers("error");
-  const std::vector<std::pair<std::string, CurveLimits>> kinds = {{"log-log", CurveLimits::kLogLog},
-                                                                  {"log", CurveLimits::kLog},
-                                                                  {"plain", CurveLimits::kPlain}};
+  const std::vector<std::pair<std::string, engine::curves::Scale>> kinds = {
+      {"log-log", engine::curves::Scale::kLogLog},
+      {"log", engine::curves::Scale::kLog},
+      {"plain", engine::curves::Scale::kPlain}};
   std::size_t compared = 0;
   for (const auto& [kind, limits] : kinds) {
     const CoxPredictions ours = predicted(made.lasting, reference(name + "_new.csv"), at, limits);
@@ -132,8 +133,8 @@ TEST(CoxPredict, ASavedFitPredictsBitForBitAsTheOneInMemory) {
     const SavedFit saved = readSavedFit(made.text);
     const auto read = std::static_pointer_cast<const CoxSaved>(saved.lasting);
     const std::string file = reference(std::string(name) + "_new.csv");
-    const CoxPredictions once = predicted(made.lasting, file, at, CurveLimits::kLog);
-    const CoxPredictions again = predicted(read, file, at, CurveLimits::kLog);
+    const CoxPredictions once = predicted(made.lasting, file, at, engine::curves::Scale::kLog);
+    const CoxPredictions again = predicted(read, file, at, engine::curves::Scale::kLog);
     EXPECT_TRUE(sameBits(once.predictor, again.predictor));
     EXPECT_TRUE(sameBits(once.standardError, again.standardError));
     EXPECT_TRUE(sameBits(once.survival, again.survival));
@@ -145,8 +146,8 @@ TEST(CoxPredict, ASavedFitPredictsBitForBitAsTheOneInMemory) {
 }
 
 TEST(CoxPredict, SurvivalIsOneBeforeTheFirstEventAndUnknownAfterTheLastTime) {
-  const CoxPredictions made =
-      predicted(lung().lasting, reference("lung_new.csv"), {1, 1022, 1023}, CurveLimits::kLogLog);
+  const CoxPredictions made = predicted(lung().lasting, reference("lung_new.csv"), {1, 1022, 1023},
+                                        engine::curves::Scale::kLogLog);
   EXPECT_EQ(made.survival[0], 1);
   EXPECT_EQ(made.survivalError[0], 0);
   EXPECT_FALSE(std::isnan(made.survival[1]));

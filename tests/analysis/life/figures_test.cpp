@@ -4,18 +4,19 @@
 #include <cmath>
 #include <numeric>
 
-#include "analysis/curveTables.h"
-#include "tests/analysis/curveData.h"
+#include "analysis/life/describe.h"
+#include "tests/analysis/life/data.h"
 
 namespace {
 
 using namespace survmeth;  // NOLINT(google-build-using-namespace)
 using Numbers = std::vector<double>;
 
-report::Figure figureOf(const test::Columns& columns, const std::vector<std::string>& labels) {
-  const std::string group = labels.size() > 1 ? "arm" : "";
-  return analysis::survivalFigure(survivalCurves({columns.data()}), CurveLimits::kLogLog,
-                                  {"weeks", group, labels, 0.05});
+report::Figure figureOf(const test::Columns& columns) {
+  analysis::LifeRequest request;
+  request.time = "weeks";
+  if (columns.groups > 1) request.group = {"arm"};
+  return analysis::lifeSurvivalFigure(test::lifeOf(columns), request);
 }
 
 test::Columns fiveRows() {
@@ -26,7 +27,7 @@ test::Columns fiveRows() {
 }
 
 TEST(SurvivalFigure, StepsDownFromOneAtTheEventsAndTicksAtTheCensorings) {
-  const report::Figure figure = figureOf(fiveRows(), {"all"});
+  const report::Figure figure = figureOf(fiveRows());
   const std::vector<report::Series>& series = figure.panels.front().series;
   ASSERT_EQ(series.size(), 2u);
   EXPECT_EQ(series[0].kind, report::SeriesKind::kBand);
@@ -44,7 +45,7 @@ TEST(SurvivalFigure, StepsDownFromOneAtTheEventsAndTicksAtTheCensorings) {
 }
 
 TEST(SurvivalFigure, TheBandHasNoLimitsBeforeTheFirstEventAndAtZero) {
-  const report::Series band = figureOf(fiveRows(), {"all"}).panels.front().series.front();
+  const report::Series band = figureOf(fiveRows()).panels.front().series.front();
   EXPECT_EQ(band.x, (Numbers{0, 2, 3, 8}));
   EXPECT_TRUE(std::isnan(band.lower[0]) && std::isnan(band.upper[0]));
   EXPECT_TRUE(band.lower[1] < 0.8 && 0.8 < band.upper[1]);
@@ -52,7 +53,7 @@ TEST(SurvivalFigure, TheBandHasNoLimitsBeforeTheFirstEventAndAtZero) {
 }
 
 TEST(SurvivalFigure, CountsThoseAtRiskJustBeforeEachBreak) {
-  const report::Figure figure = figureOf(fiveRows(), {"all"});
+  const report::Figure figure = figureOf(fiveRows());
   ASSERT_TRUE(figure.riskTable);
   EXPECT_EQ(figure.riskTable->breaks, (Numbers{0, 1, 2, 3, 4, 5, 6, 7, 8}));
   EXPECT_EQ(figure.riskTable->breaks, figure.panels.front().x.ticks);
@@ -63,7 +64,7 @@ TEST(SurvivalFigure, WhereAllAreCensoredTheCurveRunsAtOneWithoutABand) {
   test::Columns columns;
   columns.time = {1, 4};
   columns.event = {0, 0};
-  const std::vector<report::Series> series = figureOf(columns, {"all"}).panels.front().series;
+  const std::vector<report::Series> series = figureOf(columns).panels.front().series;
   ASSERT_EQ(series.size(), 1u);
   EXPECT_EQ(series[0].x, (Numbers{0, 4}));
   EXPECT_EQ(series[0].y, (Numbers{1, 1}));
@@ -74,7 +75,7 @@ TEST(SurvivalFigure, EveryGroupHasACurveOfItsName) {
   test::Columns columns = fiveRows();
   columns.group = {0, 0, 1, 1, 1};
   columns.groups = 2;
-  const report::Figure figure = figureOf(columns, {"a", "b"});
+  const report::Figure figure = figureOf(columns);
   const std::vector<report::Series>& series = figure.panels.front().series;
   EXPECT_EQ(series.front().name, "a");
   EXPECT_EQ(series.back().name, "b");
@@ -83,14 +84,14 @@ TEST(SurvivalFigure, EveryGroupHasACurveOfItsName) {
 
 TEST(SurvivalFigure, TheTitleNamesTheGroupsAndTheTestWhereThereIsOne) {
   test::Columns columns = fiveRows();
-  EXPECT_EQ(figureOf(columns, {"all"}).title, "Survival");
+  EXPECT_EQ(figureOf(columns).title, "Survival");
   columns.group = {0, 0, 1, 1, 1};
   columns.groups = 2;
   // Observed less expected events of the first group: 2 - 2/5 - 1/4 = 1.35; variance 2/5 3/5 +
   // 1/4 3/4 = 0.4275; chi-square 4.263158, p 0.03895.
-  EXPECT_EQ(figureOf(columns, {"a", "b"}).title, "Survival by arm, log-rank p = 0.0389");
+  EXPECT_EQ(figureOf(columns).title, "Survival by arm, log-rank p = 0.0389");
   columns.event = {0, 0, 0, 0, 0};
-  EXPECT_EQ(figureOf(columns, {"a", "b"}).title, "Survival by arm");
+  EXPECT_EQ(figureOf(columns).title, "Survival by arm");
 }
 
 TEST(SurvivalFigure, ManyStepsAreThinnedToWhatAPictureShows) {
@@ -98,7 +99,7 @@ TEST(SurvivalFigure, ManyStepsAreThinnedToWhatAPictureShows) {
   columns.time.resize(100000);
   std::iota(columns.time.begin(), columns.time.end(), 1.0);
   columns.event.assign(columns.time.size(), 1);
-  const report::Series step = figureOf(columns, {"all"}).panels.front().series.back();
+  const report::Series step = figureOf(columns).panels.front().series.back();
   EXPECT_LE(step.x.size(), 2002u);
   EXPECT_EQ(step.x.back(), 100000);
   EXPECT_EQ(step.y.back(), 0);

@@ -1,6 +1,6 @@
-// Data sets for the facade's tests: columns that own what a request points at.
-#ifndef TESTS_ANALYSIS_CURVE_DATA_H_
-#define TESTS_ANALYSIS_CURVE_DATA_H_
+// Data sets for the tests of survmeth life, and what it finds in them.
+#ifndef TESTS_ANALYSIS_LIFE_DATA_H_
+#define TESTS_ANALYSIS_LIFE_DATA_H_
 
 #include <gtest/gtest.h>
 
@@ -11,7 +11,7 @@
 #include <utility>
 #include <vector>
 
-#include "analysis/survivalCurves.h"
+#include "analysis/life/run.h"
 #include "tests/support/csv.h"
 
 namespace survmeth::test {
@@ -23,7 +23,25 @@ struct Columns {
   std::vector<double> weight;
   std::size_t groups = 1;
 
-  SurvivalData data() const { return {time, event, weight, group, groups}; }
+  // Columns "t", "e", "g" of groups "a", "b", ... (their numbers from the 27th on) and "w"; the
+  // last two where there are any.
+  frame::Frame frame() const {
+    frame::Frame data;
+    data.rows = data.rowsRead = time.size();
+    data.columns = {
+        frame::numberColumn("t", time),
+        frame::labelColumn("e", frame::Type::kText, {event.begin(), event.end()}, {"0", "1"})};
+    std::vector<std::string> labels;
+    for (std::size_t g = 0; g < groups; ++g) {
+      labels.push_back(groups > 26 ? std::to_string(g)
+                                   : std::string(1, static_cast<char>('a' + g)));
+    }
+    if (!group.empty()) {
+      data.columns.push_back(frame::labelColumn("g", frame::Type::kFactor, group, labels));
+    }
+    if (!weight.empty()) data.columns.push_back(frame::numberColumn("w", weight));
+    return data;
+  }
 
   // A row as often as its weight says.
   Columns replicated() const {
@@ -39,6 +57,16 @@ struct Columns {
     return result;
   }
 };
+
+// What survmeth life finds, with these options besides its columns.
+inline analysis::LifeAnswer lifeOf(const Columns& columns, analysis::LifeRequest request = {}) {
+  request.time = "t";
+  request.event = "e";
+  if (!columns.group.empty()) request.group = {"g"};
+  if (!columns.weight.empty()) request.weight = "w";
+  numerics::Progress progress;
+  return analysis::fitLife(columns.frame(), request, progress);
+}
 
 inline Columns oneGroup(std::vector<double> time, std::vector<std::uint8_t> event) {
   Columns columns;
@@ -109,4 +137,4 @@ inline ::testing::AssertionResult near(double actual, double expected, double to
 
 }  // namespace survmeth::test
 
-#endif  // TESTS_ANALYSIS_CURVE_DATA_H_
+#endif  // TESTS_ANALYSIS_LIFE_DATA_H_

@@ -1,5 +1,5 @@
 // The actuarial table, from counts by time.
-#include "analysis/lifeTable.h"
+#include "analysis/life/actuarial.h"
 
 #include <algorithm>
 #include <cmath>
@@ -7,14 +7,14 @@
 #include <cstdlib>
 #include <string>
 
-#include "Dist/Dist"
-#include "analysis/checks.h"
 #include "text/charconv.h"
 
 namespace survmeth {
 
 using engine::Refusal;
 using engine::Role;
+using engine::curves::Curve;
+using engine::curves::Options;
 namespace {
 
 constexpr double kMostIntervals = 100000;
@@ -57,45 +57,6 @@ double multiple(const Decimal& unit, std::uint64_t k) {
   return value;
 }
 
-std::vector<double> lowerBounds(const LifeTableRequest& request) {
-  std::vector<double> lower;
-  if (request.width != 0) {
-    if (!request.bounds.empty()) {
-      throw Refusal(Role::kIntervals, Refusal::kNone,
-                    "a width and bounds are given, expected one of the two");
-    }
-    if (!std::isfinite(request.width) || request.width < 0) {
-      throw Refusal(Role::kIntervals, Refusal::kNone, "the width is not a positive number");
-    }
-    const double last = *std::max_element(request.data.time.begin(), request.data.time.end());
-    if (!(last / request.width < kMostIntervals - 1)) {
-      throw Refusal(Role::kIntervals, Refusal::kNone,
-                    "the width gives more than 100,000 intervals");
-    }
-    const Decimal unit = shortestDecimal(request.width);
-    for (std::uint64_t k = 0; k == 0 || lower.back() <= last; ++k) {
-      lower.push_back(multiple(unit, k));
-    }
-    return lower;  // the last one is the upper bound of the interval before
-  }
-  if (request.bounds.empty())
-    throw Refusal(Role::kIntervals, Refusal::kNone, "there are no bounds");
-  if (static_cast<double>(request.bounds.size()) > kMostIntervals) {
-    throw Refusal(Role::kIntervals, Refusal::kNone, "there are more than 100,000 bounds");
-  }
-  if (request.bounds.front() != 0) lower.push_back(0);
-  for (std::size_t i = 0; i < request.bounds.size(); ++i) {
-    const double bound = request.bounds[i];
-    if (!std::isfinite(bound) || bound < 0 || (!lower.empty() && bound <= lower.back())) {
-      throw Refusal(Role::kIntervals, Refusal::kNone, "the bounds are not ascending numbers from 0",
-                    i);
-    }
-    lower.push_back(bound + 0.0);
-  }
-  lower.push_back(std::numeric_limits<double>::infinity());
-  return lower;
-}
-
 // Time until half of the survival at the start of each interval is left, by a straight line within
 // the interval in which that happens. That interval never lies before the one found for an earlier
 // start, as survival only falls.
@@ -115,23 +76,61 @@ void addMedianResiduals(std::vector<LifeInterval>& table) {
   }
 }
 
-std::vector<LifeInterval> tableOf(const std::vector<TimeCounts>& counts,
-                                  const std::vector<double>& bounds, double z, CurveLimits limits) {
+}  // namespace
+
+std::vector<double> intervalBounds(double width, const std::vector<double>& bounds, double last) {
+  std::vector<double> lower;
+  if (width != 0) {
+    if (!bounds.empty()) {
+      throw Refusal(Role::kIntervals, Refusal::kNone,
+                    "a width and bounds are given, expected one of the two");
+    }
+    if (!std::isfinite(width) || width < 0) {
+      throw Refusal(Role::kIntervals, Refusal::kNone, "the width is not a positive number");
+    }
+    if (!(last / width < kMostIntervals - 1)) {
+      throw Refusal(Role::kIntervals, Refusal::kNone,
+                    "the width gives more than 100,000 intervals");
+    }
+    const Decimal unit = shortestDecimal(width);
+    for (std::uint64_t k = 0; k == 0 || lower.back() <= last; ++k) {
+      lower.push_back(multiple(unit, k));
+    }
+    return lower;  // the last one is the upper bound of the interval before
+  }
+  if (bounds.empty()) throw Refusal(Role::kIntervals, Refusal::kNone, "there are no bounds");
+  if (static_cast<double>(bounds.size()) > kMostIntervals) {
+    throw Refusal(Role::kIntervals, Refusal::kNone, "there are more than 100,000 bounds");
+  }
+  if (bounds.front() != 0) lower.push_back(0);
+  for (std::size_t i = 0; i < bounds.size(); ++i) {
+    const double bound = bounds[i];
+    if (!std::isfinite(bound) || bound < 0 || (!lower.empty() && bound <= lower.back())) {
+      throw Refusal(Role::kIntervals, Refusal::kNone, "the bounds are not ascending numbers from 0",
+                    i);
+    }
+    lower.push_back(bound + 0.0);
+  }
+  lower.push_back(std::numeric_limits<double>::infinity());
+  return lower;
+}
+
+std::vector<LifeInterval> actuarialTable(const Curve& curve, const std::vector<double>& bounds,
+                                         const Options& options) {
+  const double z = engine::curves::normalQuantile(options.level);
   std::vector<LifeInterval> table(bounds.size() - 1);
   std::size_t at = 0;
-  double entering = 0, survival = 1, sum = 0;
-  for (const TimeCounts& each : counts) entering += each.events + each.censored;
+  double survival = 1, sum = 0;
   for (std::size_t k = 0; k < table.size(); ++k) {
     LifeInterval& row = table[k];
     row.lower = bounds[k];
     row.upper = bounds[k + 1];
-    row.entering = entering;
-    for (; at < counts.size() && counts[at].time < row.upper; ++at) {
-      row.events += counts[at].events;
-      row.censored += counts[at].censored;
+    if (at == curve.time.size()) continue;
+    row.entering = curve.atRisk[at];
+    for (; at < curve.time.size() && curve.time[at] < row.upper; ++at) {
+      row.events += curve.eventsAt[at];
+      row.censored += curve.censoredAt[at];
     }
-    if (!(entering > 0)) continue;
-    entering -= row.events + row.censored;
 
     const double n = row.effective = row.entering - 0.5 * row.censored;
     const double q = row.conditional = row.events / n, p = 1 - q;
@@ -151,24 +150,10 @@ std::vector<LifeInterval> tableOf(const std::vector<TimeCounts>& counts,
       sum += q / (p * n);
       row.standardError = survival * std::sqrt(sum);
     }
-    row.limits = survivalLimits(survival, sum, z, limits);
+    row.limits = engine::curves::survivalLimits(survival, z * std::sqrt(sum), options.scale);
   }
   addMedianResiduals(table);
   return table;
-}
-
-}  // namespace
-
-std::vector<std::vector<LifeInterval>> lifeTables(const LifeTableRequest& request) {
-  requireAlpha(request.alpha);
-  const Tally tally(request.data);
-  const std::vector<double> bounds = lowerBounds(request);
-  const double z = std::fabs(InvCDFNormalStd(1 - request.alpha / 2));
-  std::vector<std::vector<LifeInterval>> tables;
-  for (std::size_t g = 0; g < tally.groups(); ++g) {
-    tables.push_back(tableOf(tally.counts(g), bounds, z, request.limits));
-  }
-  return tables;
 }
 
 }  // namespace survmeth

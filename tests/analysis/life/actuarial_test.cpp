@@ -1,9 +1,9 @@
 // The actuarial table against R's arithmetic and by hand.
-#include "analysis/lifeTable.h"
+#include "analysis/life/actuarial.h"
 
 #include <limits>
 
-#include "tests/analysis/curveData.h"
+#include "tests/analysis/life/data.h"
 #include "tests/support/role.h"
 
 namespace survmeth {
@@ -15,10 +15,14 @@ using test::near;
 using test::oneGroup;
 
 std::vector<LifeInterval> byWidth(const Columns& columns, double width) {
-  return lifeTables({columns.data(), 0.05, CurveLimits::kLogLog, width, {}})[0];
+  analysis::LifeRequest request;
+  request.width = width;
+  return test::lifeOf(columns, request).intervals[0];
 }
 std::vector<LifeInterval> byBounds(const Columns& columns, std::vector<double> bounds) {
-  return lifeTables({columns.data(), 0.05, CurveLimits::kLogLog, 0, std::move(bounds)})[0];
+  analysis::LifeRequest request;
+  request.bounds = std::move(bounds);
+  return test::lifeOf(columns, request).intervals[0];
 }
 
 TEST(LifeTable, IsThatOfTheReference) {
@@ -113,10 +117,9 @@ TEST(LifeTable, AnIntervalThatNobodyEntersHasNoEstimates) {
 }
 
 TEST(LifeTable, RefusesIntervalsThatAreNone) {
-  const Columns columns = oneGroup({5, 6}, {1, 1});
-  const auto refused = [&](double width, std::vector<double> bounds) -> std::string {
+  const auto refused = [](double width, const std::vector<double>& bounds) -> std::string {
     try {
-      lifeTables({columns.data(), 0.05, CurveLimits::kLogLog, width, std::move(bounds)});
+      intervalBounds(width, bounds, 6);
     } catch (const survmeth::engine::Refusal& error) {
       return nameOf(error.role());
     }
