@@ -12,6 +12,8 @@ inline std::string nameOf(survmeth::engine::Role role) {
   switch (role) {
     case Role::kTime:
       return "time";
+    case Role::kEntry:
+      return "entry";
     case Role::kEvent:
       return "event";
     case Role::kWeight:
@@ -22,6 +24,8 @@ inline std::string nameOf(survmeth::engine::Role role) {
       return "subject";
     case Role::kGroup:
       return "group";
+    case Role::kCluster:
+      return "cluster";
     case Role::kCovariate:
       return "covariates";
     case Role::kFirst:

@@ -1,0 +1,180 @@
+#include "engine/incidence/curve.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "engine/incidence/robust.h"
+#include "numerics/runningSum.h"
+
+namespace survmeth::engine::incidence {
+namespace {
+
+using numerics::RunningSum;
+
+// d (n - d) / ((n - 1) n^2): the hypergeometric correction of ties, none for up to one event.
+double tied(double d, double n) {
+  const double share = d / n / n;
+  return d > 1.0 ? share * ((n - d) / (n - 1.0)) : share;
+}
+
+std::vector<double> part(const std::vector<double>& column, const curves::Sample& sample,
+                         std::size_t group) {
+  return {column.begin() + static_cast<std::ptrdiff_t>(sample.first[group]),
+          column.begin() + static_cast<std::ptrdiff_t>(sample.first[group + 1])};
+}
+
+// The curve of one group without its causes.
+Curve frameOf(const curves::Sample& sample, std::size_t group) {
+  Curve curve;
+  curve.rows = sample.firstRow[group + 1] - sample.firstRow[group];
+  curve.time = part(sample.time, sample, group);
+  curve.atRisk = part(sample.atRisk, sample, group);
+  curve.censoredAt = part(sample.censored, sample, group);
+  curve.survival.resize(curve.time.size());
+  RunningSum events;
+  RunningSum censored;
+  double survival = 1.0;
+  for (std::size_t i = 0; i < curve.time.size(); ++i) {
+    const std::size_t k = sample.first[group] + i;
+    events.add(sample.events[k]);
+    censored.add(sample.censored[k]);
+    if (sample.events[k] > 0.0) survival *= sample.surviving[k] / sample.atRisk[k];
+    curve.survival[i] = survival;
+  }
+  curve.censored = censored.value();
+  curve.n = events.value() + curve.censored;
+  return curve;
+}
+
+// Incidence and hazard of one cause, the model-based variances with them. The error of the
+// incidence F and the relative one of the survival S, -L, go from time to time together:
+//
+//   dF' = dF + S (own - (d / n) L),   L' = L + any / (1 - e / n),
+//
+// so that no sum over the past is formed anew and what cancels is of the size of the result.
+CauseCurve causeOf(const Causes& data, std::size_t group, const Curve& frame, std::size_t cause,
+                   Variance variance) {
+  const curves::Sample& sample = data.sample;
+  CauseCurve curve;
+  curve.eventsAt = part(data.events[cause], sample, group);
+  const std::size_t m = curve.eventsAt.size();
+  for (auto* column : {&curve.incidence, &curve.variance, &curve.hazard, &curve.hazardVariance}) {
+    column->resize(m);
+  }
+  RunningSum events;
+  RunningSum incidence;
+  RunningSum hazard;
+  RunningSum hazardVariance;
+  double varF = 0.0;
+  double covFL = 0.0;
+  RunningSum varL;
+  double survival = 1.0;
+  for (std::size_t i = 0; i < m; ++i) {
+    const std::size_t k = sample.first[group] + i;
+    if (sample.events[k] > 0.0) {
+      const double n = sample.atRisk[k];
+      const double d = curve.eventsAt[i];
+      if (d > 0.0) {
+        events.add(d);
+        incidence.add(survival * (d / n));
+        hazard.add(d / n);
+        hazardVariance.add(d / n / n);
+      }
+      if (variance != Variance::kRobust) {
+        const Spread spread = spreadAt(data, cause, k, variance);
+        const double step = survival * (d / n);
+        varF = std::max(varF + survival * survival * spread.own - 2.0 * step * covFL +
+                            step * step * varL.value(),
+                        0.0);
+        if (sample.surviving[k] > 0.0) {
+          const double stay = sample.surviving[k] / n;
+          covFL += survival * (spread.covariance / stay) - step * varL.value();
+          varL.add(spread.any / stay / stay);
+        }
+      }
+      survival = frame.survival[i];
+    }
+    curve.incidence[i] = incidence.value();
+    curve.variance[i] = varF;
+    curve.hazard[i] = hazard.value();
+    curve.hazardVariance[i] = hazardVariance.value();
+  }
+  curve.events = events.value();
+  return curve;
+}
+
+}  // namespace
+
+double CauseCurve::standardError(std::size_t i) const { return std::sqrt(variance[i]); }
+
+Variance varianceFor(const Rows& rows, Variance asked) {
+  const bool sampling = !rows.weight.empty() && rows.weightKind == WeightKind::kSampling;
+  return sampling || !rows.cluster.empty() ? Variance::kRobust : asked;
+}
+
+Spread spreadAt(const Causes& data, std::size_t cause, std::size_t time, Variance variance) {
+  const double n = data.sample.atRisk[time];
+  const double e = data.sample.events[time];
+  const double stay = data.sample.surviving[time];
+  const double d = data.events[cause][time];
+  if (!(e > 0.0)) return {};
+  if (variance == Variance::kDelta) {
+    return {d / n * ((n - d) / n) / n, d / n * (stay / n) / n, e / n * (stay / n) / n};
+  }
+  const double own = d > 0.0 ? tied(d, n) : 0.0;
+  const double others = e - d;
+  return {own, own, others > 0.0 ? own + tied(others, n) : own};
+}
+
+std::vector<Curve> estimate(const Causes& data, const Rows& rows, Variance asked) {
+  const Variance variance = varianceFor(rows, asked);
+  std::vector<Curve> result;
+  Robust robust(data, rows);
+  for (std::size_t g = 0; g < data.sample.groups(); ++g) {
+    Curve curve = frameOf(data.sample, g);
+    for (std::size_t c = 0; c < data.causes(); ++c) {
+      curve.causes.push_back(causeOf(data, g, curve, c, variance));
+      if (variance == Variance::kRobust) robust.addVariances(g, c, curve);
+    }
+    result.push_back(std::move(curve));
+  }
+  return result;
+}
+
+curves::Interval limits(double incidence, double standardError, double z, curves::Scale scale) {
+  return curves::survivalLimits(incidence, z * standardError / incidence, scale);
+}
+
+std::vector<Reading> readings(const Curve& curve, std::size_t cause, std::span<const double> time,
+                              double z, curves::Scale scale) {
+  const CauseCurve& of = curve.causes[cause];
+  std::vector<Reading> result;
+  for (const double t : time) {
+    Reading& reading = result.emplace_back();
+    reading.time = t;
+    if (curve.time.empty()) continue;
+    const auto after = static_cast<std::size_t>(
+        std::upper_bound(curve.time.begin(), curve.time.end(), t) - curve.time.begin());
+    if (after == 0) {
+      reading.incidence = reading.standardError = 0.0;
+      continue;
+    }
+    const std::size_t at = after - 1;
+    if (t > curve.time[at] && after == curve.time.size() && curve.survival[at] > 0.0) continue;
+    reading.incidence = of.incidence[at];
+    reading.standardError = of.standardError(at);
+    const curves::Interval interval = limits(reading.incidence, reading.standardError, z, scale);
+    reading.lower = interval.lower;
+    reading.upper = interval.upper;
+  }
+  return result;
+}
+
+curves::Contrast difference(const Reading& first, const Reading& second, double z) {
+  return curves::difference(second.incidence - first.incidence,
+                            std::sqrt(first.standardError * first.standardError +
+                                      second.standardError * second.standardError),
+                            z);
+}
+
+}  // namespace survmeth::engine::incidence
