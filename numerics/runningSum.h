@@ -20,6 +20,10 @@ class RunningSum {
     return sum;
   }
   double value() const { return whole_ + part_; }
+  void multiplyBy(double factor) {
+    whole_ *= factor;
+    part_ *= factor;
+  }
 
  private:
   double whole_ = 0.0, part_ = 0.0;

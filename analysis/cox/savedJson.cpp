@@ -204,6 +204,7 @@ void writeHazard(const cox::HazardSums& sums, JsonWriter& json) {
   doubles("hazard", sums.hazard);
   doubles("variance", sums.variance);
   json.key("mean"), writeExact(json, sums.mean);
+  if (!sums.scale.empty()) doubles("scale", sums.scale);
   doubles("shift", sums.shift);
   doubles("centre", sums.centre);
   doubles("coefficients", sums.coefficients);
@@ -233,6 +234,9 @@ cox::HazardSums readHazard(const JsonNode& node, const CoxSaved& saved) {
   sums.hazard = exactNumbers(node.at("hazard", what), "the hazards", times);
   sums.variance = exactNumbers(node.at("variance", what), "the variances", times);
   sums.mean = exactRows(node.at("mean", what), "the means", p, times);
+  if (const JsonNode* scale = node.find("scale")) {
+    sums.scale = exactNumbers(*scale, "the scales", times);
+  }
   sums.shift = exactNumbers(node.at("shift", what), "the shifts", strata);
   sums.centre = exactNumbers(node.at("centre", what), "the centres", strata * p);
   sums.coefficients = exactNumbers(node.at("coefficients", what), "the coefficients", p);

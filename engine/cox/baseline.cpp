@@ -11,14 +11,33 @@
 namespace survmeth::engine::cox {
 namespace {
 
-// Sums from the first time of each stratum on, in place.
-void accumulate(const risk::Arrangement& a, std::vector<double>& value) {
-  for (std::size_t s = 0; s < a.strata(); ++s) {
+// Sums from the first time of each stratum on, in place, of values in units of exp(-256 unit); each
+// is in the largest of its terms' units.
+void accumulate(const risk::Arrangement& a, std::span<const double> unit,
+                std::vector<double>& value) {
+  for (std::size_t s = 0; s < a.strata() && !unit.empty(); ++s) {
+    risk::ScaledSum sum;
+    for (std::size_t k = a.stratumTime[s]; k < a.stratumTime[s + 1]; ++k) {
+      sum.add(value[k], -unit[k]);
+      value[k] = sum.value();
+    }
+  }
+  for (std::size_t s = 0; s < a.strata() && unit.empty(); ++s) {
     numerics::RunningSum sum;
     for (std::size_t k = a.stratumTime[s]; k < a.stratumTime[s + 1]; ++k) {
       value[k] = sum.add(value[k]);
     }
   }
+}
+
+// The units of such sums.
+std::vector<double> unitsOfSums(const risk::Arrangement& a, std::vector<double> unit) {
+  for (std::size_t s = 0; s < a.strata() && !unit.empty(); ++s) {
+    for (std::size_t k = a.stratumTime[s] + std::size_t{1}; k < a.stratumTime[s + 1]; ++k) {
+      unit[k] = std::min(unit[k], unit[k - 1]);
+    }
+  }
+  return unit;
 }
 
 }  // namespace
@@ -47,21 +66,25 @@ BaselineHazard::BaselineHazard(const Fit& fit) {
     moments[k] = tieMoments(problem, hazards, fit.ties, k);
     sums_.variance[k] = moments[k].u2 / (hazards.all(k) * hazards.all(k));
   }
-  accumulate(a, sums_.hazard);
-  accumulate(a, sums_.variance);
+  const std::vector<double>& unit = hazards.scales.time;
+  std::vector<double> square(unit);
+  for (double& each : square) each *= 2.0;
+  accumulate(a, unit, sums_.hazard);
+  accumulate(a, square, sums_.variance);
+  sums_.scale = unitsOfSums(a, unit);
   std::vector<double> value(a.rows());
   std::vector<double> others(a.times());
   std::vector<double> failing(a.times());
   for (std::size_t j = 0; j < problem.columns(); ++j) {
     for (std::size_t i = 0; i < a.rows(); ++i) value[i] = hazards.risk[i] * problem.x(i, j);
-    problem.sums.overRiskSets(value, others, failing);
+    problem.sums.overRiskSets(value, others, failing, hazards.scales);
     std::vector<double> mean(a.times());
     for (std::size_t k = 0; k < a.times(); ++k) {
       const double whole = hazards.all(k);
       mean[k] =
           (moments[k].u2 * (others[k] / whole) + moments[k].u2f * (failing[k] / whole)) / whole;
     }
-    accumulate(a, mean);
+    accumulate(a, unit, mean);
     sums_.mean.push_back(std::move(mean));
   }
 }
@@ -83,6 +106,7 @@ class BaselineHazard::Subject {
       if (sums.column[j] != Column::kAliased) predictor += away_[j] * sums.coefficients[j];
       infinite_ = infinite_ || sums.column[j] == Column::kInfinite;
     }
+    predictor_ = predictor;
     risk_ = numerics::exp(predictor);
   }
 
@@ -103,14 +127,16 @@ class BaselineHazard::Subject {
         variance += q_[j] * q_[m] * sums_.covariance(j, m);
       }
     }
-    return {risk_ * sums_.hazard[k], infinite_ ? kAbsent : risk_ * std::sqrt(variance)};
+    const double risk =
+        sums_.scale.empty() ? risk_ : numerics::exp(predictor_ - risk::kScaleStep * sums_.scale[k]);
+    return {risk * sums_.hazard[k], infinite_ ? kAbsent : risk * std::sqrt(variance)};
   }
 
  private:
   const HazardSums& sums_;
   std::vector<double> away_, q_;
   std::size_t stratum_ = 0;
-  double risk_ = 0;
+  double predictor_ = 0, risk_ = 0;
   bool infinite_ = false;
 };
 

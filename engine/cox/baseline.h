@@ -22,11 +22,13 @@ struct CumulativeHazard {
 // What the hazards at any covariates are made of: all of it that the rows of the fit had to say. K
 // event times, numbered through as the arrangement has them, S strata with rows, p columns.
 struct HazardSums {
-  std::vector<std::uint32_t> stratum;     // S, the caller's codes, ascending
-  std::vector<std::size_t> firstTime;     // S + 1: first event time of each; all times
-  std::vector<double> lastTime;           // S, the last exit, event or not
-  std::vector<double> time;               // K
-  std::vector<double> hazard, variance;   // K, sums within the stratum, in its shifted unit
+  std::vector<std::uint32_t> stratum;    // S, the caller's codes, ascending
+  std::vector<std::size_t> firstTime;    // S + 1: first event time of each; all times
+  std::vector<double> lastTime;          // S, the last exit, event or not
+  std::vector<double> time;              // K
+  std::vector<double> hazard, variance;  // K, sums within the stratum, in its shifted unit
+  // K, mostly empty: such sums are besides in units of exp(-256 scale) and, the variance, its square.
+  std::vector<double> scale;
   std::vector<std::vector<double>> mean;  // p x K, sums of increments times means
   std::vector<double> shift;              // S
   std::vector<double> centre;             // S x p, what was taken from the covariates

@@ -1,5 +1,6 @@
 // Tied events under the discrete model: the conditional probability of the rows that failed among
 // all sets of as many rows.
+#include <algorithm>
 #include <cmath>
 #include <vector>
 
@@ -12,13 +13,20 @@ namespace {
 // The risk of a drawn row against that of one that is not, theta r : 1. Theta makes the expected
 // number of rows drawn independently d, so that the sums over sets of d rows, divided by the
 // product of 1 + theta r, are probabilities near the middle of their law: none over- or underflows.
-double thetaFor(const std::vector<double>& risk, double d) {
-  double low = -1400.0;
-  double high = 1400.0;
-  for (int step = 0; step < 60 && high - low > 1e-3; ++step) {
+// Both as logarithms.
+double thetaFor(const std::vector<double>& eta, double d) {
+  const auto [least, most] = std::minmax_element(eta.begin(), eta.end());
+  // Odds of 1e-22 for every row, and against every row.
+  double low = -*most - 50.0;
+  double high = -*least + 50.0;
+  std::vector<double> odds(eta.size());
+  while (high - low > 1e-3) {
     const double middle = 0.5 * (low + high);
+    if (middle == low || middle == high) break;
+    for (std::size_t i = 0; i < eta.size(); ++i) odds[i] = -middle - eta[i];
+    numerics::expArray(odds, odds);
     double expected = 0.0;
-    for (const double r : risk) expected += 1.0 / (1.0 + numerics::exp(-middle) / r);
+    for (const double against : odds) expected += 1.0 / (1.0 + against);
     (expected < d ? low : high) = middle;
   }
   return 0.5 * (low + high);
@@ -64,25 +72,27 @@ void addTime(const Problem& problem, const Hazards& hazards, std::size_t k,
   std::vector<std::uint32_t> rows = othersAtRisk(a, k);
   for (std::uint32_t i = 0; i < d; ++i) rows.push_back(a.firstEvent[k] + i);
   const std::size_t n = rows.size();
-  std::vector<double> risk(n);
-  for (std::size_t i = 0; i < n; ++i) risk[i] = hazards.risk[rows[i]];
+  // Logarithms of the risks.
+  std::vector<double> eta(n);
+  for (std::size_t i = 0; i < n; ++i) {
+    eta[i] = hazards.predictor[rows[i]] - hazards.reference(problem, k);
+  }
 
-  const double logTheta = n == d ? 0.0 : thetaFor(risk, static_cast<double>(d));
-  const double inverseTheta = numerics::exp(-logTheta);
+  const double logTheta = n == d ? 0.0 : thetaFor(eta, static_cast<double>(d));
   std::vector<double> in(n);
   double logNormaliser = -static_cast<double>(d) * logTheta;
   std::vector<double> mean(p, 0.0);
   for (std::size_t i = 0; i < n; ++i) {
-    const double odds = risk[i] / inverseTheta;
-    logNormaliser += numerics::log1p(odds);
-    in[i] = n == d ? 1.0 : 1.0 / (1.0 + 1.0 / odds);
+    const double logOdds = logTheta + eta[i];
+    logNormaliser += std::max(0.0, logOdds) + numerics::log1p(numerics::exp(-std::fabs(logOdds)));
+    in[i] = n == d ? 1.0 : 1.0 / (1.0 + numerics::exp(-logOdds));
     for (std::size_t j = 0; j < p; ++j) mean[j] += in[i] * problem.x(rows[i], j);
   }
   for (double& value : mean) value /= static_cast<double>(d);
 
   double logSets = 0.0;
   if (n == d) {
-    for (const double r : risk) logSets += numerics::log(r);
+    for (const double each : eta) logSets += each;
     point.value -= logSets;
     for (std::size_t j = 0; j < p; ++j) point.gradient[j] -= static_cast<double>(d) * mean[j];
     return;
@@ -91,7 +101,7 @@ void addTime(const Problem& problem, const Hazards& hazards, std::size_t k,
   std::vector<double> x(p);
   for (std::size_t i = 0; i < n; ++i) {
     for (std::size_t j = 0; j < p; ++j) x[j] = problem.x(rows[i], j) - mean[j];
-    const double out = 1.0 / (1.0 + risk[i] / inverseTheta);
+    const double out = 1.0 / (1.0 + numerics::exp(logTheta + eta[i]));
     // Fewer than d - (n - i - 1) drawn by now can no longer become d.
     const std::size_t least = d > n - i - 1 ? d - (n - i - 1) : 0;
     for (std::size_t j = std::min(i + 1, d) + 1; j-- > least;) {

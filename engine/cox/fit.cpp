@@ -135,9 +135,7 @@ Fit fit(const Response& response, const Rows& rows, const Design& design, const 
 
   numerics::NewtonPoint start;
   Hazards hazards;
-  if (!evaluate(problem, options.ties, result.working, hazards, start)) {
-    throw Refusal(Role::kOffset, Refusal::kNone, "offsets of one stratum are more than 1300 apart");
-  }
+  evaluate(problem, options.ties, result.working, hazards, start);
   result.logLikelihoodNull = start.value;
   const Cholesky factor(start.information, kRankTolerance, smallestInformation(problem));
   for (Outcome& outcome : collinearOutcomes(problem, factor)) {

@@ -98,7 +98,7 @@ bool hazardsAt(const Problem& problem, Ties ties, std::span<const double> coeffi
 
   hazards.others.resize(a.times());
   hazards.failing.resize(a.times());
-  problem.sums.overRiskSets(hazards.risk, hazards.others, hazards.failing);
+  problem.sums.overRiskSets(hazards.risk, hazards.others, hazards.failing, hazards.scales);
 
   hazards.increment.resize(a.times());
   hazards.own.resize(a.times());
@@ -111,7 +111,7 @@ bool hazardsAt(const Problem& problem, Ties ties, std::span<const double> coeffi
   for (const double sum : logs) logSum.add(sum);
   hazards.logLikelihood = observed - logSum.value();
   hazards.cumulative.resize(a.rows());
-  problem.sums.overTimes(hazards.increment, hazards.own, hazards.cumulative);
+  problem.sums.overTimes(hazards.increment, hazards.own, hazards.cumulative, hazards.scales);
   return true;
 }
 

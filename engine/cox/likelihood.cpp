@@ -64,7 +64,7 @@ void derivatives(const Problem& problem, const Hazards& hazards, Ties ties,
       own[k] = factor[k] * hazards.own[k];
     }
     weighted.resize(a.rows());
-    problem.sums.overTimes(at, own, weighted);
+    problem.sums.overTimes(at, own, weighted, hazards.scales);
   }
   const RowTerms rows(problem, hazards, factor,
                       factor.empty() ? std::span<const double>(hazards.cumulative) : weighted);
@@ -75,7 +75,7 @@ void derivatives(const Problem& problem, const Hazards& hazards, Ties ties,
   std::vector<SquareMatrix> squares(chunks.count(), information);
   std::vector<SquareMatrix> squaresOfMeans(chunks.count(), information);
   chunks.inParallel([&](std::size_t chunk, std::size_t begin, std::size_t end) {
-    if (a.lateEntry()) {
+    if (hazards.byColumn(problem)) {
       for (std::size_t block = end; block-- > begin;) {
         rows.add(block, gradients[chunk], squares[chunk]);
       }
@@ -97,7 +97,7 @@ void derivatives(const Problem& problem, const Hazards& hazards, Ties ties,
       }
     }
   }
-  if (a.lateEntry()) subtractMeans(problem, hazards, ties, factor, information);
+  if (hazards.byColumn(problem)) subtractMeans(problem, hazards, ties, factor, information);
   recentre(problem, hazards, ties, factor, whole, gradient, information);
   numerics::mirror(information);
 }

@@ -29,7 +29,7 @@ void derivatives(const Problem& problem, const Hazards& hazards, Ties ties,
 
 // Log-likelihood, gradient and information at `coefficients`; `hazards` holds the sums there.
 //
-// Edge false where the predictors of one stratum are more than 1300 apart
+// Edge false where predictors are no finite numbers
 // Cost Efron and Breslow as above; kDiscrete O(|R| d p^2) and kMarginal O(|R| p^2) besides, for
 //      each time with d > 1 events and |R| rows at risk
 // Source Therneau & Grambsch, Modeling Survival Data (2000), 3.3

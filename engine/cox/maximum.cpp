@@ -10,8 +10,7 @@
 namespace survmeth::engine::cox {
 namespace {
 
-// How far the predictors are moved apart along a separating direction: exp(-400) is nothing, and
-// the range of predictors that can be summed is not left.
+// How far the predictors are moved apart along a separating direction: exp(-400) is nothing.
 constexpr double kApart = 400.0;
 
 std::string reasonOf(numerics::NewtonStop stop) {

@@ -213,7 +213,7 @@ void subtractMeans(const Problem& problem, const Hazards& hazards, Ties ties,
     std::vector<double> others(a.times());
     std::vector<double> failing(a.times());
     riskTimes(problem, hazards, j, value);
-    problem.sums.overRiskSets(value, others, failing);
+    problem.sums.overRiskSets(value, others, failing, hazards.scales);
     for (std::size_t k = 0; k < a.times(); ++k) {
       const double whole = hazards.all(k);
       std::size_t to = place[k];

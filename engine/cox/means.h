@@ -78,7 +78,7 @@ class BackwardMeans {
 void riskTimes(const Problem& problem, const Hazards& hazards, std::size_t j,
                std::span<double> value);
 
-// The means where rows enter late: column after column over all event times. Memory for p numbers
+// The means where rows enter late or have units of their own: column after column over all event times. Memory for p numbers
 // an event time, and p more for a tied one.
 void subtractMeans(const Problem& problem, const Hazards& hazards, Ties ties,
                    std::span<const double> factor, numerics::SquareMatrix& information);

@@ -62,29 +62,42 @@ struct TieMoments {
 std::size_t continuedRows(const Problem& problem, std::size_t block);
 
 // The sums at one set of coefficients. A stratum's risks are divided by exp(shift), so that
-// predictors far from 0 neither overflow nor vanish.
+// predictors far from 0 neither overflow nor vanish; where those of one stratum lie too far apart
+// for that, rows and times have units of their own instead: risks are in those of their row, sums
+// over risk sets in those of their time, hazards in the reciprocals.
 struct Hazards {
   std::vector<double> predictor;   // rows: x'b + offset, of the centred covariates
   std::vector<double> risk;        // rows: weight exp(predictor - shift)
   std::vector<double> shift;       // strata
+  risk::Scales scales;             // mostly empty
   std::vector<double> others;      // times: S0 of the rows at risk that do not fail
   std::vector<double> failing;     // times: S0 of those that fail
   std::vector<double> increment;   // times: of the cumulative hazard, times exp(shift)
   std::vector<double> own;         // times: the part that counts for the rows that fail
   std::vector<double> cumulative;  // rows: hazard over its time at risk, times exp(shift)
-  // Blocks x columns, empty where rows enter late: the sum of risk times x over the rows behind the
+  // Blocks x columns, empty where sums are formed column by column: the sum of risk times x over the rows behind the
   // block that belong to the stratum of its last row.
   std::vector<double> behind;
   double logLikelihood = 0.0;
 
   double all(std::size_t k) const { return others[k] + failing[k]; }
+  // Whether the sums of r x have to be formed column by column over all times, and not from row to
+  // row.
+  bool byColumn(const Problem& problem) const {
+    return problem.arrangement.lateEntry() || !scales.empty();
+  }
+  // What is taken from the predictors of the rows at risk at event time k.
+  double reference(const Problem& problem, std::size_t k) const {
+    const double steps = scales.empty() ? 0.0 : scales.time[k];
+    return shift[problem.arrangement.timeStratum[k]] + risk::kScaleStep * steps;
+  }
 };
 
 // The sums over the d tied events of time k; all 0 at tied times of the exact methods, which have
 // terms of their own there.
 TieMoments tieMoments(const Problem& problem, const Hazards& hazards, Ties ties, std::size_t k);
 
-// False where the predictors of one stratum are more than 1300 apart or no numbers.
+// False where predictors are no finite numbers.
 // Cost O(n p)
 bool hazardsAt(const Problem& problem, Ties ties, std::span<const double> coefficients,
                Hazards& hazards);

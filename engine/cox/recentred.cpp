@@ -39,7 +39,7 @@ class Ranges {
       std::vector<double> failing(times);
       means_[j].resize(times);
       riskTimes(problem, hazards, j, value);
-      problem.sums.overRiskSets(value, means_[j], failing);
+      problem.sums.overRiskSets(value, means_[j], failing, hazards.scales);
       for (std::size_t k = 0; k < times; ++k) {
         means_[j][k] = (means_[j][k] + failing[k]) / hazards.all(k);
       }
@@ -105,7 +105,7 @@ class Ranges {
       own[k] = times(k) * hazards_.own[k];
     }
     std::vector<double> exposed(a.rows());
-    problem_.sums.overTimes(at, own, exposed);
+    problem_.sums.overTimes(at, own, exposed, hazards_.scales);
     std::vector<double> x(centre.size() * kBlock);
     for (std::size_t block = 0; block < problem_.x.blocks(); ++block) {
       const std::size_t from = block * kBlock;
@@ -152,7 +152,7 @@ class Ranges {
       for (std::size_t i = 0; i < a.rows(); ++i) {
         value[i] = hazards_.risk[i] * (problem_.x(i, j) - centre[j]);
       }
-      problem_.sums.overRiskSets(value, others, failing);
+      problem_.sums.overRiskSets(value, others, failing, hazards_.scales);
       for (std::size_t m = 0; m < count; ++m) {
         const std::size_t k = range.begin + m;
         means(2 * m, j) = (others[k] + terms[m].mean * failing[k]) / hazards_.all(k);

@@ -156,7 +156,7 @@ SchoenfeldResiduals schoenfeldResiduals(const Fit& fit, bool weighted) {
   std::vector<double> failing(a.times());
   for (std::size_t j = 0; j < problem.columns(); ++j) {
     riskTimes(problem, hazards, j, value);
-    problem.sums.overRiskSets(value, others, failing);
+    problem.sums.overRiskSets(value, others, failing, hazards.scales);
     for (std::size_t k = 0; k < a.times(); ++k) {
       const TieMoments& m = moments[k];
       failing[k] = (m.u * others[k] + m.uf * failing[k]) / (hazards.all(k) * a.eventWeight[k]);

@@ -15,8 +15,9 @@ namespace {
 
 // Within this distance of 0 no sum of risks over- or underflows.
 constexpr double kSafe = 300.0;
-// exp(650) times any number of rows is below the largest double, exp(-650) above the smallest.
-constexpr double kWidest = 1300.0;
+// Predictors of one stratum that lie further apart are given units row by row: up to here the square
+// of a risk is a number too.
+constexpr double kWidest = 600.0;
 
 // Least and largest of some predictors; `finite` is 0 for finite numbers only.
 struct Range {
@@ -60,7 +61,7 @@ SURVMETH_HOT void rangeOf(const double* value, std::size_t count, Range* range) 
 bool shiftOf(std::span<const double> predictor, double& shift) {
   Range range;
   rangeOf(predictor.data(), predictor.size(), &range);
-  if (range.finite != 0.0 || range.high - range.low > kWidest) return false;
+  if (range.high - range.low > kWidest) return false;
   shift = range.within(kSafe) ? 0.0 : std::floor(0.5 * (range.low + range.high));
   return true;
 }
@@ -80,6 +81,7 @@ class Risks {
     hazards.predictor.resize(n);
     hazards.risk.resize(n);
     hazards.shift.assign(problem.arrangement.strata(), 0.0);
+    hazards.scales = {};
     if (problem.arrangement.lateEntry()) {
       hazards.behind.clear();
     } else {
@@ -87,7 +89,7 @@ class Risks {
     }
   }
 
-  // False where predictors are too far apart. Nearly always no stratum needs a shift, and the
+  // False where predictors are no finite numbers. Nearly always no stratum needs a shift, and the
   // risks follow while the block's rows are at hand.
   bool form() {
     std::vector<Range> ranges(chunks_.count());
@@ -102,12 +104,16 @@ class Risks {
     });
     Range all;
     for (const Range& range : ranges) all.add(range);
-    if (!all.within(kSafe) && !shifted()) return false;
+    if (all.finite != 0.0) return false;
+    if (!all.within(kSafe) && !shifted()) {
+      scale();
+      return true;
+    }
     sumUp();
     return true;
   }
 
-  // The sum of weight times shifted predictor over the events.
+  // The sum of weight times predictor less reference over the events.
   double observed() const {
     numerics::RunningSum sum;
     for (const double part : observed_) sum.add(part);
@@ -171,6 +177,30 @@ class Risks {
       for (std::size_t block = begin; block < end; ++block) riskOf(block);
     });
     return true;
+  }
+
+  // Units for rows and times; predictors lose nothing to them.
+  void scale() {
+    const risk::Arrangement& a = problem_.arrangement;
+    risk::Scales& scales = hazards_.scales;
+    hazards_.shift.assign(a.strata(), 0.0);
+    hazards_.behind.clear();
+    scales.row.resize(a.rows());
+    std::vector<double> eta(a.rows());
+    for (std::size_t i = 0; i < a.rows(); ++i) {
+      scales.row[i] = std::round(hazards_.predictor[i] / risk::kScaleStep);
+      eta[i] = hazards_.predictor[i] - risk::kScaleStep * scales.row[i];
+    }
+    numerics::expArray(eta, hazards_.risk);
+    for (std::size_t i = 0; i < a.rows(); ++i) hazards_.risk[i] *= a.weight[i];
+    scales.time = problem_.sums.largestInRiskSets(scales.row);
+    numerics::RunningSum sum;
+    for (std::size_t i = 0; i < a.rows(); ++i) {
+      if (a.event[i] == 0) continue;
+      const double reference = risk::kScaleStep * scales.time[a.end[i] - std::size_t{1}];
+      sum.add(a.weight[i] * (hazards_.predictor[i] - reference));
+    }
+    observed_.assign(1, sum.value());
   }
 
   std::span<double> behind(std::size_t block) {

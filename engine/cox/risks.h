@@ -8,10 +8,10 @@
 
 namespace survmeth::engine::cox {
 
-// Fills predictor, risk, shift and behind.
+// Fills predictor, risk, shift, scales and behind.
 //
-// Out  observed  the sum of weight times shifted predictor over the events
-// Edge false where the predictors of one stratum are more than 1300 apart or no numbers
+// Out  observed  the sum over the events of weight times predictor less the reference of its time
+// Edge false where predictors are no finite numbers
 // Cost O(n p), one pass over the rows
 bool formRisks(const Problem& problem, std::span<const double> coefficients, Hazards& hazards,
                double& observed);

@@ -33,7 +33,7 @@ std::vector<ScoreFactors> scoreFactors(const Problem& problem, const Hazards& ha
   return factors;
 }
 
-// Column by column, where rows enter late.
+// Column by column.
 BlockedColumns scoreColumns(const Problem& problem, const Hazards& hazards, Ties ties) {
   const risk::Arrangement& a = problem.arrangement;
   const std::size_t n = a.rows();
@@ -49,7 +49,7 @@ BlockedColumns scoreColumns(const Problem& problem, const Hazards& hazards, Ties
     std::vector<double> failing(times);
     std::vector<double> mean(times);
     riskTimes(problem, hazards, j, value);
-    problem.sums.overRiskSets(value, others, failing);
+    problem.sums.overRiskSets(value, others, failing, hazards.scales);
     for (std::size_t k = 0; k < times; ++k) {
       const ScoreFactors& factor = factors[k];
       mean[k] = factor.meanOthers * others[k] + factor.meanFailing * failing[k];
@@ -58,7 +58,7 @@ BlockedColumns scoreColumns(const Problem& problem, const Hazards& hazards, Ties
       others[k] = factor.others * o + factor.mixed * f;
       failing[k] = factor.mixed * o + factor.failing * f;
     }
-    problem.sums.overTimes(others, failing, value);
+    problem.sums.overTimes(others, failing, value, hazards.scales);
     for (std::size_t block = 0; block < result.blocks(); ++block) {
       const double* x = problem.x.column(block, j);
       double* out = result.column(block, j);
@@ -111,7 +111,7 @@ void forwardScores(const Problem& problem, const Hazards& hazards, Ties ties, co
 }  // namespace
 
 BlockedColumns scoreRows(const Problem& problem, const Hazards& hazards, Ties ties) {
-  if (problem.arrangement.lateEntry()) return scoreColumns(problem, hazards, ties);
+  if (hazards.byColumn(problem)) return scoreColumns(problem, hazards, ties);
   BlockedColumns result(problem.arrangement.rows(), problem.columns());
   forwardScores(problem, hazards, ties, [&](std::size_t, std::size_t block, const double* formed) {
     for (std::size_t j = 0; j < problem.columns(); ++j) {
@@ -158,7 +158,7 @@ ScoreSums scoreSums(const Problem& problem, Ties ties, std::span<const double> c
   if (p == 0) return sums;
   // Of each part of the rows its own sums, which are added up in the parts' order.
   std::vector<ScoreSums> parts;
-  if (!a.lateEntry() && problem.cluster.empty()) {
+  if (!hazards.byColumn(problem) && problem.cluster.empty()) {
     parts.assign(Chunks(problem.x).count(), sums);
     forwardScores(problem, hazards, ties,
                   [&](std::size_t chunk, std::size_t block, const double* formed) {

@@ -23,7 +23,8 @@ void byColumns(std::size_t p, const Work& work) {
   }
 }
 
-// For every row of the block and `columns` columns from j on. Not where rows enter late.
+// For every row of the block and `columns` columns from j on. Not where sums are formed column by
+// column.
 //
 // Out  sums[columns * kBlock]
 void sumsToEnd(const Problem& problem, const Hazards& hazards, std::size_t block, std::size_t j,

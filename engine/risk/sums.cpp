@@ -34,8 +34,12 @@ Sums::Sums(const Arrangement& arrangement) : arrangement_(arrangement) {
 }
 
 void Sums::overRiskSets(std::span<const double> value, std::span<double> others,
-                        std::span<double> failing) const {
+                        std::span<double> failing, const Scales& scales) const {
   const Arrangement& a = arrangement_;
+  if (!scales.empty()) {
+    sumScaled(value, others, failing, scales);
+    return;
+  }
   if (!a.lateEntry()) {
     sumWithoutEntry(value, others, failing);
     return;
@@ -158,11 +162,15 @@ std::vector<double> Sums::largestInRiskSets(std::span<const double> value) const
   return largest;
 }
 
-void Sums::overTimes(std::span<const double> at, std::span<const double> own,
-                     std::span<double> sum) const {
+void Sums::overTimes(std::span<const double> at, std::span<const double> own, std::span<double> sum,
+                     const Scales& scales) const {
   const Arrangement& a = arrangement_;
   if (a.times() == 0) {
     std::fill(sum.begin(), sum.end(), 0.0);
+    return;
+  }
+  if (!scales.empty()) {
+    sumTimesScaled(at, own, sum, scales);
     return;
   }
   // Sums up to each time from the stratum's first on, with a 0 before it.

@@ -1,14 +1,48 @@
 // Sums over risk sets and sums over the times at which a row is at risk, without a subtraction:
-// risks that differ by many powers of ten lose no digits, with late entry or without.
+// risks that differ by many powers of ten lose no digits, with late entry or without, and by any
+// number of powers where rows and times have units of their own.
 #ifndef ENGINE_RISK_SUMS_H_
 #define ENGINE_RISK_SUMS_H_
 
+#include <limits>
 #include <span>
 #include <vector>
 
 #include "engine/risk/arrangement.h"
+#include "numerics/runningSum.h"
 
 namespace survmeth::engine::risk {
+
+// A unit for each row and each event time where values lie beyond what one unit can hold: value i
+// is value[i] exp(256 row[i]), sums at time k are in units of exp(256 time[k]). No row at risk at
+// time k may have a larger unit than the time has.
+struct Scales {
+  std::vector<double> row, time;  // whole numbers; both empty: one unit for all
+  bool empty() const { return row.empty(); }
+};
+
+inline constexpr double kScaleStep = 256.0;
+
+// exp(-256 steps) for a whole number of steps from 0 on.
+double scaleFactor(double steps);
+
+// A sum in the largest unit of its terms.
+class ScaledSum {
+ public:
+  void add(double term, double scale) {
+    if (scale > scale_) {
+      sum_.multiplyBy(scaleFactor(scale - scale_));
+      scale_ = scale;
+    }
+    sum_.add(term * scaleFactor(scale_ - scale));
+  }
+  double value() const { return sum_.value(); }
+  double scale() const { return scale_; }  // minus infinity without terms
+
+ private:
+  numerics::RunningSum sum_;
+  double scale_ = -std::numeric_limits<double>::infinity();
+};
 
 // A row that is at risk from its stratum's first event time on adds to a sum that runs down from
 // its last time. Another row is at risk at the times a .. b; at the highest binary place in which
@@ -27,18 +61,19 @@ class Sums {
   // In   value[rows]
   // Out  others[times], failing[times]
   void overRiskSets(std::span<const double> value, std::span<double> others,
-                    std::span<double> failing) const;
+                    std::span<double> failing, const Scales& scales = {}) const;
 
   // For each event time the largest value[i] of the rows at risk, those that fail included.
   std::vector<double> largestInRiskSets(std::span<const double> value) const;
 
   // For each row the sum of at[k] over the event times at which it is at risk; at the time of its
-  // own event `own` counts instead.
+  // own event `own` counts instead. With scales they are in units of exp(-256 time[k]), sum[i] in
+  // units of exp(-256 row[i]).
   //
   // In   at[times], own[times]
   // Out  sum[rows]
-  void overTimes(std::span<const double> at, std::span<const double> own,
-                 std::span<double> sum) const;
+  void overTimes(std::span<const double> at, std::span<const double> own, std::span<double> sum,
+                 const Scales& scales = {}) const;
 
  private:
   // A row that enters late is at risk, without failing, at the times from .. to.
@@ -50,6 +85,10 @@ class Sums {
     unsigned bit;
     std::vector<Stay> stays;
   };
+  void sumScaled(std::span<const double> value, std::span<double> others, std::span<double> failing,
+                 const Scales& scales) const;
+  void sumTimesScaled(std::span<const double> at, std::span<const double> own,
+                      std::span<double> sum, const Scales& scales) const;
   void sumFromStart(std::span<const double> value, std::span<double> others,
                     std::span<double> failing) const;
   void sumWithoutEntry(std::span<const double> value, std::span<double> others,

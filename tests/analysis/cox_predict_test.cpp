@@ -145,6 +145,19 @@ TEST(CoxPredict, ASavedFitPredictsBitForBitAsTheOneInMemory) {
   }
 }
 
+TEST(CoxPredict, UnitsOfHazardsAreSaved) {
+  const Made made = lung();
+  EXPECT_EQ(made.text.find("\"scale\""), std::string::npos);
+  CoxSaved far = *made.lasting;
+  for (std::size_t k = 0; k < far.hazard->time.size(); ++k) {
+    far.hazard->scale.push_back(-static_cast<double>(k));
+  }
+  static const Declaration kCox = coxDeclaration();
+  const SavedFit saved = readSavedFit(savedFit(kCox, made.fitted.report, &far, "test"));
+  const auto read = std::static_pointer_cast<const CoxSaved>(saved.lasting);
+  EXPECT_TRUE(sameBits(read->hazard->scale, far.hazard->scale));
+}
+
 TEST(CoxPredict, SurvivalIsOneBeforeTheFirstEventAndUnknownAfterTheLastTime) {
   const CoxPredictions made = predicted(lung().lasting, reference("lung_new.csv"), {1, 1022, 1023},
                                         engine::curves::Scale::kLogLog);

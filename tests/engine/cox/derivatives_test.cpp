@@ -90,6 +90,14 @@ TEST(CoxDerivatives, LoseNoDigitsWithOffsetsOf500EitherWayAndLateEntry) {
   expectDerivatives("offsets", 1e-13);
 }
 
+TEST(CoxDerivatives, LoseNoDigitsWithOffsetsOf2000EitherWay) {
+  expectDerivatives("far from start", 1e-13);
+}
+
+TEST(CoxDerivatives, LoseNoDigitsWithOffsetsOf2000EitherWayAndLateEntry) {
+  expectDerivatives("far", 1e-13);
+}
+
 // Covariates of a spread of 1 that lie 1e6 apart have a last digit of 1e-10 themselves; the mean
 // that is taken from them leaves half of that.
 TEST(CoxDerivatives, LoseNoDigitsWhereRowsOfNoWeightLieFarAway) {

@@ -120,6 +120,61 @@ TEST(RiskSums, SmallRisksLoseNoDigitsBesideLargeOnesThatHaveLeft) {
   }
 }
 
+// Values in units of exp(256 b) with b of -2 .. 2 by row; the direct sums in the times' units.
+void expectDirectScaledSums(const Sample& s) {
+  const Arrangement a(s.response(), s.rows(), 0.0);
+  const Sums sums(a);
+  std::vector<double> value(a.rows());
+  Scales scales;
+  for (std::size_t i = 0; i < a.rows(); ++i) {
+    value[i] = 1.0 + static_cast<double>(a.source[i] % 17);
+    scales.row.push_back(static_cast<double>(a.source[i] % 5) - 2.0);
+  }
+  scales.time = sums.largestInRiskSets(scales.row);
+  std::vector<double> others(a.times());
+  std::vector<double> failing(a.times());
+  sums.overRiskSets(value, others, failing, scales);
+  std::vector<double> at(a.times());
+  std::vector<double> own(a.times());
+  for (std::size_t k = 0; k < a.times(); ++k) {
+    at[k] = 1.0 + static_cast<double>(k % 13);
+    own[k] = 1000.0 + static_cast<double>(k);
+  }
+  std::vector<double> total(a.rows());
+  sums.overTimes(at, own, total, scales);
+
+  std::vector<double> expectedTotal(a.rows(), 0.0);
+  // Some hundred additions and two scalings of terms of one sign, each rounded to 2^-53.
+  constexpr double kTolerance = 1e-14;
+  for (std::size_t k = 0; k < a.times(); ++k) {
+    double expected[2] = {0.0, 0.0};
+    for (std::size_t i = 0; i < a.rows(); ++i) {
+      const std::uint32_t row = a.source[i];
+      const double entry = s.entry.empty() ? -1.0 : s.entry[row];
+      if (s.stratum[row] != a.stratumCode[a.timeStratum[k]]) continue;
+      if (!(entry < a.time[k] && a.time[k] <= s.exit[row])) continue;
+      const bool fails = s.exit[row] == a.time[k] && s.event[row] == 1;
+      const double factor = std::exp(256.0 * (scales.row[i] - scales.time[k]));
+      expected[fails ? 1 : 0] += value[i] * factor;
+      expectedTotal[i] += (fails ? own[k] : at[k]) * factor;
+    }
+    EXPECT_NEAR(others[k], expected[0], kTolerance * expected[0]);
+    EXPECT_NEAR(failing[k], expected[1], kTolerance * expected[1]);
+  }
+  for (std::size_t i = 0; i < a.rows(); ++i) {
+    EXPECT_NEAR(total[i], expectedTotal[i], kTolerance * expectedTotal[i]);
+  }
+}
+
+TEST(RiskSums, AreDirectSumsInUnitsOfRowsAndTimes) {
+  expectDirectScaledSums(sample(300, 40, 0));
+  expectDirectScaledSums(sample(300, 100000, 0));
+  for (const std::uint32_t length : {1U, 3U, 30U}) {
+    expectDirectScaledSums(sample(400, 60, length));
+  }
+  expectDirectScaledSums(sample(400, 100000, 50000));
+}
+
 TEST(Arrangement, TimesThatDifferByRoundingAreTied) {
   Sample s;
   s.strata = 1;

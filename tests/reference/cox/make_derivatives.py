@@ -40,6 +40,11 @@ def rows_of(case):
             offset = 500.0 if next(u) < 0.4 else -500.0
         elif case == "from start":
             offset = 500.0 if next(u) < 0.4 else -500.0
+        elif case in ("far", "far from start"):
+            # Spread over 4000 and, within each cluster, as risks usually are.
+            if case == "far":
+                entry = max(0.0, exit - 1.0 - int(25 * next(u)))
+            offset = 500.0 * (int(9 * next(u)) - 4) + 4.0 * next(u)
         elif case == "step":
             # Those that weigh nothing as long as the others are there lie far from them.
             offset = 30.0 if i < 40 else -30.0
@@ -93,7 +98,7 @@ def main():
         results.writerow("case ties beta1 beta2 beta3 logLikelihood gradient1 gradient2 gradient3 "
                          "information11 information21 information22 information31 information32 "
                          "information33".split())
-        for case in ("risks", "offsets", "from start", "step", "drift"):
+        for case in ("risks", "offsets", "from start", "far", "far from start", "step", "drift"):
             rows = rows_of(case)
             data.writerows([case] + [repr(v) for v in row] for row in rows)
             beta = [0.0 if case in ("step", "drift") else 0.375, -0.25, 0.125]
