@@ -90,6 +90,15 @@ const std::string& onlyText(const Option& option, const std::vector<std::string>
 
 }  // namespace
 
+void requireAmong(const std::vector<std::string>& names, const std::vector<std::string>& allowed,
+                  const char* option, const char* what) {
+  for (const std::string& name : names) {
+    if (std::find(allowed.begin(), allowed.end(), name) != allowed.end()) continue;
+    throw BadOption(option, quote(name) + " is no " + what + "; expected one of " +
+                                nearestFirst(name, allowed));
+  }
+}
+
 std::string withPlace(const frame::ExpressionError& wrong) {
   const std::string marked = wrong.marked();
   const std::size_t line = marked.find('\n') + 1;

@@ -69,6 +69,10 @@ inline void requireAlone(bool both, const char* option, const char* other) {
   throw BadOption(option, std::string("stands beside --") + other + "; expected one of the two");
 }
 
+// Refuses a name of `option` that is none of `allowed`; `what` says what those are: "covariate".
+void requireAmong(const std::vector<std::string>& names, const std::vector<std::string>& allowed,
+                  const char* option, const char* what);
+
 // What is wrong with an expression and, below it, its text with a caret under the place.
 std::string withPlace(const frame::ExpressionError& wrong);
 

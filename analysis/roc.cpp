@@ -1,46 +1,45 @@
 // survmeth roc: declaration, run and description.
-
 #include <algorithm>
-#include <array>
-#include <cmath>
 #include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "analysis/all.h"
-#include "analysis/refusal.h"
-#include "analysis/rocTables.h"
-#include "model/coding.h"
+#include "analysis/classes.h"
+#include "engine/roc/curves.h"
 #include "report/build.h"
 #include "report/numbers.h"
-#include "text/lists.h"
 #include "text/words.h"
 
 namespace survmeth::analysis {
 namespace {
 
 namespace key = report::key;
-using engine::Refusal;
+namespace roc = engine::roc;
 using engine::Role;
 using report::brief;
-using report::Kind;
-using text::counted;
-using text::grouped;
-using text::quote;
+using enum report::Kind;
+using enum roc::RateInterval;
+using roc::Comparison, roc::Curve, roc::Threshold;
+using text::counted, text::grouped, text::quote;
 
 struct Request {
   std::string classColumn, positive, weight;
   std::vector<std::string> markers, lower;
-  RateInterval interval = RateInterval::kWilson;
+  roc::RateInterval interval = kWilson;
   double alpha = 0.05;
   std::optional<double> prevalence;
   std::vector<double> cost;
   bool table = false;
+
+  std::string level() const { return report::confidence(alpha); }
 };
 
-constexpr double kRounding = 1e-12;     // of a weighted area
-constexpr std::size_t kMostNamed = 12;  // negative labels in a note
+struct Result {
+  Classes classes;
+  roc::Result found;
+};
 
 void check(const Request& request) {
   if (!request.cost.empty() && request.cost.size() != 4) {
@@ -48,189 +47,241 @@ void check(const Request& request) {
                                 " numbers; expected four: of a true positive, a false positive, a "
                                 "false negative, a true negative");
   }
-  for (const std::string& name : request.lower) {
-    const auto& markers = request.markers;
-    if (std::find(markers.begin(), markers.end(), name) != markers.end()) continue;
-    throw BadOption("lower-is-positive", quote(name) + " is no marker; expected one of " +
-                                             text::nearestFirst(name, markers));
-  }
+  requireAmong(request.lower, request.markers, "lower-is-positive", "marker");
 }
 
-// The class of each row; notes what the negatives are when that is not plain.
-std::vector<std::uint8_t> classesOf(const frame::Column& column, const Request& request,
-                                    RocAnswer& answer) {
-  std::vector<std::string> named;
-  if (!request.positive.empty()) named.push_back(request.positive);
-  model::YesNo coded = model::yesNoOf(column, named, model::kPositives);
-  if (!coded.note.empty()) answer.note("classCoding", coded.note);
-  if (coded.labels.empty() || coded.others.empty()) {
-    throw Refusal(Role::kClass, Refusal::kNone,
-                  std::string(coded.labels.empty() ? "no" : "every") + " complete row " +
-                      (named.empty() ? "means yes" : "holds " + quote(request.positive)),
-                  Refusal::kNone, "positive and negative rows");
-  }
-  answer.positive = text::joined(coded.labels);
-  answer.negative = std::move(coded.others);
-  const auto& labels = answer.negative;
-  if (labels.size() > kMostNamed) {
-    answer.note("severalNegatives", grouped(labels.size()) + " different labels are negative");
-  } else if (labels.size() > 1) {
-    std::string names;
-    for (const std::string& label : labels) names += (names.empty() ? "" : ", ") + quote(label);
-    answer.note("severalNegatives", "several labels are negative: " + names, labels);
-  }
-  return std::move(coded.rows);
-}
-
-void addWeightNotes(std::span<const double> weights, RocAnswer& answer) {
-  const auto zeros = static_cast<std::size_t>(std::count(weights.begin(), weights.end(), 0.0));
-  answer.rows -= zeros;
-  if (zeros > 0) {
-    answer.note("zeroWeights", counted(zeros, "row has", "rows have") + " weight 0 and no effect");
-  }
-  if (answer.result.weightsAreCounts) return;
-  const bool whole =
-      std::all_of(weights.begin(), weights.end(), [](double w) { return w == std::trunc(w); });
-  answer.note(
-      "weightsAreNoCounts",
-      std::string(whole ? "the weights add up to more than 10,000,000"
-                        : "the weights are not whole numbers") +
-          ": areas and rates are weighted, standard errors, intervals and tests do not exist");
-}
-
-void addMarkerNotes(RocAnswer& answer) {
-  const bool counts = answer.result.weightsAreCounts;
-  for (std::size_t m = 0; m < answer.markers.size(); ++m) {
-    const RocCurve& curve = answer.result.curves[m];
-    const std::string& name = answer.markers[m];
-    if (curve.rows < answer.rows) {
-      answer.note("markerMissing",
-                  quote(name) + " is missing in " + grouped(answer.rows - curve.rows) + " of " +
-                      counted(answer.rows, "row", "rows") + ": no part in its curve",
-                  {name});
-    }
-    if (0.5 - curve.area.value > kRounding) {
-      answer.note("areaBelowHalf",
-                  "the area of " + quote(name) + " is below 0.5: " +
-                      (curve.lowerIsPositive
-                           ? "high values go with " + quote(answer.positive) +
-                                 ", although --lower-is-positive names it"
-                           : "low values go with " + quote(answer.positive) +
-                                 "; --lower-is-positive " + quote(name) + " turns its curve round"),
-                  {name});
-    }
-    if (!curve.reason.empty() && counts) {
-      answer.note("noLimits",
-                  "no limits and no test of the area of " + quote(name) + " exist: " + curve.reason,
-                  {name});
-    }
-  }
-  for (const RocComparison& pair : answer.result.comparisons) {
-    if (pair.reason.empty() || !counts) continue;
-    const std::string &first = answer.markers[pair.first], &second = answer.markers[pair.second];
-    answer.note("noLimits",
-                "no limits and no test of the difference of " + quote(first) + " and " +
-                    quote(second) + " exist: " + pair.reason,
-                {first, second});
-  }
-}
-
-RocAnswer fit(const frame::Frame& data, const Request& request, numerics::Progress& progress) {
-  RocAnswer answer;
-  answer.markers = request.markers;
-  answer.rows = data.rows;
-  const std::vector<std::uint8_t> positive =
-      classesOf(*data.labels(request.classColumn), request, answer);
-  RocRequest asked;
-  asked.positive = positive;
-  asked.alpha = request.alpha;
-  asked.interval = request.interval;
-  asked.prevalence = request.prevalence;
-  if (!request.cost.empty()) {
-    answer.costs = {request.cost[0], request.cost[1], request.cost[2], request.cost[3]};
-    asked.costs = *answer.costs;
+Result fit(const frame::Frame& data, const Request& request, numerics::Progress& progress) {
+  Result result{classesOf(*data.labels(request.classColumn), request.positive), {}};
+  roc::Request asked{result.classes.positive, {}, {}, request.alpha, request.interval,
+                     request.prevalence,      {}};
+  if (const auto& cost = request.cost; !cost.empty()) {
+    asked.costs = {cost[0], cost[1], cost[2], cost[3]};
   }
   for (const std::string& name : request.markers) {
-    const bool lower =
-        std::find(request.lower.begin(), request.lower.end(), name) != request.lower.end();
+    const bool lower = std::ranges::find(request.lower, name) != request.lower.end();
     asked.markers.push_back({data.numbers(name)->numbers, lower});
   }
   if (!request.weight.empty()) asked.weight = data.numbers(request.weight)->numbers;
   progress.at(0);
-  try {
-    answer.result = rocCurves(asked);
-  } catch (const Refusal& refused) {
-    if (refused.role() != Role::kMarker) throw;
-    throw expecting(refused, "positive and negative rows with a weight above 0");
-  }
-  if (!request.weight.empty()) addWeightNotes(asked.weight, answer);
-  addMarkerNotes(answer);
-  return answer;
+  result.found = roc::curves(asked);
+  return result;
 }
 
-std::vector<report::Method> methodsOf(const RocAnswer& answer, const Request& request,
-                                      const std::string& level) {
-  constexpr std::array<const char*, 4> kNames = {"Wilson's score", "Wald",
-                                                 "Clopper-Pearson (exact)", "Agresti-Coull"};
-  const bool counts = answer.result.weightsAreCounts;
-  const char* delong = "DeLong, DeLong & Clarke-Pearson, Biometrics 44 (1988) 837-845";
-  std::vector<report::Method> methods = {
-      {"area: trapezoidal, the share of pairs in which the positive has the higher (or lower) "
-       "value, "
-       "ties one half",
-       ""}};
-  if (counts) {
-    methods.push_back({"standard error: DeLong; test: area 0.5, normal", delong});
-    methods.push_back({"sensitivity and specificity: " + level + " " +
-                           kNames[static_cast<std::size_t>(request.interval)] + " limits",
-                       ""});
+std::vector<report::Note> notesOf(const Result& result, const Request& request) {
+  const roc::Result& found = result.found;
+  std::vector<report::Note> notes = result.classes.notes;
+  const auto add = [&](const char* code, std::string text, std::vector<std::string> names = {}) {
+    notes.push_back({code, std::move(text), std::move(names)});
+  };
+  if (const std::size_t zeros = result.classes.positive.size() - found.rows) {
+    add("zeroWeights", counted(zeros, "row has", "rows have") + " weight 0 and no effect");
   }
-  methods.push_back(
-      {"predictive values: at " + (request.prevalence ? "prevalence " + brief(*request.prevalence)
-                                                      : "the prevalence of the rows"),
-       ""});
-  methods.push_back({"cuts: sensitivity + specificity - 1, chosen on these rows and so optimistic",
-                     "Youden, Cancer 3 (1950) 32-35"});
-  if (counts && answer.markers.size() > 1) {
-    methods.push_back(
-        {"comparison: DeLong's paired test on the rows that have both markers; limits are not "
-         "adjusted for the number of pairs",
-         delong});
+  if (!found.weightsAreCounts) {
+    add("weightsAreNoCounts", found.reason +
+                                  ": areas and rates are weighted, standard errors, "
+                                  "intervals and tests do not exist");
   }
-  if (answer.costs) {
-    const RocCosts& cost = *answer.costs;
-    methods.push_back(
-        {"cost: " +
-             (request.prevalence ? "of as many subjects as there are rows, at prevalence " +
-                                       brief(*request.prevalence)
-                                 : std::string("of all rows")) +
-             ", tp " + brief(cost.tp) + ", fp " + brief(cost.fp) + ", fn " + brief(cost.fn) +
-             ", tn " + brief(cost.tn),
-         ""});
+  const auto noLimits = [&](const std::string& of, const std::string& reason,
+                            std::vector<std::string> names) {
+    if (reason.empty() || !found.weightsAreCounts) return;
+    add("noLimits", "no limits and no test of the " + of + " exist: " + reason, std::move(names));
+  };
+  for (std::size_t m = 0; m < found.curves.size(); ++m) {
+    const Curve& curve = found.curves[m];
+    const std::string &marker = request.markers[m], name = quote(marker);
+    const std::string with = " values go with " + quote(result.classes.name());
+    if (curve.rows < found.rows) {
+      add("markerMissing",
+          name + " is missing in " + grouped(found.rows - curve.rows) + " of " +
+              counted(found.rows, "row", "rows") + ": no part in its curve",
+          {marker});
+    }
+    if (curve.belowHalf()) {
+      add("areaBelowHalf",
+          "the area of " + name + " is below 0.5: " +
+              (curve.lowerIsPositive
+                   ? "high" + with + ", although --lower-is-positive names it"
+                   : "low" + with + "; --lower-is-positive " + name + " turns its curve round"),
+          {marker});
+    }
+    noLimits("area of " + name, curve.reason, {marker});
   }
-  if (!request.weight.empty()) {
-    methods.push_back({counts ? "weights: frequencies, a row of weight w counts as w rows"
-                              : "weights: areas and rates are weighted",
-                       ""});
+  for (const Comparison& pair : found.comparisons) {
+    const std::string &first = request.markers[pair.first], &second = request.markers[pair.second];
+    noLimits("difference of " + quote(first) + " and " + quote(second), pair.reason,
+             {first, second});
   }
+  return notes;
+}
+
+std::vector<report::Method> methodsOf(const Result& result, const Request& request) {
+  constexpr const char* kDeLong = "DeLong, DeLong & Clarke-Pearson, Biometrics 44 (1988) 837-845";
+  const bool counts = result.found.weightsAreCounts;
+  const std::string prevalence =
+      request.prevalence ? "prevalence " + brief(*request.prevalence) : "";
+  std::vector<report::Method> methods;
+  const auto add = [&](bool holds, std::string text, const char* source = "") {
+    if (holds) methods.push_back({std::move(text), source});
+  };
+  add(true,
+      "area: trapezoidal, the share of pairs in which the positive has the higher (or lower) "
+      "value, ties one half");
+  add(counts, "standard error: DeLong; test: area 0.5, normal", kDeLong);
+  add(counts, "sensitivity and specificity: " + request.level() + " " +
+                  intervalName(request.interval) + " limits");
+  add(true,
+      "predictive values: at " + (request.prevalence ? prevalence : "the prevalence of the rows"));
+  add(true, "cuts: sensitivity + specificity - 1, chosen on these rows and so optimistic",
+      "Youden, Cancer 3 (1950) 32-35");
+  add(counts && request.markers.size() > 1,
+      "comparison: DeLong's paired test on the rows that have both markers; limits are not "
+      "adjusted for the number of pairs",
+      kDeLong);
+  if (const auto& cost = request.cost; !cost.empty()) {
+    add(true, "cost: of " +
+                  (request.prevalence ? "as many subjects as there are rows, at " + prevalence
+                                      : "all rows") +
+                  ", tp " + brief(cost[0]) + ", fp " + brief(cost[1]) + ", fn " + brief(cost[2]) +
+                  ", tn " + brief(cost[3]));
+  }
+  add(!request.weight.empty(), counts ? "weights: frequencies, a row of weight w counts as w rows"
+                                      : "weights: areas and rates are weighted");
   return methods;
 }
 
-report::Report describe(const RocAnswer& answer, const Request& request) {
-  const std::string level = report::confidence(request.alpha);
-  report::Report report;
-  report.title = "ROC curves of " + counted(answer.markers.size(), "marker", "markers");
-  for (std::size_t m = 0; m < answer.markers.size(); ++m) {
-    report.summary += (m > 0 ? " " : "") + answer.markers[m] + ": " +
-                      rocAreaInWords(answer.result.curves[m], level, "limits ") + ".";
+const char* direction(const Curve& curve) { return curve.lowerIsPositive ? "low" : "high"; }
+
+report::Column directions(const Result& result) {
+  return report::columnOf(key::kPositiveWhen, "positive when", kLabel, result.found.curves,
+                          direction);
+}
+
+report::Column markers(const Request& request) {
+  return report::labelColumn(key::kMarker, "marker", request.markers);
+}
+
+// The cuts that `cuts` gives of each curve, with their counts or without.
+template <class Cuts>
+report::Table cutTable(const char* id, const char* caption, const Result& result,
+                       const Request& request, Cuts cuts, bool counts) {
+  const std::string level = request.level();
+  auto rows = report::partedRowsOf(id, caption, markers(request), result.found.curves, cuts);
+  rows.with(directions(result)).column(key::kThreshold, "cut", kTime, &Threshold::threshold);
+  if (counts) {
+    rows.column(key::kTruePositives, "tp", kCount, &Threshold::tp)
+        .column(key::kFalsePositives, "fp", kCount, &Threshold::fp)
+        .column(key::kFalseNegatives, "fn", kCount, &Threshold::fn)
+        .column(key::kTrueNegatives, "tn", kCount, &Threshold::tn);
   }
-  report.facts = {{key::kPositive, "Positive", Kind::kLabel, answer.positive},
-                  {key::kNegative, "Negative", Kind::kLabel, text::joined(answer.negative)}};
-  report.tables = {rocAreaTable(answer, level), rocBestTable(answer, level)};
-  if (answer.costs) report.tables.push_back(rocCostTable(answer));
-  if (answer.markers.size() > 1) report.tables.push_back(rocComparisonTable(answer, level));
-  report.methods = methodsOf(answer, request, level);
-  report.notes = answer.notes;
+  rows.column(key::kYouden, "Youden", kProbability, &Threshold::youden)
+      .column(key::kSensitivity, "sensitivity", kProbability, &Threshold::sensitivity)
+      .limits(level, kProbability, &Threshold::sensitivity, key::kSensitivityLower,
+              key::kSensitivityUpper)
+      .column(key::kSpecificity, "specificity", kProbability, &Threshold::specificity)
+      .limits(level, kProbability, &Threshold::specificity, key::kSpecificityLower,
+              key::kSpecificityUpper)
+      .column(key::kPositivePredictiveValue, "PPV", kProbability, &Threshold::positiveValue)
+      .column(key::kNegativePredictiveValue, "NPV", kProbability, &Threshold::negativeValue)
+      .column(key::kPositiveLikelihoodRatio, "LR+", kEstimate, &Threshold::positiveRatio)
+      .column(key::kNegativeLikelihoodRatio, "LR-", kEstimate, &Threshold::negativeRatio);
+  if (counts && !request.cost.empty()) rows.column(key::kCost, "cost", kEstimate, &Threshold::cost);
+  return rows.table();
+}
+
+report::Table thresholdTable(const Result& result, const Request& request) {
+  return cutTable("thresholds", "Thresholds", result, request, &Curve::thresholds, true);
+}
+
+report::Table bestTable(const Result& result, const Request& request) {
+  report::Table table =
+      cutTable("best", "Best cut by Youden's index", result, request, &Curve::bestCuts, false);
+  table.partedBy.clear();
+  for (std::size_t m = 0; m < request.markers.size(); ++m) {
+    if (!result.found.curves[m].best.empty()) continue;
+    table.remarks.push_back("No cut of " + request.markers[m] + " has an index above 0.");
+  }
+  return table;
+}
+
+report::Table costTable(const Result& result, const Request& request) {
+  const auto when = [](const Curve& curve) {
+    return curve.cheapest.empty() ? "nobody" : direction(curve);
+  };
+  const auto& curves = result.found.curves;
+  return report::partedRowsOf("leastCost", "Least cost", markers(request), curves,
+                              &Curve::cheapestCuts)
+      .with(report::columnOf(key::kPositiveWhen, "positive when", kLabel, curves, when))
+      .column(key::kThreshold, "cut", kTime, &Threshold::threshold)
+      .column(key::kCost, "cost", kEstimate, &Threshold::cost)
+      .unparted();
+}
+
+report::Table areaTable(const Result& result, const Request& request) {
+  return report::rowsOf("areas", "Area under the curve", result.found.curves)
+      .with(markers(request))
+      .with(directions(result))
+      .column(key::kRows, "rows", kCount, &Curve::rows)
+      .column(key::kPositives, "positives", kCount, &Curve::positives)
+      .column(key::kNegatives, "negatives", kCount, &Curve::negatives)
+      .tested(key::kArea, "area", request.level(), kProbability, &Curve::area)
+      .table();
+}
+
+report::Table comparisonTable(const Result& result, const Request& request) {
+  const auto nameOf = [&](std::size_t Comparison::*marker) {
+    return [&request, marker](const Comparison& pair) { return request.markers[pair.*marker]; };
+  };
+  return report::rowsOf("comparisons", "Equal areas?", result.found.comparisons)
+      .column(key::kFirst, "first", kLabel, nameOf(&Comparison::first))
+      .column(key::kSecond, "second", kLabel, nameOf(&Comparison::second))
+      .column(key::kRows, "rows", kCount, &Comparison::rows)
+      .column(key::kPositives, "positives", kCount, &Comparison::positives)
+      .column(key::kNegatives, "negatives", kCount, &Comparison::negatives)
+      .column(key::kFirstArea, "first area", kProbability, &Comparison::firstArea)
+      .column(key::kSecondArea, "second area", kProbability, &Comparison::secondArea)
+      .tested(key::kDifference, "difference", request.level(), kProbability,
+              &Comparison::difference)
+      .table();
+}
+
+// The curves on equal axes with the line of chance.
+report::Figure figureOf(const Result& result, const Request& request) {
+  // Steps closer than this part of the axes are one in print; large data are thinned to that.
+  constexpr double kStep = 1.0 / 2000;
+  report::Panel panel = report::panelOf("1 - specificity", "sensitivity");
+  panel.equalUnits = true;
+  panel.x.least = panel.y.least = 0;
+  panel.x.most = panel.y.most = 1;
+  for (const Curve& curve : result.found.curves) {
+    report::Series& series = panel.series.emplace_back();
+    series.name = request.markers[panel.series.size() - 1] + ", area " +
+                  report::fixedWithLimits(curve.area, request.level(), 3);
+    auto [x, y] = curve.points(kStep);
+    series.x = std::move(x);
+    series.y = std::move(y);
+  }
+  report::Series& chance = panel.series.emplace_back();
+  chance.guide = true;
+  chance.x = chance.y = {0, 1};
+  return report::figureOf(
+      "roc", "ROC curves, positive: " + request.classColumn + " = " + result.classes.name(), "",
+      std::move(panel));
+}
+
+report::Report describe(const Result& result, const Request& request) {
+  report::Report report;
+  report.title = "ROC curves of " + counted(request.markers.size(), "marker", "markers");
+  for (std::size_t m = 0; m < request.markers.size(); ++m) {
+    report.summary +=
+        (m > 0 ? " " : "") + request.markers[m] + ": " + "area " +
+        report::fixedWithLimits(result.found.curves[m].area, request.level() + " limits", 3) + ".";
+  }
+  report.facts = result.classes.facts();
+  report.tables = {areaTable(result, request), bestTable(result, request)};
+  if (!request.cost.empty()) report.tables.push_back(costTable(result, request));
+  if (request.markers.size() > 1) report.tables.push_back(comparisonTable(result, request));
+  report.methods = methodsOf(result, request);
+  report.notes = notesOf(result, request);
   return report;
 }
 
@@ -239,7 +290,7 @@ report::Report describe(const RocAnswer& answer, const Request& request) {
 Declaration rocDeclaration() {
   frame::Wanted marker = numbers();
   marker.mayBeMissing = true;
-  return declare<Request, RocAnswer>(
+  return declare<Request, Result>(
              "roc", "ROC curves of markers, the areas under them and their comparison")
       .column("class", &Request::classColumn, Role::kClass, labels(),
               "Column that tells the positives from the negatives")
@@ -254,10 +305,10 @@ Declaration rocDeclaration() {
       .column("weight", &Request::weight, Role::kWeight, numbersFrom(0),
               "Column of frequencies, numbers from 0")
       .choice("ci", &Request::interval,
-              {{"wilson", RateInterval::kWilson},
-               {"wald", RateInterval::kWald},
-               {"clopper-pearson", RateInterval::kClopperPearson},
-               {"agresti", RateInterval::kAgresti}},
+              {{"wilson", kWilson},
+               {"wald", kWald},
+               {"clopper-pearson", kClopperPearson},
+               {"agresti", kAgresti}},
               "Limits of sensitivity and specificity")
       .alpha(&Request::alpha)
       .number("prevalence", &Request::prevalence, between(0, 1),
@@ -273,16 +324,8 @@ Declaration rocDeclaration() {
           "curve only; two markers are compared on the rows that have both.")
       .example("survmeth roc data/sah.csv --class outcome --positive Poor --marker wfns,s100b,ndka")
       .tables({"areas", "best", "leastCost", "comparisons"})
-      .longTable(
-          "thresholds",
-          [](const RocAnswer& answer, const Request& request) {
-            return rocThresholdTable(answer, report::confidence(request.alpha));
-          },
-          [](const Request& request) { return request.table; })
-      .figure("roc",
-              [](const RocAnswer& answer, const Request& request) {
-                return rocFigure(answer, request.classColumn, report::confidence(request.alpha));
-              })
+      .longTable("thresholds", thresholdTable, [](const Request& request) { return request.table; })
+      .figure("roc", figureOf)
       .leastRows(2)
       .check(check)
       .fit(fit)

@@ -43,6 +43,15 @@ std::string withLimits(const Estimate& estimate, const std::string& limits, int 
          text::brief(estimate.lower, digits) + " to " + text::brief(estimate.upper, digits) + ")";
 }
 
+// The same with these decimals; the estimate alone where there are no limits.
+template <class Estimate>
+std::string fixedWithLimits(const Estimate& estimate, const std::string& limits, int decimals) {
+  std::string said = text::fixed(estimate.value, decimals);
+  if (estimate.lower != estimate.lower) return said;
+  return said + " (" + limits + " " + text::fixed(estimate.lower, decimals) + " to " +
+         text::fixed(estimate.upper, decimals) + ")";
+}
+
 // Of a number of rows, subjects, pairs.
 inline Fact countFact(const char* key, std::string label, std::size_t count) {
   return {key, std::move(label), Kind::kCount, static_cast<double>(count)};
@@ -117,6 +126,20 @@ class Rows {
            [&](const auto& item) { return std::invoke(cell, item).degreesOfFreedom; });
     return column(key::kPValue, "p-value", Kind::kPValue,
                   [&](const auto& item) { return std::invoke(cell, item).pValue; });
+  }
+  // The estimate that `cell` gives, its error, limits and test, and why these do not exist, of items
+  // with the members standardError, z, pValue and reason.
+  template <class Cell>
+  Rows& tested(std::string key, std::string heading, const std::string& level, Kind kind,
+               Cell cell) {
+    column(std::move(key), std::move(heading), kind, cell);
+    column(key::kStandardError, "std error", kind,
+           [](const auto& its) { return its.standardError; });
+    limits(level, kind, cell);
+    column(key::kZ, "z", Kind::kStatistic, [](const auto& item) { return item.z; });
+    column(key::kPValue, "p-value", Kind::kPValue, [](const auto& item) { return item.pValue; });
+    return column(key::kReason, "why not", Kind::kLabel,
+                  [](const auto& item) { return item.reason; });
   }
   // Made elsewhere, of as many rows.
   Rows& with(Column column) {
@@ -198,6 +221,11 @@ class PartedRows {
     return *this;
   }
   Table table() { return std::move(table_); }
+  // The same as one, with lines of several groups beneath one another.
+  Table unparted() {
+    table_.partedBy.clear();
+    return table();
+  }
 
  private:
   const Groups& groups_;

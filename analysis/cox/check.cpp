@@ -47,11 +47,7 @@ void checkModel(const CoxRequest& request) {
     throw BadOption(parts[i].first, i < 2 ? "is missing; expected COL, or --formula instead"
                                           : "is missing; expected COL,COL, or --formula instead");
   }
-  for (const std::string& name : request.factors) {
-    if (has(request.covariates, name)) continue;
-    throw BadOption("factor", quote(name) + " is no covariate; expected one of " +
-                                  nearestFirst(name, request.covariates));
-  }
+  requireAmong(request.factors, request.covariates, "factor", "covariate");
 }
 
 void checkResiduals(const CoxRequest& request) {

@@ -134,4 +134,15 @@ TEST(Checked, ValuesOfAnotherTypeAreRefused) {
             "\"2\" is out of range; expected a number between 0 and 1");
 }
 
+TEST(Option, ANameThatIsNoneOfThoseAllowedIsRefusedWithTheNearest) {
+  EXPECT_NO_THROW(survmeth::analysis::requireAmong({"age"}, {"sex", "age"}, "factor", "covariate"));
+  try {
+    survmeth::analysis::requireAmong({"age", "sec"}, {"age", "sex"}, "factor", "covariate");
+    ADD_FAILURE() << "accepted";
+  } catch (const BadOption& bad) {
+    EXPECT_EQ(bad.option(), "factor");
+    EXPECT_STREQ(bad.what(), "\"sec\" is no covariate; expected one of \"sex\", \"age\"");
+  }
+}
+
 }  // namespace

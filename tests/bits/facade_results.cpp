@@ -6,7 +6,7 @@
 
 #include "analysis/agreement.h"
 #include "analysis/demingFit.h"
-#include "analysis/rocCurve.h"
+#include "engine/roc/curves.h"
 #include "tests/bits/results.h"
 #include "tests/bits/sequence.h"
 #include "tests/support/csv.h"
@@ -14,8 +14,10 @@
 namespace survmeth::test {
 namespace {
 
+namespace roc = engine::roc;
 using Numbers = std::vector<double>;
 
+template <class Estimate>
 void add(Numbers& all, const Estimate& estimate) {
   all.insert(all.end(), {estimate.value, estimate.lower, estimate.upper});
 }
@@ -86,13 +88,13 @@ void takeRepeatability(const TakeNumbers& take) {
   take("repeatability of pefr", all);
 }
 
-void takeCurves(const TakeNumbers& take, const std::string& name, const RocRequest& request) {
-  const RocResult result = rocCurves(request);
+void takeCurves(const TakeNumbers& take, const std::string& name, const roc::Request& request) {
+  const roc::Result result = roc::curves(request);
   for (std::size_t i = 0; i < result.curves.size(); ++i) {
-    const RocCurve& curve = result.curves[i];
+    const roc::Curve& curve = result.curves[i];
     Numbers all = {curve.standardError, curve.z, curve.pValue, curve.leastCost};
     add(all, curve.area);
-    for (const RocThreshold& at : curve.thresholds) {
+    for (const roc::Threshold& at : curve.thresholds) {
       add(all, at.sensitivity);
       add(all, at.specificity);
       all.insert(all.end(), {at.threshold, at.youden, at.positiveRatio, at.negativeRatio,
@@ -101,7 +103,7 @@ void takeCurves(const TakeNumbers& take, const std::string& name, const RocReque
     take("curve " + std::to_string(i) + " of " + name, all);
   }
   Numbers all;
-  for (const RocComparison& each : result.comparisons) {
+  for (const roc::Comparison& each : result.comparisons) {
     add(all, each.difference);
     all.insert(all.end(), {each.standardError, each.z, each.pValue});
   }
@@ -124,8 +126,8 @@ void takeRoc(const TakeNumbers& take) {
     madeMarker.push_back(sequence.share() + (ill ? 0.4 : 0.0));
     madeOther.push_back(static_cast<double>(static_cast<int>(8.0 * sequence.share())));
   }
-  for (const auto interval : {RateInterval::kWilson, RateInterval::kWald,
-                              RateInterval::kClopperPearson, RateInterval::kAgresti}) {
+  using enum roc::RateInterval;
+  for (const auto interval : {kWilson, kWald, kClopperPearson, kAgresti}) {
     const std::string number = std::to_string(static_cast<int>(interval));
     takeCurves(take, "sah, interval " + number,
                {.positive = positive,

@@ -50,6 +50,51 @@ TEST(Rows, LimitsAreTwoColumnsThatNameTheirLevel) {
   EXPECT_EQ(table.columns[1].numbers()[1], 2);
 }
 
+struct Tested {
+  Limited area;
+  double standardError, z, pValue;
+  std::string reason;
+};
+
+TEST(Rows, WhatIsTestedHasErrorLimitsTestAndTheReasonWhyNot) {
+  const std::vector<Tested> tested = {{{0.5, 0.25, 0.75}, 0.1, 2, 0.04, ""},
+                                      {{1, NAN, NAN}, 0, NAN, NAN, "the standard error is 0"}};
+  const Table table = rowsOf("areas", "", tested)
+                          .tested("area", "AUC", "90%", Kind::kProbability, &Tested::area)
+                          .table();
+  std::string keys, headings;
+  for (const Column& column : table.columns) {
+    keys += column.key + " ";
+    headings += column.heading + "|";
+  }
+  EXPECT_EQ(keys, "area standardError lower upper z pValue reason ");
+  EXPECT_EQ(headings, "AUC|std error|90% lower|90% upper|z|p-value|why not|");
+  EXPECT_EQ(table.columns[0].numbers()[1], 1);
+  EXPECT_EQ(table.columns[1].numbers()[0], 0.1);
+  EXPECT_EQ(table.columns[3].numbers()[0], 0.75);
+  EXPECT_EQ(table.columns[5].numbers()[0], 0.04);
+  EXPECT_EQ(table.columns[6].labels()[1], "the standard error is 0");
+}
+
+TEST(PartedRows, AreOneTableWhereTheyAreNotParted) {
+  const std::vector<std::vector<Limited>> groups = {{{1, 0, 2}, {3, 2, 4}}, {{5, 4, 6}}};
+  const auto rows = [&] {
+    auto made = partedRowsOf("cuts", "Cuts", labelColumn("group", "", {"a", "b"}), groups);
+    return made.column("value", "", Kind::kTime, &Limited::value);
+  };
+  EXPECT_EQ(rows().table().partedBy, "group");
+  const Table whole = rows().unparted();
+  EXPECT_EQ(whole.partedBy, "");
+  EXPECT_EQ(whole.columns[0].labels(), (std::vector<std::string>{"a", "a", "b"}));
+  EXPECT_EQ(whole.columns[1].numbers()[2], 5);
+}
+
+TEST(FixedWithLimits, ShowsThemWhereTheyExist) {
+  EXPECT_EQ(fixedWithLimits(Limited{0.5, 0.25, 0.75}, "95% limits", 2),
+            "0.50 (95% limits 0.25 to 0.75)");
+  EXPECT_EQ(fixedWithLimits(Limited{1, NAN, NAN}, "95% limits", 2), "1.00");
+}
+
 TEST(Numbers, BorrowedOnesAreNotCopiedAndKeepWhatIsHeld) {
   auto owner = std::make_shared<const std::vector<double>>(3, 0.5);
   Table table;

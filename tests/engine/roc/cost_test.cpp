@@ -3,25 +3,23 @@
 
 #include <vector>
 
-#include "analysis/rocCurve.h"
+#include "engine/roc/curves.h"
 #include "tests/support/role.h"
 
+namespace survmeth::engine::roc {
 namespace {
-
-using survmeth::RocCosts;
-using survmeth::RocCurve;
 
 struct Data {
   std::vector<std::uint8_t> positive;
   std::vector<double> values;
 
-  RocCurve curve(const RocCosts& costs, std::optional<double> prevalence = std::nullopt) const {
-    survmeth::RocRequest request;
+  Curve curve(const Costs& costs, std::optional<double> prevalence = std::nullopt) const {
+    Request request;
     request.positive = positive;
     request.markers = {{values, false}};
     request.costs = costs;
     request.prevalence = prevalence;
-    return survmeth::rocCurves(request).curves.at(0);
+    return curves(request).curves.at(0);
   }
 };
 
@@ -32,7 +30,7 @@ const Data kSix = {{0, 1, 0, 1, 0, 1}, {4, 3, 1, 5, 2, 3}};
 const Data kThreeForOne = {{1, 1, 0, 0, 0, 0}, {5, 1, 2, 3, 4, 0}};
 
 TEST(RocCost, IsOfAllRowsWithoutAPrevalence) {
-  const RocCurve curve = kSix.curve({.fp = 1, .fn = 2});
+  const Curve curve = kSix.curve({.fp = 1, .fn = 2});
   EXPECT_EQ(curve.thresholds[3].cost, 5);
   EXPECT_EQ(curve.leastCost, 1);
   EXPECT_EQ(curve.cheapest, std::vector<std::size_t>{2});
@@ -40,7 +38,7 @@ TEST(RocCost, IsOfAllRowsWithoutAPrevalence) {
 
 TEST(RocCost, IsThatOfAsManySubjectsAtThePrevalence) {
   // 6 (0.1 2 fn / 3 + 0.9 fp / 3).
-  const RocCurve curve = kSix.curve({.fp = 1, .fn = 2}, 0.1);
+  const Curve curve = kSix.curve({.fp = 1, .fn = 2}, 0.1);
   const std::vector<double> expected = {5.4, 3.6, 1.8, 2.6, 0.8};
   for (std::size_t k = 0; k < 5; ++k) EXPECT_NEAR(curve.thresholds[k].cost, expected[k], 1e-14);
   EXPECT_EQ(curve.cheapest, std::vector<std::size_t>{4});
@@ -51,8 +49,8 @@ TEST(RocCost, IsThatOfAsManySubjectsAtThePrevalence) {
 }
 
 TEST(RocCost, OfTheRowsOwnPrevalenceIsThatOfTheRows) {
-  const RocCosts costs{.tp = 1, .fp = 2, .fn = 7, .tn = 0.5};
-  const RocCurve rows = kThreeForOne.curve(costs), stated = kThreeForOne.curve(costs, 1 / 3.0);
+  const Costs costs{.tp = 1, .fp = 2, .fn = 7, .tn = 0.5};
+  const Curve rows = kThreeForOne.curve(costs), stated = kThreeForOne.curve(costs, 1 / 3.0);
   for (std::size_t k = 0; k < rows.thresholds.size(); ++k) {
     EXPECT_NEAR(stated.thresholds[k].cost, rows.thresholds[k].cost, 1e-13);
   }
@@ -71,7 +69,7 @@ TEST(RocCost, TheUnitOfTheCostsDoesNotMatter) {
 }
 
 TEST(RocCost, ADifferenceBeyondRoundingCounts) {
-  const RocCurve curve = kThreeForOne.curve({.fp = 0.1, .fn = 0.3 * (1 + 1e-13)});
+  const Curve curve = kThreeForOne.curve({.fp = 0.1, .fn = 0.3 * (1 + 1e-13)});
   EXPECT_EQ(curve.cheapest, std::vector<std::size_t>{1});
 }
 
@@ -79,10 +77,11 @@ TEST(RocCost, RefusesWhatAddsUpBeyondTheLargestNumber) {
   try {
     kSix.curve({.fn = 1e308});
     ADD_FAILURE() << "accepted";
-  } catch (const survmeth::engine::Refusal& refused) {
+  } catch (const Refusal& refused) {
     EXPECT_EQ(nameOf(refused.role()), "cost");
     EXPECT_STREQ(refused.what(), "the cost of all rows is beyond the largest number");
   }
 }
 
 }  // namespace
+}  // namespace survmeth::engine::roc
