@@ -11,7 +11,6 @@
 #include "analysis/agreement.h"
 #include "analysis/demingFit.h"
 #include "analysis/grayTest.h"
-#include "analysis/rocCurve.h"
 #include "analysis/spread.h"
 #include "tests/support/role.h"
 
@@ -40,17 +39,12 @@ std::span<const T> endless() {
 
 TEST(Checks, NoFunctionTakesMoreRowsThanTheEntryPointsCanCount) {
   const auto numbers = endless<double>();
-  const auto flags = endless<std::uint8_t>();
   const auto codes = endless<std::uint32_t>();
   const std::string what = ": there are too many rows";
   GrayRequest gray;
   gray.time = numbers;
   gray.status = gray.group = codes;
   EXPECT_EQ(refusal([&] { grayTest(gray); }), "time" + what);
-  RocRequest roc;
-  roc.positive = flags;
-  roc.markers = {{numbers, false}};
-  EXPECT_EQ(refusal([&] { rocCurves(roc); }), "positive" + what);
   EXPECT_EQ(refusal([&] { agreement({.first = numbers, .second = numbers}); }), "first" + what);
   EXPECT_EQ(refusal([&] { demingFit({.first = numbers, .second = numbers}); }), "first" + what);
   EXPECT_EQ(refusal([&] { repeatability({.values = numbers, .subject = codes}); }), "first" + what);

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string>
 
@@ -70,6 +71,22 @@ TEST(RocCurve, RefusesOptionsOutOfTheirRange) {
   data = byHand();
   data.options.costs.fn = kInf;
   expectRefusal(data, "cost");
+}
+
+TEST(RocCurve, RefusesMoreRowsThanItNumbersWithoutReadingOne) {
+  const std::uint8_t positive = 1;
+  const double value = 0;
+  const std::size_t rows = 0xffffffffU;
+  Request request;
+  request.positive = {&positive, rows};
+  request.markers = {{{&value, rows}, false}};
+  try {
+    curves(request);
+    ADD_FAILURE() << "accepted";
+  } catch (const Refusal& refused) {
+    EXPECT_EQ(nameOf(refused.role()), "positive");
+    EXPECT_STREQ(refused.what(), "there are too many rows");
+  }
 }
 
 }  // namespace
