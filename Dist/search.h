@@ -2,7 +2,6 @@
 #ifndef DIST_SEARCH_H_
 #define DIST_SEARCH_H_
 
-#include <bit>
 #include <cmath>
 #include <cstdint>
 #include <limits>
@@ -10,6 +9,7 @@
 #include "Dist/constants.h"
 #include "Dist/doubleDouble.h"
 #include "Dist/elementary.h"
+#include "numerics/bits.h"
 
 namespace dist {
 
@@ -40,9 +40,9 @@ inline Measure measure(Scaled tail, Scaled change, double bend, const Target& ta
 
 // The positive double half way between two in the order of representations.
 inline double halfWay(double low, double high) {
-  const auto a = std::bit_cast<std::uint64_t>(low);
-  const auto b = std::bit_cast<std::uint64_t>(high);
-  return std::bit_cast<double>(a + (b - a) / 2);
+  const auto a = survmeth::numerics::bitCast<std::uint64_t>(low);
+  const auto b = survmeth::numerics::bitCast<std::uint64_t>(high);
+  return survmeth::numerics::bitCast<double>(a + (b - a) / 2);
 }
 
 // Halley's step for log(tail / target) = 0 in log s, or Newton's where the bend is out of hand.

@@ -3,6 +3,8 @@
 #include <cmath>
 #include <nlohmann/json.hpp>
 
+#include "analysis/reading.h"
+
 namespace survmeth::analysis {
 namespace {
 
@@ -47,6 +49,12 @@ Json jsonOf(const Option& option) {
   return json;
 }
 
+Json jsonOf(const std::vector<Option>& options) {
+  Json json = Json::array();
+  for (const Option& option : options) json.push_back(jsonOf(option));
+  return json;
+}
+
 Json jsonOf(const Declaration& declaration) {
   Json json;
   json["name"] = declaration.name;
@@ -55,8 +63,7 @@ Json jsonOf(const Declaration& declaration) {
   json["examples"] = declaration.examples;
   json["tables"] = declaration.tables;
   json["figures"] = declaration.figures;
-  json["options"] = Json::array();
-  for (const Option& option : declaration.options) json["options"].push_back(jsonOf(option));
+  json["options"] = jsonOf(declaration.options);
   return json;
 }
 
@@ -68,6 +75,7 @@ std::string declarationsJson(const std::string& version, const Declaration* only
   for (const Declaration& each : declarations()) {
     if (only == nullptr || each.name == only->name) json["analyses"].push_back(jsonOf(each));
   }
+  json["reading"] = jsonOf(readingOptions());
   return json.dump(2) + "\n";
 }
 

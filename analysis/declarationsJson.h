@@ -10,7 +10,7 @@ namespace survmeth::analysis {
 
 // One JSON object, "survmeth-help/1": of each analysis its name, summary, details, examples, options
 // (name, type, help, whether it is required, range, choices), the ids of its tables and figures.
-// All analyses, or `only` one.
+// All analyses, or `only` one; and the options that say how files are read ("reading").
 std::string declarationsJson(const std::string& version, const Declaration* only = nullptr);
 
 }  // namespace survmeth::analysis

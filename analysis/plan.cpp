@@ -48,22 +48,11 @@ const Declaration& declarationOf(const JsonNode& value, const std::string& what)
 void setOptions(const JsonNode& options, const std::string& what, Planned& planned) {
   const Declaration& declaration = *planned.declaration;
   for (const JsonMember& member : options.asObject(what + "'s \"options\"")) {
-    const Option* option = declaration.find(member.name);
-    void* target = planned.request.get();
-    if (option == nullptr) {
-      option = findReadingOption(member.name);
-      target = &planned.reading;
-    }
-    if (option == nullptr) refuseOption(declaration, member, what);
     const std::string place = what + ": " + member.name;
     try {
-      Setting setting = settingOf(member.value, place);
-      // An empty list is one of whatever is expected.
-      if (option->type == Type::kNumbers && member.value.kind == Kind::kArray &&
-          member.value.elements.empty()) {
-        setting = std::vector<double>();
+      if (!setOption(declaration, planned.request.get(), planned.reading, member, place)) {
+        refuseOption(declaration, member, what);
       }
-      option->set(target, checked(*option, setting));
     } catch (const BadOption& bad) {
       throw JsonError(member.value.place, place + ": " + bad.what());
     }
@@ -132,6 +121,25 @@ Plan planOf(const JsonNode& root) {
     throw JsonError(analyses.place, "the plan has no analysis; expected at least one");
   }
   return plan;
+}
+
+bool setOption(const Declaration& declaration, void* request, Reading& reading,
+               const JsonMember& member, const std::string& what) {
+  const Option* option = declaration.find(member.name);
+  void* target = request;
+  if (option == nullptr) {
+    option = findReadingOption(member.name);
+    target = &reading;
+  }
+  if (option == nullptr) return false;
+  Setting setting = settingOf(member.value, what);
+  // An empty list is one of whatever is expected.
+  if (option->type == Type::kNumbers && member.value.kind == Kind::kArray &&
+      member.value.elements.empty()) {
+    setting = std::vector<double>();
+  }
+  option->set(target, checked(*option, setting));
+  return true;
 }
 
 Setting settingOf(const JsonNode& value, const std::string& what) {

@@ -39,6 +39,11 @@ struct Plan {
 Plan planOf(const JsonNode& root);
 inline Plan readPlan(std::string_view text) { return planOf(parseJson(text)); }
 
+// Sets the option that a member names, of the analysis or of how files are read; false where there is
+// none. `what` is what it is, for messages. Throws JsonError, BadOption.
+bool setOption(const Declaration& declaration, void* request, Reading& reading,
+               const JsonMember& member, const std::string& what);
+
 // The value of an option as JSON has it: true or false, a number, a text, a list of numbers or of
 // texts. `what` is what it is, for messages. Throws JsonError for anything else.
 Setting settingOf(const JsonNode& value, const std::string& what);

@@ -19,9 +19,7 @@ target_compile_features(libsurvmeth INTERFACE cxx_std_20)
 target_compile_options(libsurvmeth INTERFACE ${SURVMETH_ARITHMETIC})
 target_link_libraries(libsurvmeth PRIVATE survmeth_Dist Threads::Threads)
 if(SURVMETH_PROGRAMS)
-  target_link_libraries(libsurvmeth PRIVATE survmeth_survival
-                                            $<BUILD_INTERFACE:${LIBCSV_LIBRARY}>
-                                            $<INSTALL_INTERFACE:csv>)
+  target_link_libraries(libsurvmeth PRIVATE survmeth_survival)
 endif()
 get_property(zlib GLOBAL PROPERTY SURVMETH_ZLIB)
 if(zlib)

@@ -1,14 +1,11 @@
 #include "frame/dialect.h"
 
-#include <csv.h>
-
 #include <algorithm>
 #include <array>
 #include <cstddef>
-#include <memory>
-#include <new>
 #include <string>
 
+#include "frame/cellParser.h"
 #include "frame/trimmed.h"
 
 namespace survmeth::frame {
@@ -59,7 +56,9 @@ std::size_t delimiterOf(const std::vector<Counts>& rows) {
 }
 
 // What the cells of the wanted columns say about the decimal mark.
-struct Evidence {
+struct Evidence : CellTaker {
+  Evidence(const Choose& choose_, const Missing& missing_) : choose(choose_), missing(missing_) {}
+
   const Choose& choose;
   const Missing& missing;
   std::vector<std::string> header;
@@ -68,13 +67,10 @@ struct Evidence {
   bool inHeader = true;
   std::size_t points = 0, commas = 0, eitherPoint = 0, eitherComma = 0;
 
-  static void onCell(void* text, std::size_t length, void* self) {
-    static_cast<Evidence*>(self)->take(trimmed({static_cast<const char*>(text), length}));
-  }
-  static void onLineEnd(int, void* self) {
-    auto& evidence = *static_cast<Evidence*>(self);
-    if (evidence.inHeader && !evidence.header.empty()) evidence.endHeader();
-    evidence.cell = 0;
+  void takeCell(std::string_view raw) override { take(trimmed(raw)); }
+  void takeLineEnd(int) override {
+    if (inHeader && !header.empty()) endHeader();
+    cell = 0;
   }
 
   // Blank rows before the header are no header.
@@ -116,12 +112,11 @@ NumberStyle styleOf(std::string_view start, char delimiter, const Choose& choose
   // No cell can hold a comma: nothing but the point is possible.
   const char sign = delimiter == ',' ? '"' : ',';
   if (start.find(sign) == std::string_view::npos) return {};
-  csv_parser parser;
-  if (csv_init(&parser, 0) != 0) throw std::bad_alloc();
-  const std::unique_ptr<csv_parser, void (*)(csv_parser*)> release(&parser, csv_free);
-  csv_set_delim(&parser, static_cast<unsigned char>(delimiter));
-  Evidence evidence{choose, missing, {}, {}};
-  csv_parse(&parser, start.data(), start.size(), Evidence::onCell, Evidence::onLineEnd, &evidence);
+  Evidence evidence(choose, missing);
+  CellParser parser(evidence);
+  parser.setDelimiter(delimiter);
+  // A quote out of place is refused by whoever reads in earnest.
+  static_cast<void>(parser.parse(start));
   if (evidence.points > 0) return {'.', evidence.commas == 0};
   if (evidence.commas > 0) return {',', true};
   const bool bySemicolons =

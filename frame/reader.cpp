@@ -1,7 +1,6 @@
-// One pass over the text: libcsv finds the cells, a sink parses the wanted ones into columns.
+// One pass over the text: a parser finds the cells, a sink makes columns of the wanted ones.
 #include "frame/reader.h"
 
-#include <csv.h>
 #include <sys/stat.h>
 
 #include <algorithm>
@@ -9,10 +8,10 @@
 #include <cstdio>
 #include <cstring>
 #include <memory>
-#include <new>
 #include <optional>
 #include <utility>
 
+#include "frame/cellParser.h"
 #include "frame/choose.h"
 #include "frame/dialect.h"
 #include "frame/sink.h"
@@ -21,9 +20,6 @@
 
 namespace survmeth::frame {
 namespace {
-
-// Cells may be long; the parser's own step would copy a long one again and again.
-constexpr std::size_t kCellStep = 1 << 12;
 
 struct Closer {
   void operator()(std::FILE* file) const {
@@ -38,13 +34,8 @@ class Parser {
         choose_(choose),
         reading_(reading),
         manner_{table.source, reading.missing, {}, {}, {}},
-        sink_(table, choose, manner_) {
-    if (csv_init(&csv_, CSV_STRICT | CSV_STRICT_FINI | CSV_REPALL_NL) != 0) throw std::bad_alloc();
-    csv_set_blk_size(&csv_, kCellStep);
-  }
-  Parser(const Parser&) = delete;
-  Parser& operator=(const Parser&) = delete;
-  ~Parser() { csv_free(&csv_); }
+        sink_(table, choose, manner_),
+        cells_(sink_) {}
 
   void run(std::unique_ptr<Bytes> bytes, std::uint64_t size, const ReadProgress& progress) {
     TextSource text(std::move(bytes));
@@ -56,9 +47,7 @@ class Parser {
       parse(block);
       if (progress) progress(text.done(), size);
     }
-    const int unfinished = csv_fini(&csv_, Sink::cell, Sink::lineEnd, &sink_);
-    sink_.rethrow();
-    if (unfinished != 0) refuse();
+    if (!cells_.finish()) refuse();
     if (!sink_.sawHeader()) {
       throw Unreadable({table_.source, 0, {}}, "the file is empty",
                        "a header line and rows of data");
@@ -85,7 +74,7 @@ class Parser {
     manner_.numbers = dialect.numbers;
     manner_.found = std::move(dialect.found);
     if (dialect.remark) table_.remarks.push_back(std::move(*dialect.remark));
-    csv_set_delim(&csv_, static_cast<unsigned char>(dialect.delimiter));
+    cells_.setDelimiter(dialect.delimiter);
   }
 
   void parse(std::string_view block) {
@@ -97,16 +86,12 @@ class Parser {
       throw Unreadable({table_.source, sink_.line() + lines, {}}, "the file is not text",
                        "comma- or tab-separated text");
     }
-    const std::size_t parsed =
-        csv_parse(&csv_, block.data(), block.size(), Sink::cell, Sink::lineEnd, &sink_);
-    sink_.rethrow();
-    if (parsed != block.size()) refuse();
+    if (!cells_.parse(block)) refuse();
   }
 
   [[noreturn]] void refuse() {
-    if (csv_error(&csv_) == CSV_ENOMEM) throw std::bad_alloc();
     const Place place{table_.source, sink_.line(), sink_.columnAt()};
-    if (csv_.quoted != 0) {
+    if (cells_.isQuoted()) {
       throw Unreadable(place, "the quoted cell that begins here is not closed",
                        "a closing quote followed by a separator or the end of the line");
     }
@@ -119,7 +104,7 @@ class Parser {
   const Reading& reading_;
   Manner manner_;
   Sink sink_;
-  csv_parser csv_;
+  CellParser cells_;
 };
 
 Frame read(std::unique_ptr<Bytes> bytes, const std::string& source, std::uint64_t size,

@@ -28,36 +28,12 @@ NoColumn::NoColumn(const Place& place, const std::string& name, const std::strin
       name_(name),
       expected_(expected) {}
 
-template <typename Action>
-void Sink::guarded(Action action) {
-  if (error_) return;
-  try {
-    action(*this);
-  } catch (...) {
-    error_ = std::current_exception();
-  }
-}
-
-void Sink::cell(void* text, std::size_t length, void* sink) {
-  static_cast<Sink*>(sink)->guarded([&](Sink& self) {
-    self.onCell({static_cast<const char*>(text), length});
-  });
-}
-
-void Sink::lineEnd(int end, void* sink) {
-  static_cast<Sink*>(sink)->guarded([end](Sink& self) { self.onLineEnd(end); });
-}
-
-void Sink::rethrow() const {
-  if (error_) std::rethrow_exception(error_);
-}
-
 std::string_view Sink::columnAt() const {
   return headerDone_ && cells_ < header_.size() ? std::string_view(header_[cells_])
                                                 : std::string_view();
 }
 
-void Sink::onCell(std::string_view raw) {
+void Sink::takeCell(std::string_view raw) {
   if (cells_ == 0) recordLine_ = line_;
   if (!raw.empty() && std::memchr(raw.data(), '\n', raw.size()) != nullptr) {
     line_ += static_cast<std::size_t>(std::count(raw.begin(), raw.end(), '\n'));
@@ -99,8 +75,7 @@ void Sink::give(std::string_view text) {
   }
 }
 
-// `end` is the character that ended the line, or -1 at the end of the file.
-void Sink::onLineEnd(int end) {
+void Sink::takeLineEnd(int end) {
   if (cells_ > 0) {
     if (!headerDone_) {
       if (hasText_) {

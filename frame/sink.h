@@ -3,11 +3,11 @@
 #define FRAME_SINK_H_
 
 #include <cstddef>
-#include <exception>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "frame/cellParser.h"
 #include "frame/frame.h"
 #include "frame/growing.h"
 #include "frame/place.h"
@@ -29,17 +29,14 @@ class NoColumn : public Unreadable {
 
 // Rows without any text are blank: before the header and at the end of the file they are no rows,
 // as spreadsheets leave them behind; between rows of data they are rows of missing cells.
-class Sink {
+class Sink : public CellTaker {
  public:
   // All of these outlive it. What is set in `manner` before the first cell holds.
   Sink(Frame& table, const Choose& choose, Manner& manner)
       : table_(table), choose_(choose), manner_(manner) {}
 
-  // The parser's callbacks. An exception must not cross the C code: it is kept, and thrown again by
-  // rethrow once the parser has returned.
-  static void cell(void* text, std::size_t length, void* sink);
-  static void lineEnd(int end, void* sink);
-  void rethrow() const;
+  void takeCell(std::string_view raw) override;
+  void takeLineEnd(int end) override;
 
   bool sawHeader() const { return headerDone_; }
   // Where the cell stands that comes next.
@@ -50,11 +47,6 @@ class Sink {
   void finish();
 
  private:
-  template <typename Action>
-  void guarded(Action action);
-
-  void onCell(std::string_view raw);
-  void onLineEnd(int end);
   void onHeader();
   void beginRow();
   void give(std::string_view text);
@@ -77,7 +69,6 @@ class Sink {
   bool headerDone_ = false, complete_ = true, afterReturn_ = false;
   bool hasText_ = false;    // the current row has
   bool isTooLong_ = false;  // it has text behind the header's last cell
-  std::exception_ptr error_;
 };
 
 }  // namespace survmeth::frame

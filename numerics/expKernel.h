@@ -6,10 +6,10 @@
 #ifndef NUMERICS_EXP_KERNEL_H_
 #define NUMERICS_EXP_KERNEL_H_
 
-#include <bit>
 #include <cmath>
 #include <cstdint>
 
+#include "numerics/bits.h"
 #include "numerics/tables.h"
 
 namespace survmeth::numerics {
@@ -31,7 +31,7 @@ inline ExpParts expParts(double x, double rest, std::uint64_t lift) {
   constexpr double kRound = 0x1.8p52;
   const double shifted = x * kExpInverseStep + kRound;
   const double steps = shifted - kRound;
-  const auto k = std::bit_cast<std::uint64_t>(shifted);
+  const auto k = bitCast<std::uint64_t>(shifted);
   const std::uint64_t j = k & 127;
   // The first difference is exact: two numbers within a factor of 2, or no steps at all.
   const double r = (x - steps * kExpStepHigh) - steps * kExpStepLow + rest;
@@ -41,7 +41,7 @@ inline ExpParts expParts(double x, double rest, std::uint64_t lift) {
       kExpTable[j].rest + r + square * (c[0] + r * c[1] + square * (c[2] + r * c[3]));
   // The bits of 128 m, moved by 45, are m in the exponent's field.
   const std::uint64_t power = ((k - j) << 45) + (lift << 52);
-  return {std::bit_cast<double>(std::bit_cast<std::uint64_t>(kExpTable[j].value) + power), tail};
+  return {bitCast<double>(bitCast<std::uint64_t>(kExpTable[j].value) + power), tail};
 }
 
 struct ExpKernel {

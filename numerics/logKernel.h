@@ -8,11 +8,11 @@
 #ifndef NUMERICS_LOG_KERNEL_H_
 #define NUMERICS_LOG_KERNEL_H_
 
-#include <bit>
 #include <cmath>
 #include <cstdint>
 #include <limits>
 
+#include "numerics/bits.h"
 #include "numerics/tables.h"
 
 namespace survmeth::numerics {
@@ -29,22 +29,22 @@ inline LogReduced logReduced(double x, double lift) {
   constexpr std::uint64_t kStart = 0x3fe6000000000000;  // bits of 0.6875
   constexpr std::uint64_t kExponentField = 0xfff0000000000000;
   constexpr std::uint64_t kUpperHalf = 0xfffffffff8000000;
-  const auto bits = std::bit_cast<std::uint64_t>(x);
+  const auto bits = bitCast<std::uint64_t>(x);
   const std::uint64_t distance = bits - kStart;
-  const double z = std::bit_cast<double>(bits - (distance & kExponentField));
+  const double z = bitCast<double>(bits - (distance & kExponentField));
   // k + 1024 in the lowest bits of 2^52 becomes a double without a conversion of integers.
   const std::uint64_t biased = (distance + (std::uint64_t{1024} << 52)) >> 52;
-  const double k = std::bit_cast<double>(biased | std::bit_cast<std::uint64_t>(0x1p52)) -
-                   (0x1p52 + 1024.0) + lift;
+  const double k =
+      bitCast<double>(biased | bitCast<std::uint64_t>(0x1p52)) - (0x1p52 + 1024.0) + lift;
   const LogEntry& entry = kLogTable[(distance >> 45) & 127];
 
-  const double upper = std::bit_cast<double>(std::bit_cast<std::uint64_t>(z) & kUpperHalf);
+  const double upper = bitCast<double>(bitCast<std::uint64_t>(z) & kUpperHalf);
   const double first = upper * entry.inverse - 1.0;
   const double second = (z - upper) * entry.inverse;
   const double r = first + second;
   // Exact: where the first is smaller than the second, r has no rounding error.
   const double rest = (first - r) + second;
-  const double unscale = std::bit_cast<double>((2047 - biased) << 52);
+  const double unscale = bitCast<double>((2047 - biased) << 52);
   return {k * kLn2High + entry.high, k * kLn2Low + entry.low, r, rest, entry.inverse * unscale};
 }
 

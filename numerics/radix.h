@@ -2,10 +2,11 @@
 #ifndef NUMERICS_RADIX_H_
 #define NUMERICS_RADIX_H_
 
-#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
+
+#include "numerics/bits.h"
 
 namespace survmeth::numerics::radix {
 
@@ -23,7 +24,7 @@ struct Entry {
 // An unsigned number that is ordered as the double is: the sign bit turned for positive numbers,
 // every bit for negative ones. Adding 0 makes -0 and 0 one.
 inline std::uint64_t orderedKey(double value) {
-  const auto bits = std::bit_cast<std::uint64_t>(value + 0.0);
+  const auto bits = bitCast<std::uint64_t>(value + 0.0);
   constexpr std::uint64_t kSign = std::uint64_t{1} << 63;
   return (bits & kSign) != 0 ? ~bits : bits | kSign;
 }
@@ -31,7 +32,7 @@ inline std::uint64_t orderedKey(double value) {
 // The number of a key.
 inline double valueOf(std::uint64_t key) {
   constexpr std::uint64_t kSign = std::uint64_t{1} << 63;
-  return std::bit_cast<double>((key & kSign) != 0 ? key ^ kSign : ~key);
+  return bitCast<double>((key & kSign) != 0 ? key ^ kSign : ~key);
 }
 
 inline std::size_t digit(std::uint64_t key, int pass) {

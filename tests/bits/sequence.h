@@ -3,8 +3,9 @@
 #ifndef TESTS_BITS_SEQUENCE_H_
 #define TESTS_BITS_SEQUENCE_H_
 
-#include <bit>
 #include <cstdint>
+
+#include "numerics/bits.h"
 
 namespace survmeth::test {
 
@@ -24,7 +25,7 @@ class Sequence {
   // A finite number of any sign, exponent and fraction.
   double ofAnyExponent() {
     for (;;) {
-      const auto value = std::bit_cast<double>(next());
+      const auto value = numerics::bitCast<double>(next());
       if (value - value == 0.0) return value;
     }
   }

@@ -1,16 +1,13 @@
 """The command line's golden cases that print JSON of a plain file, as calls of Python."""
 
 import csv
-import pathlib
 import re
-import shlex
 
 import survmeth
+from commandLine import CASES, ROOT, input_of, settings_of, words_of
 from survmeth import _functions
 from survmeth._names import argument_of
 
-ROOT = pathlib.Path(__file__).resolve().parents[2]
-CASES = ROOT / "tests" / "cli" / "cases"
 ANALYSES = {each["name"]: each for each in _functions.analyses()}
 MISSING = {"", "na", "n/a", "nan", "null", "."}
 
@@ -27,11 +24,10 @@ class Case:
     """Of one case: the function, its arguments, the file and what is printed."""
 
     def __init__(self, folder):
-        words = shlex.split((folder / "arguments").read_text())
+        words = words_of(folder)
         self.name = folder.name
         self.file = words[1]
-        self.path = next(path for path in (folder / "input" / self.file, ROOT / self.file)
-                         if path.exists())
+        self.path = input_of(folder, self.file)
         self.analysis = ANALYSES[words[0]]
         self.arguments = arguments_of(self.analysis, words[2:])
         self.printed = of_memory(
@@ -45,37 +41,13 @@ class Case:
 def arguments_of(analysis, words):
     """What follows the file on a command line, as arguments by name; None where a word is none of
     the analysis' own options."""
-    options = {"--" + option["name"]: option for option in analysis["options"]}
-    arguments, words = {}, list(words)
-    while words:
-        word = words.pop(0)
-        if word == "--json":
-            continue
-        if word == "--plot":  # a picture beside the JSON
-            words.pop(0)
-            continue
-        option = options.get(word)
-        if option is None:
-            return None
-        name = argument_of(option["name"])
-        if option["type"] == "flag":
-            arguments[name] = True
-            if "table" in option:
-                words.pop(0)
-        elif option["type"] in ("texts", "columns", "numbers"):
-            items = next(csv.reader([words.pop(0)]))
-            arguments[name] = [float(item) for item in items] if option["type"] == "numbers" \
-                else items
-        elif option["type"] == "number":
-            arguments[name] = float(words.pop(0))
-        else:
-            arguments[name] = words.pop(0)
-    return arguments
+    settings = settings_of(analysis["options"], words, {"--json": 0, "--plot": 1})
+    return settings and {argument_of(name): value for name, value in settings.items()}
 
 
 def is_plain(folder):
     """Whether it prints JSON of a file, with the analysis' own options, and is not refused."""
-    words = shlex.split((folder / "arguments").read_text())
+    words = words_of(folder)
     if "--json" not in words or words[0] not in ANALYSES or words[1] == "-":
         return False
     file = folder / "input" / words[1]
