@@ -128,16 +128,21 @@ Coded product(const Coded& left, const Coded& right, std::size_t rows) {
 }
 
 // Whether what remains of term `index` without its variable k lies in the span of the terms before
-// it (the intercept's where nothing remains): all levels of k together would only repeat it.
-bool marginStands(const std::vector<Term>& terms, std::size_t index, std::size_t k) {
+// it (the intercept's where nothing remains, the baseline hazards' where strata do): all levels of k
+// together would only repeat it.
+bool marginStands(const Formula& formula, std::size_t index, std::size_t k) {
+  const std::vector<Term>& terms = formula.terms;
   std::vector<std::size_t> margin = terms[index].variables;
   margin.erase(margin.begin() + static_cast<std::ptrdiff_t>(k));
+  const bool strata = std::all_of(margin.begin(), margin.end(), [&](std::size_t variable) {
+    return formula.variables[variable].isStrata();
+  });
   const auto holds = [&](const Term& term) {
     return std::includes(term.variables.begin(), term.variables.end(), margin.begin(),
                          margin.end());
   };
   const auto end = terms.begin() + static_cast<std::ptrdiff_t>(index);
-  return margin.empty() || std::any_of(terms.begin(), end, holds);
+  return strata || std::any_of(terms.begin(), end, holds);
 }
 
 }  // namespace
@@ -159,7 +164,7 @@ DesignColumns Coding::design(const frame::Frame& data) const {
     Coded coded;
     for (std::size_t k = 0; k < term.variables.size(); ++k) {
       const CodedVariable& variable = variables_[term.variables[k]];
-      const bool all = !marginStands(formula_.terms, index, k);
+      const bool all = !marginStands(formula_, index, k);
       Coded one = variable.isFactor() ? codedFactor(variable, data, all)
                                       : codedNumbers(variable, data, formula_.text);
       coded = k == 0 ? std::move(one) : product(coded, one, data.rows);

@@ -36,6 +36,11 @@ class Expander {
     std::stable_sort(terms.begin(), terms.end(), [](const Term& a, const Term& b) {
       return a.variables.size() < b.variables.size();
     });
+    // strata() by itself is no term: the strata have a part in others.
+    std::erase_if(terms, [this](const Term& term) {
+      return std::all_of(term.variables.begin(), term.variables.end(),
+                         [this](std::size_t v) { return formula_.variables[v].isStrata(); });
+    });
     formula_.terms = std::move(terms);
     for (Term& term : formula_.terms) term.name = nameOf(term);
     dropUnused();
@@ -49,7 +54,7 @@ class Expander {
   // The terms of an expression, in order, each once.
   std::vector<Term> expand(const Expression& expression) {
     if (expression.isCall("(")) return expand(expression.arguments[0]);
-    if (isBeside(expression)) return {};
+    if (isBeside(expression) && !expression.isCall("strata")) return {};
     if (expression.isOperator("+")) {
       if (expression.arguments.size() == 1) return expand(expression.arguments[0]);
       auto [left, right] = operands(expression);
@@ -95,7 +100,12 @@ class Expander {
 
   void requireNothingBeside(const Expression& expression) const {
     for (const Expression& argument : expression.arguments) {
-      if (isBeside(argument)) {
+      if (argument.isCall("strata")) {
+        if (argument.arguments.size() != 1 ||
+            argument.arguments[0].kind != Expression::Kind::kName) {
+          fail(argument, "strata() in an interaction takes one column; expected strata(site)");
+        }
+      } else if (isBeside(argument)) {
         fail(argument, argument.text +
                            "() has no part in interactions; expected it as a summand, and C(...) "
                            "for a factor that interacts");
@@ -164,7 +174,8 @@ class Expander {
   VariableKind kindOf(const Expression& expression) const {
     if (expression.kind == Expression::Kind::kName) return VariableKind::kPlain;
     if (expression.kind != Expression::Kind::kCall) return VariableKind::kNumbers;
-    if (expression.text == "C" || expression.text == "factor" || expression.text == "as.factor") {
+    if (expression.text == "C" || expression.text == "factor" || expression.text == "as.factor" ||
+        expression.text == "strata") {
       return VariableKind::kFactor;
     }
     if (expression.text == "ns") return VariableKind::kNaturalSpline;
@@ -289,6 +300,34 @@ Formula parseCaseFormula(std::string_view text, const std::vector<std::string>& 
                   time.number = 1;
                   formula.event = left;
                 });
+}
+
+std::string textOf(const Formula& formula) {
+  std::string text;
+  const auto list = [](const std::vector<Expression>& expressions) {
+    std::string all;
+    for (const Expression& each : expressions) all += (all.empty() ? "" : ", ") + deparse(each);
+    return all;
+  };
+  if (formula.exit && formula.event) {
+    if (formula.exit->kind == Expression::Kind::kNumber) {
+      text = deparse(*formula.event) + " ";  // of cases
+    } else {
+      std::vector<Expression> response = {*formula.exit, *formula.event};
+      if (formula.entry) response.insert(response.begin(), *formula.entry);
+      text = "Surv(" + list(response) + ") ";
+    }
+  }
+  std::string right;
+  const auto add = [&right](const std::string& part) {
+    right += (right.empty() ? "" : " + ") + part;
+  };
+  for (const Term& term : formula.terms) add(term.name);
+  if (right.empty()) add("1");
+  if (!formula.strata.empty()) add("strata(" + list(formula.strata) + ")");
+  if (formula.cluster) add("cluster(" + deparse(*formula.cluster) + ")");
+  for (const Expression& each : formula.offsets) add("offset(" + deparse(each) + ")");
+  return text + "~ " + right;
 }
 
 bool hasDot(std::string_view text) { return containsDot(frame::parseExpression(text)); }

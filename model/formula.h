@@ -22,7 +22,7 @@ using frame::Expression;
 // What a variable of a term is: read off the outermost function.
 enum class VariableKind {
   kPlain,             // a column: numbers, or a factor where its cells are labels
-  kFactor,            // C(x): a factor, also where its cells are numbers
+  kFactor,            // C(x), strata(x): a factor, also where its cells are numbers
   kNumbers,           // arithmetic and functions of columns: log(x), I(x / 10), x > 3
   kNaturalSpline,     // ns(x, df) or ns(x, knots = c(...))
   kRestrictedSpline,  // rcs(x, knots) or rcs(x, c(...))
@@ -34,6 +34,8 @@ struct Variable {
   Expression expression;  // the whole: ns(age, 3)
   std::string name;       // as deparsed
   bool operator==(const Variable& other) const { return name == other.name; }
+  // The strata as a factor of an interaction. Their main effect is part of the baseline hazards.
+  bool isStrata() const { return expression.isCall("strata"); }
 };
 
 // A main effect or an interaction: variables by their index, ascending.
@@ -68,6 +70,10 @@ Formula parseFormula(std::string_view text, const std::vector<std::string>& allC
 // The same with a left side that says which rows are cases: case ~ exposure + strata(set). All of
 // them have the time 1, so that the case of a set is its event and everybody is at risk.
 Formula parseCaseFormula(std::string_view text, const std::vector<std::string>& allColumns = {});
+
+// The formula with its terms spelled out; what it means is that of the text where nothing has been
+// taken away since.
+std::string textOf(const Formula& formula);
 
 // Whether the text has a "." that stands for all other columns.
 bool hasDot(std::string_view text);

@@ -1,5 +1,6 @@
 #include "model/parts.h"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <string>
@@ -16,6 +17,13 @@ constexpr const char* kSurv = "Surv(time, status) or Surv(entry, exit, status)";
 }
 
 }  // namespace
+
+bool isCrossing(const Expression& expression) {
+  for (const char* each : {"*", ":", "%in%", "/", "^"}) {
+    if (expression.isOperator(each)) return true;
+  }
+  return false;
+}
 
 bool isBeside(const Expression& expression) {
   return expression.isCall("strata") || expression.isCall("cluster") || expression.isCall("offset");
@@ -63,7 +71,7 @@ void readResponse(const Expression& left, Formula& formula) {
 }
 
 void readBeside(const Expression& expression, Formula& formula) {
-  if (expression.isOperator("+") || expression.isCall("(")) {
+  if (expression.isOperator("+") || expression.isCall("(") || isCrossing(expression)) {
     for (const Expression& argument : expression.arguments) readBeside(argument, formula);
     return;
   }
@@ -82,8 +90,12 @@ void readBeside(const Expression& expression, Formula& formula) {
   }
   if (expression.text == "strata") {
     for (const Expression& argument : expression.arguments) {
+      // site*strata(arm) + age:strata(arm) names the strata twice.
+      const std::string name = deparse(argument);
+      const auto& known = formula.strataNames;
+      if (std::find(known.begin(), known.end(), name) != known.end()) continue;
       formula.strata.push_back(argument);
-      formula.strataNames.push_back(deparse(argument));
+      formula.strataNames.push_back(name);
     }
     return;
   }

@@ -9,6 +9,9 @@ namespace survmeth::model {
 // Whether it is a call of strata(), cluster() or offset().
 bool isBeside(const Expression& expression);
 
+// An operator of interactions: * : / %in% ^.
+bool isCrossing(const Expression& expression);
+
 // Takes Surv(...) apart; its arguments go by their names, then by their places.
 // Throws frame::ExpressionError
 void readResponse(const Expression& left, Formula& formula);

@@ -65,7 +65,7 @@ struct CoxResiduals {
 
 struct CoxProportionality {
   engine::cox::Proportionality test;
-  std::vector<Smooth> smooth;  // of each coefficient; without points where there is none
+  std::vector<Smooth> smooth;  // of each of test.scaledTerms; without points where there is none
 };
 
 struct CoxAnswer {

@@ -126,8 +126,8 @@ Declaration coxDeclaration() {
       .number("remove", &CoxRequest::remove, share(), "Smallest p-value at which a term is removed",
               "P")
       .without("0.1")
-      .tables({"coefficients", "tests", "terms", "dropOne", "versus", "removed", "proportionality",
-               "covariance", "baseline", "residuals"})
+      .tables({"coefficients", "tests", "terms", "dropOne", "versus", "removed", "selected",
+               "proportionality", "covariance", "baseline", "residuals"})
       .figures({"hazardRatios", "schoenfeld"})
       .details(
           "The model is a formula, or --time, --event and --covariates. A column with text, one in "

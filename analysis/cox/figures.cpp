@@ -85,6 +85,21 @@ std::string transformed(engine::cox::TimeTransform transform) {
   return "log of the time";
 }
 
+// The column's name where the term has one estimated column, else the term's.
+std::string titleOf(const CoxAnswer& answer, std::size_t term, bool& several) {
+  std::string title;
+  std::size_t columns = 0;
+  for (std::size_t j = 0; j < answer.columns.size(); ++j) {
+    if (answer.columns[j].term != term) continue;
+    if (answer.fit.column[j] != engine::cox::Column::kEstimated) continue;
+    title = answer.columns[j].name;
+    ++columns;
+  }
+  if (columns == 1) return title;
+  several = true;
+  return answer.terms[term];
+}
+
 }  // namespace
 
 report::Figure coxForest(const CoxAnswer& answer, const CoxRequest& request) {
@@ -113,13 +128,14 @@ report::Figure coxSchoenfeld(const CoxAnswer& answer, const CoxRequest& request)
       report::confidence(request.alpha) + " band, and the coefficient";
   const std::size_t step = 1 + zph.test.transformed.size() / kMostPoints;
   if (step > 1) figure.caption += "; one residual of " + std::to_string(step) + " is drawn";
-  for (std::size_t j = 0; j < answer.columns.size(); ++j) {
-    if (answer.fit.column[j] != engine::cox::Column::kEstimated) continue;
+  bool several = false;
+  for (std::size_t t = 0; t < zph.test.scaledTerms.size(); ++t) {
+    const engine::cox::TermResiduals& residuals = zph.test.scaledTerms[t];
     report::Panel panel;
-    panel.title = answer.columns[j].name;
+    panel.title = titleOf(answer, residuals.term, several);
     panel.x.label = transformed(*request.zph);
     panel.y.label = "coefficient at the time";
-    const Smooth& smooth = zph.smooth[j];
+    const Smooth& smooth = zph.smooth[t];
     if (!smooth.x.empty()) {
       report::Series band;
       band.kind = SeriesKind::kBand;
@@ -137,11 +153,15 @@ report::Figure coxSchoenfeld(const CoxAnswer& answer, const CoxRequest& request)
     points.kind = SeriesKind::kPoints;
     for (std::size_t k = 0; k < zph.test.transformed.size(); k += step) {
       points.x.push_back(zph.test.transformed[k]);
-      points.y.push_back(zph.test.scaled.column[j][k]);
+      points.y.push_back(residuals.value[k]);
     }
     panel.series.push_back(std::move(points));
-    panel.references.push_back({false, answer.fit.coefficients[j], ""});
+    panel.references.push_back({false, residuals.coefficient, ""});
     figure.panels.push_back(std::move(panel));
+  }
+  if (several) {
+    figure.caption +=
+        "; a term of several coefficients is the one covariate that they make of its columns";
   }
   return figure;
 }

@@ -19,13 +19,8 @@ CoxProportionality proportionalityOf(const CoxAnswer& answer, const CoxRequest& 
   CoxProportionality result;
   result.test = cox::testProportionality(answer.fit, *request.zph);
   const double z = InvCDFNormalStd(1 - request.alpha / 2);
-  for (std::size_t j = 0; j < answer.columns.size(); ++j) {
-    const std::vector<double>& y = result.test.scaled.column[j];
-    const bool exists =
-        answer.fit.column[j] == cox::Column::kEstimated && !y.empty() && !std::isnan(y[0]);
-    // The residuals are the number of events times the covariance times terms of that variance.
-    const double variance = static_cast<double>(answer.fit.events) * answer.fit.covariance(j, j);
-    result.smooth.push_back(exists ? smoothOf(result.test.transformed, y, variance, z) : Smooth());
+  for (const cox::TermResiduals& term : result.test.scaledTerms) {
+    result.smooth.push_back(smoothOf(result.test.transformed, term.value, term.variance, z));
   }
   return result;
 }

@@ -34,7 +34,10 @@ class Run {
     parts_ = 1 + (request_.select == CoxSelection::kBackward ? terms : 0) + profiles +
              (request_.dropOne ? 1 : 0) + (request_.versus.empty() ? 0 : 1);
     fit();
-    if (request_.select == CoxSelection::kBackward) removeTerms();
+    if (request_.select == CoxSelection::kBackward) {
+      removeTerms();
+      nameWhatIsLeft();
+    }
     requireCoxAnswer(request_, input_, answer_);
     describeCoxColumns(input_, answer_);
     noteCoxOutcomes(request_, input_, answer_);
@@ -154,6 +157,14 @@ class Run {
       input_.rows.offset = input_.model.offset;
       fit();
     }
+  }
+
+  // The formula of the model that was fitted, in place of the one that was asked for.
+  void nameWhatIsLeft() {
+    if (answer_.removed.empty()) return;
+    model::Formula left = answer_.coding.formula();
+    left.text = model::textOf(left);
+    answer_.coding = model::Coding(std::move(left), answer_.coding.variables());
   }
 
   // A likelihood ratio has no chi-square law where the rows are not independent.

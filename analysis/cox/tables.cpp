@@ -99,6 +99,12 @@ report::Table removedTable(const CoxAnswer& answer) {
   return table;
 }
 
+report::Table selectedTable(const CoxAnswer& answer) {
+  return report::tableOf(
+      "selected", "The model that is left",
+      {report::labelColumn(key::kModel, "model", {model::textOf(answer.coding.formula())})});
+}
+
 report::Table versusTable(const CoxAnswer& answer) {
   const CoxComparison& comparison = *answer.versus;
   const cox::Fit* fits[] = {&answer.fit, &comparison.other};
@@ -189,7 +195,10 @@ void addCoxTables(const CoxAnswer& answer, const CoxRequest& request, report::Re
                   termTests(answer, answer.dropOne)));
   }
   if (answer.versus) add(versusTable(answer));
-  if (request.select == CoxSelection::kBackward) add(removedTable(answer));
+  if (request.select == CoxSelection::kBackward) {
+    add(removedTable(answer));
+    add(selectedTable(answer));
+  }
   if (answer.zph) add(coxProportionalityTable(answer, request));
   if (request.covariance) add(covarianceTable(answer));
   if (request.baseline) add(coxBaselineTable(answer, request));

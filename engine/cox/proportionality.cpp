@@ -69,6 +69,61 @@ ChiSquareTest scoreTest(const std::vector<double>& score, const SquareMatrix& va
   return chiSquareTest(factor.quadraticForm(u), factor.rank());
 }
 
+// Each estimated column's coefficient in its term's one column.
+std::vector<TermResiduals> residualsOfTerms(const Fit& fit,
+                                            const std::vector<std::size_t>& estimated,
+                                            const SquareMatrix& information,
+                                            const SchoenfeldResiduals& raw) {
+  const Problem& problem = *fit.problem;
+  std::vector<std::vector<std::size_t>> ofTerm(problem.termNames.size());
+  for (std::size_t m = 0; m < estimated.size(); ++m) {
+    ofTerm[problem.term[estimated[m]]].push_back(m);
+  }
+  std::vector<TermResiduals> terms;
+  std::vector<std::vector<double>> loadings;  // of each term, over the estimated columns
+  for (std::size_t term = 0; term < ofTerm.size(); ++term) {
+    if (ofTerm[term].empty()) continue;
+    std::vector<double> loading(estimated.size(), 0.0);
+    const bool one = ofTerm[term].size() == 1;
+    for (const std::size_t m : ofTerm[term]) {
+      loading[m] = one ? 1.0 : fit.coefficients[estimated[m]];
+    }
+    loadings.push_back(std::move(loading));
+    TermResiduals made;
+    made.term = term;
+    made.coefficient = one ? fit.coefficients[estimated[ofTerm[term][0]]] : 1.0;
+    terms.push_back(std::move(made));
+  }
+  SquareMatrix joint(terms.size());
+  for (std::size_t s = 0; s < terms.size(); ++s) {
+    for (std::size_t t = 0; t < terms.size(); ++t) {
+      for (std::size_t m = 0; m < estimated.size(); ++m) {
+        joint(s, t) += loadings[s][m] * numerics::dot(information.row(m), loadings[t]);
+      }
+    }
+  }
+  const numerics::Cholesky factor(joint);
+  if (!factor.fullRank()) return {};
+  const SquareMatrix covariance = factor.inverse();
+  const auto events = static_cast<double>(fit.events);
+  // What each column's residuals are multiplied with for the residuals of term t.
+  for (std::size_t t = 0; t < terms.size(); ++t) {
+    std::vector<double> scale(estimated.size(), 0.0);
+    for (std::size_t m = 0; m < estimated.size(); ++m) {
+      for (std::size_t s = 0; s < terms.size(); ++s) {
+        scale[m] += events * loadings[s][m] * covariance(s, t);
+      }
+    }
+    terms[t].variance = events * covariance(t, t);
+    terms[t].value.assign(raw.row.size(), terms[t].coefficient);
+    for (std::size_t m = 0; m < estimated.size(); ++m) {
+      const std::vector<double>& column = raw.column[estimated[m]];
+      for (std::size_t i = 0; i < column.size(); ++i) terms[t].value[i] += scale[m] * column[i];
+    }
+  }
+  return terms;
+}
+
 }  // namespace
 
 Proportionality testProportionality(const Fit& fit, TimeTransform transform) {
@@ -108,7 +163,9 @@ Proportionality testProportionality(const Fit& fit, TimeTransform transform) {
   for (std::size_t j = 0; j < problem.columns(); ++j) {
     if (fit.column[j] == Column::kEstimated) estimated.push_back(j);
   }
-  const numerics::Cholesky factor(numerics::part(information, estimated));
+  const SquareMatrix kept = numerics::part(information, estimated);
+  const numerics::Cholesky factor(kept);
+  result.scaledTerms = residualsOfTerms(fit, estimated, kept, schoenfeldResiduals(fit, false));
   const SquareMatrix cross = numerics::part(mixed, estimated);
   SquareMatrix rest = numerics::part(variance, estimated);
   for (std::size_t j = 0; j < estimated.size(); ++j) {

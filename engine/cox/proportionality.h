@@ -17,11 +17,22 @@ enum class TimeTransform {
   kLog,
 };
 
+// Residuals of a term, as if its columns times their coefficients were one column (those of a term of
+// one column are that column's), scaled by the covariance of such columns.
+struct TermResiduals {
+  std::size_t term = 0;
+  double coefficient = kAbsent;  // 1 of a term of several
+  double variance = kAbsent;     // of one residual, as the scaling has it
+  std::vector<double> value;     // of the events, as `Proportionality::scaled`
+};
+
 struct Proportionality {
   std::vector<TermTest> terms;      // theta = 0 for the term's columns
   ChiSquareTest global;             // for all columns
   SchoenfeldResiduals scaled;       // to be drawn against `transformed`
   std::vector<double> transformed;  // g at each of the residuals' rows
+  // Of each term with an estimated coefficient; none where such columns depend on each other.
+  std::vector<TermResiduals> scaledTerms;
 };
 
 // The score test of theta = 0 at the fit's coefficients, model-based.

@@ -11,6 +11,7 @@
 #include "analysis/cox/run.h"
 #include "analysis/cox/smooth.h"
 #include "analysis/cox/subjects.h"
+#include "frame/reader.h"
 #include "tests/support/csv.h"
 
 namespace {
@@ -173,6 +174,52 @@ TEST(CoxSubjects, OverlapsWithinLongerRowsAreFound) {
             }),
             "the subject \"a\" is at risk twice at one time in one stratum: (6, 7] here and (0, 9] "
             "in row 1");
+}
+
+frame::Frame veteran(const CoxRequest& request) {
+  static const analysis::Declaration kCox = analysis::coxDeclaration();
+  return frame::readFrame(SURVMETH_DATA "/veteran.csv",
+                          [&](const std::vector<std::string>& header) {
+                            return analysis::wantedColumns(kCox, &request, header);
+                          });
+}
+
+// R's cox.zph(terms = TRUE). Both fits are within 1e-10 standard errors of the maximum, and
+// residuals of some hundred standard errors are that much further apart.
+TEST(CoxProportionality, TermsOfSeveralCoefficientsHaveOnePanelAndRsResiduals) {
+  CoxRequest request = requestOf("Surv(time, status) ~ karno + celltype + ns(age, 3)");
+  request.zph = engine::cox::TimeTransform::kIdentity;
+  const analysis::Fitted fitted = analysed(veteran(request), request);
+  const auto& zph = *static_cast<const CoxAnswer*>(fitted.result.get())->zph;
+  const test::Csv expected(SURVMETH_REFERENCE "/cox_command/zph_terms.csv");
+  const test::Csv variances(SURVMETH_REFERENCE "/cox_command/zph_variances.csv");
+  ASSERT_EQ(zph.test.scaledTerms.size(), 3u);
+  for (std::size_t t = 0; t < 3; ++t) {
+    const engine::cox::TermResiduals& term = zph.test.scaledTerms[t];
+    const double variance = variances.number("variance", t);
+    EXPECT_NEAR(term.variance, variance, 1e-9 * variance);
+    const std::vector<double> values = expected.numbers(expected.names()[1 + t]);
+    ASSERT_EQ(term.value.size(), values.size());
+    for (std::size_t k = 0; k < values.size(); ++k) {
+      EXPECT_EQ(zph.test.transformed[k], expected.number("time", k));
+      EXPECT_NEAR(term.value[k], values[k], 1e-9 * std::sqrt(variance));
+    }
+  }
+  const report::Figure& figure = fitted.report.figures.back();
+  ASSERT_EQ(figure.panels.size(), 3u);
+  EXPECT_EQ(figure.panels[0].title, "karno");
+  EXPECT_EQ(figure.panels[1].title, "celltype");
+  EXPECT_EQ(figure.panels[2].title, "ns(age, 3)");
+  EXPECT_EQ(figure.panels[1].references[0].at, 1);
+}
+
+TEST(CoxCommand, ASelectionLeavesTheFormulaOfWhatIsLeft) {
+  CoxRequest request =
+      requestOf("Surv(time, status) ~ trt * age + celltype + karno + strata(prior)");
+  request.select = analysis::CoxSelection::kBackward;
+  const analysis::Fitted fitted = analysed(veteran(request), request);
+  const auto& answer = *static_cast<const CoxAnswer*>(fitted.result.get());
+  EXPECT_EQ(answer.coding.formula().text, "Surv(time, status) ~ celltype + karno + strata(prior)");
 }
 
 // R's lm(y ~ ns(x, 3)): rounding of two least-squares methods in four columns.

@@ -145,6 +145,27 @@ TEST(CoxPredict, ASavedFitPredictsBitForBitAsTheOneInMemory) {
   }
 }
 
+TEST(CoxPredict, ASelectionSavesAndPredictsByTheModelThatIsLeft) {
+  const Made selected =
+      fitted("lung.csv", {{"formula", std::string("Surv(time, status) ~ sex + ph.ecog + age")},
+                          {"select", std::string("backward")},
+                          {"remove", 0.05}});
+  const Made left =
+      fitted("lung.csv", {{"formula", std::string("Surv(time, status) ~ sex + ph.ecog")}});
+  EXPECT_EQ(selected.lasting->coding.formula().text, left.lasting->coding.formula().text);
+  EXPECT_EQ(selected.lasting->names, left.lasting->names);
+  ASSERT_EQ(selected.lasting->columns.size(), 2u);  // new data need no age
+  const auto read = std::static_pointer_cast<const CoxSaved>(readSavedFit(selected.text).lasting);
+  const std::string file = reference("lung_new.csv");
+  const CoxPredictions after = predicted(read, file, {90, 365}, CurveLimits::kLog);
+  const CoxPredictions alone = predicted(left.lasting, file, {90, 365}, CurveLimits::kLog);
+  ASSERT_EQ(after.survival.size(), alone.survival.size());
+  for (std::size_t i = 0; i < after.survival.size(); ++i) {
+    expectNear(after.survival[i], alone.survival[i], "survival");
+    expectNear(after.upper[i], alone.upper[i], "upper limit");
+  }
+}
+
 TEST(CoxPredict, UnitsOfHazardsAreSaved) {
   const Made made = lung();
   EXPECT_EQ(made.text.find("\"scale\""), std::string::npos);

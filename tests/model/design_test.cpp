@@ -67,6 +67,20 @@ TEST(Design, IsThatOfR) {
   }
 }
 
+TEST(Design, OfInteractionsWithStrataIsThatOfR) {
+  const frame::Frame data = patients();
+  const auto jobs = tabbed("strata_formulas.txt");
+  ASSERT_EQ(jobs.size(), 8U);
+  for (const Strings& job : jobs) {
+    const DesignColumns made = learnt(job[1], data).design(data);
+    const test::Csv want(reference("strata_design_" + job[0] + ".csv"));
+    ASSERT_EQ(made.design.size(), want.names().size()) << job[1];
+    for (std::size_t j = 0; j < made.design.size(); ++j) {
+      EXPECT_EQ(column(made, j), want.numbers(want.names()[j])) << job[1];
+    }
+  }
+}
+
 TEST(Design, OfNewRowsIsThatOfR) {
   const frame::Frame data = patients();
   const test::Csv table(reference("new.csv"));

@@ -101,6 +101,30 @@ TEST(Formula, KeepsStrataClustersAndOffsetsBesideTheTerms) {
   EXPECT_EQ(formula.terms.size(), 2U);
 }
 
+TEST(Formula, LetsStrataInteractWithoutAMainEffect) {
+  for (const char* text : {"~ x * strata(s)", "~ x + x:strata(s) + strata(s)", "~ x/strata(s)",
+                           "~ (x + strata(s))^2", "~ x + x %in% strata(s)"}) {
+    const Formula formula = parseFormula(text);
+    EXPECT_EQ(formula.strataNames, Strings{"s"}) << text;
+    ASSERT_EQ(formula.terms.size(), 2U) << text;
+    EXPECT_EQ(formula.terms[0].name, "x") << text;
+    EXPECT_EQ(formula.terms[1].name, "x:strata(s)") << text;
+    EXPECT_EQ(formula.variables.size(), 2U) << text;
+  }
+  EXPECT_EQ(parseFormula("~ x + strata(s)").variables.size(), 1U);
+}
+
+TEST(Formula, IsSpelledOutAgain) {
+  const auto spelled = [](const char* text) { return textOf(parseFormula(text, {"t", "d", "x"})); };
+  EXPECT_EQ(spelled("Surv(t, d == 2) ~ x*`a b` + strata(s, r > 1) + cluster(i) + offset(log(w))"),
+            "Surv(t, d == 2) ~ x + `a b` + x:`a b` + strata(s, r > 1) + cluster(i) + "
+            "offset(log(w))");
+  EXPECT_EQ(spelled("Surv(event = d, a, t) ~ ."), "Surv(a, t, d) ~ x");
+  EXPECT_EQ(spelled("~ 1"), "~ 1");
+  EXPECT_EQ(textOf(parseCaseFormula("ill == \"yes\" ~ smoke + strata(set)")),
+            "ill == \"yes\" ~ smoke + strata(set)");
+}
+
 TEST(Formula, ReadsItsColumnsOnceTheResponseFirst) {
   EXPECT_EQ(parseFormula("Surv(a, b, c == 1) ~ log(x) + x*y - z + strata(s) + cluster(id) + "
                          "offset(w) + ns(v, df = 3) - y")
@@ -154,8 +178,12 @@ TEST(Formula, IsRefusedWithItsPlace) {
                 "strata() has no argument \"shortlabel\"; expected a column");
   expectRefused("~ cluster(a, b)", 2, "cluster() has 2 arguments; expected one");
   expectRefused("~ cluster(a) + cluster(b)", 15, "there is more than one cluster(); expected one");
-  expectRefused("~ a * strata(s)", 6,
-                "strata() has no part in interactions; expected it as a summand, and C(...) for a "
+  expectRefused("~ a * strata(s, r)", 6,
+                "strata() in an interaction takes one column; expected strata(site)");
+  expectRefused("~ a : strata(s > 1)", 6,
+                "strata() in an interaction takes one column; expected strata(site)");
+  expectRefused("~ a * cluster(s)", 6,
+                "cluster() has no part in interactions; expected it as a summand, and C(...) for a "
                 "factor that interacts");
   expectRefused("~ (a + offset(s))^2", 7,
                 "offset() has no part in interactions; expected it as a summand, and C(...) for a "

@@ -203,6 +203,10 @@ describe("sampling", "cox tests/reference/cox_command/weighted.csv --formula 'Su
 r <- here("rats.csv")
 m <- coxph(Surv(time, event) ~ rx + strata(litter), r, control = control)
 describe("rats", "cox tests/reference/cox/data/rats.csv --formula 'Surv(time, event) ~ rx + strata(litter)'", m, "rx")
+v <- public("veteran.csv")
+m <- coxph(Surv(time, status) ~ karno * strata(celltype) + age, v, control = control)
+describe("strata_interaction", "cox data/veteran.csv --formula 'Surv(time, status) ~ karno * strata(celltype) + age'", m,
+         c("karno", "age", paste0("karno:strata(celltype)=", levels(v$celltype)[-1])), terms = list("karno:strata(celltype)" = 3:5))
 
 # The smooth of a figure: least squares on a natural spline, for residuals of variance 1.
 z <- cox.zph(coxph(Surv(time, status) ~ karno + age, veteran, control = control), transform = "km")
