@@ -157,8 +157,9 @@ TEST(CoxPredict, ASelectionSavesAndPredictsByTheModelThatIsLeft) {
   ASSERT_EQ(selected.lasting->columns.size(), 2u);  // new data need no age
   const auto read = std::static_pointer_cast<const CoxSaved>(readSavedFit(selected.text).lasting);
   const std::string file = reference("lung_new.csv");
-  const CoxPredictions after = predicted(read, file, {90, 365}, CurveLimits::kLog);
-  const CoxPredictions alone = predicted(left.lasting, file, {90, 365}, CurveLimits::kLog);
+  const CoxPredictions after = predicted(read, file, {90, 365}, engine::curves::Scale::kLog);
+  const CoxPredictions alone =
+      predicted(left.lasting, file, {90, 365}, engine::curves::Scale::kLog);
   ASSERT_EQ(after.survival.size(), alone.survival.size());
   for (std::size_t i = 0; i < after.survival.size(); ++i) {
     expectNear(after.survival[i], alone.survival[i], "survival");
