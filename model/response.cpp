@@ -142,10 +142,8 @@ ModelData modelData(const Coding& coding, const frame::Frame& data,
                     const std::vector<std::string>& eventValues) {
   const Formula& formula = coding.formula();
   ModelData made;
-  if (formula.exit) {
-    takeTimes(made, formula, data);
-    takeEvents(made, formula, data, eventValues);
-  }
+  if (formula.exit) takeTimes(made, formula, data);
+  if (formula.event) takeEvents(made, formula, data, eventValues);
   takeRows(made, formula, data);
   made.design = coding.design(data);
   return made;

@@ -45,6 +45,7 @@ struct ModelData {
 // In   data          complete rows
 //      eventValues   labels of the event column that are events; empty: what model/coding.h takes
 //                    for one. An event that is a condition (status == 2) says it by itself.
+//      A formula may have times without an event: new data to predict for.
 // Out  strata cross the labels of all columns of strata() that occur together, in the order of the
 //      labels, the last column's fastest, and are named "site=A, sex=f"
 // Throws engine::Refusal with the row: a time, entry or offset that is missing or infinite, an entry

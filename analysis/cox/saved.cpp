@@ -67,6 +67,25 @@ std::vector<frame::Wanted> columnsOf(const model::Coding& coding, const frame::F
   return columns;
 }
 
+// Weighted means of the columns in each stratum; those of a stratum without rows are NaN.
+std::vector<std::vector<double>> stratumMeans(const CoxAnswer& answer) {
+  const cox::Problem& problem = *answer.fit.problem;
+  const engine::risk::Arrangement& a = problem.arrangement;
+  std::vector<std::vector<double>> means(answer.strata.size(),
+                                         std::vector<double>(problem.columns(), kNone));
+  for (std::size_t s = 0; s < a.strata() && !means.empty(); ++s) {
+    for (std::size_t j = 0; j < problem.columns(); ++j) {
+      double weights = 0, sum = 0;
+      for (std::size_t i = a.stratumRow[s]; i < a.stratumRow[s + 1]; ++i) {
+        weights += a.weight[i];
+        sum += a.weight[i] * problem.x(i, j);
+      }
+      means[a.stratumCode[s]][j] = problem.centre(s, j) + sum / weights;
+    }
+  }
+  return means;
+}
+
 }  // namespace
 
 CoxSaved coxSaved(const frame::Frame& data, const CoxAnswer& answer, const CoxRequest&) {
@@ -79,6 +98,8 @@ CoxSaved coxSaved(const frame::Frame& data, const CoxAnswer& answer, const CoxRe
   }
   CoxSaved saved;
   saved.coding = codingOf(answer.coding);
+  saved.entry = answer.coding.formula().entry;
+  saved.exit = answer.coding.formula().exit;
   saved.columns = columnsOf(saved.coding, data);
   for (const CoxColumn& column : answer.columns) {
     saved.names.push_back(column.name);
@@ -87,6 +108,7 @@ CoxSaved coxSaved(const frame::Frame& data, const CoxAnswer& answer, const CoxRe
   saved.coefficients = fit.coefficients;
   saved.covariance = fit.inference();
   saved.strata = answer.strata;
+  saved.stratumMean = stratumMeans(answer);
   if (fit.ties == cox::Ties::kEfron || fit.ties == cox::Ties::kBreslow) {
     saved.hazard = cox::BaselineHazard(fit).sums();
   }

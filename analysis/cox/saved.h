@@ -10,6 +10,7 @@
 #include "analysis/cox/request.h"
 #include "analysis/jsonTree.h"
 #include "engine/cox/baseline.h"
+#include "frame/expression.h"
 #include "frame/wanted.h"
 #include "model/design.h"
 #include "numerics/squareMatrix.h"
@@ -18,12 +19,14 @@
 namespace survmeth::analysis {
 
 struct CoxSaved {
-  model::Coding coding;  // without the response
+  model::Coding coding;                          // without the response
+  std::optional<frame::Expression> entry, exit;  // its times
   // Of new data: what the model's columns were.
   std::vector<frame::Wanted> columns;
-  std::vector<std::string> names;    // p columns of the design
-  std::vector<double> coefficients;  // p; NaN: follows from the others
-  std::vector<double> mean;          // p, over the rows of the fit
+  std::vector<std::string> names;                // p columns of the design
+  std::vector<double> coefficients;              // p; NaN: follows from the others
+  std::vector<double> mean;                      // p, over the rows of the fit
+  std::vector<std::vector<double>> stratumMean;  // of each of `strata`, p
   numerics::SquareMatrix covariance;
   std::vector<std::string> strata;  // by code; empty without
   // None under the exact treatments of ties.

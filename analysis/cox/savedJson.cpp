@@ -268,6 +268,8 @@ std::vector<std::string> namesOf(const CoxSaved& saved, const JsonNode& node) {
 
 void writeCoxSaved(const CoxSaved& saved, JsonWriter& json) {
   writeCoding(saved.coding, json);
+  json.member("entry", saved.entry ? deparse(*saved.entry) : "");
+  json.member("exit", saved.exit ? deparse(*saved.exit) : "");
   json.key("columns");
   json.beginArray();
   for (const frame::Wanted& want : saved.columns) {
@@ -283,6 +285,7 @@ void writeCoxSaved(const CoxSaved& saved, JsonWriter& json) {
   json.key("mean"), writeExact(json, saved.mean);
   json.key("covariance"), writeExact(json, saved.covariance);
   json.member("strata", saved.strata);
+  json.key("stratumMean"), writeExact(json, saved.stratumMean);
   json.key("hazard");
   if (saved.hazard) {
     writeHazard(*saved.hazard, json);
@@ -295,6 +298,10 @@ CoxSaved readCoxSaved(const JsonNode& node) {
   const std::string what = "the model";
   CoxSaved saved;
   saved.coding = readCoding(node);
+  for (const auto& [member, time] : {std::pair("entry", &saved.entry), {"exit", &saved.exit}}) {
+    const JsonNode& its = node.at(member, what);
+    if (!its.asText("a time").empty()) *time = expressionOf(its);
+  }
   for (const JsonNode& each : node.at("columns", what).asArray("the columns")) {
     frame::Wanted want;
     want.name = each.at("name", "a column").asText("its name");
@@ -308,6 +315,8 @@ CoxSaved readCoxSaved(const JsonNode& node) {
   saved.mean = exactNumbers(node.at("mean", what), "the means", p);
   saved.covariance = exactMatrix(node.at("covariance", what), "the covariance", p);
   saved.strata = textsOf(node.at("strata", what), "the strata");
+  saved.stratumMean =
+      exactRows(node.at("stratumMean", what), "the strata's means", saved.strata.size(), p);
   require(p > 0 && namesOf(saved, node) == saved.names, node);
   require(saved.strata.empty() == saved.coding.formula().strata.empty(), node);
   const JsonNode& hazard = node.at("hazard", what);

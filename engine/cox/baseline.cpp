@@ -2,10 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
-#include <string>
+#include <utility>
 
 #include "engine/cox/residuals.h"
-#include "numerics/elementary.h"
 #include "numerics/runningSum.h"
 
 namespace survmeth::engine::cox {
@@ -87,92 +86,38 @@ BaselineHazard::BaselineHazard(const Fit& fit) {
     accumulate(a, unit, mean);
     sums_.mean.push_back(std::move(mean));
   }
+  findRoot();
 }
 
-// Covariates and an offset in one stratum.
-class BaselineHazard::Subject {
- public:
-  Subject(const HazardSums& sums, std::span<const double> x, double offset, std::uint32_t stratum)
-      : sums_(sums), away_(sums.column.size()), q_(sums.column.size()) {
-    const auto found = std::lower_bound(sums.stratum.begin(), sums.stratum.end(), stratum);
-    if (found == sums.stratum.end() || *found != stratum) {
-      throw Refusal(Role::kStrata, Refusal::kNone,
-                    "stratum " + std::to_string(stratum) + " has no rows in the fit");
-    }
-    stratum_ = static_cast<std::size_t>(found - sums.stratum.begin());
-    double predictor = offset - sums.shift[stratum_];
-    for (std::size_t j = 0; j < away_.size(); ++j) {
-      away_[j] = x[j] - sums.centre[stratum_ * away_.size() + j];
-      if (sums.column[j] != Column::kAliased) predictor += away_[j] * sums.coefficients[j];
-      infinite_ = infinite_ || sums.column[j] == Column::kInfinite;
-    }
-    predictor_ = predictor;
-    risk_ = numerics::exp(predictor);
+BaselineHazard::BaselineHazard(HazardSums sums) : sums_(std::move(sums)) { findRoot(); }
+
+void BaselineHazard::findRoot() {
+  const numerics::SquareMatrix& v = sums_.covariance;
+  for (std::size_t j = 0; j < sums_.column.size(); ++j) {
+    if (sums_.column[j] == Column::kEstimated) estimated_.push_back(j);
+    infinite_ = infinite_ || sums_.column[j] == Column::kInfinite;
   }
-
-  std::size_t begin() const { return sums_.firstTime[stratum_]; }
-  std::size_t end() const { return sums_.firstTime[stratum_ + 1]; }
-  double lastTime() const { return sums_.lastTime[stratum_]; }
-
-  // Just after event time k.
-  HazardValue after(std::size_t k) {
-    const std::size_t p = away_.size();
-    for (std::size_t j = 0; j < p; ++j) {
-      q_[j] = away_[j] * sums_.hazard[k] - sums_.mean[j][k];
+  const std::size_t p = estimated_.size();
+  for (std::size_t c = 0; c < p; ++c) {
+    std::vector<double> column(p, 0.0);
+    for (std::size_t r = c; r < p; ++r) {
+      column[r] = v(estimated_[r], estimated_[c]);
+      for (std::size_t m = 0; m < c; ++m) column[r] -= root_[m][r] * root_[m][c];
     }
-    double variance = sums_.variance[k];
-    for (std::size_t j = 0; j < p; ++j) {
-      for (std::size_t m = 0; m < p; ++m) {
-        if (sums_.column[j] == Column::kAliased || sums_.column[m] == Column::kAliased) continue;
-        variance += q_[j] * q_[m] * sums_.covariance(j, m);
-      }
-    }
-    const double risk =
-        sums_.scale.empty() ? risk_ : numerics::exp(predictor_ - risk::kScaleStep * sums_.scale[k]);
-    return {risk * sums_.hazard[k], infinite_ ? kAbsent : risk * std::sqrt(variance)};
+    // A robust covariance may have no full rank: what is left is rounding.
+    const bool nothing = column[c] <= 1e-14 * v(estimated_[c], estimated_[c]);
+    const double pivot = nothing ? 1.0 : std::sqrt(column[c]);
+    for (double& each : column) each = nothing ? 0.0 : each / pivot;
+    root_.push_back(std::move(column));
   }
-
- private:
-  const HazardSums& sums_;
-  std::vector<double> away_, q_;
-  std::size_t stratum_ = 0;
-  double predictor_ = 0, risk_ = 0;
-  bool infinite_ = false;
-};
-
-CumulativeHazard BaselineHazard::at(std::span<const double> x, double offset,
-                                    std::uint32_t stratum) const {
-  Subject subject(sums_, x, offset, stratum);
-  CumulativeHazard result;
-  for (std::size_t k = subject.begin(); k < subject.end(); ++k) {
-    const HazardValue value = subject.after(k);
-    result.time.push_back(sums_.time[k]);
-    result.hazard.push_back(value.hazard);
-    result.standardError.push_back(value.standardError);
-  }
-  return result;
-}
-
-std::vector<HazardValue> BaselineHazard::at(std::span<const double> x, double offset,
-                                            std::uint32_t stratum,
-                                            std::span<const double> times) const {
-  Subject subject(sums_, x, offset, stratum);
-  const auto first = sums_.time.begin() + static_cast<std::ptrdiff_t>(subject.begin());
-  const auto last = sums_.time.begin() + static_cast<std::ptrdiff_t>(subject.end());
-  std::vector<HazardValue> values;
-  for (const double time : times) {
-    if (time > subject.lastTime()) {
-      values.push_back({kAbsent, kAbsent});
-      continue;
+  for (std::size_t c = 0; c < p; ++c) {
+    std::vector<double> turned(sums_.time.size(), 0.0);
+    for (std::size_t r = c; r < p; ++r) {
+      const std::vector<double>& mean = sums_.mean[estimated_[r]];
+      for (std::size_t k = 0; k < turned.size(); ++k) turned[k] += root_[c][r] * mean[k];
     }
-    const auto next = std::upper_bound(first, last, time);
-    if (next == first) {
-      values.push_back({});
-    } else {
-      values.push_back(subject.after(static_cast<std::size_t>(next - sums_.time.begin()) - 1));
-    }
+    turned_.push_back(std::move(turned));
   }
-  return values;
 }
 
 }  // namespace survmeth::engine::cox

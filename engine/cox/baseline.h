@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <span>
 #include <utility>
 #include <vector>
@@ -42,17 +43,26 @@ struct HazardValue {
   double hazard = 0, standardError = 0;
 };
 
+// Covariates that a subject has in (entry, exit].
+struct Stay {
+  std::span<const double> x;  // p; aliased columns do not count
+  double offset = 0;
+  std::uint32_t stratum = 0;  // a caller's code
+  double entry = -std::numeric_limits<double>::infinity();
+  double exit = std::numeric_limits<double>::infinity();
+};
+
 // Breslow's estimate under Breslow's ties, Efron's under Efron's.
 //
 // Edge refuses the exact treatments of ties
-// Cost O(n p) once; a hazard at K times takes O(K p^2)
+// Cost O(n p + K p^2) once; a hazard at K times takes O(K p)
 // Source Breslow, Biometrics 30 (1974) 89-99; Tsiatis, Ann. Statist. 9 (1981) 93-108; Efron,
 //      JASA 72 (1977) 557-565
 class BaselineHazard {
  public:
   explicit BaselineHazard(const Fit& fit);
   // As it was, without the rows.
-  explicit BaselineHazard(HazardSums sums) : sums_(std::move(sums)) {}
+  explicit BaselineHazard(HazardSums sums);
 
   // The caller's codes of the strata that have rows, ascending.
   const std::vector<std::uint32_t>& strata() const { return sums_.stratum; }
@@ -67,14 +77,31 @@ class BaselineHazard {
 
   // The same at these times, one each: 0 before the stratum's first event, absent after its last
   // exit.
-  // Cost O(p^2 + log K) a time
+  // Cost O(p + log K) a time
   std::vector<HazardValue> at(std::span<const double> x, double offset, std::uint32_t stratum,
                               std::span<const double> times) const;
 
+  // The hazard that a subject gathers whose covariates change, at the event times of its stays:
+  // what each stay's stratum adds while it lasts. Between stays nothing is added.
+  //
+  // In   stays   ascending; each enters at or after the exit before, else Refusal(kSubject) with the
+  //              later one's number as row; one at least
+  CumulativeHazard along(std::span<const Stay> stays) const;
+
+  // The whole of it, with the error of the sum: the events expected of the subject.
+  HazardValue over(std::span<const Stay> stays) const;
+
  private:
-  class Subject;
+  class Path;
+  void findRoot();
 
   HazardSums sums_;
+  // A root L of the covariance, V = L L', over the estimated columns, and L' times the sums of
+  // means: squares add up to the variance that comes from the coefficients.
+  std::vector<std::size_t> estimated_;
+  std::vector<std::vector<double>> root_;    // of each estimated column: column of L
+  std::vector<std::vector<double>> turned_;  // likewise x K
+  bool infinite_ = false;                    // a coefficient is
 };
 
 }  // namespace survmeth::engine::cox

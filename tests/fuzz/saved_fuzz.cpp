@@ -30,8 +30,11 @@ void predict(const CoxSaved& fit) {
   static const survmeth::frame::Frame kPatients = survmeth::fuzz::patients();
   survmeth::analysis::CoxPredictRequest request;
   request.at = {0, 2, 1e9};
+  request.quantiles = {0.5};
+  request.terms = true;
   try {
-    const auto made = predictCox(fit, kPatients, request);
+    survmeth::numerics::Progress progress;
+    const auto made = predictCox(fit, kPatients, request, progress);
     require(made.line.size() == kPatients.rows, "a prediction for each row");
   } catch (const survmeth::engine::Refusal& refusal) {
     require(*refusal.what() != '\0', "a refusal says why");
