@@ -170,10 +170,13 @@ TEST(CoxPredict, ASelectionSavesAndPredictsByTheModelThatIsLeft) {
   const CoxPredictions after = predicted(read, file, {90, 365}, engine::curves::Scale::kLog);
   const CoxPredictions alone =
       predicted(left.lasting, file, {90, 365}, engine::curves::Scale::kLog);
-  ASSERT_EQ(after.survival.size(), alone.survival.size());
-  for (std::size_t i = 0; i < after.survival.size(); ++i) {
-    expectNear(after.survival[i], alone.survival[i], "survival");
-    expectNear(after.upper[i], alone.upper[i], "upper limit");
+  ASSERT_EQ(after.at.size(), alone.at.size());
+  for (std::size_t i = 0; i < after.at.size(); ++i) {
+    ASSERT_EQ(after.at[i].size(), 2u);
+    for (std::size_t t = 0; t < 2; ++t) {
+      expectNear(after.at[i][t].survival, alone.at[i][t].survival, "survival");
+      expectNear(after.at[i][t].upper, alone.at[i][t].upper, "upper limit");
+    }
   }
 }
 
