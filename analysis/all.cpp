@@ -5,8 +5,8 @@ namespace survmeth::analysis {
 
 const std::vector<Declaration>& declarations() {
   static const std::vector<Declaration> kDeclarations = {
-      lifeDeclaration(), coxDeclaration(),   clogitDeclaration(), grayDeclaration(),
-      rocDeclaration(),  agreeDeclaration(), demingDeclaration(),
+      lifeDeclaration(), coxDeclaration(), clogitDeclaration(), incidenceDeclaration(),
+      grayDeclaration(), rocDeclaration(), agreeDeclaration(),  demingDeclaration(),
   };
   return kDeclarations;
 }

@@ -6,13 +6,14 @@
 
 namespace survmeth::analysis {
 
-Declaration lifeDeclaration();    // survival curves by group, medians, tests that compare them
-Declaration coxDeclaration();     // proportional-hazards regression
-Declaration clogitDeclaration();  // conditional logistic regression of matched sets
-Declaration grayDeclaration();    // Gray's test under competing risks
-Declaration rocDeclaration();     // ROC curves of markers and their comparison
-Declaration agreeDeclaration();   // agreement of two methods, repeatability of one
-Declaration demingDeclaration();  // Deming regression of one method on another
+Declaration lifeDeclaration();       // survival curves by group, medians, tests that compare them
+Declaration coxDeclaration();        // proportional-hazards regression
+Declaration clogitDeclaration();     // conditional logistic regression of matched sets
+Declaration incidenceDeclaration();  // competing events: incidence curves and their comparison
+Declaration grayDeclaration();       // Gray's test alone
+Declaration rocDeclaration();        // ROC curves of markers and their comparison
+Declaration agreeDeclaration();      // agreement of two methods, repeatability of one
+Declaration demingDeclaration();     // Deming regression of one method on another
 
 }  // namespace survmeth::analysis
 

@@ -39,12 +39,12 @@ set(engineHeaders
     engine/cox/concordance.h engine/cox/profile.h engine/cox/proportionality.h
     engine/cox/residuals.h engine/curves/bands.h engine/curves/comparison.h engine/curves/curve.h
     engine/curves/hazardRate.h engine/curves/means.h engine/curves/quantiles.h engine/curves/rates.h
-    engine/roc/curves.h report/report.h report/build.h report/keys.h report/text.h report/json.h
+    engine/incidence/gray.h engine/incidence/lost.h engine/roc/curves.h report/report.h report/build.h report/keys.h report/text.h report/json.h
     report/csv.h report/html.h)
 set(facadeHeaders
     frame/frame.h frame/reader.h frame/select.h frame/evaluate.h model/formula.h model/design.h
     model/response.h model/coding.h analysis/declaration.h analysis/declare.h analysis/life/run.h
-    analysis/grayTest.h analysis/agreement.h analysis/demingFit.h pictures/pictures.h)
+    analysis/agreement.h analysis/demingFit.h pictures/pictures.h)
 set(publicHeaders ${engineHeaders})
 if(SURVMETH_PROGRAMS)
   list(APPEND publicHeaders ${facadeHeaders})

@@ -145,6 +145,22 @@ curves::Interval limits(double incidence, double standardError, double z, curves
   return curves::survivalLimits(incidence, z * standardError / incidence, scale);
 }
 
+std::vector<double> kaplanMeierComplement(const Curve& curve, std::size_t cause) {
+  const CauseCurve& of = curve.causes[cause];
+  std::vector<double> result;
+  double survival = 1.0;
+  for (std::size_t i = 0; i < curve.time.size(); ++i) {
+    if (of.eventsAt[i] > 0.0) survival *= (curve.atRisk[i] - of.eventsAt[i]) / curve.atRisk[i];
+    result.push_back(1.0 - survival);
+  }
+  return result;
+}
+
+std::size_t timesUntil(const Curve& curve, double time) {
+  return static_cast<std::size_t>(std::upper_bound(curve.time.begin(), curve.time.end(), time) -
+                                  curve.time.begin());
+}
+
 std::vector<Reading> readings(const Curve& curve, std::size_t cause, std::span<const double> time,
                               double z, curves::Scale scale) {
   const CauseCurve& of = curve.causes[cause];
@@ -153,8 +169,7 @@ std::vector<Reading> readings(const Curve& curve, std::size_t cause, std::span<c
     Reading& reading = result.emplace_back();
     reading.time = t;
     if (curve.time.empty()) continue;
-    const auto after = static_cast<std::size_t>(
-        std::upper_bound(curve.time.begin(), curve.time.end(), t) - curve.time.begin());
+    const std::size_t after = timesUntil(curve, t);
     if (after == 0) {
       reading.incidence = reading.standardError = 0.0;
       continue;

@@ -70,6 +70,13 @@ Spread spreadAt(const Causes& data, std::size_t cause, std::size_t time, Varianc
 // Source Choudhury, Stat Med 21 (2002) 1129-1144
 curves::Interval limits(double incidence, double standardError, double z, curves::Scale scale);
 
+// 1 - Kaplan-Meier of one cause, the others taken for censored: never below the incidence, and no
+// probability of the event where others compete.
+std::vector<double> kaplanMeierComplement(const Curve& curve, std::size_t cause);
+
+// How many times of the curve are at or before this one.
+std::size_t timesUntil(const Curve& curve, double time);
+
 // The curve at one time.
 struct Reading {
   double time = kAbsent;

@@ -10,7 +10,6 @@
 
 #include "analysis/agreement.h"
 #include "analysis/demingFit.h"
-#include "analysis/grayTest.h"
 #include "analysis/spread.h"
 #include "tests/support/role.h"
 
@@ -41,10 +40,6 @@ TEST(Checks, NoFunctionTakesMoreRowsThanTheEntryPointsCanCount) {
   const auto numbers = endless<double>();
   const auto codes = endless<std::uint32_t>();
   const std::string what = ": there are too many rows";
-  GrayRequest gray;
-  gray.time = numbers;
-  gray.status = gray.group = codes;
-  EXPECT_EQ(refusal([&] { grayTest(gray); }), "time" + what);
   EXPECT_EQ(refusal([&] { agreement({.first = numbers, .second = numbers}); }), "first" + what);
   EXPECT_EQ(refusal([&] { demingFit({.first = numbers, .second = numbers}); }), "first" + what);
   EXPECT_EQ(refusal([&] { repeatability({.values = numbers, .subject = codes}); }), "first" + what);

@@ -54,6 +54,12 @@ TEST(Incidence, IsTheSumOfSurvivalTimesTheShareThatHasTheEvent) {
   expectNear(curve.causes[1].hazardVariance, {0, 1.0 / 16, 1.0 / 16, 1.0 / 16});
 }
 
+TEST(Incidence, LiesBelowTheKaplanMeierComplement) {
+  const Curve curve = five().curves()[0];
+  expectNear(engine::incidence::kaplanMeierComplement(curve, 0), {1.0 / 5, 2.0 / 5, 2.0 / 5, 1});
+  expectNear(engine::incidence::kaplanMeierComplement(curve, 1), {0, 1.0 / 4, 1.0 / 4, 1.0 / 4});
+}
+
 TEST(Incidence, WithoutCensoringHasBinomialDeltaAndRobustVariances) {
   const CauseData data = small({1, 2, 2, 3, 4, 5}, {1, 2, 1, 1, 2, 2});
   for (const Variance variance : {Variance::kDelta, Variance::kRobust}) {
