@@ -6,6 +6,7 @@
 
 #include "analysis/all.h"
 #include "analysis/eventTables.h"
+#include "analysis/limits.h"
 #include "report/build.h"
 #include "report/numbers.h"
 #include "text/lists.h"
@@ -18,19 +19,6 @@ using engine::Role;
 using engine::WeightKind;
 using engine::curves::Scale;
 using engine::incidence::Variance;
-
-const char* scaleName(Scale scale) {
-  switch (scale) {
-    case Scale::kPlain:
-      return "plain";
-    case Scale::kLog:
-      return "log";
-    case Scale::kArcsine:
-      return "arcsine";
-    default:
-      return "log-log";
-  }
-}
 
 report::Method varianceMethod(const IncidenceAnswer& answer, const IncidenceRequest& request) {
   if (answer.robust) {
@@ -143,7 +131,7 @@ report::Report describeIncidence(const IncidenceAnswer& answer, const IncidenceR
                      "Aalen & Johansen, Scandinavian Journal of Statistics 5 (1978) 141-150"},
                     varianceMethod(answer, request),
                     {"limits: " + report::confidence(request.alpha) + " " +
-                         scaleName(request.scale) + " around the incidence",
+                         limitsName(request.scale) + " around the incidence",
                      "Choudhury, Statistics in Medicine 21 (2002) 1129-1144"}};
   if (answer.several() && untested(answer, request).empty()) {
     report.tables.push_back(grayTable(answer));
