@@ -2,6 +2,7 @@
 
 #include <CLI/CLI.hpp>
 #include <memory>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -60,12 +61,67 @@ std::string pageOf(const Declaration& declaration) {
   return page + ".\n";
 }
 
+// A footer as paragraphs; what stands below "Example:" is shown as it is.
+std::string paragraphsOf(const std::string& footer) {
+  std::istringstream lines(footer);
+  std::string text, line;
+  bool isExample = false;
+  while (std::getline(lines, line)) {
+    if (line == "Example:") {
+      isExample = true;
+    } else if (line.empty()) {
+      text += "\n\n";
+      isExample = false;
+    } else if (isExample) {
+      text += "    " + line.substr(line.find_first_not_of(' '));
+    } else {
+      text += (text.empty() || text.back() == '\n' ? "" : " ") + line;
+    }
+  }
+  return text;
+}
+
+// Of a command that is not declared.
+std::string pageOf(const CLI::App& command) {
+  std::string page = "# survmeth " + command.get_name() + "\n\n" + command.get_description() +
+                     ".\n\n" + paragraphsOf(command.get_footer()) +
+                     "\n\n| option | value | meaning |\n|---|---|---|\n";
+  for (const CLI::Option* option : command.get_options()) {
+    if (option == command.get_help_ptr()) continue;
+    const std::string meaning = option->get_description();
+    page += "| `" + option->get_name() + "` | " + cell(option->get_type_name()) + " | " +
+            cell(meaning) + (option->get_required() ? "; required" : "") + " |\n";
+  }
+  return page;
+}
+
+// The declared analysis, or what follows one, or nullptr.
+const Declaration* declared(const std::string& name) {
+  for (const Declaration& each : survmeth::analysis::declarations()) {
+    if (each.name == name) return &each;
+    if (each.lasting && each.lasting->predict.name == name) return &each.lasting->predict;
+  }
+  return nullptr;
+}
+
+std::string pageNamed(const std::string& name, const CLI::App& program) {
+  if (const Declaration* declaration = declared(name)) return pageOf(*declaration);
+  std::vector<std::string> names;
+  for (const CLI::App* command : program.get_subcommands(nullptr)) {
+    if (command->get_name() == "help") continue;
+    if (command->get_name() == name) return pageOf(*command);
+    names.push_back(command->get_name());
+  }
+  throw Problem("there is no command " + quote(name) + "; expected one of " +
+                nearestFirst(name, names));
+}
+
 const Declaration& named(const std::string& name) {
   const Declaration* found = survmeth::analysis::findDeclaration(name);
   if (found != nullptr) return *found;
   std::vector<std::string> names;
   for (const Declaration& each : survmeth::analysis::declarations()) names.push_back(each.name);
-  throw Problem("there is no command " + quote(name) + "; expected one of " +
+  throw Problem("there is no analysis " + quote(name) + "; expected one of " +
                 nearestFirst(name, names));
 }
 
@@ -74,12 +130,12 @@ struct Typed {
   bool json = false;
 };
 
-void run(const Typed& typed, Session& session) {
+void run(const Typed& typed, const CLI::App& program, Session& session) {
   if (!typed.json) {
     if (typed.command.empty()) {
       throw Problem("there is no command; expected one, as in survmeth help life, or --json");
     }
-    session.output.text() = pageOf(named(typed.command));
+    session.output.text() = pageNamed(typed.command, program);
     return;
   }
   const Declaration* only = typed.command.empty() ? nullptr : &named(typed.command);
@@ -93,7 +149,7 @@ Run addHelp(CLI::App& app) {
   app.add_option("COMMAND", typed->command, "The command; with --json all where none is named")
       ->type_name("");
   app.add_flag("--json", typed->json, "The declarations for programs");
-  return [typed](Session& session) { run(*typed, session); };
+  return [typed, &app](Session& session) { run(*typed, *app.get_parent(), session); };
 }
 
 }  // namespace cli
