@@ -44,28 +44,12 @@ std::vector<PairTest> comparePairs(const Response& response, const Rows& rows, c
   requireWeighting(weighting);
   const Pooled pooled(response, rows, groups, tieTolerance);
   const std::size_t k = groups.size();
-  // Places in the two orders, by group.
-  const auto placesOf = [&](const std::vector<std::uint32_t>& order) {
-    std::vector<std::vector<std::uint32_t>> places(k);
-    for (std::uint32_t at = 0; at < order.size(); ++at) places[groups[order[at]]].push_back(at);
-    return places;
-  };
-  const auto exits = placesOf(pooled.byExit);
-  const auto entries = placesOf(pooled.byEntry);
-  const auto merged = [](const std::vector<std::uint32_t>& a, const std::vector<std::uint32_t>& b,
-                         const std::vector<std::uint32_t>& order) {
-    std::vector<std::uint32_t> result(a.size() + b.size());
-    std::merge(a.begin(), a.end(), b.begin(), b.end(), result.begin());
-    for (std::uint32_t& at : result) at = order[at];
-    return result;
-  };
+  PairedRows paired(pooled);
   std::vector<PairTest> result;
   std::vector<double> pValues;
   for (std::uint32_t g = 0; g < k; ++g) {
     for (std::uint32_t h = g + 1; h < k; ++h) {
-      const std::vector<std::uint32_t> byExit = merged(exits[g], exits[h], pooled.byExit);
-      const std::vector<std::uint32_t> byEntry = merged(entries[g], entries[h], pooled.byEntry);
-      StratumRows rest{byExit, byEntry};
+      StratumRows rest = paired.of(g, h);
       PairSums sums;
       while (!rest.byExit.empty()) addTo(sums, pooled, nextStratum(pooled, rest), weighting, h);
       PairTest& pair = result.emplace_back(PairTest{g, h});

@@ -45,6 +45,32 @@ Pooled::Pooled(const Response& response, const Rows& rows, const Groups& allGrou
   for (std::size_t i = 0; i < event.size(); ++i) event[i] = response.event[i] != 0 ? 1 : 0;
 }
 
+PairedRows::PairedRows(const Pooled& pooled) : pooled_(pooled) {
+  const auto placesOf = [&](const std::vector<std::uint32_t>& order) {
+    Places places(pooled.groups.size());
+    for (std::uint32_t at = 0; at < order.size(); ++at) {
+      places[pooled.groups[order[at]]].push_back(at);
+    }
+    return places;
+  };
+  exits_ = placesOf(pooled.byExit);
+  entries_ = placesOf(pooled.byEntry);
+}
+
+StratumRows PairedRows::of(std::uint32_t first, std::uint32_t second) {
+  const auto merge = [&](const Places& places, const std::vector<std::uint32_t>& order,
+                         std::vector<std::uint32_t>& to) {
+    const std::vector<std::uint32_t>& a = places[first];
+    const std::vector<std::uint32_t>& b = places[second];
+    to.resize(a.size() + b.size());
+    std::merge(a.begin(), a.end(), b.begin(), b.end(), to.begin());
+    for (std::uint32_t& at : to) at = order[at];
+  };
+  merge(exits_, pooled_.byExit, byExit_);
+  merge(entries_, pooled_.byEntry, byEntry_);
+  return {byExit_, byEntry_};
+}
+
 StratumRows nextStratum(const Pooled& pooled, StratumRows& rest) {
   const std::uint32_t stratum = pooled.stratumOf(rest.byExit.front());
   // Strata stand in ascending order.

@@ -29,15 +29,30 @@ struct Pooled {
   std::vector<std::uint32_t> byExit, byEntry;  // rows of positive weight by stratum, then time
 };
 
+// Rows of one stratum within orders like Pooled's.
+struct StratumRows {
+  std::span<const std::uint32_t> byExit, byEntry;
+};
+
+// The rows of two groups alone, in the same orders.
+class PairedRows {
+ public:
+  explicit PairedRows(const Pooled& pooled);
+
+  // Valid until the next call.
+  StratumRows of(std::uint32_t first, std::uint32_t second);
+
+ private:
+  using Places = std::vector<std::vector<std::uint32_t>>;  // in an order, by group
+  const Pooled& pooled_;
+  Places exits_, entries_;
+  std::vector<std::uint32_t> byExit_, byEntry_;
+};
+
 // An event time of one stratum.
 struct PooledTime {
   std::uint32_t code;
   double atRisk, events, surviving;
-};
-
-// Rows of one stratum within orders like Pooled's.
-struct StratumRows {
-  std::span<const std::uint32_t> byExit, byEntry;
 };
 
 // The next stratum's rows at the front of the two orders, which are shortened by them.

@@ -8,6 +8,7 @@
 #include "engine/curves/curve.h"
 #include "engine/curves/hazardRate.h"
 #include "engine/curves/means.h"
+#include "engine/curves/permutation.h"
 #include "engine/curves/quantiles.h"
 #include "tests/bits/results.h"
 #include "tests/engine/cox/data.h"
@@ -68,10 +69,37 @@ void takeMeans(const TakeNumbers& take, const std::string& name, const Estimated
   take(name + ", means and rates", all);
 }
 
+// Pairs of groups by the largest of weighted tests, and by random arrangements.
+void takePairs(const TakeNumbers& take, const std::string& name, const engine::Response& response,
+               engine::Rows rows, const curves::Groups& groups) {
+  rows.weight = {};
+  rows.weightKind = engine::WeightKind::kFrequencies;
+  rows.cluster = {};
+  rows.clusters = 0;
+  Numbers all;
+  for (const auto& pair :
+       curves::combinePairs(response, rows, groups, curves::usualCombination(),
+                            curves::Alternative::kTwoSided, curves::Adjustment::kHolm)) {
+    all.insert(all.end(), pair.test.z.begin(), pair.test.z.end());
+    const Numbers& correlation = pair.test.correlation.values();
+    all.insert(all.end(), correlation.begin(), correlation.end());
+    all.insert(all.end(), {pair.test.pValue, pair.adjusted});
+  }
+  const curves::Permutations few = {.count = 50};
+  for (const auto& test :
+       curves::permute(response, rows, groups, curves::usualCombination(), few).tests) {
+    all.insert(all.end(), {test.z, test.chiSquare, test.asymptotic, test.pValue, test.upper});
+  }
+  take(name + ", pairs", all);
+}
+
 void takeData(const TakeNumbers& take, const CoxCase& one) {
   engine::Rows rows = one.data.rows();
   rows.offset = {};
   const curves::Groups groups = {one.data.stratum, one.data.strata};
+  if (groups.size() > 1 && groups.size() < 5) {
+    takePairs(take, one.name, one.data.response(), rows, groups);
+  }
   const curves::Sample sample(one.data.response(), rows, groups);
   for (const auto scale : {curves::Scale::kLog, curves::Scale::kLogLog, curves::Scale::kLogit,
                            curves::Scale::kArcsine}) {
