@@ -8,6 +8,15 @@
 #include "frame/expression.h"
 
 namespace survmeth::analysis::saved {
+
+frame::Expression expressionOf(const JsonNode& node) {
+  try {
+    return frame::parseExpression(node.asText("an expression"));
+  } catch (const frame::ExpressionError& wrong) {
+    throw JsonError(node.place, wrong.what());
+  }
+}
+
 namespace {
 
 using frame::Expression;
@@ -21,14 +30,6 @@ const Words<VariableKind> kKinds = {{"plain", VariableKind::kPlain},
                                     {"naturalSpline", VariableKind::kNaturalSpline},
                                     {"restrictedSpline", VariableKind::kRestrictedSpline},
                                     {"polynomial", VariableKind::kPolynomial}};
-
-Expression expressionOf(const JsonNode& node) {
-  try {
-    return frame::parseExpression(node.asText("an expression"));
-  } catch (const frame::ExpressionError& wrong) {
-    throw JsonError(node.place, wrong.what());
-  }
-}
 
 void writeBasis(const CodedVariable& variable, JsonWriter& json) {
   if (const auto* natural = std::get_if<model::NaturalSpline>(&variable.basis)) {
