@@ -181,6 +181,24 @@ write_case("gray-pbc", "Transplants and deaths in primary biliary cirrhosis by s
                        1e-8))
            }))
 
+# Cumulative incidence ----
+grouped <- cuminc(pbc$time, pbc$status, pbc$stage)
+at <- timepoints(grouped, c(1000, 3000))
+write_case("incidence-pbc", "Incidence of transplants and deaths in primary biliary cirrhosis",
+           software("cmprsk"), "incidence", "pbc.csv",
+           '"time": "time", "status": "status", "group": "stage", "at": [1000, 3000]',
+           lapply(c("2 1", "3 1", "4 1", "2 2", "3 2", "4 2"), function(curve) {
+             parts <- strsplit(curve, " ")[[1]]
+             lapply(c("1000", "3000"), function(time) {
+               if (!(at$est[curve, time] > 0)) return(NULL)
+               row <- list(event = parts[2], group = parts[1], time = as.numeric(time))
+               list(cell("incidenceAt", row, "cumulativeIncidence", at$est[curve, time],
+                         "timepoints"),
+                    cell("incidenceAt", row, "standardError", sqrt(at$var[curve, time]),
+                         "timepoints"))
+             })
+           }))
+
 # ROC curves ----
 sah <- read_data("sah.csv")
 markers <- c("wfns", "s100b", "ndka")
