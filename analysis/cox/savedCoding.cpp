@@ -22,14 +22,6 @@ const Words<VariableKind> kKinds = {{"plain", VariableKind::kPlain},
                                     {"restrictedSpline", VariableKind::kRestrictedSpline},
                                     {"polynomial", VariableKind::kPolynomial}};
 
-Expression expressionOf(const JsonNode& node) {
-  try {
-    return frame::parseExpression(node.asText("an expression"));
-  } catch (const frame::ExpressionError& wrong) {
-    throw JsonError(node.place, wrong.what());
-  }
-}
-
 void writeBasis(const CodedVariable& variable, JsonWriter& json) {
   if (const auto* natural = std::get_if<model::NaturalSpline>(&variable.basis)) {
     json.key("knots"), writeExact(json, natural->knots);
@@ -86,6 +78,14 @@ void readBasis(const JsonNode& node, CodedVariable& variable) {
 }
 
 }  // namespace
+
+Expression expressionOf(const JsonNode& node) {
+  try {
+    return frame::parseExpression(node.asText("an expression"));
+  } catch (const frame::ExpressionError& wrong) {
+    throw JsonError(node.place, wrong.what());
+  }
+}
 
 void writeCoding(const model::Coding& coding, JsonWriter& json) {
   const model::Formula& formula = coding.formula();

@@ -14,6 +14,7 @@ namespace {
 namespace cox = engine::cox;
 using frame::Cells;
 using report::JsonWriter;
+using saved::expressionOf;
 using saved::readCoding;
 using saved::refuse;
 using saved::require;

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "analysis/jsonTree.h"
+#include "frame/expression.h"
 #include "model/design.h"
 #include "report/jsonWriter.h"
 
@@ -37,6 +38,9 @@ Value valueOf(const Words<Value>& words, const JsonNode& node, const std::string
 inline void require(bool holds, const JsonNode& node) {
   if (!holds) refuse(node);
 }
+
+// Throws JsonError where the text is no expression.
+frame::Expression expressionOf(const JsonNode& node);
 
 // Formula, variables with their bases, and terms: members of the model's object.
 void writeCoding(const model::Coding& coding, report::JsonWriter& json);
