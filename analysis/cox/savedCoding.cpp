@@ -8,15 +8,6 @@
 #include "frame/expression.h"
 
 namespace survmeth::analysis::saved {
-
-frame::Expression expressionOf(const JsonNode& node) {
-  try {
-    return frame::parseExpression(node.asText("an expression"));
-  } catch (const frame::ExpressionError& wrong) {
-    throw JsonError(node.place, wrong.what());
-  }
-}
-
 namespace {
 
 using frame::Expression;
@@ -87,6 +78,14 @@ void readBasis(const JsonNode& node, CodedVariable& variable) {
 }
 
 }  // namespace
+
+Expression expressionOf(const JsonNode& node) {
+  try {
+    return frame::parseExpression(node.asText("an expression"));
+  } catch (const frame::ExpressionError& wrong) {
+    throw JsonError(node.place, wrong.what());
+  }
+}
 
 void writeCoding(const model::Coding& coding, JsonWriter& json) {
   const model::Formula& formula = coding.formula();

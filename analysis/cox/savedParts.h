@@ -39,7 +39,7 @@ inline void require(bool holds, const JsonNode& node) {
   if (!holds) refuse(node);
 }
 
-// Throws JsonError.
+// Throws JsonError where the text is no expression.
 frame::Expression expressionOf(const JsonNode& node);
 
 // Formula, variables with their bases, and terms: members of the model's object.
