@@ -112,9 +112,13 @@ std::string Canvas::script() const {
   for (const char* side : {"l", "b"}) script += std::string("set ") + side + "margin at screen 0\n";
   for (const char* side : {"r", "t"}) script += std::string("set ") + side + "margin at screen 1\n";
   script += "unset border\nunset tics\nunset key\nset xrange [0:" + places(width_) +
-            "]\nset yrange [0:" + places(height_) + "]\n" + labels_ + blocks_;
+            "]\nset yrange [0:" + places(height_) + "]\n";
+  script.reserve(script.size() + labels_.size() + blocks_.size() + plots_.size() + 80);
+  script += labels_;
+  script += blocks_;
   // Without a plot gnuplot would draw nothing, no text either.
-  return script + (plots_.empty() ? "plot NaN notitle" : plots_) + "\n";
+  script += plots_.empty() ? "plot NaN notitle" : plots_;
+  return script += '\n';
 }
 
 }  // namespace survmeth::pictures

@@ -1,6 +1,7 @@
 // A figure laid out: title, legend, panels in rows, the table under the first.
 #include <algorithm>
 #include <cmath>
+#include <string_view>
 
 #include "pictures/gnuplot.h"
 #include "pictures/legend.h"
@@ -199,9 +200,21 @@ Format formatOf(const std::string& file) {
 }
 
 std::string draw(const Drawing& drawing) {
-  std::string bytes = runGnuplot(drawing.script);
-  if (drawing.format != Format::kSvg) return bytes;
-  return embeddable(std::move(bytes), drawing.id, drawing.title, drawing.names);
+  std::string bytes;
+  if (drawing.format != Format::kSvg) {
+    runGnuplot(drawing.script, [&bytes](std::string_view piece, std::size_t whole) {
+      bytes.reserve(whole);
+      bytes += piece;
+    });
+    return bytes;
+  }
+  Embedder embedder(drawing.id, drawing.title, drawing.names);
+  runGnuplot(drawing.script, [&](std::string_view piece, std::size_t whole) {
+    bytes.reserve(whole + whole / 4);  // for the ids' beginnings
+    embedder.add(piece, bytes);
+  });
+  embedder.end(bytes);
+  return bytes;
 }
 
 }  // namespace survmeth::pictures

@@ -34,12 +34,21 @@ File temporary() {
   return file;
 }
 
-std::string contents(std::FILE* file) {
+using Take = std::function<void(std::string_view piece, std::size_t whole)>;
+
+// What stands in a file, in pieces.
+void read(std::FILE* file, const Take& take) {
+  std::fseek(file, 0, SEEK_END);
+  const auto whole = static_cast<std::size_t>(std::ftell(file));
   std::rewind(file);
-  std::string text;
   char buffer[1 << 16];
   std::size_t count = 0;
-  while ((count = std::fread(buffer, 1, sizeof buffer, file)) > 0) text.append(buffer, count);
+  while ((count = std::fread(buffer, 1, sizeof buffer, file)) > 0) take({buffer, count}, whole);
+}
+
+std::string contents(std::FILE* file) {
+  std::string text;
+  read(file, [&text](std::string_view piece, std::size_t) { text += piece; });
   return text;
 }
 
@@ -109,7 +118,7 @@ std::string terminalLine(Format format, double width, double height) {
          " font 'DejaVu Sans,12' fontscale 0.75 linewidth 2 pointscale 1.5 dashlength 2\n";
 }
 
-std::string runGnuplot(const std::string& script) {
+void runGnuplot(const std::string& script, const Take& take) {
   const File in = temporary(), out = temporary(), messages = temporary();
   if (std::fwrite(script.data(), 1, script.size(), in.get()) != script.size() ||
       std::fflush(in.get()) != 0) {
@@ -134,12 +143,12 @@ std::string runGnuplot(const std::string& script) {
   while (waitpid(process, &status, 0) < 0) {
     if (errno != EINTR) fail(std::strerror(errno));
   }
-  std::string picture = contents(out.get());
-  if (!WIFEXITED(status) || WEXITSTATUS(status) != 0 || picture.empty()) {
+  std::fseek(out.get(), 0, SEEK_END);
+  if (!WIFEXITED(status) || WEXITSTATUS(status) != 0 || std::ftell(out.get()) == 0) {
     const std::string said = lastLine(contents(messages.get()));
     fail("gnuplot failed" + (said.empty() ? "" : ": " + said));
   }
-  return picture;
+  read(out.get(), take);
 }
 
 }  // namespace survmeth::pictures

@@ -32,21 +32,35 @@ std::string replaced(const std::string& text, std::string_view before, std::stri
 
 }  // namespace
 
-std::string embeddable(std::string svg, const std::string& id, const std::string& title,
-                       const std::vector<std::string>& names) {
-  svg = report::withTags(svg, [prefix = id + "-"](std::string_view tag, std::string& out) {
+void Embedder::add(std::string_view piece, std::string& svg) {
+  const std::size_t last = piece.rfind(">\n");
+  if (last == std::string_view::npos) {
+    waiting_ += piece;
+    return;
+  }
+  waiting_ += piece.substr(0, last + 2);
+  change(waiting_, svg);
+  waiting_ = piece.substr(last + 2);
+}
+
+void Embedder::end(std::string& svg) {
+  change(waiting_, svg);
+  waiting_.clear();
+}
+
+void Embedder::change(std::string_view lines, std::string& svg) {
+  std::string changed = report::withTags(lines, [this](std::string_view tag, std::string& out) {
     // Edges that are not smoothed are ragged where they are not upright.
     constexpr std::string_view kRagged = " shape-rendering='crispEdges'";
     std::string plain(tag);
     const std::size_t at = plain.find(kRagged);
     if (at != std::string::npos) plain.erase(at, kRagged.size());
-    report::addPrefixed(plain, prefix, out);
+    report::addPrefixed(plain, prefix_, out);
   });
-  svg = replaced(svg, "<desc>", "</desc>\n", [](const std::string&) { return ""; });
-  std::size_t plot = 0;
-  return replaced(svg, "<title>", "</title>", [&](const std::string&) {
-    const std::string& text = plot == 0 || plot > names.size() ? title : names[plot - 1];
-    ++plot;
+  changed = replaced(changed, "<desc>", "</desc>\n", [](const std::string&) { return ""; });
+  svg += replaced(changed, "<title>", "</title>", [this](const std::string&) {
+    const std::string& text = plots_ == 0 || plots_ > names_.size() ? title_ : names_[plots_ - 1];
+    ++plots_;
     return text.empty() ? std::string() : "<title>" + report::escaped(text) + "</title>";
   });
 }
