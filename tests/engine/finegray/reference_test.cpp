@@ -1,0 +1,142 @@
+// Subdistribution hazards of public data sets against R's cmprsk and survival
+// (tests/reference/incidence/make_finegray.R).
+//
+// Both sides stand at the maximum of the same function; coefficients are compared in units of their
+// standard errors, covariances in those of their two errors. R's last Newton step leaves some 1e-9.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <map>
+
+#include "engine/finegray/fit.h"
+#include "tests/engine/incidence/data.h"
+
+namespace survmeth {
+namespace {
+
+using engine::finegray::CensoringTies;
+using engine::finegray::Errors;
+using engine::finegray::Fit;
+using test::Csv;
+
+const std::string kFolder = std::string(SURVMETH_REFERENCE) + "/incidence/";
+
+using Items = std::map<std::string, std::vector<double>>;
+
+const std::map<std::string, Items>& allItems() {
+  static const std::map<std::string, Items> items = [] {
+    const Csv file(kFolder + "finegray.csv");
+    const std::vector<double> value = file.numbers("value");
+    std::map<std::string, Items> result;
+    for (std::size_t i = 0; i < file.rows(); ++i) {
+      result[file.text("case", i)][file.text("item", i)].push_back(value[i]);
+    }
+    return result;
+  }();
+  return items;
+}
+
+const Csv& cases() {
+  static const Csv file(kFolder + "finegray_cases.csv");
+  return file;
+}
+
+struct Case {
+  explicit Case(std::size_t at) {
+    const auto text = [&](const char* column) { return cases().text(column, at); };
+    data = test::causeData(text("data"), "", text("weight"), text("cluster"), text("strata"));
+    const Csv file(kFolder + "data/" + text("data") + ".csv");
+    for (const std::string& name : file.names()) {
+      if (name[0] == 'x') covariates.push_back(file.numbers(name));
+    }
+    for (std::size_t j = 0; j < covariates.size(); ++j) {
+      design.columns.emplace_back(covariates[j]);
+      design.names.push_back("x" + std::to_string(j + 1));
+      design.termNames.push_back(design.names.back());
+      design.term.push_back(j);
+    }
+    if (!text("censoring").empty()) {
+      censoring = test::codesOf(file.numbers(text("censoring")), groups);
+    }
+    crr = text("program") == "crr";
+    options.cause = static_cast<std::uint32_t>(cases().number("cause", at));
+    if (!crr) {
+      options.censoringTies = CensoringTies::kAfterEvents;
+      options.errors = Errors::kSandwich;
+    }
+  }
+  Fit fit() const {
+    numerics::Progress progress;
+    return engine::finegray::fit(data.response(), data.rows(), design, {censoring, groups}, options,
+                                 progress);
+  }
+
+  test::CauseData data;
+  std::vector<std::vector<double>> covariates;
+  engine::Design design;
+  std::vector<std::uint32_t> censoring;
+  std::size_t groups = 1;
+  engine::finegray::Options options;
+  bool crr = false;
+};
+
+void expectCovariance(const numerics::SquareMatrix& actual, const std::vector<double>& expected,
+                      const char* what) {
+  const std::size_t p = actual.size();
+  ASSERT_EQ(expected.size(), p * p);
+  for (std::size_t i = 0; i < p; ++i) {
+    for (std::size_t j = 0; j < p; ++j) {
+      const double scale = std::sqrt(expected[i * p + i] * expected[j * p + j]);
+      EXPECT_NEAR(actual(i, j), expected[i * p + j], 1e-8 * scale) << what << " " << i << " " << j;
+    }
+  }
+}
+
+class FineGrayReference : public testing::TestWithParam<std::size_t> {};
+
+TEST_P(FineGrayReference, HasTheSameNumbers) {
+  const Case tested(GetParam());
+  const Items& items = allItems().at(cases().text("case", GetParam()));
+  const Fit fit = tested.fit();
+  ASSERT_TRUE(fit.converged);
+  const std::vector<double>& coef = items.at("coef");
+  const std::size_t p = coef.size();
+  ASSERT_EQ(fit.coefficients.size(), p);
+  for (std::size_t j = 0; j < p; ++j) {
+    EXPECT_NEAR(fit.coefficients[j], coef[j],
+                1e-9 * std::max(std::fabs(coef[j]), fit.standardError(j)))
+        << j;
+  }
+  if (items.count("var") > 0) expectCovariance(fit.covariance, items.at("var"), "covariance");
+  const std::vector<double>& logLikelihood = items.at("loglik");
+  EXPECT_NEAR(fit.logLikelihoodNull, logLikelihood[0], 1e-10 * std::fabs(logLikelihood[0]));
+  EXPECT_NEAR(fit.logLikelihood, logLikelihood[1], 1e-10 * std::fabs(logLikelihood[1]));
+  if (!tested.crr) return expectCovariance(fit.inverseInformation, items.at("naive"), "inverse");
+
+  expectCovariance(fit.inverseInformation, items.at("inverse"), "inverse");
+  const auto residuals = engine::finegray::schoenfeld(fit);
+  const auto baseline = engine::finegray::incidenceAt(fit, std::vector<double>(p, 0.0));
+  const std::vector<double>& at = items.at("at");
+  const std::vector<double>& fresh = items.at("new");
+  for (std::size_t m = 0; m < at.size(); ++m) {
+    const auto k = static_cast<std::size_t>(at[m]);
+    EXPECT_EQ(baseline.time[k], items.at("time")[m]);
+    for (std::size_t j = 0; j < p; ++j) {
+      // In units of the covariate.
+      EXPECT_NEAR(residuals[k][j], items.at("residual")[m * p + j],
+                  1e-8 * fit.problem->rows.spread[j]);
+    }
+    for (std::size_t person = 0; person < 2; ++person) {
+      const auto predicted =
+          engine::finegray::incidenceAt(fit, std::span(fresh).subspan(person * p, p));
+      const double expected = items.at("predicted")[person * at.size() + m];
+      EXPECT_NEAR(predicted.incidence[k], expected, 1e-8 * expected);
+    }
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Cases, FineGrayReference, testing::Range<std::size_t>(0, cases().rows()),
+                         [](const auto& of) { return cases().text("case", of.param); });
+
+}  // namespace
+}  // namespace survmeth
