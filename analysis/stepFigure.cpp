@@ -21,22 +21,6 @@ double endOf(const std::vector<StepCurve>& curves) {
   return end > 0 ? end : 1;
 }
 
-// From 0, 1, 2 or 5 times a power of ten apart.
-std::vector<double> breaksTo(double end) {
-  const double rough = end / kMostIntervals;
-  double power = 1;  // of ten, the largest that is not above
-  while (power * 10 <= rough) power *= 10;
-  while (power > rough && power > 0) power /= 10;
-  double step = 10 * power;
-  for (const double factor : {5.0, 2.0, 1.0}) {
-    if (factor * power >= rough) step = factor * power;
-  }
-  if (!(step > 0)) return {0};
-  std::vector<double> breaks;
-  for (int k = 0; k * step <= end; ++k) breaks.push_back(k * step);
-  return breaks;
-}
-
 // The elements at which the drawn curve has a corner.
 std::vector<std::size_t> corners(const StepCurve& curve, double origin, double end) {
   std::vector<std::size_t> at;
@@ -95,12 +79,28 @@ double atRiskAt(const StepCurve& curve, double time) {
 
 }  // namespace
 
+std::vector<double> timeTicks(double end) {
+  if (!(end > 0)) end = 1;
+  const double rough = end / kMostIntervals;
+  double power = 1;  // of ten, the largest that is not above
+  while (power * 10 <= rough) power *= 10;
+  while (power > rough && power > 0) power /= 10;
+  double step = 10 * power;
+  for (const double factor : {5.0, 2.0, 1.0}) {
+    if (factor * power >= rough) step = factor * power;
+  }
+  if (!(step > 0)) return {0};
+  std::vector<double> breaks;
+  for (int k = 0; k * step <= end; ++k) breaks.push_back(k * step);
+  return breaks;
+}
+
 report::Panel stepPanel(const std::string& time, const std::string& level, double origin,
                         const std::vector<StepCurve>& curves) {
   const double end = endOf(curves);
   report::Panel panel = report::panelOf(time, level);
   panel.x.least = panel.y.least = 0;
-  panel.x.ticks = breaksTo(end);
+  panel.x.ticks = timeTicks(end);
   panel.y.percent = true;
   for (const StepCurve& curve : curves) addCurve(curve, origin, end, panel);
   return panel;

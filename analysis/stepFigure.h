@@ -29,6 +29,9 @@ struct StepCurve {
 report::Panel stepPanel(const std::string& time, const std::string& level, double origin,
                         const std::vector<StepCurve>& curves);
 
+// The ticks of such a panel's time axis, which ends at `end`.
+std::vector<double> timeTicks(double end);
+
 // At risk in each group at the ticks of such a panel; `labels` name the groups.
 report::RiskTable riskTableOf(const report::Panel& panel, const std::vector<std::string>& labels,
                               const std::vector<StepCurve>& curves);

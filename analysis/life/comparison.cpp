@@ -1,12 +1,14 @@
 #include "analysis/life/comparison.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <cstddef>
+#include <numeric>
 #include <utility>
 
+#include "analysis/option.h"
 #include "text/numbers.h"
+#include "text/words.h"
 
 namespace survmeth::analysis {
 namespace {
@@ -19,7 +21,8 @@ constexpr std::size_t kMostGroups = 8192;
 // Where less than one is at risk the variance of the hypergeometric law does not hold.
 bool fractionalRisk(const LifeRows& rows, const LifeRequest& request) {
   if (rows.wholeWeights()) return false;
-  const curves::Sample all(rows.response(), rows.rows(), {}, request.tolerance());
+  const curves::Sample all(rows.response(), rows.testRows(),
+                           {rows.strata.codes, rows.strata.labels.size()}, request.tolerance());
   for (std::size_t k = 0; k < all.times(); ++k) {
     if (all.events[k] > 0 && all.surviving[k] > 0 && all.atRisk[k] <= 1) return true;
   }
@@ -31,6 +34,11 @@ std::string reasonBefore(const LifeRows& rows) {
   if (!rows.several()) return "there is one group";
   if (rows.groups.labels.size() > kMostGroups) {
     return "there are too many groups for their covariance matrix";
+  }
+  if (rows.sampling()) return "sampling weights are no frequencies";
+  if (rows.clustered()) {
+    return std::string("rows of one ") + (rows.clustersAreSubjects ? "subject" : "cluster") +
+           " depend on each other";
   }
   return {};
 }
@@ -61,16 +69,56 @@ std::string lossOf(const curves::WeightedTest& test) {
   return {};
 }
 
-void take(std::vector<curves::WeightedTest>& tests, LifeComparison& comparison) {
-  for (const curves::WeightedTest& each : tests) {
+void take(curves::Comparison& found, bool stratified, LifeComparison& comparison) {
+  for (std::size_t i = 1; i < found.tests.size(); ++i) {
+    const curves::WeightedTest& each = found.tests[i];
     comparison.reason = lossOf(each);
     if (!comparison.exists()) return comparison.tests.clear();
     comparison.tests.push_back(
         {testName(each.weighting),
-         {each.chiSquare, static_cast<double>(each.degreesOfFreedom), each.pValue}});
+         {each.chiSquare, static_cast<double>(each.degreesOfFreedom), each.pValue},
+         each.trend,
+         each.trendPValue});
   }
-  comparison.observed = std::move(tests.front().observed);
-  comparison.expected = std::move(tests.front().expected);
+  comparison.observed = std::move(found.tests.front().observed);
+  comparison.expected = std::move(found.tests.front().expected);
+  if (stratified) comparison.strata = std::move(found.events);
+}
+
+// The groups' scores; the first group has 1, the second 2 ... unless others are given.
+std::vector<double> scoresOf(const LifeRequest& request, std::size_t groups) {
+  if (!request.wantsTrend()) return {};
+  if (!request.scores.empty()) return request.scores;
+  std::vector<double> scores(groups);
+  std::iota(scores.begin(), scores.end(), 1.0);
+  return scores;
+}
+
+void requireFitting(const LifeRows& rows, const LifeRequest& request) {
+  const std::size_t groups = rows.groups.labels.size();
+  if (!request.scores.empty() && request.scores.size() != groups) {
+    throw BadOption("scores", "are " + std::to_string(request.scores.size()) +
+                                  "; expected one for each of the " +
+                                  text::counted(groups, "group", "groups"));
+  }
+  if (request.hazardRatios && groups != 2) {
+    throw BadOption("hazard-ratios", "are of two groups; there " +
+                                         std::string(groups == 1 ? "is " : "are ") +
+                                         text::grouped(groups));
+  }
+}
+
+// Pairs of groups by the first test, and the hazard ratios of two.
+void addTwoByTwo(const LifeRows& rows, const LifeRequest& request, const curves::Weighting& first,
+                 LifeComparison& comparison) {
+  if (request.pairs) {
+    comparison.pairs = curves::comparePairs(rows.response(), rows.testRows(), rows.groupCodes(),
+                                            first, *request.pairs, request.tolerance());
+  }
+  if (request.hazardRatios) {
+    comparison.ratios = curves::hazardRatios(rows.response(), rows.testRows(), rows.groupCodes(),
+                                             1 - request.alpha, request.tolerance());
+  }
 }
 
 }  // namespace
@@ -94,8 +142,8 @@ std::string testName(const curves::Weighting& weighting) {
 }
 
 LifeComparison compareLife(const LifeRows& rows, const LifeRequest& request) {
-  const std::array<curves::Weighting, 3> weightings = {
-      {{Kind::kLogRank}, {Kind::kGehanBreslow}, {Kind::kTaroneWare}}};
+  requireFitting(rows, request);
+  const std::vector<curves::Weighting> asked = request.weightings();
   const std::size_t groups = rows.groups.labels.size();
   LifeComparison comparison;
   comparison.included.assign(groups, false);
@@ -103,21 +151,22 @@ LifeComparison compareLife(const LifeRows& rows, const LifeRequest& request) {
   comparison.expected.assign(groups, kNone);
   comparison.reason = reasonBefore(rows);
   if (comparison.exists()) {
-    std::vector<curves::WeightedTest> tests =
-        curves::compare(rows.response(), rows.rows(), rows.groupCodes(), weightings, {},
-                        request.tolerance())
-            .tests;
+    // The log-rank test's counts stand behind all others.
+    std::vector<curves::Weighting> weightings = {{Kind::kLogRank}};
+    weightings.insert(weightings.end(), asked.begin(), asked.end());
+    curves::Comparison found =
+        curves::compare(rows.response(), rows.testRows(), rows.groupCodes(), weightings,
+                        scoresOf(request, groups), request.tolerance());
+    const curves::WeightedTest& logRank = found.tests.front();
     // Whoever is at risk at an event time has a share of what is expected there.
-    for (std::size_t g = 0; g < groups; ++g) {
-      comparison.included[g] = tests.front().expected[g] > 0;
-    }
-    comparison.reason = reasonOf(tests.front(), comparison, fractionalRisk(rows, request));
-    if (comparison.exists()) take(tests, comparison);
+    for (std::size_t g = 0; g < groups; ++g) comparison.included[g] = logRank.expected[g] > 0;
+    comparison.reason = reasonOf(logRank, comparison, fractionalRisk(rows, request));
+    if (comparison.exists()) take(found, rows.stratified(), comparison);
   }
-  if (!comparison.exists()) {
-    for (const curves::Weighting& each : weightings) {
-      comparison.tests.push_back({testName(each), {}});
-    }
+  if (comparison.exists()) {
+    addTwoByTwo(rows, request, asked.front(), comparison);
+  } else {
+    for (const curves::Weighting& each : asked) comparison.tests.push_back({testName(each), {}});
   }
   return comparison;
 }

@@ -1,28 +1,170 @@
-// Options of survmeth life that do not go together.
+// The request, its units and tests, and the formula that says its columns.
 #include "analysis/life/request.h"
 
+#include <algorithm>
+#include <cstddef>
+#include <utility>
+
 #include "analysis/option.h"
+#include "frame/expression.h"
+#include "model/formula.h"
+#include "text/charconv.h"
+#include "text/words.h"
 
 namespace survmeth::analysis {
+namespace {
 
-engine::curves::Options LifeRequest::curves() const {
-  engine::curves::Options options;
+namespace curves = engine::curves;
+using curves::Weighting;
+using frame::Cells;
+using frame::Expression;
+using Kind = curves::Weighting::Kind;
+
+const std::vector<std::pair<std::string, Kind>>& testWords() {
+  static const std::vector<std::pair<std::string, Kind>> kWords = {
+      {"logrank", Kind::kLogRank},
+      {"gehan-breslow", Kind::kGehanBreslow},
+      {"tarone-ware", Kind::kTaroneWare},
+      {"peto-peto", Kind::kPetoPeto},
+      {"modified-peto-peto", Kind::kModifiedPetoPeto}};
+  return kWords;
+}
+
+// "fh:1:0.5" after its colon at `begin`.
+std::optional<double> powerAt(const std::string& word, std::size_t begin, std::size_t end) {
+  double power = 0;
+  const auto read = text::from_chars(word.data() + begin, word.data() + end, power);
+  if (read.ec != std::errc() || read.ptr != word.data() + end || !(power >= 0)) return {};
+  return power;
+}
+
+Weighting weightingOf(const std::string& word) {
+  for (const auto& [name, kind] : testWords()) {
+    if (word == name) return {kind};
+  }
+  const std::size_t colon = word.find(':', 3);
+  if (word.starts_with("fh:") && colon != std::string::npos) {
+    const auto p = powerAt(word, 3, colon), q = powerAt(word, colon + 1, word.size());
+    if (p && q) return {Kind::kFlemingHarrington, *p, *q};
+  }
+  throw BadOption("tests", text::quote(word) +
+                               " is no test; expected some of logrank, gehan-breslow, "
+                               "tarone-ware, peto-peto, modified-peto-peto, fh:P:Q");
+}
+
+// A column's name; expressions are not evaluated.
+std::string columnOf(const Expression& expression) {
+  if (expression.kind == Expression::Kind::kName) return expression.text;
+  throw BadOption("formula", text::quote(frame::deparse(expression)) +
+                                 " is no column; expected columns alone, as in Surv(time, status) "
+                                 "~ group + strata(site)");
+}
+
+void takeFormula(LifeRequest& request) {
+  const model::Formula formula = model::parseFormula(request.formula);
+  if (!formula.exit || !formula.event) {
+    throw BadOption("formula",
+                    "there is no response before ~; expected Surv(time, status) ~ group");
+  }
+  if (!formula.offsets.empty()) {
+    throw BadOption("formula", "curves take no offset; expected groups and strata alone");
+  }
+  request.time = columnOf(*formula.exit);
+  request.event = columnOf(*formula.event);
+  if (formula.entry) request.entry = columnOf(*formula.entry);
+  for (const model::Variable& variable : formula.variables) {
+    const bool factor = variable.kind == model::VariableKind::kFactor;
+    request.group.push_back(
+        columnOf(factor ? variable.expression.arguments.front() : variable.expression));
+  }
+  for (const Expression& each : formula.strata) request.strata.push_back(columnOf(each));
+  if (formula.cluster) {
+    if (!request.cluster.empty()) {
+      throw BadOption("cluster", "stands beside cluster() in --formula; expected one of the two");
+    }
+    request.cluster = columnOf(*formula.cluster);
+  }
+}
+
+}  // namespace
+
+curves::Options LifeRequest::curves() const {
+  curves::Options options;
+  if (estimate != LifeEstimate::kKaplanMeier) options.survival = curves::Survival::kExponential;
+  if (estimate == LifeEstimate::kFlemingHarrington) {
+    options.ties = curves::HazardTies::kFlemingHarrington;
+  }
   options.scale = limits;
+  options.lowerLimit = lowerLimit;
   options.level = 1 - alpha;
+  options.robust = robust;
   return options;
 }
 
-void checkLife(const LifeRequest& request) {
-  if (request.width && !request.bounds.empty()) {
-    throw BadOption("width", "excludes --bounds; expected one of the two");
+std::vector<Weighting> LifeRequest::weightings() const {
+  if (tests.empty()) return {{Kind::kLogRank}, {Kind::kGehanBreslow}, {Kind::kTaroneWare}};
+  std::vector<Weighting> made;
+  for (const std::string& word : tests) made.push_back(weightingOf(word));
+  return made;
+}
+
+LifeRequest withColumns(const LifeRequest& request) {
+  LifeRequest made = request;
+  if (!request.formula.empty()) takeFormula(made);
+  if (request.byDates()) made.time = nameOf(request.unit);
+  return made;
+}
+
+void wantLifeColumns(const LifeRequest& request, const std::vector<std::string>&,
+                     std::vector<frame::Wanted>& wanted) {
+  if (request.formula.empty()) return;
+  const LifeRequest named = withColumns(request);
+  const auto want = [&wanted](const std::string& name, Cells cells) -> frame::Wanted& {
+    frame::Wanted& made = wanted.emplace_back();
+    made.name = name;
+    made.cells = cells;
+    return made;
+  };
+  want(named.time, Cells::kNumbers).least = 0;
+  want(named.event, Cells::kText).named = request.eventValues;
+  if (!named.entry.empty()) want(named.entry, Cells::kNumbers);
+  for (const std::string& each : named.group) want(each, Cells::kText);
+  for (const std::string& each : named.strata) want(each, Cells::kText);
+  if (request.cluster.empty() && !named.cluster.empty()) want(named.cluster, Cells::kText);
+}
+
+double daysOf(LifeUnit unit) {
+  switch (unit) {
+    case LifeUnit::kDays:
+      return 1;
+    case LifeUnit::kWeeks:
+      return 7;
+    case LifeUnit::kMonths:
+      return 365.25 / 12;
+    case LifeUnit::kYears:
+      break;
   }
-  const std::string intervals = request.width ? "--width" : "--bounds";
-  if (request.table == LifeTable::kKaplanMeier && request.intervals()) {
-    throw BadOption("table", "km has no intervals; expected actuarial with " + intervals);
+  return 365.25;
+}
+
+const char* nameOf(LifeUnit unit) {
+  switch (unit) {
+    case LifeUnit::kDays:
+      return "days";
+    case LifeUnit::kWeeks:
+      return "weeks";
+    case LifeUnit::kMonths:
+      return "months";
+    case LifeUnit::kYears:
+      break;
   }
-  if (request.table == LifeTable::kActuarial && !request.intervals()) {
-    throw BadOption("table", "actuarial needs intervals; expected --width or --bounds");
-  }
+  return "years";
+}
+
+const std::vector<std::string>& lifeRiskRows() {
+  static const std::vector<std::string> kRows = {"at-risk", "events", "cumulative-events",
+                                                 "censored"};
+  return kRows;
 }
 
 }  // namespace survmeth::analysis

@@ -5,7 +5,10 @@
 #include <utility>
 
 #include "analysis/checks.h"
+#include "analysis/cox/subjects.h"
 #include "analysis/groups.h"
+#include "analysis/option.h"
+#include "engine/risk/arrangement.h"
 #include "model/coding.h"
 #include "report/keys.h"
 #include "text/lists.h"
@@ -39,6 +42,59 @@ void requireWeighty(const LifeRows& rows) {
   }
 }
 
+// Dates as numbers of days; another number is no date.
+const frame::Column& datesOf(const frame::Frame& data, const std::string& name,
+                             const char* option) {
+  const frame::Column& dates = *data.numbers(name);
+  if (dates.isDate) return dates;
+  throw BadOption(option, "the column " + text::quote(name) +
+                              " holds no dates; expected dates such as 2024-03-01");
+}
+
+// Times of dates, in units from each row's own start.
+std::vector<double> unitsSince(const frame::Column& start, const frame::Column& end,
+                               LifeUnit unit) {
+  std::vector<double> units(end.numbers.size());
+  for (std::size_t i = 0; i < units.size(); ++i) {
+    units[i] = (end.numbers[i] - start.numbers[i]) / daysOf(unit);
+  }
+  return units;
+}
+
+void takeTimes(const frame::Frame& data, const LifeRequest& request, LifeRows& rows) {
+  if (!request.byDates()) {
+    rows.time = *data.numbers(request.time);
+    if (request.lateEntry()) rows.entry = *data.numbers(request.entry);
+    requireTimes(rows.time.numbers);
+    return;
+  }
+  const frame::Column& from = datesOf(data, request.from, "from");
+  const frame::Column& to = datesOf(data, request.to, "to");
+  for (std::size_t i = 0; i < data.rows; ++i) {
+    if (to.numbers[i] >= from.numbers[i]) continue;
+    throw Refusal(Role::kTime, i, "the date is before that of " + text::quote(request.from),
+                  Refusal::kNone, "the same or a later one");
+  }
+  rows.time = frame::numberColumn(request.time, unitsSince(from, to, request.unit));
+  if (!request.lateEntry()) return;
+  const frame::Column& entry = datesOf(data, request.entry, "entry");
+  rows.entry = frame::numberColumn(request.entry, unitsSince(from, entry, request.unit));
+}
+
+// Rows of a subject depend on each other where it has several events, and wherever robust variances
+// are asked for.
+void takeSubjects(const frame::Frame& data, const LifeRequest& request, LifeRows& rows) {
+  frame::Labels subjects = frame::labelsOf(*data.labels(request.id));
+  engine::risk::check(rows.response(), rows.rows(), {});
+  CoxSubjects checked = checkSubjects(data, rows.response(), rows.rows(), subjects);
+  rows.gaps = std::move(checked.gaps);
+  if (!rows.clustered() && (request.robust || rows.sampling() || checked.severalEvents)) {
+    rows.clusters = subjects;
+    rows.clustersAreSubjects = true;
+  }
+  if (request.lateEntry()) joinRows(rows, subjects.codes);
+}
+
 }  // namespace
 
 LifeRows lifeRowsOf(const frame::Frame& data, const LifeRequest& request) {
@@ -48,10 +104,10 @@ LifeRows lifeRowsOf(const frame::Frame& data, const LifeRequest& request) {
   rows.event.assign(events.rows.begin(), events.rows.end());
   rows.eventLabels = std::move(events.labels);
   rows.eventNote = std::move(events.note);
-  rows.time = *data.numbers(request.time);
-  requireTimes(rows.time.numbers);
-  if (!request.weight.empty()) {
-    rows.weight = *data.numbers(request.weight);
+  takeTimes(data, request, rows);
+  rows.weightsAre = request.weightsAre;
+  if (!request.weightColumn().empty()) {
+    rows.weight = *data.numbers(request.weightColumn());
     requireWeights(rows.weight.numbers);
   }
   if (request.group.empty()) {
@@ -62,13 +118,30 @@ LifeRows lifeRowsOf(const frame::Frame& data, const LifeRequest& request) {
                       : frame::crossedLabels(data, request.group);
     requireFilled(rows.groups, rows.weight.numbers);
   }
-  if (!request.weight.empty()) requireWeighty(rows);
+  if (!request.weightColumn().empty()) requireWeighty(rows);
+  if (!request.strata.empty()) rows.strata = groupsOf(data, request.strata);
+  if (!request.cluster.empty()) rows.clusters = frame::labelsOf(*data.labels(request.cluster));
+  if (!request.id.empty()) takeSubjects(data, request, rows);
   return rows;
 }
 
 engine::Rows LifeRows::rows() const {
   engine::Rows rows;
   rows.weight = weight.numbers;
+  rows.weightKind = weightsAre;
+  rows.cluster = clusters.codes;
+  rows.clusters = clusters.labels.size();
+  return rows;
+}
+
+engine::Rows LifeRows::testRows() const {
+  engine::Rows rows;
+  rows.weight = weight.numbers;
+  rows.weightKind = weightsAre;
+  if (stratified()) {
+    rows.stratum = strata.codes;
+    rows.strata = strata.labels.size();
+  }
   return rows;
 }
 
@@ -85,8 +158,9 @@ report::Fact LifeRows::eventFact(const std::string& column) const {
 }
 
 void LifeRows::noteWeights(std::vector<report::Note>& notes) const {
+  if (weight.numbers.empty()) return;
   const auto zeros = std::count(weight.numbers.begin(), weight.numbers.end(), 0.0);
-  if (!wholeWeights()) {
+  if (!sampling() && !wholeWeights()) {
     notes.push_back(
         {"fractionalWeights", "weights are not all whole numbers; they are taken as frequencies"});
   }

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -16,29 +17,47 @@
 
 namespace survmeth::analysis {
 
+// One for each row of the data, or, where subjects have several, for each stretch of time in which
+// a subject is at risk in one group and one stratum.
 struct LifeRows {
-  frame::Column time, weight;            // those of the data
+  frame::Column time, entry, weight;     // the last two empty where there are none
   std::vector<std::uint32_t> event;      // 0 or 1
   std::vector<std::string> eventLabels;  // that are events
   std::string eventNote;                 // what was taken for an event, where that is not plain
-  frame::Labels groups;                  // "all" where there is no column
+  frame::Labels groups;                  // "all" where there is no column; counts are rows of data
+  frame::Labels strata, clusters;        // no codes where there are none
+  engine::WeightKind weightsAre = engine::WeightKind::kFrequencies;
+  bool clustersAreSubjects = false;
+  std::optional<report::Note> gaps;   // of subjects
+  std::vector<std::uint32_t> source;  // rows of the data, where these are others
 
-  engine::Response response() const { return {{}, time.numbers, event, 1}; }
-  engine::Rows rows() const;
+  engine::Response response() const { return {entry.numbers, time.numbers, event, 1}; }
+  engine::Rows rows() const;      // with weights and clusters
+  engine::Rows testRows() const;  // with weights and strata
   engine::curves::Groups groupCodes() const { return {groups.codes, groups.labels.size()}; }
   bool several() const { return groups.labels.size() > 1; }
+  bool stratified() const { return !strata.codes.empty(); }
+  bool clustered() const { return !clusters.codes.empty(); }
+  bool sampling() const { return weightsAre == engine::WeightKind::kSampling; }
 
   // Whether every weight is a whole number; so are no weights.
   bool wholeWeights() const;
   // "1, yes"; does not exist where no row is an event.
   report::Fact eventFact(const std::string& column) const;
-  // Weights that are not whole, and weights of 0.
+  // Frequencies that are not whole, and weights of 0.
   void noteWeights(std::vector<report::Note>& notes) const;
 };
 
-// Throws engine::Refusal of events that mean neither, of a group that is empty or that only the
-// weights empty, of weights whose sum is not finite. Cost O(rows).
+// Throws engine::Refusal of events that mean neither, of dates that are none or in the wrong order,
+// of a group that is empty or that only the weights empty, of weights whose sum is not finite, of
+// subjects at risk twice at one time. Cost O(n log n) with subjects, else O(n).
+//
+// In   request  withColumns
 LifeRows lifeRowsOf(const frame::Frame& data, const LifeRequest& request);
+
+// Joins rows of one subject that follow one another without an event and differ in nothing else:
+// where follow-up was split says nothing.
+void joinRows(LifeRows& rows, const std::vector<std::uint32_t>& subject);
 
 }  // namespace survmeth::analysis
 

@@ -1,8 +1,13 @@
 #include "analysis/life/run.h"
 
 #include <algorithm>
+#include <array>
+#include <cmath>
 #include <cstddef>
+#include <cstdint>
+#include <string>
 #include <utility>
+#include <vector>
 
 #include "analysis/option.h"
 
@@ -10,67 +15,192 @@ namespace survmeth::analysis {
 namespace {
 
 namespace curves = engine::curves;
+using engine::Refusal;
+using engine::Role;
 
-void addReadings(const curves::Sample& sample, const LifeRequest& request, LifeAnswer& answer) {
-  LifeReadings& readings = answer.readings;
-  const curves::Options options = request.curves();
-  for (const curves::Curve& curve : answer.curves) {
-    if (!request.quantiles.empty()) {
-      readings.quantiles.push_back(curves::quantiles(curve, request.quantiles));
-    }
-    if (!request.at.empty()) {
-      readings.at.push_back(curves::readings(curve, request.at, false, options.scale));
-    }
-  }
-  const engine::Rows rows = answer.rows.rows();
-  if (!request.at.empty()) {
-    readings.risk =
-        curves::riskTable(answer.rows.response(), rows, answer.rows.groupCodes(), request.at);
-  }
-  if (!request.tau) return;
-  readings.means = curves::restrictedMeans(sample, rows, answer.curves, options, *request.tau);
-  for (std::size_t g = 1; g < readings.means.size(); ++g) {
-    readings.contrasts.push_back(
-        curves::compareMeans(readings.means[0], readings.means[g], options.level));
-  }
-}
+constexpr std::size_t kHazardTimes = 101;  // at which the smoothed hazard is given
 
-void addIntervals(const LifeRequest& request, LifeAnswer& answer) {
-  if (!request.intervals()) return;
-  double last = 0;
-  for (const curves::Curve& curve : answer.curves) last = std::max(last, curve.time.back());
-  try {
-    const std::vector<double> bounds =
-        intervalBounds(request.width.value_or(0), request.bounds, last);
-    for (const curves::Curve& curve : answer.curves) {
-      answer.intervals.push_back(actuarialTable(curve, bounds, request.curves()));
-    }
-  } catch (const engine::Refusal& refused) {
-    if (refused.role() != engine::Role::kIntervals) throw;
-    throw BadOption(request.bounds.empty() ? "width" : "bounds", refused.what());
+// Builds the answer part by part.
+class Run {
+ public:
+  Run(const frame::Frame& data, const LifeRequest& request)
+      : request_(answer_.request), options_(request.curves()) {
+    answer_.request = withColumns(request);
+    answer_.rows = lifeRowsOf(data, request_);
   }
-}
+
+  LifeAnswer answer() {
+    try {
+      find();
+    } catch (const Refusal& refused) {
+      const std::vector<std::uint32_t>& source = answer_.rows.source;
+      if (source.empty() || refused.row() == Refusal::kNone) throw;
+      throw Refusal(refused.role(), source[refused.row()], refused.what(), refused.column(),
+                    refused.expected());
+    }
+    return std::move(answer_);
+  }
+
+ private:
+  void find() {
+    const engine::Rows rows = answer_.rows.rows();
+    const curves::Sample sample(answer_.rows.response(), rows, answer_.rows.groupCodes(),
+                                request_.tolerance());
+    answer_.robust = curves::robust(rows, options_);
+    answer_.curves = curves::estimate(sample, rows, options_);
+    for (const curves::Curve& curve : answer_.curves) summarise(curve);
+    addBands(rows);
+    addReadings();
+    addMeans(sample, rows);
+    addHazards(sample, rows);
+    addRates();
+    addIntervals();
+    answer_.comparison = compareLife(answer_.rows, request_);
+  }
+
+  void summarise(const curves::Curve& curve) {
+    constexpr std::array<double, 3> kQuartiles = {0.25, 0.5, 0.75};
+    const auto quartiles = curves::quantiles(curve, kQuartiles, request_.flat);
+    const std::array<double, 1> half = {0.5};
+    answer_.summaries.push_back(
+        {quartiles[0], quartiles[1], quartiles[2],
+         curves::quantiles(curves::followUp(curve, options_), half, request_.flat).front()});
+    answer_.n += curve.n;
+    answer_.events += curve.events;
+    answer_.censored += curve.censored;
+  }
+
+  void addBands(const engine::Rows& rows) {
+    if (!request_.band) return;
+    if (answer_.robust) {
+      throw BadOption("band",
+                      "rests on model-based variances, but subjects have several events; expected "
+                      "it without");
+    }
+    for (const curves::Curve& curve : answer_.curves) {
+      answer_.bands.push_back(curves::band(curve, rows, options_, *request_.band,
+                                           request_.bandFrom.value_or(kNone),
+                                           request_.bandTo.value_or(kNone)));
+    }
+  }
+
+  void addReadings() {
+    LifeReadings& readings = answer_.readings;
+    for (const curves::Curve& curve : answer_.curves) {
+      if (!request_.quantiles.empty()) {
+        readings.quantiles.push_back(curves::quantiles(curve, request_.quantiles, request_.flat));
+      }
+      if (!request_.at.empty()) {
+        readings.at.push_back(curves::readings(curve, request_.at, false, options_.scale));
+      }
+    }
+    if (request_.at.empty()) return;
+    readings.risk = curves::riskTable(answer_.rows.response(), answer_.rows.rows(),
+                                      answer_.rows.groupCodes(), request_.at);
+    if (!request_.difference) return;
+    readings.contrastAt.resize(readings.at.size());
+    for (std::size_t g = 1; g < readings.at.size(); ++g) {
+      for (std::size_t i = 0; i < request_.at.size(); ++i) {
+        readings.contrastAt[g].push_back(
+            curves::compareAt(valueAt(0, i), valueAt(g, i), *request_.difference, options_.level));
+      }
+    }
+  }
+
+  // The survival of a group at a time of --at with the variance of its logarithm.
+  curves::SurvivalAt valueAt(std::size_t group, std::size_t i) const {
+    const curves::Curve& curve = answer_.curves[group];
+    const std::size_t at = curves::indexAt(curve, request_.at[i]);
+    const double survival = answer_.readings.at[group][i].survival;
+    return {survival, at == curve.time.size() ? 0.0 : curve.logVariance[at]};
+  }
+
+  void addMeans(const curves::Sample& sample, const engine::Rows& rows) {
+    if (!request_.wantsMeans()) return;
+    LifeReadings& readings = answer_.readings;
+    const double horizon = request_.tau.value_or(curves::commonHorizon(answer_.curves));
+    if (!(horizon > 0)) {
+      throw BadOption("means", "a group's last time is 0; expected a later one, or --tau");
+    }
+    readings.means = curves::restrictedMeans(sample, rows, answer_.curves, options_, horizon);
+    for (std::size_t g = 1; g < readings.means.size(); ++g) {
+      readings.contrasts.push_back(
+          curves::compareMeans(readings.means[0], readings.means[g], options_.level));
+    }
+  }
+
+  void addHazards(const curves::Sample& sample, const engine::Rows& rows) {
+    if (!request_.hazard) return;
+    for (std::size_t g = 0; g < answer_.curves.size(); ++g) {
+      const curves::Curve& curve = answer_.curves[g];
+      std::size_t last = curve.time.size();
+      while (last > 0 && !(curve.eventsAt[last - 1] > 0)) --last;
+      std::vector<double> times;
+      for (std::size_t i = 0; i < kHazardTimes && last > 0; ++i) {
+        times.push_back(curve.time[last - 1] * static_cast<double>(i) / (kHazardTimes - 1));
+      }
+      try {
+        answer_.readings.hazards.push_back(
+            times.empty()
+                ? std::vector<curves::HazardRate>()
+                : curves::hazardRates(sample, g, rows, options_, times, *request_.hazard));
+      } catch (const Refusal& refused) {
+        throw BadOption(
+            "hazard",
+            refused.what() +
+                (answer_.rows.several() ? " of the group " + answer_.labels()[g] : std::string()) +
+                "; expected a smaller one");
+      }
+    }
+  }
+
+  void addRates() {
+    if (!request_.wantsRates()) return;
+    LifeReadings& readings = answer_.readings;
+    readings.rates = curves::rates(answer_.rows.response(), answer_.rows.rows(),
+                                   answer_.rows.groupCodes(), request_.cuts, options_.level);
+    // Time begins at 0.
+    for (auto& group : readings.rates) group.front().from = 0;
+    if (answer_.robust) {  // exact limits are those of independent counts
+      for (auto& group : readings.rates) {
+        for (curves::Rate& rate : group) rate.lower = rate.upper = kNone;
+      }
+      return;
+    }
+    readings.rateRatios.resize(readings.rates.size());
+    for (std::size_t g = 1; g < readings.rates.size(); ++g) {
+      for (std::size_t i = 0; i < readings.rates[g].size(); ++i) {
+        readings.rateRatios[g].push_back(
+            curves::rateRatio(readings.rates[0][i], readings.rates[g][i], options_.level));
+      }
+    }
+  }
+
+  void addIntervals() {
+    if (!request_.intervals()) return;
+    double last = 0;
+    for (const curves::Curve& curve : answer_.curves) last = std::max(last, curve.time.back());
+    try {
+      const std::vector<double> bounds =
+          intervalBounds(request_.width.value_or(0), request_.bounds, last);
+      for (const curves::Curve& curve : answer_.curves) {
+        answer_.intervals.push_back(actuarialTable(curve, bounds, options_));
+      }
+    } catch (const Refusal& refused) {
+      if (refused.role() != Role::kIntervals) throw;
+      throw BadOption(request_.bounds.empty() ? "width" : "bounds", refused.what());
+    }
+  }
+
+  LifeAnswer answer_;
+  const LifeRequest& request_;
+  curves::Options options_;
+};
 
 }  // namespace
 
 LifeAnswer fitLife(const frame::Frame& data, const LifeRequest& request, numerics::Progress&) {
-  LifeAnswer answer;
-  answer.rows = lifeRowsOf(data, request);
-  const engine::Rows rows = answer.rows.rows();
-  const curves::Sample sample(answer.rows.response(), rows, answer.rows.groupCodes(),
-                              request.tolerance());
-  answer.curves = curves::estimate(sample, rows, request.curves());
-  const double half[] = {0.5};
-  for (const curves::Curve& curve : answer.curves) {
-    answer.medians.push_back(curves::quantiles(curve, half).front());
-    answer.n += curve.n;
-    answer.events += curve.events;
-    answer.censored += curve.censored;
-  }
-  addReadings(sample, request, answer);
-  addIntervals(request, answer);
-  answer.comparison = compareLife(answer.rows, request);
-  return answer;
+  return Run(data, request).answer();
 }
 
 }  // namespace survmeth::analysis

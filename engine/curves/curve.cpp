@@ -79,6 +79,28 @@ void addRobust(Curve& curve, const Sample& sample, std::size_t group, const Opti
   }
 }
 
+void addLimits(Curve& curve, const Options& options) {
+  const double z = normalQuantile(options.level);
+  const std::size_t m = curve.time.size();
+  curve.lower.resize(m);
+  curve.upper.resize(m);
+  double atRiskLast = m > 0 ? curve.atRisk[0] : 0.0;  // at the last event time
+  for (std::size_t i = 0; i < m; ++i) {
+    const double s = curve.survival[i];
+    const double error = std::sqrt(curve.logVariance[i]);
+    const Interval limits = survivalLimits(s, z * error, options.scale);
+    curve.lower[i] = limits.lower;
+    curve.upper[i] = limits.upper;
+    if (options.lowerLimit == LowerLimit::kUsual) continue;
+    const double n = curve.atRisk[i];
+    if (curve.eventsAt[i] > 0.0) atRiskLast = n;
+    const double own = options.lowerLimit == LowerLimit::kModified
+                           ? error * std::sqrt(atRiskLast / n)
+                           : std::sqrt((1.0 - s) / n);
+    curve.lower[i] = survivalLimits(s, z * own, options.scale).lower;
+  }
+}
+
 }  // namespace
 
 HazardTerm hazardTerm(const Sample& sample, std::size_t k, const Options& options) {
@@ -113,7 +135,7 @@ bool robust(const Rows& rows, const Options& options) {
 }
 
 std::vector<Curve> estimate(const Sample& sample, const Rows& rows, const Options& options) {
-  const double z = normalQuantile(options.level);
+  normalQuantile(options.level);  // refuses
   const bool sandwich = robust(rows, options);
   if (options.hazardVariance == HazardVariance::kBinomial &&
       (sandwich || options.ties != HazardTies::kPlain)) {
@@ -126,18 +148,39 @@ std::vector<Curve> estimate(const Sample& sample, const Rows& rows, const Option
   for (std::size_t g = 0; g < sample.groups(); ++g) {
     Curve curve = modelBased(sample, g, options);
     if (sandwich) addRobust(curve, sample, g, options, influence);
-    const std::size_t m = curve.time.size();
-    curve.lower.resize(m);
-    curve.upper.resize(m);
-    for (std::size_t i = 0; i < m; ++i) {
-      const Interval limits =
-          survivalLimits(curve.survival[i], z * std::sqrt(curve.logVariance[i]), options.scale);
-      curve.lower[i] = limits.lower;
-      curve.upper[i] = limits.upper;
-    }
+    addLimits(curve, options);
     result.push_back(std::move(curve));
   }
   return result;
+}
+
+Curve followUp(const Curve& curve, const Options& options) {
+  Curve reverse;
+  reverse.rows = curve.rows;
+  reverse.n = curve.n;
+  reverse.events = curve.censored;
+  reverse.censored = curve.events;
+  reverse.time = curve.time;
+  reverse.atRisk = curve.atRisk;
+  reverse.eventsAt = curve.censoredAt;
+  reverse.censoredAt = curve.eventsAt;
+  reverse.survival.reserve(curve.time.size());
+  reverse.logVariance.reserve(curve.time.size());
+  double product = 1.0;
+  RunningSum greenwood;
+  for (std::size_t i = 0; i < curve.time.size(); ++i) {
+    const double n = curve.atRisk[i];
+    const double c = curve.censoredAt[i];
+    if (c > 0.0) {
+      product *= (n - c) / n;
+      greenwood.add(n > c ? c / n / (n - c) : 0.0);
+    }
+    reverse.survival.push_back(product);
+    reverse.logVariance.push_back(product > 0.0 ? greenwood.value()
+                                                : std::numeric_limits<double>::infinity());
+  }
+  addLimits(reverse, options);
+  return reverse;
 }
 
 double Curve::standardError(std::size_t i) const { return survival[i] * std::sqrt(logVariance[i]); }

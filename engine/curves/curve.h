@@ -30,11 +30,20 @@ enum class HazardVariance {
   kBinomial,  // sum of d (n - d) / n^3 (Klein, Scand J Statist 18 (1991) 333-340); plain ties only
 };
 
+// The error that the lower limit of the survival is made with, n at risk at its time and m at the
+// last event time up to it; the upper limit has the usual one.
+enum class LowerLimit {
+  kUsual,
+  kModified,  // times sqrt(m / n): wider with each censoring since
+  kPeto,      // of log S sqrt((1 - S) / n) (Peto et al., Br J Cancer 35 (1977) 1-39)
+};
+
 struct Options {
   Survival survival = Survival::kProductLimit;
   HazardTies ties = HazardTies::kPlain;
   HazardVariance hazardVariance = HazardVariance::kPoisson;
   Scale scale = Scale::kLogLog;
+  LowerLimit lowerLimit = LowerLimit::kUsual;
   double level = 0.95;
   // Variances from the influence of each cluster (each row without clusters); clusters and
   // sampling weights imply them.
@@ -71,6 +80,15 @@ struct Curve {
 // Cost O(n); robust the same, and memory for five numbers a cluster
 // Source Greenwood (1926); robust: Williams, Biometrics 51 (1995) 200-203
 std::vector<Curve> estimate(const Sample& sample, const Rows& rows, const Options& options);
+
+// The curve of the length of follow-up (reverse Kaplan-Meier): what would be estimated with
+// censorings as events, with its limits. Rows that fail at the time of a censoring are still at
+// risk of it. Cumulative hazards are left out.
+//
+// In   curve   its numbers at risk and censored; variances are model-based
+// Cost O(times)
+// Source Schemper & Smith, Control Clin Trials 17 (1996) 343-346
+Curve followUp(const Curve& curve, const Options& options);
 
 // What time k of the sample adds to H and to its model-based variance.
 struct HazardTerm {

@@ -320,9 +320,9 @@ class Files(unittest.TestCase):
         )
         end = time.monotonic() + PATIENCE
         results = self.folder / "new" / "results"
-        while not (results.exists() and len(os.listdir(results)) == 2) and time.monotonic() < end:
+        while not (results.exists() and len(os.listdir(results)) == 3) and time.monotonic() < end:
             time.sleep(0.01)
-        self.assertEqual(len(os.listdir(results)), 2)
+        self.assertEqual(len(os.listdir(results)), 3)
         process.send_signal(signal.SIGTERM)
         self.assertEqual(process.wait(PATIENCE), -signal.SIGTERM)
         self.assertEqual(self.names(), ["fifo.svg", "gnuplot", "trial.csv"])
@@ -375,7 +375,8 @@ class Files(unittest.TestCase):
         )
         self.assertEqual(self.text("curves.svg"), "old")
         self.assertEqual(
-            self.names(), ["bin", "curves.svg", "kaplanMeier.csv", "summary.csv", "trial.csv"]
+            self.names(),
+            ["atRisk.csv", "bin", "curves.svg", "kaplanMeier.csv", "summary.csv", "trial.csv"],
         )
 
     # Standard output that cannot be written.

@@ -194,5 +194,5 @@ def test_names_that_are_words_of_python_end_in_an_underscore():
 def test_an_argument_that_there_is_not():
     with pytest.raises(TypeError, match="got an unexpected keyword argument 'groups'"):
         survmeth.life({}, time="t", event="e", groups="g")
-    with pytest.raises(TypeError, match="missing a required argument: 'event'"):
-        survmeth.life({}, time="t")
+    with pytest.raises(TypeError, match="missing a required argument: 'group'"):
+        survmeth.gray({}, time="t", status="s")

@@ -82,7 +82,7 @@ TEST(SurvivalCurves, ByHand) {
   EXPECT_EQ(curve.n, 5);
   EXPECT_EQ(curve.events, 4);
   EXPECT_EQ(curve.censored, 1);
-  EXPECT_EQ(result.medians[0].time, 3);
+  EXPECT_EQ(result.summaries[0].median.time, 3);
 }
 
 // Medians, their limits, and one row of each curve, for random data in all three kinds of limits.
@@ -102,9 +102,11 @@ TEST(SurvivalCurves, MediansAndLimitsAreThoseOfR) {
     const Curve& curve = result.curves.at(g);
     EXPECT_EQ(curve.n, csv.number("n", row));
     EXPECT_EQ(curve.events, csv.number("events", row));
-    EXPECT_TRUE(near(result.medians[g].time, csv.number("median", row), kTolerance));
-    EXPECT_TRUE(near(result.medians[g].lower, csv.number("lower", row), kTolerance)) << "lower";
-    EXPECT_TRUE(near(result.medians[g].upper, csv.number("upper", row), kTolerance)) << "upper";
+    EXPECT_TRUE(near(result.summaries[g].median.time, csv.number("median", row), kTolerance));
+    EXPECT_TRUE(near(result.summaries[g].median.lower, csv.number("lower", row), kTolerance))
+        << "lower";
+    EXPECT_TRUE(near(result.summaries[g].median.upper, csv.number("upper", row), kTolerance))
+        << "upper";
     const auto at = std::find(curve.time.begin(), curve.time.end(), csv.number("time", row));
     ASSERT_NE(at, curve.time.end());
     const auto i = static_cast<std::size_t>(at - curve.time.begin());
@@ -117,8 +119,8 @@ TEST(SurvivalCurves, MediansAndLimitsAreThoseOfR) {
 }
 
 TEST(SurvivalCurves, MedianOfUncensoredDataIsTheMiddleValue) {
-  EXPECT_EQ(run(oneGroup({1, 2, 3, 4}, {1, 1, 1, 1})).medians[0].time, 2.5);
-  EXPECT_EQ(run(oneGroup({5, 1, 3}, {1, 1, 1})).medians[0].time, 3);
+  EXPECT_EQ(run(oneGroup({1, 2, 3, 4}, {1, 1, 1, 1})).summaries[0].median.time, 2.5);
+  EXPECT_EQ(run(oneGroup({5, 1, 3}, {1, 1, 1})).summaries[0].median.time, 3);
 }
 
 // (19/20)(18/19) ... (10/11) is not 1/2 in the last bit.
@@ -129,13 +131,13 @@ TEST(SurvivalCurves, MedianToleratesTheRoundingOfTheProduct) {
       columns.time.push_back(static_cast<double>(i));
       columns.event.push_back(1);
     }
-    EXPECT_EQ(run(columns).medians[0].time, static_cast<double>(n + 1) / 2) << n;
+    EXPECT_EQ(run(columns).summaries[0].median.time, static_cast<double>(n + 1) / 2) << n;
   }
 }
 
 TEST(SurvivalCurves, ACurveThatEndsAtOneHalfHasItsMedianInTheMiddleOfTheStretch) {
-  EXPECT_EQ(run(oneGroup({2, 4}, {1, 0})).medians[0].time, 3);
-  EXPECT_EQ(run(oneGroup({2, 2}, {1, 0})).medians[0].time, 2);
+  EXPECT_EQ(run(oneGroup({2, 4}, {1, 0})).summaries[0].median.time, 3);
+  EXPECT_EQ(run(oneGroup({2, 2}, {1, 0})).summaries[0].median.time, 2);
 }
 
 // S = 2/5 with Greenwood sum 3/10 from time 3 on: the plain upper limit 2/5 (1 + z sqrt(3/10)) is
@@ -145,13 +147,13 @@ TEST(SurvivalCurves, ALimitThatRunsAtOneHalfGivesTheMiddleOfTheStretch) {
   const Columns columns = oneGroup({1, 2, 3, 5, 6}, {1, 1, 1, 0, 0});
   const LifeAnswer result = run(columns, Scale::kPlain, std::erfc(z / std::sqrt(2.0)));
   EXPECT_TRUE(near(result.curves[0].upper[2], 0.5, 1e-12));
-  EXPECT_EQ(result.medians[0].upper, 0.5 * (3 + 6));
+  EXPECT_EQ(result.summaries[0].median.upper, 0.5 * (3 + 6));
 }
 
 TEST(SurvivalCurves, ACurveThatStaysAboveOneHalfHasNoMedian) {
   const LifeAnswer result = run(oneGroup({1, 2, 3, 4}, {1, 0, 0, 0}));
-  EXPECT_TRUE(std::isnan(result.medians[0].time));
-  EXPECT_TRUE(std::isnan(result.medians[0].upper));
+  EXPECT_TRUE(std::isnan(result.summaries[0].median.time));
+  EXPECT_TRUE(std::isnan(result.summaries[0].median.upper));
 }
 
 TEST(SurvivalCurves, LimitsDoNotExistAtZeroNorForLogLogAtOne) {
@@ -180,7 +182,8 @@ TEST(SurvivalCurves, WholeWeightsEqualReplicatedRows) {
       EXPECT_EQ(a.survival, b.survival);
       EXPECT_EQ(a.n, b.n);
       EXPECT_EQ(a.events, b.events);
-      EXPECT_TRUE(near(weighted.medians[g].lower, replicated.medians[g].lower, 0));
+      EXPECT_TRUE(
+          near(weighted.summaries[g].median.lower, replicated.summaries[g].median.lower, 0));
     }
     EXPECT_EQ(weighted.comparison.reason, replicated.comparison.reason);
     for (std::size_t t = 0; t < 3 && weighted.comparison.reason.empty(); ++t, ++tested) {
@@ -254,7 +257,7 @@ TEST(SurvivalCurves, WithoutAnEventTheCurvesStayAtOneAndThereIsNoTest) {
     EXPECT_EQ(curve.events, 0);
     EXPECT_EQ(curve.censored, 2);
   }
-  for (const auto& median : result.medians) EXPECT_TRUE(std::isnan(median.time));
+  for (const auto& group : result.summaries) EXPECT_TRUE(std::isnan(group.median.time));
   EXPECT_EQ(result.comparison.reason, "there is no event");
   EXPECT_TRUE(std::isnan(result.comparison.tests[0].test.pValue));
 }

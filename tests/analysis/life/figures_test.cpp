@@ -12,11 +12,15 @@ namespace {
 using namespace survmeth;  // NOLINT(google-build-using-namespace)
 using Numbers = std::vector<double>;
 
+analysis::LifeAnswer answerOf(const test::Columns& columns, analysis::LifeRequest request = {}) {
+  analysis::LifeAnswer answer = test::lifeOf(columns, std::move(request));
+  answer.request.time = "weeks";
+  if (columns.groups > 1) answer.request.group = {"arm"};
+  return answer;
+}
+
 report::Figure figureOf(const test::Columns& columns) {
-  analysis::LifeRequest request;
-  request.time = "weeks";
-  if (columns.groups > 1) request.group = {"arm"};
-  return analysis::lifeSurvivalFigure(test::lifeOf(columns), request);
+  return analysis::lifeSurvivalFigure(answerOf(columns));
 }
 
 test::Columns fiveRows() {
@@ -108,6 +112,88 @@ TEST(SurvivalFigure, ManyStepsAreThinnedToWhatAPictureShows) {
     // of a product of 1e5 factors, below 1e5 times 2.2e-16.
     EXPECT_NEAR(step.y[i], 1 - step.x[i] / 100000, 3e-11) << i;
   }
+}
+
+test::Columns twoGroups() {
+  test::Columns columns = fiveRows();
+  columns.group = {0, 0, 1, 1, 1};
+  columns.groups = 2;
+  return columns;
+}
+
+TEST(IncidenceFigure, IsOneLessSurvivalWithItsLimitsTurned) {
+  const analysis::LifeAnswer answer = answerOf(fiveRows());
+  const report::Figure figure = analysis::lifeIncidenceFigure(answer);
+  const report::Series& band = figure.panels.front().series[0];
+  const report::Series& step = figure.panels.front().series[1];
+  EXPECT_EQ(step.y.front(), 0);
+  EXPECT_DOUBLE_EQ(step.y[1], 1.0 / 5);
+  EXPECT_EQ(step.y.back(), 1);
+  EXPECT_DOUBLE_EQ(band.lower[1], 1 - answer.curves[0].upper[0]);
+  EXPECT_DOUBLE_EQ(band.upper[1], 1 - answer.curves[0].lower[0]);
+}
+
+TEST(CumulativeHazardFigure, RisesByEventsOverAtRisk) {
+  const report::Figure figure = analysis::lifeCumulativeHazardFigure(answerOf(fiveRows()));
+  const report::Series& step = figure.panels.front().series[1];
+  EXPECT_EQ(step.x, (Numbers{0, 2, 3, 8}));
+  EXPECT_EQ(step.y[0], 0);
+  EXPECT_DOUBLE_EQ(step.y[1], 1.0 / 5);
+  EXPECT_DOUBLE_EQ(step.y[2], 1.0 / 5 + 1.0 / 4);
+  EXPECT_DOUBLE_EQ(step.y[3], 1.0 / 5 + 1.0 / 4 + 1);
+  EXPECT_FALSE(figure.panels.front().y.percent);
+}
+
+TEST(LogLogFigure, IsOverTheLogarithmOfTimeWhereSurvivalIsBetweenZeroAndOne) {
+  const auto figure = analysis::lifeLogLogFigure(answerOf(twoGroups()));
+  ASSERT_TRUE(figure);
+  EXPECT_EQ(figure->panels.front().x.scale, report::Scale::kLog);
+  // The first group falls to 1/2 and 0 at 2 and 3; nobody of the second fails before its last.
+  ASSERT_EQ(figure->panels.front().series.size(), 1u);
+  const report::Series& step = figure->panels.front().series.front();
+  EXPECT_EQ(step.name, "a");
+  EXPECT_EQ(step.x, (Numbers{2}));
+  EXPECT_DOUBLE_EQ(step.y.front(), std::log(std::log(2.0)));
+}
+
+TEST(LogLogFigure, IsNoneWhereNothingIsBetweenZeroAndOne) {
+  test::Columns columns;
+  columns.time = {1, 4};
+  columns.event = {0, 0};
+  EXPECT_FALSE(analysis::lifeLogLogFigure(answerOf(columns)));
+}
+
+TEST(HazardFigure, IsThereWhereABandwidthIs) {
+  analysis::LifeRequest request;
+  EXPECT_FALSE(analysis::lifeHazardFigure(answerOf(fiveRows(), request)));
+  request.hazard = 3;
+  const auto figure = analysis::lifeHazardFigure(answerOf(fiveRows(), request));
+  ASSERT_TRUE(figure);
+  EXPECT_EQ(figure->panels.front().series.back().x.size(), 101u);
+  EXPECT_EQ(figure->panels.front().series.back().x.back(), 8);
+}
+
+TEST(SurvivalFigure, ABandTakesThePlaceOfTheLimits) {
+  analysis::LifeRequest request;
+  request.band = engine::curves::BandKind::kHallWellner;
+  const analysis::LifeAnswer answer = answerOf(fiveRows(), request);
+  const report::Figure figure = analysis::lifeSurvivalFigure(answer);
+  EXPECT_EQ(figure.panels.front().series[0].lower[1], answer.bands[0].lower[0]);
+  EXPECT_NE(figure.caption.find("Hall-Wellner 95% bands (log-log)"), std::string::npos);
+}
+
+TEST(SurvivalFigure, ItsRiskTableHasTheRowsAndTimesThatAreAskedFor) {
+  analysis::LifeRequest request;
+  request.riskAt = {0, 3, 5};
+  request.riskRows = {"at-risk", "events", "cumulative-events", "censored"};
+  const auto table = analysis::lifeSurvivalFigure(answerOf(fiveRows(), request)).riskTable;
+  ASSERT_TRUE(table);
+  EXPECT_EQ(table->title, "At risk");
+  EXPECT_EQ(table->breaks, (Numbers{0, 3, 5}));
+  EXPECT_EQ(table->rows, (std::vector<std::string>{"all", "Events", "all", "Cumulative events",
+                                                   "all", "Censored", "all"}));
+  EXPECT_EQ(table->counts,
+            (std::vector<Numbers>{{5, 4, 2}, {}, {0, 2, 0}, {}, {0, 2, 2}, {}, {0, 1, 2}}));
 }
 
 }  // namespace

@@ -1,12 +1,12 @@
 #!/usr/bin/env python3
-"""The numbers of survmeth cox and clogit are those of R's survival (tests/reference/cox_command).
+"""The numbers of a command are those of R's survival (tests/reference/cox_command, life_command).
 
-    cox_reference_test.py PROGRAM SOURCE
+    command_reference_test.py PROGRAM SOURCE FOLDER LEAST
 
-Each call of cases.txt prints its JSON; every cell of expected.csv is looked up there by table, row and
-column. A number may differ by 1e-9 of the larger of its size and its scale, which for a coefficient is
-its standard error: both programs end within some 1e-12 of the maximum, the rest is the rounding of
-another order of sums.
+Each call of FOLDER's cases.txt prints its JSON; every cell of expected.csv is looked up there by
+table, row and column, LEAST cells at least. A number may differ by 1e-9 of the larger of its size and
+its scale, which for a coefficient is its standard error: both programs end within some 1e-12 of the
+maximum, the rest is the rounding of another order of sums.
 """
 
 import collections
@@ -20,15 +20,27 @@ import tempfile
 
 TOLERANCE = 1e-9
 
+# The columns that name a row, joined by "|"; the first one of other tables.
+KEYS = {
+    "baseline": ["stratum", "time"],
+    "quantiles": ["group", "probability"],
+    "meanContrasts": ["group", "statistic"],
+    "rates": ["group", "from"],
+    "rateRatios": ["group", "from"],
+    "strata": ["stratum", "group"],
+    "pairs": ["first", "second"],
+}
+KEYS |= {table: ["group", "time"] for table in
+         ("kaplanMeier", "curves", "survivalAt", "survivalContrasts", "atRisk")}
 
-def rows_of(table):
-    """The row that a label names: its first column, of a baseline stratum and time."""
+
+def rows_of(name, table):
+    """The row that its labels name."""
     columns = table["values"]
-    keys = list(columns)
-    first = columns[keys[0]]
-    if keys[0] == "stratum":
-        return {f"{s}|{t:g}": i for i, (s, t) in enumerate(zip(first, columns["time"]))}
-    return {str(name): i for i, name in enumerate(first)}
+    keys = [key for key in KEYS.get(name, list(columns)[:1]) if key in columns]
+    spelt = ([f"{cell:.12g}" if isinstance(cell, (int, float)) else cell for cell in columns[key]]
+             for key in keys)
+    return {"|".join(cells): i for i, cells in enumerate(zip(*spelt))}
 
 
 def found(report, cell):
@@ -47,14 +59,14 @@ def report_of(program, source, arguments):
     if result.returncode != 0:
         raise SystemExit(f"{arguments}: {result.stderr.decode()}")
     report = json.loads(result.stdout)
-    for table in report["tables"].values():
-        table["rows"] = rows_of(table)
+    for name, table in report["tables"].items():
+        table["rows"] = rows_of(name, table)
     return report
 
 
 def main():
     program, source = pathlib.Path(sys.argv[1]).resolve(), pathlib.Path(sys.argv[2]).resolve()
-    folder = source / "tests/reference/cox_command"
+    folder = source / sys.argv[3]
     cells = collections.defaultdict(list)
     with open(folder / "expected.csv", encoding="utf-8") as file:
         for cell in csv.DictReader(file):
@@ -77,7 +89,7 @@ def main():
             if off > TOLERANCE:
                 problems.append(f'{place}: {value!r}, expected {cell["value"]} ({off:.2g})')
     problems += [f"{name} has numbers and no call" for name in cells]
-    if count < 1500:
+    if count < int(sys.argv[4]):
         problems.append(f"only {count} numbers were compared")
     print("\n".join(problems) or f"{count} numbers, the farthest off by {largest:.2g}")
     sys.exit(1 if problems else 0)
