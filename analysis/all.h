@@ -11,6 +11,7 @@ Declaration coxDeclaration();        // proportional-hazards regression
 Declaration clogitDeclaration();     // conditional logistic regression of matched sets
 Declaration incidenceDeclaration();  // competing events: incidence curves and their comparison
 Declaration grayDeclaration();       // Gray's test alone
+Declaration finegrayDeclaration();   // regression of subdistribution hazards
 Declaration rocDeclaration();        // ROC curves of markers and their comparison
 Declaration agreeDeclaration();      // agreement of two methods, repeatability of one
 Declaration demingDeclaration();     // Deming regression of one method on another

@@ -199,6 +199,21 @@ write_case("incidence-pbc", "Incidence of transplants and deaths in primary bili
              })
            }))
 
+# Subdistribution hazards ----
+covariates <- cbind(age = pbc$age, "log(bili)" = log(pbc$bili), edema = pbc$edema)
+fit <- crr(pbc$time, pbc$status, covariates, failcode = 2, gtol = 1e-14, maxiter = 100)
+write_case("finegray-pbc", "Fine and Gray's regression of deaths in primary biliary cirrhosis",
+           software("cmprsk"), "finegray", "pbc.csv",
+           '"formula": "Surv(time, status) ~ age + log(bili) + edema", "event": "2"',
+           list(lapply(seq_along(fit$coef), function(j) {
+                  row <- list(event = "2", name = colnames(covariates)[j])
+                  list(cell("coefficients", row, "coef", fit$coef[[j]], "crr", iterated),
+                       cell("coefficients", row, "standardError", sqrt(fit$var[j, j]), "crr",
+                            iterated))
+                }),
+                cell("fits", list(event = "2"), "nullLogLikelihood", fit$loglik.null, "crr"),
+                cell("fits", list(event = "2"), "logLikelihood", fit$loglik, "crr")))
+
 # ROC curves ----
 sah <- read_data("sah.csv")
 markers <- c("wfns", "s100b", "ndka")

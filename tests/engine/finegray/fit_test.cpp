@@ -52,6 +52,10 @@ Data melanoma() {
 TEST(FineGray, WithoutOtherCausesIsProportionalHazards) {
   Data data = melanoma();
   for (std::uint32_t& event : data.rows.event) event = event == 1 ? 1 : 0;
+  for (std::size_t i = 0; i < data.rows.exit.size(); ++i) {
+    data.rows.weight.push_back(0.5 + static_cast<double>(i % 3));
+  }
+  data.rows.weightKind = engine::WeightKind::kSampling;
   const Fit fit = data.fit({.errors = Errors::kSandwich});
   engine::Design design;
   for (const Numbers& column : data.covariates) design.columns.emplace_back(column);

@@ -1,0 +1,101 @@
+// The declaration of survmeth finegray, and its figure.
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include "analysis/all.h"
+#include "analysis/finegray/finegray.h"
+#include "report/build.h"
+
+namespace survmeth::analysis {
+
+using engine::Role;
+using engine::WeightKind;
+using engine::finegray::CensoringTies;
+using engine::finegray::Errors;
+
+std::optional<report::Figure> fineGrayFigure(const FineGrayAnswer& answer, const FineGrayRequest&) {
+  if (answer.types.empty()) return {};
+  report::Figure figure;
+  figure.id = "incidence";
+  figure.title = "Cumulative incidence at the covariates' means";
+  figure.caption =
+      "By proportional subdistribution hazards, each type of event by a model of its "
+      "own.";
+  const auto& first = answer.types.front().fit.problem->rows.arrangement;
+  for (std::size_t s = 0; s < first.strata(); ++s) {
+    report::Panel& panel =
+        figure.panels.emplace_back(report::panelOf("Time", "Cumulative incidence"));
+    panel.x.least = panel.y.least = 0;
+    panel.y.percent = true;
+    // The end of follow-up.
+    const double end = first.codeTime[first.exitCode[first.stratumRow[s + 1] - 1]];
+    if (!answer.strata.empty()) panel.title = answer.strata[first.stratumCode[s]];
+    for (const FineGrayOfType& type : answer.types) {
+      const auto found = engine::finegray::incidenceAt(type.fit, answer.means, s);
+      report::Series& step = panel.series.emplace_back();
+      step.name = answer.status + " " + type.label;
+      step.kind = report::SeriesKind::kStep;
+      step.x = {0};
+      step.y = {0};
+      step.x.insert(step.x.end(), found.time.begin(), found.time.end());
+      step.y.insert(step.y.end(), found.incidence.begin(), found.incidence.end());
+      step.x.push_back(end);
+      step.y.push_back(step.y.back());
+    }
+  }
+  return figure;
+}
+
+Declaration finegrayDeclaration() {
+  return declare<FineGrayRequest, FineGrayAnswer>(
+             "finegray", "Regression of subdistribution hazards under competing risks")
+      .formula("formula", &FineGrayRequest::formula,
+               "Response and terms: Surv(time, status) ~ age + sex + strata(site); docs/formula.md")
+      .required()
+      .label("censor", &FineGrayRequest::censor, "", "The status of the censored, or none", "CODE")
+      .without("0, censored, alive, no or false")
+      .label("event", &FineGrayRequest::cause, "", "The type of event; the others compete", "CODE")
+      .without("each in turn")
+      .texts("factor", &FineGrayRequest::factors, Role::kValue,
+             "Covariates whose cells are labels, also where numbers")
+      .texts("reference", &FineGrayRequest::references, Role::kValue,
+             "Reference levels of factors, as COL=LEVEL; else the first in order", "COL=LEVEL")
+      .column("censoring", &FineGrayRequest::censoring, Role::kStrata, labels(),
+              "Column of strata with censoring curves of their own")
+      .choice("censoring-ties", &FineGrayRequest::censoringTies,
+              {{"at-risk", CensoringTies::kAtRisk}, {"after-events", CensoringTies::kAfterEvents}},
+              "Whether those with an event are at risk of the censorings of its time")
+      .choice("errors", &FineGrayRequest::errors,
+              {{"estimated-weights", Errors::kEstimatedWeights}, {"sandwich", Errors::kSandwich}},
+              "Whether standard errors count that the censoring curve is an estimate")
+      .column("weights", &FineGrayRequest::weights, Role::kWeight, numbersFrom(0),
+              "Column with the weights of rows")
+      .choice<WeightKind>(
+          "weights-are", &FineGrayRequest::weightsAre,
+          {{"frequencies", WeightKind::kFrequencies}, {"sampling", WeightKind::kSampling}},
+          "What weights mean")
+      .column("cluster", &FineGrayRequest::cluster, Role::kCluster, labels(),
+              "Column of rows that belong together")
+      .flag("cause-specific", &FineGrayRequest::causeSpecific,
+            "Also proportional hazards of each type, the others censored")
+      .alpha(&FineGrayRequest::alpha)
+      .details(
+          "The status in Surv(time, status) or Surv(entry, exit, status) is a column whose values "
+          "are censoring and the types of events. Without --event each type is fitted in turn, the "
+          "others competing. Files hold the incidence at the covariates' means and residuals.")
+      .example(
+          "survmeth finegray data/pbc.csv --formula 'Surv(time, status) ~ age + log(bili) + "
+          "edema' --event 2")
+      .tables({"fits", "coefficients", "tests", "causeSpecific"})
+      .longTable("baseline", fineGrayBaseline)
+      .longTable("residuals", fineGrayResiduals)
+      .figure("incidence", fineGrayFigure)
+      .leastRows(2)
+      .adjustColumns(wantFineGrayColumns)
+      .completeRows(fineGrayRows)
+      .fit(fitFineGray)
+      .describe(describeFineGray);
+}
+
+}  // namespace survmeth::analysis
