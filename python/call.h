@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "analysis/declaration.h"
+#include "analysis/reading.h"
 #include "frame/memory.h"
 #include "numerics/progress.h"
 #include "report/report.h"
@@ -19,6 +20,7 @@ namespace survmeth::python {
 // What cannot be analysed becomes Python's survmeth.RefusedInput.
 class Call {
  public:
+  // Options of the analysis, and of reading those that data in memory have: missing, where.
   Call(const std::string& name, const nanobind::dict& settings);
 
   // Of the names of all columns, those that the request asks for.
@@ -33,15 +35,14 @@ class Call {
   std::shared_ptr<const report::Report> run(const std::string& source,
                                             const std::vector<std::string>& names,
                                             const nanobind::list& columns, std::size_t rows,
-                                            const std::vector<std::string>& missing,
                                             const nanobind::object& tell) const;
 
  private:
-  report::Report work(const frame::Given& given, const std::vector<std::string>& missing,
-                      numerics::Progress& progress) const;
+  report::Report work(const frame::Given& given, numerics::Progress& progress) const;
 
   const analysis::Declaration& declaration_;
   std::shared_ptr<void> request_;
+  analysis::Reading reading_;
 };
 
 }  // namespace survmeth::python

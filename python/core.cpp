@@ -32,9 +32,8 @@ struct Described {
 };
 
 Described run(const Call& call, const std::string& source, const std::vector<std::string>& names,
-              const nb::list& columns, std::size_t rows, const std::vector<std::string>& missing,
-              const nb::object& tell) {
-  return {call.run(source, names, columns, rows, missing, tell)};
+              const nb::list& columns, std::size_t rows, const nb::object& tell) {
+  return {call.run(source, names, columns, rows, tell)};
 }
 
 std::string htmlOf(const Described& described, const std::map<std::string, std::string>& pictures,
@@ -72,7 +71,7 @@ NB_MODULE(_core, module) {
       .def(nb::init<const std::string&, const nb::dict&>())
       .def("wanted", &Call::wanted)
       .def("run", &survmeth::python::run, nb::arg("source"), nb::arg("names"), nb::arg("columns"),
-           nb::arg("rows"), nb::arg("missing"), nb::arg("tell").none());
+           nb::arg("rows"), nb::arg("tell").none());
   nb::class_<Described>(module, "Report")
       .def_prop_ro("analysis", [](const Described& it) { return it.report->analysis; })
       .def_prop_ro("title", [](const Described& it) { return it.report->title; })

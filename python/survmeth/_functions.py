@@ -14,6 +14,7 @@ SHARED = {
     "data_name": ("data", "What reports call the data"),
     "missing": (None, "What is missing besides None, NaN, NA and empty texts: a list of labels or "
                       "numbers"),
+    "where": (None, "Take only the rows that meet this condition, as in 'age > 40 & sex == \"f\"'"),
     "progress": (None, "A function that is called with the part of the work that is done, 0 to 1; "
                        "True shows a bar of tqdm where that is installed"),
 }
@@ -101,6 +102,13 @@ def settings_of(analysis, arguments):
     return settings
 
 
+def reading_of(arguments):
+    """What is said about the data beside the analysis' own options."""
+    missing = _data.words_of(arguments["missing"])
+    return ({"missing": missing} if missing else {}) \
+        | ({} if arguments["where"] is None else {"where": arguments["where"]})
+
+
 def function_of(analysis, module):
     signature = signature_of(analysis)
 
@@ -113,13 +121,14 @@ def function_of(analysis, module):
         arguments = signature.bind(*positional, **named)
         arguments.apply_defaults()
         arguments = arguments.arguments
-        made = _core.Call(analysis["name"], settings_of(analysis, arguments))
+        settings = settings_of(analysis, arguments)
+        settings |= reading_of(arguments)
+        made = _core.Call(analysis["name"], settings)
         table = _data.table_of(arguments["data"])
         columns = table.columns(made.wanted(table.names))
-        missing = _data.words_of(arguments["missing"])
         with _data.telling(arguments["progress"], analysis["name"]) as tell:
             return Result(made.run(str(arguments["data_name"]), table.names, columns, table.rows,
-                                   missing, tell))
+                                   tell))
 
     call.__name__ = call.__qualname__ = analysis["name"]
     call.__module__ = module
@@ -128,8 +137,13 @@ def function_of(analysis, module):
     return call
 
 
+def declared():
+    """What `survmeth help --json` prints."""
+    return json.loads(_core.declarations())
+
+
 def analyses():
-    return json.loads(_core.declarations())["analyses"]
+    return declared()["analyses"]
 
 
 def made(module):
