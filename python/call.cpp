@@ -100,6 +100,16 @@ const Declaration& declarationOf(const std::string& name) {
 
 Call::Call(const std::string& name, const nb::dict& settings)
     : declaration_(declarationOf(name)), request_(declaration_.request()) {
+  set(settings);
+}
+
+Call::Call(const analysis::SavedFit& fit, const nb::dict& settings)
+    : declaration_(fit.declaration->lasting->predict), request_(declaration_.request()) {
+  declaration_.follow(request_.get(), fit.lasting);
+  set(settings);
+}
+
+void Call::set(const nb::dict& settings) {
   try {
     for (const auto& [key, value] : settings) {
       const auto option = nb::cast<std::string>(key);
@@ -135,18 +145,16 @@ std::vector<std::string> Call::wanted(const std::vector<std::string>& names) con
   return wanted;
 }
 
-std::shared_ptr<const report::Report> Call::run(const std::string& source,
-                                                const std::vector<std::string>& names,
-                                                const nb::list& columns, std::size_t rows,
-                                                const nb::object& tell) const {
+Done Call::run(const std::string& source, const std::vector<std::string>& names,
+               const nb::list& columns, std::size_t rows, const nb::object& tell) const {
   const frame::Given given = givenOf(source, names, columns, rows);
   Watched progress(tell);
   std::optional<Refused> refused;
-  std::shared_ptr<const report::Report> report;
+  Done done;
   {
     const nb::gil_scoped_release unlocked;
     try {
-      report = std::make_shared<const report::Report>(work(given, progress));
+      done = work(given, progress);
     } catch (const engine::Refusal& refusal) {
       const analysis::Place place = analysis::placeOf(declaration_, request_.get(), refusal);
       refused = {place.option, place.column, refusal.what(), refusal.expected(), refusal.row()};
@@ -154,7 +162,7 @@ std::shared_ptr<const report::Report> Call::run(const std::string& source,
       refused = {bad.option(), {}, bad.what(), {}};
     } catch (const frame::Unsuitable& bad) {
       std::string option = optionOf(declaration_, request_.get(), bad.column());
-      if (option.empty()) option = "where";
+      if (option.empty()) option = reading_.where.empty() ? "data" : "where";
       refused = {option, bad.column(), bad.text(), bad.expected(), bad.row()};
     } catch (const frame::ExpressionError& wrong) {
       refused = {"where", {}, analysis::withPlace(wrong), {}};
@@ -166,17 +174,27 @@ std::shared_ptr<const report::Report> Call::run(const std::string& source,
   }
   if (progress.raised()) throw nb::python_error();
   if (refused) raise(*refused);
-  return report;
+  return done;
 }
 
-report::Report Call::work(const frame::Given& given, numerics::Progress& progress) const {
+Done Call::work(const frame::Given& given, numerics::Progress& progress) const {
   const frame::Frame data =
       frame::frameOf(given, analysis::wantedColumns(declaration_, request_.get(), given.names),
                      reading_.missing, reading_.where);
   try {
-    report::Report report = analysis::analyse(declaration_, data, request_.get(), progress).report;
-    analysis::echo(reading_, report);
-    return report;
+    analysis::Fitted fitted = analysis::analyse(declaration_, data, request_.get(), progress);
+    analysis::echo(reading_, fitted.report);
+    Done done;
+    if (declaration_.lasting) {
+      try {
+        done.fit = {&declaration_,
+                    declaration_.lasting->of(data, fitted.result.get(), request_.get())};
+      } catch (const analysis::BadOption& bad) {
+        done.whyNone = bad.what();
+      }
+    }
+    done.report = std::make_shared<const report::Report>(std::move(fitted.report));
+    return done;
   } catch (const engine::Refusal& refusal) {
     if (refusal.row() == engine::Refusal::kNone) throw;
     // Of the caller's rows, not of those that were kept.
