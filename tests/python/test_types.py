@@ -48,7 +48,8 @@ survmeth.life({}, time="t")
 survmeth.life({}, time="t", event="e", groups="g")
 number: int = survmeth.life({}, time="t", event="e").to_json()
 """)
-    assert [line.split(":")[0] for line in found if "error:" in line] == ["3", "4", "5", "6"]
+    found = [line for line in found if "error:" in line]
+    assert [line.split(":")[0] for line in found] == ["3", "4", "5", "6"]
     assert "cubic" in found[0] and "[arg-type]" in found[0]
     assert "Missing named argument \"event\"" in found[1]
     assert "Unexpected keyword argument \"groups\"" in found[2]
