@@ -64,6 +64,7 @@ Json jsonOf(const Declaration& declaration) {
   json["tables"] = declaration.tables;
   json["figures"] = declaration.figures;
   json["options"] = jsonOf(declaration.options);
+  if (declaration.lasting) json["predict"] = jsonOf(declaration.lasting->predict);
   return json;
 }
 

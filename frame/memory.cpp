@@ -7,6 +7,7 @@
 #include <optional>
 #include <utility>
 
+#include "frame/choose.h"
 #include "frame/labels.h"
 #include "frame/missing.h"
 #include "frame/select.h"
@@ -169,6 +170,37 @@ Column madeFor(const Given& given, const Wanted& want, const Absent& absent) {
                    : labelsFrom(*found, want, absent.words);
 }
 
+// Refuses numbers below the limits of the wanted columns.
+void requireRanges(const Given& given, const Frame& frame, const std::vector<Wanted>& wanted) {
+  for (std::size_t i = 0; i < wanted.size(); ++i) {
+    const std::span<const double> numbers = frame.columns[i].numbers;
+    Odd odd;
+    for (std::size_t row = 0; row < numbers.size(); ++row) {
+      if (numbers[row] < wanted[i].least) {
+        odd.add(frame.lines.line(row) - 1, text::exact(numbers[row]));
+      }
+    }
+    odd.refuse(given, wanted[i], "out of range", "out of range");
+  }
+}
+
+// Of the rows that meet the condition. Their numbers in the caller's data take the place of lines.
+Frame chosenOf(const Given& given, const std::vector<Wanted>& wanted,
+               const std::vector<std::string>& missing, const std::string& where) {
+  const Condition condition = parseCondition(where);
+  Frame all = frameOf(given, wantedFor(condition, wanted), missing);
+  all.fromFile = true;
+  all.lines.steps = {{0, 1}};
+  std::vector<Wanted> unlimited = wanted;
+  for (Wanted& want : unlimited) want.least = -std::numeric_limits<double>::infinity();
+  std::vector<Wanted> incomplete = unlimited;
+  for (Wanted& want : incomplete) want.mayBeMissing = true;
+  requireRanges(given, chosenRows(all, condition, incomplete), wanted);
+  Frame chosen = chosenRows(all, condition, unlimited);
+  chosen.fromFile = false;
+  return chosen;
+}
+
 }  // namespace
 
 Unsuitable::Unsuitable(const std::string& source, std::string column, std::size_t row,
@@ -180,7 +212,8 @@ Unsuitable::Unsuitable(const std::string& source, std::string column, std::size_
       expected_(std::move(expected)) {}
 
 Frame frameOf(const Given& given, const std::vector<Wanted>& wanted,
-              const std::vector<std::string>& missing) {
+              const std::vector<std::string>& missing, const std::string& where) {
+  if (!where.empty()) return chosenOf(given, wanted, missing, where);
   const Absent absent(missing);
   Frame frame;
   frame.source = given.source;

@@ -43,10 +43,12 @@ class Unsuitable : public Unreadable {
 // labels by their shortest text. Levels that no row holds are dropped.
 //
 // In     missing   what is missing beside empty labels and cells that are: labels, numbers
-// Throws Unsuitable: no such column, cells of another kind, numbers out of range
+//        where     the condition that rows have to meet; empty: all rows
+// Throws Unsuitable: no such column, cells of another kind, numbers out of range (in chosen rows);
+//        of the condition ExpressionError, and Unreadable where no row meets it
 // Cost   O(rows x columns); numbers are borrowed where no row is left out
 Frame frameOf(const Given& given, const std::vector<Wanted>& wanted,
-              const std::vector<std::string>& missing = {});
+              const std::vector<std::string>& missing = {}, const std::string& where = {});
 
 }  // namespace survmeth::frame
 

@@ -11,7 +11,8 @@
 #include <utility>
 #include <vector>
 
-#include "analysis/reading.h"
+#include "frame/choose.h"
+#include "frame/expression.h"
 #include "python/columns.h"
 #include "python/settings.h"
 
@@ -99,11 +100,26 @@ const Declaration& declarationOf(const std::string& name) {
 
 Call::Call(const std::string& name, const nb::dict& settings)
     : declaration_(declarationOf(name)), request_(declaration_.request()) {
+  set(settings);
+}
+
+Call::Call(const analysis::SavedFit& fit, const nb::dict& settings)
+    : declaration_(fit.declaration->lasting->predict), request_(declaration_.request()) {
+  declaration_.follow(request_.get(), fit.lasting);
+  set(settings);
+}
+
+void Call::set(const nb::dict& settings) {
   try {
     for (const auto& [key, value] : settings) {
-      const Option* option = declaration_.find(nb::cast<std::string>(key));
-      if (option == nullptr) throw nb::key_error(nb::cast<std::string>(key).c_str());
-      option->set(request_.get(), settingOf(*option, value));
+      const auto option = nb::cast<std::string>(key);
+      if (const Option* own = declaration_.find(option)) {
+        own->set(request_.get(), settingOf(*own, value));
+      } else if (const Option* shared = analysis::findReadingOption(option)) {
+        shared->set(&reading_, settingOf(*shared, value));
+      } else {
+        throw nb::key_error(option.c_str());
+      }
     }
     if (declaration_.check) declaration_.check(request_.get());
   } catch (const analysis::BadOption& bad) {
@@ -117,52 +133,68 @@ std::vector<std::string> Call::wanted(const std::vector<std::string>& names) con
     for (const frame::Wanted& want : analysis::wantedColumns(declaration_, request_.get(), names)) {
       wanted.push_back(want.name);
     }
+    if (!reading_.where.empty()) {
+      const frame::Condition condition = frame::parseCondition(reading_.where);
+      for (const std::string& name : namesIn(condition.expression)) wanted.push_back(name);
+    }
   } catch (const analysis::BadOption& bad) {
     raise({bad.option(), {}, bad.what(), {}});
+  } catch (const frame::ExpressionError& wrong) {
+    raise({"where", {}, analysis::withPlace(wrong), {}});
   }
   return wanted;
 }
 
-std::shared_ptr<const report::Report> Call::run(const std::string& source,
-                                                const std::vector<std::string>& names,
-                                                const nb::list& columns, std::size_t rows,
-                                                const std::vector<std::string>& missing,
-                                                const nb::object& tell) const {
+Done Call::run(const std::string& source, const std::vector<std::string>& names,
+               const nb::list& columns, std::size_t rows, const nb::object& tell) const {
   const frame::Given given = givenOf(source, names, columns, rows);
   Watched progress(tell);
   std::optional<Refused> refused;
-  std::shared_ptr<const report::Report> report;
+  Done done;
   {
     const nb::gil_scoped_release unlocked;
     try {
-      report = std::make_shared<const report::Report>(work(given, missing, progress));
+      done = work(given, progress);
     } catch (const engine::Refusal& refusal) {
       const analysis::Place place = analysis::placeOf(declaration_, request_.get(), refusal);
       refused = {place.option, place.column, refusal.what(), refusal.expected(), refusal.row()};
     } catch (const analysis::BadOption& bad) {
       refused = {bad.option(), {}, bad.what(), {}};
     } catch (const frame::Unsuitable& bad) {
-      refused = {optionOf(declaration_, request_.get(), bad.column()), bad.column(), bad.text(),
-                 bad.expected(), bad.row()};
+      std::string option = optionOf(declaration_, request_.get(), bad.column());
+      if (option.empty()) option = reading_.where.empty() ? "data" : "where";
+      refused = {option, bad.column(), bad.text(), bad.expected(), bad.row()};
+    } catch (const frame::ExpressionError& wrong) {
+      refused = {"where", {}, analysis::withPlace(wrong), {}};
+    } catch (const frame::Unreadable& bad) {  // the condition chooses no row
+      refused = {"where", {}, bad.what(), {}};
     } catch (const numerics::Cancelled&) {
       // Only where an exception of Python waits.
     }
   }
   if (progress.raised()) throw nb::python_error();
   if (refused) raise(*refused);
-  return report;
+  return done;
 }
 
-report::Report Call::work(const frame::Given& given, const std::vector<std::string>& missing,
-                          numerics::Progress& progress) const {
-  const frame::Frame data = frame::frameOf(
-      given, analysis::wantedColumns(declaration_, request_.get(), given.names), missing);
+Done Call::work(const frame::Given& given, numerics::Progress& progress) const {
+  const frame::Frame data =
+      frame::frameOf(given, analysis::wantedColumns(declaration_, request_.get(), given.names),
+                     reading_.missing, reading_.where);
   try {
-    report::Report report = analysis::analyse(declaration_, data, request_.get(), progress).report;
-    analysis::Reading reading;
-    reading.missing = missing;
-    analysis::echo(reading, report);
-    return report;
+    analysis::Fitted fitted = analysis::analyse(declaration_, data, request_.get(), progress);
+    analysis::echo(reading_, fitted.report);
+    Done done;
+    if (declaration_.lasting) {
+      try {
+        done.fit = {&declaration_,
+                    declaration_.lasting->of(data, fitted.result.get(), request_.get())};
+      } catch (const analysis::BadOption& bad) {
+        done.whyNone = bad.what();
+      }
+    }
+    done.report = std::make_shared<const report::Report>(std::move(fitted.report));
+    return done;
   } catch (const engine::Refusal& refusal) {
     if (refusal.row() == engine::Refusal::kNone) throw;
     // Of the caller's rows, not of those that were kept.

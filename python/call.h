@@ -1,4 +1,5 @@
-// One call of an analysis from Python: settings first, then the columns that they ask for.
+// One call of an analysis, or of what follows a fit, from Python: settings first, then the columns
+// that they ask for.
 #ifndef PYTHON_CALL_H_
 #define PYTHON_CALL_H_
 
@@ -10,16 +11,28 @@
 #include <vector>
 
 #include "analysis/declaration.h"
+#include "analysis/reading.h"
+#include "analysis/savedFit.h"
 #include "frame/memory.h"
 #include "numerics/progress.h"
 #include "report/report.h"
 
 namespace survmeth::python {
 
+// What a run leaves in Python's hands.
+struct Done {
+  std::shared_ptr<const report::Report> report;
+  analysis::SavedFit fit;  // what lasts of the result; no declaration where nothing does
+  std::string whyNone;     // of an analysis whose results last, why this one does not
+};
+
 // What cannot be analysed becomes Python's survmeth.RefusedInput.
 class Call {
  public:
+  // Options of the analysis, and of reading those that data in memory have: missing, where.
   Call(const std::string& name, const nanobind::dict& settings);
+  // Of new data, by a fit.
+  Call(const analysis::SavedFit& fit, const nanobind::dict& settings);
 
   // Of the names of all columns, those that the request asks for.
   std::vector<std::string> wanted(const std::vector<std::string>& names) const;
@@ -30,18 +43,16 @@ class Call {
   //        columns   the wanted ones, as python/columns.h reads them
   //        tell      is called with the part of the work that is done, or None
   // Throws python_error: a refusal, an interrupt, what `tell` raised
-  std::shared_ptr<const report::Report> run(const std::string& source,
-                                            const std::vector<std::string>& names,
-                                            const nanobind::list& columns, std::size_t rows,
-                                            const std::vector<std::string>& missing,
-                                            const nanobind::object& tell) const;
+  Done run(const std::string& source, const std::vector<std::string>& names,
+           const nanobind::list& columns, std::size_t rows, const nanobind::object& tell) const;
 
  private:
-  report::Report work(const frame::Given& given, const std::vector<std::string>& missing,
-                      numerics::Progress& progress) const;
+  void set(const nanobind::dict& settings);
+  Done work(const frame::Given& given, numerics::Progress& progress) const;
 
   const analysis::Declaration& declaration_;
   std::shared_ptr<void> request_;
+  analysis::Reading reading_;
 };
 
 }  // namespace survmeth::python

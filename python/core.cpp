@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "analysis/declarationsJson.h"
+#include "analysis/savedFit.h"
 #include "python/call.h"
 #include "python/reports.h"
 #include "report/csv.h"
@@ -26,18 +27,17 @@ namespace {
 
 constexpr const char* kVersion = SURVMETH_VERSION;
 
-// A report in Python's hands.
-struct Described {
-  std::shared_ptr<const report::Report> report;
-};
-
-Described run(const Call& call, const std::string& source, const std::vector<std::string>& names,
-              const nb::list& columns, std::size_t rows, const std::vector<std::string>& missing,
-              const nb::object& tell) {
-  return {call.run(source, names, columns, rows, missing, tell)};
+const analysis::SavedFit& fitOf(const Done& done) {
+  if (done.fit.declaration == nullptr) throw nb::value_error(done.whyNone.c_str());
+  return done.fit;
 }
 
-std::string htmlOf(const Described& described, const std::map<std::string, std::string>& pictures,
+std::string savedText(const Done& done) {
+  const analysis::SavedFit& fit = fitOf(done);
+  return analysis::savedFit(*fit.declaration, *done.report, fit.lasting.get(), kVersion);
+}
+
+std::string htmlOf(const Done& described, const std::map<std::string, std::string>& pictures,
                    int digits) {
   const auto picture = [&pictures](const report::Figure& figure) {
     const auto found = pictures.find(figure.id);
@@ -47,11 +47,11 @@ std::string htmlOf(const Described& described, const std::map<std::string, std::
                         {.version = kVersion, .digits = digits, .picture = picture});
 }
 
-std::string textOf(const Described& described, std::size_t width, int digits) {
+std::string textOf(const Done& described, std::size_t width, int digits) {
   return report::toText(*described.report, {.width = width, .digits = digits});
 }
 
-nb::dict csvOf(const Described& described) {
+nb::dict csvOf(const Done& described) {
   nb::dict files;
   for (const auto& [name, contents] : report::toCsvFiles(*described.report)) {
     files[name.c_str()] = contents;
@@ -64,37 +64,43 @@ nb::dict csvOf(const Described& described) {
 
 NB_MODULE(_core, module) {
   using survmeth::python::Call;
-  using survmeth::python::Described;
+  using survmeth::python::Done;
   module.attr("version") = survmeth::python::kVersion;
   module.def("declarations",
              [] { return survmeth::analysis::declarationsJson(survmeth::python::kVersion); });
+  nb::class_<survmeth::analysis::SavedFit>(module, "Fit")
+      .def("__init__", [](survmeth::analysis::SavedFit* fit, const std::string& text) {
+        new (fit) survmeth::analysis::SavedFit(survmeth::analysis::readSavedFit(text));
+      });
   nb::class_<Call>(module, "Call")
       .def(nb::init<const std::string&, const nb::dict&>())
+      .def(nb::init<const survmeth::analysis::SavedFit&, const nb::dict&>())
       .def("wanted", &Call::wanted)
-      .def("run", &survmeth::python::run, nb::arg("source"), nb::arg("names"), nb::arg("columns"),
-           nb::arg("rows"), nb::arg("missing"), nb::arg("tell").none());
-  nb::class_<Described>(module, "Report")
-      .def_prop_ro("analysis", [](const Described& it) { return it.report->analysis; })
-      .def_prop_ro("title", [](const Described& it) { return it.report->title; })
-      .def_prop_ro("digest", [](const Described& it) { return it.report->data.digest; })
-      .def_prop_ro("plan", [](const Described& it) { return survmeth::python::planOf(*it.report); })
-      .def_prop_ro("facts",
-                   [](const Described& it) { return survmeth::python::factsOf(*it.report); })
+      .def("run", &Call::run, nb::arg("source"), nb::arg("names"), nb::arg("columns"),
+           nb::arg("rows"), nb::arg("tell").none());
+  nb::class_<Done>(module, "Report")
+      .def_prop_ro("analysis", [](const Done& it) { return it.report->analysis; })
+      .def_prop_ro("title", [](const Done& it) { return it.report->title; })
+      .def_prop_ro("digest", [](const Done& it) { return it.report->data.digest; })
+      .def_prop_ro("plan", [](const Done& it) { return survmeth::python::planOf(*it.report); })
+      .def_prop_ro("facts", [](const Done& it) { return survmeth::python::factsOf(*it.report); })
       .def_prop_ro("tables",
                    [](nb::handle self) {
-                     const auto& it = nb::cast<const Described&>(self);
+                     const auto& it = nb::cast<const Done&>(self);
                      return survmeth::python::tablesOf(*it.report, self);
                    })
-      .def_prop_ro("notes",
-                   [](const Described& it) { return survmeth::python::notesOf(*it.report); })
+      .def_prop_ro("notes", [](const Done& it) { return survmeth::python::notesOf(*it.report); })
       .def_prop_ro("methods",
-                   [](const Described& it) { return survmeth::python::methodsOf(*it.report); })
+                   [](const Done& it) { return survmeth::python::methodsOf(*it.report); })
       .def_prop_ro("figures",
-                   [](const Described& it) { return survmeth::python::figuresOf(*it.report); })
+                   [](const Done& it) { return survmeth::python::figuresOf(*it.report); })
+      // Each a ValueError where nothing lasts of the result.
+      .def_prop_ro("fit", &survmeth::python::fitOf)
+      .def_prop_ro("saved", &survmeth::python::savedText)
       .def("text", &survmeth::python::textOf)
       .def("html", &survmeth::python::htmlOf)
       .def("csv", &survmeth::python::csvOf)
-      .def("json", [](const Described& it, bool figures) {
+      .def("json", [](const Done& it, bool figures) {
         return survmeth::report::toJson(
             *it.report, {.version = survmeth::python::kVersion, .figures = figures});
       });

@@ -6,17 +6,9 @@ import json
 import numpy as np
 
 from survmeth import _core, _data
+from survmeth._declared import SHARED, default_of
 from survmeth._names import argument_of, in_python
 from survmeth._result import Result
-
-# What every function takes besides the options of its analysis.
-SHARED = {
-    "data_name": ("data", "What reports call the data"),
-    "missing": (None, "What is missing besides None, NaN, NA and empty texts: a list of labels or "
-                      "numbers"),
-    "progress": (None, "A function that is called with the part of the work that is done, 0 to 1; "
-                       "True shows a bar of tqdm where that is installed"),
-}
 
 TYPES = {
     "flag": "bool",
@@ -29,20 +21,6 @@ TYPES = {
     "texts": "list of str",
     "columns": "list of names of columns",
 }
-
-
-def default_of(option):
-    """What the argument is where it is not given; None also where nothing holds."""
-    if option["type"] == "flag":
-        return False
-    if option["type"] == "choice":
-        return option["choices"][0]
-    if option["type"] == "number":
-        try:
-            return float(option.get("default", ""))
-        except ValueError:
-            return None
-    return None
 
 
 def signature_of(analysis):
@@ -101,8 +79,34 @@ def settings_of(analysis, arguments):
     return settings
 
 
+def reading_of(arguments):
+    """What is said about the data beside the analysis' own options."""
+    missing = _data.words_of(arguments["missing"])
+    return ({"missing": missing} if missing else {}) \
+        | ({} if arguments["where"] is None else {"where": arguments["where"]})
+
+
+def runner_of(analysis):
+    """What makes a call of bound arguments; `start` takes the settings."""
+    def run(arguments, start):
+        made = start(settings_of(analysis, arguments) | reading_of(arguments))
+        table = _data.table_of(arguments["data"])
+        columns = table.columns(made.wanted(table.names))
+        with _data.telling(arguments["progress"], analysis["name"]) as tell:
+            return Result(made.run(str(arguments["data_name"]), table.names, columns, table.rows,
+                                   tell))
+
+    return run
+
+
+def bound(signature, positional, named):
+    arguments = signature.bind(*positional, **named)
+    arguments.apply_defaults()
+    return arguments.arguments
+
+
 def function_of(analysis, module):
-    signature = signature_of(analysis)
+    signature, run = signature_of(analysis), runner_of(analysis)
 
     has_formula = any(option["name"] == "formula" for option in analysis["options"])
 
@@ -110,16 +114,8 @@ def function_of(analysis, module):
         # cox("Surv(time, status) ~ age", data) as well as cox(data, formula=...)
         if has_formula and positional and isinstance(positional[0], str):
             named["formula"], positional = positional[0], positional[1:]
-        arguments = signature.bind(*positional, **named)
-        arguments.apply_defaults()
-        arguments = arguments.arguments
-        made = _core.Call(analysis["name"], settings_of(analysis, arguments))
-        table = _data.table_of(arguments["data"])
-        columns = table.columns(made.wanted(table.names))
-        missing = _data.words_of(arguments["missing"])
-        with _data.telling(arguments["progress"], analysis["name"]) as tell:
-            return Result(made.run(str(arguments["data_name"]), table.names, columns, table.rows,
-                                   missing, tell))
+        return run(bound(signature, positional, named),
+                   lambda settings: _core.Call(analysis["name"], settings))
 
     call.__name__ = call.__qualname__ = analysis["name"]
     call.__module__ = module
@@ -128,10 +124,33 @@ def function_of(analysis, module):
     return call
 
 
+def follow_up_of(analysis):
+    """The method of results that follows from them."""
+    signature, run = signature_of(analysis), runner_of(analysis)
+
+    def predict(self, *positional, **named):
+        return run(bound(signature, positional, named),
+                   lambda settings: _core.Call(self._fit, settings))
+
+    predict.__doc__ = docstring_of(analysis)
+    predict.__signature__ = signature.replace(parameters=[
+        inspect.Parameter("self", inspect.Parameter.POSITIONAL_ONLY),
+        *signature.parameters.values()])
+    return predict
+
+
+def declared():
+    """What `survmeth help --json` prints."""
+    return json.loads(_core.declarations())
+
+
 def analyses():
-    return json.loads(_core.declarations())["analyses"]
+    return declared()["analyses"]
 
 
 def made(module):
     """By name, the function of each analysis."""
+    for each in analyses():
+        if "predict" in each:
+            Result._follow_ups[each["name"]] = follow_up_of(each["predict"])
     return {each["name"]: function_of(each, module) for each in analyses()}

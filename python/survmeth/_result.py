@@ -1,6 +1,9 @@
 """What an analysis gives back."""
 
 import html as _html
+import types
+
+from survmeth import _core
 
 
 class Result:
@@ -13,11 +16,20 @@ class Result:
     notes     conditions that leave the analysis valid: dicts of code, text, names
     methods   how the numbers were computed: dicts of text, reference
     figures   what plot draws: dicts, as docs/report.md describes them
+
+    Results of an analysis that predicts have the method predict(data, ...), by the columns of new
+    data, and save(path), for survmeth predict. Results pickle, with all of these.
     """
+
+    _follow_ups = {}  # by the analysis, its method
 
     def __init__(self, report):
         self._report = report
         self._arrays = self._facts = self._tables = None
+
+    @property
+    def _fit(self):
+        return self._report.fit
 
     @property
     def analysis(self):
@@ -79,7 +91,18 @@ class Result:
         """By file name, every table as CSV."""
         return self._report.csv()
 
+    def save(self, path):
+        """Writes the fit to a file that `survmeth predict` reads; ValueError where nothing lasts."""
+        text = self._report.saved
+        with open(path, "w", encoding="utf-8") as file:
+            file.write(text)
+
+    def __reduce__(self):
+        return _again, (type(self), _kept(self._report))
+
     def __getattr__(self, name):
+        if name == "predict" and self.analysis in self._follow_ups:
+            return types.MethodType(self._follow_ups[self.analysis], self)
         if not name.startswith("_"):
             if name in self.arrays:
                 return self.tables[name]
@@ -90,7 +113,8 @@ class Result:
                              if not name.startswith("_") else name)
 
     def __dir__(self):
-        return [*super().__dir__(), *self.arrays, *self.facts]
+        follows = ["predict"] if self.analysis in self._follow_ups else []
+        return [*super().__dir__(), *follows, *self.arrays, *self.facts]
 
     def __repr__(self):
         return f"<survmeth.Result of {self.analysis}: {self.title}>"
@@ -103,6 +127,69 @@ class Result:
         lines = self.summary(width=0).count("\n")
         return (f'<iframe sandbox style="width:100%;height:{min(60, lines + 12)}em;border:0" '
                 f'srcdoc="{_html.escape(self.to_html())}"></iframe>')
+
+
+class _Kept:
+    """A report that was pickled: its parts, without the means to render them anew."""
+
+    def __init__(self, parts):
+        self.__dict__.update(parts)
+
+    @property
+    def saved(self):
+        if isinstance(self.lasting, ValueError):
+            raise self.lasting
+        return self.lasting
+
+    @property
+    def fit(self):
+        return _core.Fit(self.saved)
+
+    def text(self, width, digits):
+        return self._rendered("text", (width, digits))
+
+    def html(self, pictures, digits):
+        return self._rendered("html", digits)
+
+    def json(self, figures):
+        return self._rendered("json", figures)
+
+    def csv(self):
+        return dict(self.files)
+
+    def _rendered(self, form, how):
+        if how not in self.forms[form]:
+            raise ValueError(f"a result that was pickled has its {form} for "
+                             f"{' and '.join(map(str, self.forms[form]))} only, not for {how}")
+        return self.forms[form][how]
+
+
+# Of a pickled result: widths and digits of the text.
+_TEXTS = [(80, 5), (0, 5)]
+
+
+def _kept(report):
+    if isinstance(report, _Kept):
+        return report.__dict__
+    names = ["analysis", "title", "digest", "plan", "facts", "tables", "notes", "methods", "figures"]
+    parts = {name: getattr(report, name) for name in names}
+    for table in parts["tables"].values():
+        for column in table["columns"].values():
+            if column["kind"] != "label":
+                column["values"] = column["values"].copy()  # no view into what is not pickled
+    try:
+        parts["lasting"] = report.saved
+    except ValueError as none:
+        parts["lasting"] = none
+    parts["files"] = report.csv()
+    parts["forms"] = {"text": {how: report.text(*how) for how in _TEXTS},
+                      "html": {5: report.html({}, 5)},
+                      "json": {figures: report.json(figures) for figures in (False, True)}}
+    return parts
+
+
+def _again(kind, parts):
+    return kind(_Kept(parts))
 
 
 def _array_of(column):

@@ -144,5 +144,47 @@ TEST(Memory, NumbersOutOfRangeAreRefused) {
                "d, row 4, column \"x\": \"inf\" is out of range; expected numbers");
 }
 
+TEST(Memory, AConditionChoosesRowsAsItDoesInAFile) {
+  const Frame data = frameOf(fourRows(), {{.name = "x"}, {.name = "arm", .cells = Cells::kText}},
+                             {}, "stage == 'early'");
+  EXPECT_FALSE(data.fromFile);
+  EXPECT_EQ(data.rowsRead, 4u);
+  EXPECT_EQ(data.rowsUnchosen, 1u);
+  EXPECT_EQ(numbersIn(data.columns[0]), (std::vector<double>{3, 2}));
+  EXPECT_EQ(data.columns[0].missing, 1u);
+  EXPECT_EQ(data.columns[1].levels, (Strings{"drug"}));
+  EXPECT_EQ(data.lines.line(0), 1u);
+  EXPECT_EQ(data.lines.line(1), 4u);
+  ASSERT_EQ(data.remarks.size(), 1u);
+  EXPECT_EQ(data.remarks[0].text, "3 of 4 rows meet the condition stage == 'early'");
+}
+
+TEST(Memory, RowsThatTheConditionLeavesOutMayHoldAnyNumber) {
+  const Given given{
+      "d", {"x", "y"}, {numberColumn("x", {-1, -2, 3}), numberColumn("y", {0, 1, 1})}, 3};
+  const std::vector<Wanted> wanted = {{.name = "x", .least = 0}};
+  EXPECT_EQ(numbersIn(frameOf(given, wanted, {}, "x > 0").columns[0]), (std::vector<double>{3}));
+  try {
+    frameOf(given, wanted, {}, "y == 1");
+    ADD_FAILURE() << "not refused";
+  } catch (const Unsuitable& refused) {
+    EXPECT_STREQ(refused.what(),
+                 "d, row 2, column \"x\": \"-2\" is out of range; expected numbers not below 0");
+    EXPECT_EQ(refused.row(), 1u);
+  }
+}
+
+TEST(Memory, AConditionThatNoRowMeetsIsRefused) {
+  try {
+    frameOf(fourRows(), {{.name = "x"}}, {}, "x > 5");
+    ADD_FAILURE() << "not refused";
+  } catch (const Unreadable& refused) {
+    EXPECT_STREQ(
+        refused.what(),
+        "trial: no row of 4 meets the condition x > 5 (in 1 row it is missing); expected a "
+        "condition that some rows meet");
+  }
+}
+
 }  // namespace
 }  // namespace survmeth::frame

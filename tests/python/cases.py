@@ -8,7 +8,10 @@ from commandLine import CASES, ROOT, input_of, settings_of, words_of
 from survmeth import _functions
 from survmeth._names import argument_of
 
-ANALYSES = {each["name"]: each for each in _functions.analyses()}
+DECLARED = _functions.declared()
+# Of the options of reading those that data in memory have; the words of --missing are other words.
+MEMORY = [option for option in DECLARED["reading"] if option["name"] == "where"]
+ANALYSES = {each["name"]: each for each in DECLARED["analyses"]}
 MISSING = {"", "na", "n/a", "nan", "null", "."}
 
 
@@ -39,9 +42,9 @@ class Case:
 
 
 def arguments_of(analysis, words):
-    """What follows the file on a command line, as arguments by name; None where a word is none of
-    the analysis' own options."""
-    settings = settings_of(analysis["options"], words, {"--json": 0, "--plot": 1})
+    """What follows the file on a command line, as arguments by name; None where a word is no option
+    of the analysis or of data in memory."""
+    settings = settings_of(analysis["options"] + MEMORY, words, {"--json": 0, "--plot": 1})
     return settings and {argument_of(name): value for name, value in settings.items()}
 
 

@@ -196,3 +196,31 @@ def test_an_argument_that_there_is_not():
         survmeth.life({}, time="t", event="e", groups="g")
     with pytest.raises(TypeError, match="missing a required argument: 'group'"):
         survmeth.gray({}, time="t", status="s")
+
+
+def test_a_condition_chooses_rows():
+    chosen = survmeth.life({"t": TIME, "e": EVENT, "g": ARM}, time="t", event="e", where="g == 'a'")
+    rows = [i for i, arm in enumerate(ARM) if arm == "a"]
+    alone = survmeth.life({"t": [TIME[i] for i in rows], "e": [EVENT[i] for i in rows]},
+                          time="t", event="e")
+    assert chosen.tables["summary"].equals(alone.tables["summary"])
+    assert chosen.plan["where"] == "g == 'a'"
+    assert chosen.notes[0]["text"] == "3 of 6 rows meet the condition g == 'a'"
+
+
+@pytest.mark.parametrize("where, sentence", [
+    ("t >", "where: the end of the text does not fit here"),
+    ("t > 100", "where: data: no row of 6 meets the condition t > 100; expected a condition that "
+                "some rows meet"),
+    ("age > 3", 'where, column "age": there is no such column; expected one of "e", "g", "t"'),
+])
+def test_a_condition_that_cannot_be_used(where, sentence):
+    error = refused(survmeth.life, {"t": TIME, "e": EVENT, "g": ARM}, time="t", event="e",
+                    where=where)
+    assert error.argument == "where"
+    assert str(error).startswith(sentence)
+
+
+def test_what_only_files_have_is_no_argument():
+    with pytest.raises(TypeError, match="delimiter"):
+        survmeth.life({}, time="t", event="e", delimiter=";")

@@ -1,0 +1,62 @@
+"""The types of the package, as a checker reads them."""
+
+import os
+import pathlib
+import subprocess
+import sys
+
+import survmeth
+
+PACKAGE = pathlib.Path(survmeth.__file__).parent
+
+
+def checked(*arguments):
+    """What the checker says, without what it counts."""
+    folder = dict(os.environ, MYPYPATH=str(PACKAGE.parent))
+    run = subprocess.run([sys.executable, "-m", *arguments], capture_output=True, text=True,
+                         check=False, env=folder)
+    return [line for line in (run.stdout + run.stderr).splitlines()
+            if not line.startswith(("Found ", "Success: "))]
+
+
+def findings(tmp_path, source):
+    file = tmp_path / "caller.py"
+    file.write_text("import survmeth\n" + source)
+    return [line.partition("caller.py:")[2] for line in
+            checked("mypy", "--strict", f"--cache-dir={tmp_path}", str(file))]
+
+
+def test_right_calls_have_no_findings(tmp_path):
+    assert findings(tmp_path, """
+data = {"t": [1, 2], "e": [1, 0], "x": [0.5, 1]}
+fit = survmeth.life(data, time="t", event="e", conf="log", at=[1, 2], where="t > 0")
+text: str = fit.to_json(figures=True)
+medians = fit.summary(width=100)
+survmeth.cox("Surv(t, e) ~ x", data, ties="breslow").predict(data)
+survmeth.cox(data, time="t", event="e", covariates=["x"], progress=print)
+try:
+    survmeth.roc(data, class_="e", marker="x")
+except survmeth.RefusedInput as refused:
+    row: int | None = refused.index
+""") == []
+
+
+def test_wrong_calls_are_found(tmp_path):
+    found = findings(tmp_path, """
+survmeth.life({}, time="t", event="e", conf="cubic")
+survmeth.life({}, time="t")
+survmeth.life({}, time="t", event="e", groups="g")
+number: int = survmeth.life({}, time="t", event="e").to_json()
+""")
+    found = [line for line in found if "error:" in line]
+    assert [line.split(":")[0] for line in found] == ["3", "4", "5", "6"]
+    assert "cubic" in found[0] and "[arg-type]" in found[0]
+    assert "Missing named argument \"event\"" in found[1]
+    assert "Unexpected keyword argument \"groups\"" in found[2]
+
+
+def test_every_function_has_types():
+    stubs = (PACKAGE / "__init__.pyi").read_text()
+    for name in survmeth.__all__:
+        assert f"def {name}(" in stubs or f" as {name}" in stubs or f"{name}: " in stubs
+    assert (PACKAGE / "py.typed").exists()
