@@ -2,6 +2,8 @@
 
 #include <cmath>
 
+#include "numerics/elementary.h"
+
 namespace survmeth::numerics {
 
 SquareMatrix part(const SquareMatrix& matrix, std::span<const std::size_t> chosen) {
@@ -111,6 +113,14 @@ SquareMatrix Cholesky::inverse() const {
     for (std::size_t i = j; i < n; ++i) result(i, j) = result(j, i) = column[i];
   }
   return result;
+}
+
+double Cholesky::logDeterminant() const {
+  double sum = 0.0;
+  for (std::size_t j = 0; j < factor_.size(); ++j) {
+    if (dependent_[j] == 0) sum += 2.0 * (log(factor_(j, j)) - log(scale_[j]));
+  }
+  return sum;
 }
 
 std::vector<double> Cholesky::combination(std::size_t j) const {

@@ -36,6 +36,8 @@ class Cholesky {
   double quadraticForm(std::span<const double> b) const;
   // The inverse over the independent columns, rows and columns of 0 for the dependent ones.
   SquareMatrix inverse() const;
+  // The logarithm of the determinant of A over the independent columns.
+  double logDeterminant() const;
   // c with column j = sum of c[k] column k over the independent columns before j, for a dependent
   // column; c is 0 elsewhere.
   std::vector<double> combination(std::size_t j) const;

@@ -36,17 +36,6 @@ void refuseForExactTies(const Rows& rows, const Options& options) {
   if (options.robust) refuse(Role::kValue, "a robust covariance");
 }
 
-// The test of the coefficients `chosen` with one covariance.
-ChiSquareTest waldTest(const Fit& fit, const std::vector<std::size_t>& chosen) {
-  for (const std::size_t j : chosen) {
-    if (!std::isfinite(fit.coefficients[j])) return {};
-  }
-  std::vector<double> value;
-  for (const std::size_t j : chosen) value.push_back(fit.coefficients[j]);
-  const Cholesky factor(numerics::part(fit.inference(), chosen));
-  return chiSquareTest(factor.quadraticForm(value), factor.rank());
-}
-
 void testTerms(Fit& fit) {
   const Problem& problem = *fit.problem;
   std::vector<std::vector<std::size_t>> columns(problem.termNames.size());
@@ -110,6 +99,16 @@ void countRows(Fit& fit, const Rows& rows) {
 
 ChiSquareTest chiSquareTest(double chiSquare, std::size_t degreesOfFreedom) {
   return {chiSquare, degreesOfFreedom, pValChiSq(chiSquare, static_cast<double>(degreesOfFreedom))};
+}
+
+ChiSquareTest waldTest(const Fit& fit, const std::vector<std::size_t>& chosen) {
+  for (const std::size_t j : chosen) {
+    if (!std::isfinite(fit.coefficients[j])) return {};
+  }
+  std::vector<double> value;
+  for (const std::size_t j : chosen) value.push_back(fit.coefficients[j]);
+  const Cholesky factor(numerics::part(fit.inference(), chosen));
+  return chiSquareTest(factor.quadraticForm(value), factor.rank());
 }
 
 double Fit::standardError(std::size_t j) const { return std::sqrt(inference()(j, j)); }

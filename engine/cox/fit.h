@@ -100,6 +100,10 @@ struct Fit {
 Fit fit(const Response& response, const Rows& rows, const Design& design, const Options& options,
         numerics::Progress& progress);
 
+// The Wald test of the coefficients `chosen` with the covariance of inference; absent where one is
+// not estimated.
+ChiSquareTest waldTest(const Fit& fit, const std::vector<std::size_t>& chosen);
+
 // The likelihood-ratio test of each term: the model without it is fitted.
 //
 // Edge absent for a term with an aliased column or where the smaller model does not converge

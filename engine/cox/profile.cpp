@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "Dist/Dist"
+#include "engine/cox/fall.h"
 #include "engine/cox/likelihood.h"
 #include "engine/cox/maximum.h"
 
@@ -11,14 +12,6 @@ namespace survmeth::engine::cox {
 namespace {
 
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
-// Predictors that a coefficient moves further apart than this change no likelihood any more.
-constexpr double kFar = 600.0;
-
-// The root of twice the fall of the profile likelihood, less the wanted one, and its slope.
-struct Fall {
-  double root, slope;
-  bool exists;
-};
 
 class Profile {
  public:
@@ -52,35 +45,6 @@ class Profile {
   numerics::NewtonPoint point_;
 };
 
-// The point on one side (sign) of `inside` where the root is z: Newton's steps on a function that
-// is nearly a straight line, halved where they leave the bracket.
-double limit(Profile& profile, double inside, double first, double z, double sign, double far,
-             bool& exists) {
-  double outside = sign * kInfinity;
-  double b = first;
-  for (int step = 0; step < 100; ++step) {
-    const Fall fall = profile.at(b);
-    if (!fall.exists) {
-      exists = false;
-      return kAbsent;
-    }
-    if (std::fabs(fall.root - z) <= 1e-10 * z) return b;
-    (fall.root < z ? inside : outside) = b;
-    double next = b + (z - fall.root) / fall.slope;
-    const bool bracketed = std::isfinite(outside);
-    const bool within =
-        sign * (next - inside) > 0.0 && (!bracketed || sign * (outside - next) > 0.0);
-    if (!within || !std::isfinite(next)) {
-      next = bracketed ? 0.5 * (inside + outside) : b + sign * (1.0 + std::fabs(b - first));
-    }
-    if (next == b) return b;
-    if (sign * next > far) return sign * kInfinity;
-    b = next;
-  }
-  exists = false;
-  return kAbsent;
-}
-
 }  // namespace
 
 ProfileLimits profileLimits(const Fit& fit, std::size_t column, double level,
@@ -94,7 +58,7 @@ ProfileLimits profileLimits(const Fit& fit, std::size_t column, double level,
     return result;
   }
   const double z = std::sqrt(InvCDFChiSq(level, 1.0));
-  const double far = kFar / problem.spread[column];
+  const double far = kFarApart / problem.spread[column];
   const bool infinite = fit.column[column] == Column::kInfinite;
   for (const double sign : {-1.0, 1.0}) {
     double& bound = sign < 0.0 ? result.lower : result.upper;
@@ -108,7 +72,8 @@ ProfileLimits profileLimits(const Fit& fit, std::size_t column, double level,
     // Beside an infinite estimate the limit lies where the covariate begins to matter.
     const double first =
         infinite ? 0.0 : from + sign * z * std::sqrt(fit.covariance(column, column));
-    bound = limit(profile, from, first, z, sign, far, exists);
+    bound =
+        limitOfFall([&](double b) { return profile.at(b); }, {from, first, z, sign, far}, exists);
     if (!exists) {
       result.outcome = Outcome{"notConverged",
                                "the profile of " + problem.names[column] + " has no maximum",
