@@ -270,6 +270,9 @@ inline CoxArrays veterans() {
   return arrays;
 }
 
+// Three events, covariate 1, 0, 1.
+inline CoxCase threeEvents() { return CoxCase(CoxArrays({1, 2, 3}, {1, 1, 1}, {{1, 0, 1}})); }
+
 }  // namespace survmeth::test
 
 #endif  // TESTS_SURVIVAL_COX_COX_CASE_H_

@@ -18,10 +18,9 @@ using survmeth::test::Doubles;
 using survmeth::test::elements;
 using survmeth::test::Fit;
 using survmeth::test::Likelihood;
+using survmeth::test::threeEvents;
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-
-CoxCase threeEvents() { return CoxCase(CoxArrays({1, 2, 3}, {1, 1, 1}, {{1, 0, 1}})); }
 
 TEST(CoxFit, FindsTheMaximumOfThreeEvents) {
   // With e = exp(beta): 1 - 2e/(2e + 1) - e/(1 + e) = 0 gives e^2 = 1/2.

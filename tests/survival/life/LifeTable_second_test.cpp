@@ -1,7 +1,6 @@
 // The life-table estimator against a second implementation that takes each rule by itself.
 #include <gtest/gtest.h>
 
-#include <climits>
 #include <cmath>
 #include <random>
 #include <utility>
@@ -14,11 +13,8 @@
 namespace {
 
 using survmeth::test::allSame;
-using survmeth::test::Column;
 using survmeth::test::elements;
-using survmeth::test::kInf;
 using survmeth::test::kMissingMark;
-using survmeth::test::kNan;
 using survmeth::test::kNo;
 using survmeth::test::kUntouched;
 using survmeth::test::kYes;
