@@ -1,0 +1,290 @@
+#include "engine/states/estimate.h"
+
+#include <algorithm>
+#include <cmath>
+#include <string>
+
+#include "engine/risk/arrangement.h"
+#include "numerics/doubleDouble.h"
+#include "numerics/runningSum.h"
+#include "numerics/squareMatrix.h"
+
+namespace survmeth::engine::states {
+namespace {
+
+using numerics::DoubleDouble;
+using numerics::SquareMatrix;
+
+// What happens at one time: numbers of transitions by from and to.
+struct Jumps {
+  std::vector<std::uint32_t> from, to;  // those that happen, each once
+  std::vector<double> events;           // weight of each
+};
+
+// Probabilities and times in states with their covariances.
+class Process {
+ public:
+  Process(std::vector<double> initial, double start)
+      : p_(std::move(initial)),
+        time_(start),
+        stay_(p_.size()),
+        pp_(p_.size()),
+        lp_(p_.size()),
+        ll_(p_.size()),
+        moved_(p_.size()) {}
+
+  void moveTo(double time) {
+    const double length = time - time_;
+    time_ = time;
+    const std::size_t k = p_.size();
+    for (std::size_t i = 0; i < k; ++i) {
+      stay_[i] += length * p_[i];
+      for (std::size_t j = 0; j < k; ++j) {
+        ll_(i, j) += length * (lp_(i, j) + lp_(j, i) + length * pp_(i, j));
+      }
+    }
+    for (std::size_t i = 0; i < k; ++i) {
+      for (std::size_t j = 0; j < k; ++j) lp_(i, j) += length * pp_(i, j);
+    }
+  }
+
+  // The jumps of one time; n[e] at risk in the state that jump e leaves, stay[h] the share of those
+  // in state h who remain.
+  void jump(const Jumps& jumps, const std::vector<double>& n, const std::vector<double>& stay) {
+    const std::size_t k = p_.size();
+    const std::size_t count = jumps.from.size();
+    share_.resize(count);
+    for (std::size_t e = 0; e < count; ++e) share_[e] = jumps.events[e] / n[e];
+    // x (I + dA), x standing `step` apart.
+    const auto through = [&](double* x, std::size_t step) {
+      for (std::size_t h = 0; h < k; ++h) moved_[h] = x[h * step] * stay[h];
+      for (std::size_t e = 0; e < count; ++e) {
+        moved_[jumps.to[e]] += x[jumps.from[e] * step] * share_[e];
+      }
+      for (std::size_t h = 0; h < k; ++h) x[h * step] = moved_[h];
+    };
+    for (std::size_t i = 0; i < k; ++i) {
+      through(&pp_(i, 0), 1);
+      through(&lp_(i, 0), 1);
+    }
+    for (std::size_t j = 0; j < k; ++j) through(&pp_(0, j), k);
+    // The multinomial covariance of the shares; that of those who remain is minus the others' sum.
+    for (std::size_t e = 0; e < count; ++e) {
+      const std::uint32_t h = jumps.from[e];
+      const double scale = p_[h] * p_[h] / n[e] * share_[e];
+      for (std::size_t f = 0; f < count; ++f) {
+        if (jumps.from[f] == h) pp_(jumps.to[e], jumps.to[f]) -= scale * share_[f];
+      }
+      pp_(jumps.to[e], jumps.to[e]) += scale;
+      pp_(jumps.to[e], h) -= scale * stay[h];
+      pp_(h, jumps.to[e]) -= scale * stay[h];
+      pp_(h, h) += scale * stay[h];
+    }
+    through(p_.data(), 1);
+  }
+
+  double probability(std::size_t j) const { return p_[j]; }
+  double variance(std::size_t j) const { return std::max(pp_(j, j), 0.0); }
+  Stay stay(std::size_t j) const { return {stay_[j], std::sqrt(std::max(ll_(j, j), 0.0))}; }
+
+ private:
+  std::vector<double> p_;
+  double time_;
+  std::vector<double> stay_;
+  SquareMatrix pp_, lp_, ll_;  // covariances; lp of times (rows) and probabilities
+  std::vector<double> share_;  // of each jump
+  std::vector<double> moved_;
+};
+
+class Estimation {
+ public:
+  Estimation(const Histories& histories, const Options& options)
+      : h_(histories),
+        options_(options),
+        none_(histories.rows(), 0),
+        codes_({histories.entry, histories.exit, none_, 1}, 0.0),
+        atRisk_(histories.states),
+        rows_(histories.states, 0),
+        place_(histories.states * histories.states, 0) {}
+
+  Estimates run() {
+    if (!std::isnan(options_.horizon) &&
+        (!(options_.horizon > options_.start) || !std::isfinite(options_.horizon))) {
+      throw Refusal(Role::kValue, Refusal::kNone, "the horizon is not after the start");
+    }
+    findTransitions();
+    result_.states.resize(h_.states);
+    result_.initial = initial();
+    Process process(result_.initial, options_.start);
+    bool horizon = !std::isnan(options_.horizon);
+    for (std::size_t begin = 0, end = 0; begin < codes_.exitOrder.size(); begin = end) {
+      const std::uint32_t code = codes_.exit[codes_.exitOrder[begin]];
+      while (end < codes_.exitOrder.size() && codes_.exit[codes_.exitOrder[end]] == code) ++end;
+      enterBefore(code);
+      const double time = codes_.time[code];
+      if (time > options_.start && findJumps(begin, end)) {
+        if (horizon && time > options_.horizon) {
+          endAt(process);
+          horizon = false;
+        }
+        process.moveTo(time);
+        take(process, time);
+      }
+      for (std::size_t i = begin; i < end; ++i) leave(codes_.exitOrder[i]);
+    }
+    if (horizon) endAt(process);
+    if (!std::isnan(options_.horizon)) {
+      result_.extended = codes_.exitOrder.empty() || lastFollowed() < options_.horizon;
+    }
+    return std::move(result_);
+  }
+
+ private:
+  double weightOf(std::uint32_t row) const { return h_.weight.empty() ? 1.0 : h_.weight[row]; }
+  double lastFollowed() const { return h_.exit[codes_.exitOrder.back()]; }
+
+  void findTransitions() {
+    std::vector<double> events(h_.states * h_.states, 0.0);
+    for (std::uint32_t i = 0; i < h_.rows(); ++i) {
+      if (h_.to[i] == kNowhere || !(weightOf(i) > 0.0) || !(h_.exit[i] > options_.start)) continue;
+      events[h_.from[i] * h_.states + h_.to[i]] += weightOf(i);
+    }
+    for (std::uint32_t from = 0; from < h_.states; ++from) {
+      for (std::uint32_t to = 0; to < h_.states; ++to) {
+        const std::size_t at = from * h_.states + to;
+        if (!(events[at] > 0.0)) continue;
+        place_[at] = result_.transitions.size();
+        result_.transitions.push_back({from, to, events[at], {}, {}, {}});
+      }
+    }
+    sums_.resize(result_.transitions.size());
+    jumping_.assign(result_.transitions.size(), 0.0);
+  }
+
+  std::vector<double> initial() const {
+    std::vector<double> shares(h_.states, 0.0);
+    if (!options_.initial.empty()) {
+      double sum = 0.0;
+      bool fine = options_.initial.size() == h_.states;
+      for (const double share : options_.initial) {
+        fine = fine && share >= 0.0;
+        sum += share;
+      }
+      if (!fine || !(std::fabs(sum - 1.0) < 1e-9)) {
+        throw Refusal(Role::kValue, Refusal::kNone,
+                      "the initial probabilities are not one of each state, of sum 1");
+      }
+      return options_.initial;
+    }
+    double all = 0.0;
+    for (std::uint32_t i = 0; i < h_.rows(); ++i) {
+      if (!(h_.entry[i] <= options_.start && options_.start < h_.exit[i])) continue;
+      shares[h_.from[i]] += weightOf(i);
+      all += weightOf(i);
+    }
+    if (!(all > 0.0)) {
+      throw Refusal(Role::kRequest, Refusal::kNone, "nobody is at risk at the start");
+    }
+    for (double& share : shares) share /= all;
+    return shares;
+  }
+
+  // Rows of weight 0 take no part.
+  void enterBefore(std::uint32_t code) {
+    for (;
+         entering_ < codes_.entryOrder.size() && codes_.entry[codes_.entryOrder[entering_]] < code;
+         ++entering_) {
+      const std::uint32_t row = codes_.entryOrder[entering_];
+      if (!(weightOf(row) > 0.0)) continue;
+      atRisk_[h_.from[row]] = atRisk_[h_.from[row]] + weightOf(row);
+      ++rows_[h_.from[row]];
+    }
+  }
+  void leave(std::uint32_t row) {
+    if (!(weightOf(row) > 0.0)) return;
+    const std::uint32_t state = h_.from[row];
+    atRisk_[state] = --rows_[state] == 0 ? DoubleDouble() : atRisk_[state] - weightOf(row);
+  }
+
+  // The transitions of rows begin .. end of the order; false where there are none.
+  bool findJumps(std::size_t begin, std::size_t end) {
+    happening_.clear();
+    for (std::size_t i = begin; i < end; ++i) {
+      const std::uint32_t row = codes_.exitOrder[i];
+      if (h_.to[row] == kNowhere || !(weightOf(row) > 0.0)) continue;
+      const std::size_t at = place_[h_.from[row] * h_.states + h_.to[row]];
+      if (jumping_[at] == 0.0) happening_.push_back(at);
+      jumping_[at] += weightOf(row);
+    }
+    std::sort(happening_.begin(), happening_.end());
+    jumps_.from.clear();
+    jumps_.to.clear();
+    jumps_.events.clear();
+    for (const std::size_t at : happening_) {
+      jumps_.from.push_back(result_.transitions[at].from);
+      jumps_.to.push_back(result_.transitions[at].to);
+      jumps_.events.push_back(jumping_[at]);
+      jumping_[at] = 0.0;
+    }
+    return !happening_.empty();
+  }
+
+  void take(Process& process, double time) {
+    result_.time.push_back(time);
+    for (std::size_t j = 0; j < h_.states; ++j) result_.states[j].atRisk.push_back(atRisk_[j].hi);
+    leaving_.assign(h_.states, 0.0);
+    for (std::size_t e = 0; e < happening_.size(); ++e)
+      leaving_[jumps_.from[e]] += jumps_.events[e];
+    stay_.assign(h_.states, 1.0);
+    jumpers_.resize(happening_.size());
+    for (std::size_t e = 0; e < happening_.size(); ++e) {
+      const std::uint32_t h = jumps_.from[e];
+      // Not below those who leave, by rounding.
+      const double n = std::max(atRisk_[h].hi, leaving_[h]);
+      jumpers_[e] = n;
+      stay_[h] = (n - leaving_[h]) / n;
+      Sum& sum = sums_[happening_[e]];
+      Transition& transition = result_.transitions[happening_[e]];
+      transition.time.push_back(time);
+      transition.hazard.push_back(sum.hazard.add(jumps_.events[e] / n));
+      transition.hazardVariance.push_back(sum.variance.add(jumps_.events[e] / n / n));
+    }
+    process.jump(jumps_, jumpers_, stay_);
+    for (std::size_t j = 0; j < h_.states; ++j) {
+      result_.states[j].probability.push_back(process.probability(j));
+      result_.states[j].variance.push_back(process.variance(j));
+    }
+  }
+
+  void endAt(Process process) {
+    process.moveTo(options_.horizon);
+    for (std::size_t j = 0; j < h_.states; ++j) result_.stays.push_back(process.stay(j));
+  }
+
+  const Histories& h_;
+  const Options& options_;
+  std::vector<std::uint32_t> none_;
+  risk::TimeCodes codes_;
+  std::vector<DoubleDouble> atRisk_;  // of each state
+  std::vector<std::size_t> rows_;
+  std::size_t entering_ = 0;
+  std::vector<std::size_t> place_;  // of from and to: the transition
+  struct Sum {
+    numerics::RunningSum hazard, variance;
+  };
+  std::vector<Sum> sums_;  // of each transition
+  std::vector<double> jumping_;
+  std::vector<std::size_t> happening_;
+  Jumps jumps_;
+  std::vector<double> jumpers_;         // of each jump: at risk of it
+  std::vector<double> leaving_, stay_;  // of each state
+  Estimates result_;
+};
+
+}  // namespace
+
+Estimates estimate(const Histories& histories, const Options& options) {
+  return Estimation(histories, options).run();
+}
+
+}  // namespace survmeth::engine::states
