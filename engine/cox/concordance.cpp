@@ -4,8 +4,10 @@
 #include <cmath>
 #include <vector>
 
+#include "engine/cox/chunks.h"
 #include "numerics/order.h"
 #include "numerics/runningSum.h"
+#include "numerics/threads.h"
 
 namespace survmeth::engine::cox {
 namespace {
@@ -34,6 +36,9 @@ class Tree {
   std::vector<Number> sums_;
   Number total_ = 0;
 };
+
+// Strata of fewer rows are done before another thread has begun.
+constexpr std::size_t kMany = 1 << 14;
 
 // Sums of both kinds of partner of one row: those of lower, equal and higher score.
 struct Partners {
@@ -66,8 +71,27 @@ class Stratum {
   // Counts the pairs and adds to each row's sums: `balance` the concordant less the discordant
   // partners, `comparable` all of them.
   void count(Concordance& result, std::vector<double>& balance, std::vector<double>& comparable) {
-    eventsAgainstRows(result, balance, comparable);
-    rowsAgainstEvents(balance, comparable);
+    double* ofRows = balance.data() + begin_;
+    double* pairs = comparable.data() + begin_;
+    const std::size_t n = stop_ - begin_;
+    if (n < kMany) {
+      eventsAgainstRows(result, ofRows, pairs);
+      rowsAgainstEvents(ofRows, pairs);
+    } else {
+      std::vector<double> moreOfRows(n, 0.0);
+      std::vector<double> morePairs(n, 0.0);
+      numerics::inParallel(2, [&](std::size_t part) {
+        if (part == 0) {
+          eventsAgainstRows(result, ofRows, pairs);
+        } else {
+          rowsAgainstEvents(moreOfRows.data(), morePairs.data());
+        }
+      });
+      for (std::size_t i = 0; i < n; ++i) {
+        ofRows[i] += moreOfRows[i];
+        pairs[i] += morePairs[i];
+      }
+    }
     tiedTimes(result);
   }
 
@@ -75,16 +99,17 @@ class Stratum {
   Number weight(std::size_t i) const { return static_cast<Number>(a_.weight[i]); }
   std::size_t rank(std::size_t i) const { return rank_[i - begin_]; }
 
+  // Of a row that is not in the tree.
   Partners partners(const Tree<Number>& tree, std::size_t i) const {
     const Number lower = tree.below(rank(i));
-    const Number notHigher = tree.below(rank(i) + 1);
+    const bool alone = ranks_ == stop_ - begin_;  // nobody has the score of another
+    const Number notHigher = alone ? lower : tree.below(rank(i) + 1);
     return {static_cast<double>(lower), static_cast<double>(notHigher - lower),
             static_cast<double>(tree.total() - notHigher)};
   }
 
   // From the last time to the first, the rows at risk in the tree.
-  void eventsAgainstRows(Concordance& result, std::vector<double>& balance,
-                         std::vector<double>& comparable) {
+  void eventsAgainstRows(Concordance& result, double* balance, double* comparable) {
     Tree<Number> atRisk(ranks_);
     std::size_t entered = byEntry_.size();
     for (std::size_t i = stop_; i > begin_;) {
@@ -103,8 +128,8 @@ class Stratum {
         result.concordant += a_.weight[row] * p.lower;
         result.discordant += a_.weight[row] * p.higher;
         result.tiedScore += a_.weight[row] * p.equal;
-        balance[row] += p.lower - p.higher;
-        comparable[row] += p.lower + p.equal + p.higher;
+        balance[row - begin_] += p.lower - p.higher;
+        comparable[row - begin_] += p.lower + p.equal + p.higher;
       }
       for (std::size_t row = from; row < events; ++row) atRisk.add(rank(row), weight(row));
       i = from;
@@ -112,12 +137,12 @@ class Stratum {
   }
 
   // From the first time to the last, the events so far in the tree.
-  void rowsAgainstEvents(std::vector<double>& balance, std::vector<double>& comparable) {
+  void rowsAgainstEvents(double* balance, double* comparable) {
     Tree<Number> failed(ranks_);
     const auto addTo = [&](std::size_t row, double sign) {
       const Partners p = partners(failed, row);
-      balance[row] += sign * (p.higher - p.lower);
-      comparable[row] += sign * (p.lower + p.equal + p.higher);
+      balance[row - begin_] += sign * (p.higher - p.lower);
+      comparable[row - begin_] += sign * (p.lower + p.equal + p.higher);
     };
     std::size_t entering = 0;
     const auto enterBefore = [&](std::uint32_t code) {
@@ -201,10 +226,16 @@ Concordance concordance(const risk::Arrangement& arrangement, std::span<const do
 }
 
 Concordance concordance(const Fit& fit) {
-  Hazards hazards;
-  hazardsAt(*fit.problem, fit.ties, fit.working, hazards);
-  return concordance(fit.problem->arrangement, hazards.predictor, fit.problem->cluster,
-                     fit.problem->clusters);
+  const Problem& problem = *fit.problem;
+  std::vector<double> predictor(problem.arrangement.offset);
+  predictor.resize(problem.arrangement.rows(), 0.0);
+  Chunks(problem.x).inParallel([&](std::size_t, std::size_t begin, std::size_t end) {
+    for (std::size_t block = begin; block < end; ++block) {
+      numerics::addProduct(problem.x.column(block, 0), fit.working, problem.x.rowsOf(block),
+                           predictor.data() + block * numerics::BlockedColumns::kBlock);
+    }
+  });
+  return concordance(problem.arrangement, predictor, problem.cluster, problem.clusters);
 }
 
 }  // namespace survmeth::engine::cox

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "numerics/threads.h"
+#include "engine/risk/parts.h"
 
 namespace survmeth::engine::risk {
 namespace {
@@ -30,16 +30,6 @@ std::vector<std::uint32_t> byStratum(const std::vector<std::uint32_t>& order, co
     if (takesPart(row)) sorted[next[code(row)]++] = row;
   }
   return sorted;
-}
-
-// Calls work(0) ... work(count - 1), which read what the caller's order has scattered.
-template <typename Work>
-void inParts(std::size_t count, const Work& work) {
-  constexpr std::size_t kRows = 1 << 14;
-  numerics::inParallel((count + kRows - 1) / kRows, [&](std::size_t part) {
-    const std::size_t stop = std::min(count, (part + 1) * kRows);
-    for (std::size_t i = part * kRows; i < stop; ++i) work(i);
-  });
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include <bit>
 #include <limits>
 
+#include "engine/risk/parts.h"
 #include "numerics/runningSum.h"
 
 namespace survmeth::engine::risk {
@@ -175,8 +176,6 @@ void Sums::overTimes(std::span<const double> at, std::span<const double> own, st
   }
   // Sums up to each time from the stratum's first on, with a 0 before it.
   std::vector<double> before(a.times() + a.strata());
-  const bool late = a.lateEntry();
-  std::size_t start = 0;
   for (std::size_t s = 0; s < a.strata(); ++s) {
     double* upTo = before.data() + s;
     numerics::RunningSum running;
@@ -184,18 +183,18 @@ void Sums::overTimes(std::span<const double> at, std::span<const double> own, st
     for (std::size_t k = a.stratumTime[s]; k < a.stratumTime[s + 1]; ++k) {
       upTo[k + 1] = running.add(at[k]);
     }
-    for (std::size_t i = a.stratumRow[s]; i < a.stratumRow[s + 1]; ++i) {
-      const std::size_t event = a.event[i];
-      // A time that exists, whatever it is multiplied with.
-      const double mine = own[std::max<std::size_t>(a.end[i], 1) - 1];
-      // A product, where a decision would be guessed wrong for every third row.
-      sum[i] = static_cast<double>(event) * mine;
-      if (!late) sum[i] += upTo[a.end[i] - event];
-    }
-    for (; start < fromStart_.size() && fromStart_[start] < a.stratumRow[s + 1]; ++start) {
-      const std::size_t i = fromStart_[start];
-      sum[i] += upTo[a.end[i] - std::size_t{a.event[i]}];
-    }
+  }
+  const bool late = a.lateEntry();
+  inParts(a.rows(), [&](std::size_t i) {
+    const std::size_t event = a.event[i];
+    // A time that exists, whatever it is multiplied with.
+    const double mine = own[std::max<std::size_t>(a.end[i], 1) - 1];
+    // A product, where a decision would be guessed wrong for every third row.
+    sum[i] = static_cast<double>(event) * mine;
+    if (!late) sum[i] += before[a.rowStratum[i] + a.end[i] - event];
+  });
+  for (const std::uint32_t i : fromStart_) {
+    sum[i] += before[a.rowStratum[i] + a.end[i] - std::size_t{a.event[i]}];
   }
   for (const Stay& stay : once_) sum[stay.row] += at[stay.from];
   for (const Place& place : places_) {

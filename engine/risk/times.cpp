@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "engine/risk/arrangement.h"
+#include "engine/risk/parts.h"
 #include "numerics/order.h"
 
 namespace survmeth::engine::risk {
@@ -44,11 +45,15 @@ std::vector<std::uint32_t> codesOf(const std::vector<double>& sorted,
                                    const std::vector<std::uint32_t>& order,
                                    const std::vector<double>& starts) {
   std::vector<std::uint32_t> codes(order.size());
-  std::uint32_t code = 0;
-  for (std::size_t i = 0; i < order.size(); ++i) {
-    while (code + std::size_t{1} < starts.size() && starts[code + 1] <= sorted[i]) ++code;
-    codes[order[i]] = code;
-  }
+  inRanges(order.size(), [&](std::size_t begin, std::size_t end) {
+    // The last start that is not behind the time; the first start is behind none.
+    const auto next = std::upper_bound(starts.begin(), starts.end(), sorted[begin]);
+    auto code = static_cast<std::size_t>(next - starts.begin()) - 1;
+    for (std::size_t i = begin; i < end; ++i) {
+      while (code + 1 < starts.size() && starts[code + 1] <= sorted[i]) ++code;
+      codes[order[i]] = static_cast<std::uint32_t>(code);
+    }
+  });
   return codes;
 }
 
