@@ -107,9 +107,10 @@ void requireFitting(const LifeRows& rows, const LifeRequest& request) {
 // Pairs of groups by the first test, and the hazard ratios of two.
 void addTwoByTwo(const LifeRows& rows, const LifeRequest& request, const curves::Weighting& first,
                  LifeComparison& comparison) {
-  if (request.pairs) {
-    comparison.pairs = curves::comparePairs(rows.response(), rows.testRows(), rows.groupCodes(),
-                                            first, *request.pairs, request.tolerance());
+  if (request.pairs != Pairs::kNone) {
+    comparison.pairs =
+        curves::comparePairs(rows.response(), rows.testRows(), rows.groupCodes(), first,
+                             adjustmentOf(request.pairs), request.tolerance());
   }
   if (request.hazardRatios) {
     comparison.ratios = curves::hazardRatios(rows.response(), rows.testRows(), rows.groupCodes(),
