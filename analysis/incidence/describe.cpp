@@ -74,7 +74,7 @@ void check(const IncidenceRequest& request) {
     if (!request.strata.empty()) {
       throw BadOption("strata", "are those of the test of groups; expected --group");
     }
-    if (request.pairs != IncidencePairs::kNone) {
+    if (request.pairs != Pairs::kNone) {
       throw BadOption("pairs", "are of groups; expected --group");
     }
   }
@@ -164,12 +164,7 @@ Declaration incidenceDeclaration() {
               "Column of rows that belong together; implies robust standard errors")
       .column("strata", &IncidenceRequest::strata, Role::kStrata, labels(),
               "Column of strata within which groups are compared")
-      .choice("pairs", &IncidenceRequest::pairs,
-              {{"none", IncidencePairs::kNone},
-               {"unadjusted", IncidencePairs::kUnadjusted},
-               {"holm", IncidencePairs::kHolm},
-               {"bonferroni", IncidencePairs::kBonferroni},
-               {"benjamini-hochberg", IncidencePairs::kBenjaminiHochberg}},
+      .choice("pairs", &IncidenceRequest::pairs, pairChoices(),
               "Tests of each two groups, and how their p-values are adjusted")
       .choice(
           "variance", &IncidenceRequest::variance,

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "analysis/pairs.h"
 #include "engine/incidence/gray.h"
 #include "engine/incidence/lost.h"
 #include "frame/frame.h"
@@ -16,15 +17,13 @@
 
 namespace survmeth::analysis {
 
-enum class IncidencePairs { kNone, kUnadjusted, kHolm, kBonferroni, kBenjaminiHochberg };
-
 struct IncidenceRequest {
   std::string time, status, censor, event;
   std::vector<std::string> group;  // crossed
   std::string entry, weights, cluster, strata;
   engine::WeightKind weightsAre = engine::WeightKind::kFrequencies;
   double rho = 0, alpha = 0.05;
-  IncidencePairs pairs = IncidencePairs::kNone;
+  Pairs pairs = Pairs::kNone;
   engine::incidence::Variance variance = engine::incidence::Variance::kAalen;
   engine::curves::Scale scale = engine::curves::Scale::kLogLog;
   std::vector<double> at;

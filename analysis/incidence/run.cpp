@@ -78,26 +78,12 @@ IncidenceAnswer beginning(const frame::Frame& data, const IncidenceRequest& requ
   return answer;
 }
 
-engine::curves::Adjustment adjustmentOf(IncidencePairs pairs) {
-  using engine::curves::Adjustment;
-  switch (pairs) {
-    case IncidencePairs::kHolm:
-      return Adjustment::kHolm;
-    case IncidencePairs::kBonferroni:
-      return Adjustment::kBonferroni;
-    case IncidencePairs::kBenjaminiHochberg:
-      return Adjustment::kBenjaminiHochberg;
-    default:
-      return Adjustment::kNone;
-  }
-}
-
 void test(const Input& input, const IncidenceRequest& request, IncidenceOfType& type) {
   incidence::GrayOptions options;
   options.cause = static_cast<std::uint32_t>(type.cause) + 1;
   options.rho = request.rho;
   type.test = incidence::grayTest(input.response, input.rows, input.groups, options);
-  if (request.pairs == IncidencePairs::kNone) return;
+  if (request.pairs == Pairs::kNone) return;
   type.pairs = incidence::grayPairs(input.response, input.rows, input.groups, options,
                                     adjustmentOf(request.pairs));
 }

@@ -181,20 +181,20 @@ report::Table pairTable(const IncidenceAnswer& answer, const IncidenceRequest& r
        report::labelColumn(key::kSecond, "second", std::move(second)),
        report::columnOf(key::kChiSquare, "chi-square", Kind::kStatistic, pairs, &Pair::chiSquare),
        report::columnOf(key::kPValue, "p-value", Kind::kPValue, pairs, &Pair::pValue)});
-  if (request.pairs != IncidencePairs::kUnadjusted) {
+  if (request.pairs != Pairs::kUnadjusted) {
     table.columns.push_back(
         report::columnOf(key::kAdjustedPValue, "adjusted", Kind::kPValue, pairs, &Pair::adjusted));
   }
   return table;
 }
 
-const char* adjustmentName(IncidencePairs pairs) {
+const char* adjustmentName(Pairs pairs) {
   switch (pairs) {
-    case IncidencePairs::kHolm:
+    case Pairs::kHolm:
       return ", adjusted by Holm's method";
-    case IncidencePairs::kBonferroni:
+    case Pairs::kBonferroni:
       return ", adjusted by Bonferroni's method";
-    case IncidencePairs::kBenjaminiHochberg:
+    case Pairs::kBenjaminiHochberg:
       return ", adjusted by Benjamini and Hochberg's method";
     default:
       return "";
@@ -206,7 +206,7 @@ const char* adjustmentName(IncidencePairs pairs) {
 void describeIncidenceReadings(const IncidenceAnswer& answer, const IncidenceRequest& request,
                                report::Report& report) {
   const bool tested = answer.several() && !answer.types.empty() && answer.types[0].test;
-  if (tested && request.pairs != IncidencePairs::kNone) {
+  if (tested && request.pairs != Pairs::kNone) {
     report.tables.push_back(pairTable(answer, request));
     report.methods.push_back({std::string("pairs: the test of the rows of two groups") +
                                   adjustmentName(request.pairs) + ", for each type of event",

@@ -97,7 +97,7 @@ void checkComparisons(const LifeRequest& request) {
   for (std::size_t i = 0; i < asked.size(); ++i) {
     for (std::size_t j = 0; j < i; ++j) {
       if (asked[i].kind == asked[j].kind && asked[i].p == asked[j].p && asked[i].q == asked[j].q &&
-          !request.tests.empty()) {
+          request.tests.size() == asked.size()) {
         throw BadOption("tests", text::quote(request.tests[i]) +
                                      " stands there twice; expected each test once");
       }

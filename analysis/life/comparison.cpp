@@ -20,7 +20,7 @@ constexpr std::size_t kMostGroups = 8192;
 
 // Where less than one is at risk the variance of the hypergeometric law does not hold.
 bool fractionalRisk(const LifeRows& rows, const LifeRequest& request) {
-  if (rows.wholeWeights()) return false;
+  if (rows.wholeWeights) return false;
   const curves::Sample all(rows.response(), rows.testRows(),
                            {rows.strata.codes, rows.strata.labels.size()}, request.tolerance());
   for (std::size_t k = 0; k < all.times(); ++k) {
@@ -69,20 +69,16 @@ std::string lossOf(const curves::WeightedTest& test) {
   return {};
 }
 
-void take(curves::Comparison& found, bool stratified, LifeComparison& comparison) {
-  for (std::size_t i = 1; i < found.tests.size(); ++i) {
-    const curves::WeightedTest& each = found.tests[i];
+void take(const std::vector<curves::WeightedTest>& tests, LifeComparison& comparison) {
+  for (const curves::WeightedTest& each : tests) {
     comparison.reason = lossOf(each);
-    if (!comparison.exists()) return comparison.tests.clear();
+    if (!comparison.exists()) break;
     comparison.tests.push_back(
         {testName(each.weighting),
          {each.chiSquare, static_cast<double>(each.degreesOfFreedom), each.pValue},
          each.trend,
          each.trendPValue});
   }
-  comparison.observed = std::move(found.tests.front().observed);
-  comparison.expected = std::move(found.tests.front().expected);
-  if (stratified) comparison.strata = std::move(found.events);
 }
 
 // The groups' scores; the first group has 1, the second 2 ... unless others are given.
@@ -111,9 +107,10 @@ void requireFitting(const LifeRows& rows, const LifeRequest& request) {
 // Pairs of groups by the first test, and the hazard ratios of two.
 void addTwoByTwo(const LifeRows& rows, const LifeRequest& request, const curves::Weighting& first,
                  LifeComparison& comparison) {
-  if (request.pairs) {
-    comparison.pairs = curves::comparePairs(rows.response(), rows.testRows(), rows.groupCodes(),
-                                            first, *request.pairs, request.tolerance());
+  if (request.pairs != Pairs::kNone) {
+    comparison.pairs =
+        curves::comparePairs(rows.response(), rows.testRows(), rows.groupCodes(), first,
+                             adjustmentOf(request.pairs), request.tolerance());
   }
   if (request.hazardRatios) {
     comparison.ratios = curves::hazardRatios(rows.response(), rows.testRows(), rows.groupCodes(),
@@ -147,27 +144,39 @@ LifeComparison compareLife(const LifeRows& rows, const LifeRequest& request) {
   const std::size_t groups = rows.groups.labels.size();
   LifeComparison comparison;
   comparison.included.assign(groups, false);
-  comparison.observed.assign(groups, kNone);
-  comparison.expected.assign(groups, kNone);
   comparison.reason = reasonBefore(rows);
   if (comparison.exists()) {
     // The log-rank test's counts stand behind all others.
-    std::vector<curves::Weighting> weightings = {{Kind::kLogRank}};
-    weightings.insert(weightings.end(), asked.begin(), asked.end());
+    std::vector<curves::Weighting> weightings = asked;
+    const auto logRankAt = static_cast<std::size_t>(
+        std::find_if(asked.begin(), asked.end(),
+                     [](const auto& each) { return each.kind == Kind::kLogRank; }) -
+        asked.begin());
+    if (logRankAt == asked.size()) weightings.push_back({Kind::kLogRank});
     curves::Comparison found =
         curves::compare(rows.response(), rows.testRows(), rows.groupCodes(), weightings,
                         scoresOf(request, groups), request.tolerance());
-    const curves::WeightedTest& logRank = found.tests.front();
+    const curves::WeightedTest& logRank = found.tests[logRankAt];
     // Whoever is at risk at an event time has a share of what is expected there.
     for (std::size_t g = 0; g < groups; ++g) comparison.included[g] = logRank.expected[g] > 0;
     comparison.reason = reasonOf(logRank, comparison, fractionalRisk(rows, request));
-    if (comparison.exists()) take(found, rows.stratified(), comparison);
+    if (comparison.exists()) {
+      comparison.observed = logRank.observed;
+      comparison.expected = logRank.expected;
+      if (rows.stratified()) comparison.strata = std::move(found.events);
+      found.tests.resize(asked.size());
+      take(found.tests, comparison);
+    }
   }
   if (comparison.exists()) {
     addTwoByTwo(rows, request, asked.front(), comparison);
-  } else {
-    for (const curves::Weighting& each : asked) comparison.tests.push_back({testName(each), {}});
+    return comparison;
   }
+  comparison.observed.assign(groups, kNone);
+  comparison.expected.assign(groups, kNone);
+  comparison.strata.clear();
+  comparison.tests.clear();
+  for (const curves::Weighting& each : asked) comparison.tests.push_back({testName(each), {}});
   return comparison;
 }
 

@@ -60,18 +60,19 @@ report::Table strataTable(const LifeAnswer& answer) {
       .table();
 }
 
-const char* adjustmentName(curves::Adjustment adjustment) {
-  switch (adjustment) {
-    case curves::Adjustment::kHolm:
+const char* adjustmentName(Pairs pairs) {
+  switch (pairs) {
+    case Pairs::kHolm:
       return "Holm";
-    case curves::Adjustment::kBonferroni:
+    case Pairs::kBonferroni:
       return "Bonferroni";
-    case curves::Adjustment::kBenjaminiHochberg:
+    case Pairs::kBenjaminiHochberg:
       return "Benjamini-Hochberg";
-    case curves::Adjustment::kNone:
+    case Pairs::kNone:
+    case Pairs::kUnadjusted:
       break;
   }
-  return "unadjusted";
+  return "";
 }
 
 report::Table pairTable(const LifeAnswer& answer) {
@@ -86,8 +87,8 @@ report::Table pairTable(const LifeAnswer& answer) {
       .column(key::kSecond, "and", Kind::kLabel, label(&Pair::second))
       .column(key::kChiSquare, "chi-square", Kind::kStatistic, &Pair::chiSquare)
       .column(key::kPValue, "p-value", Kind::kPValue, &Pair::pValue);
-  if (answer.request.pairs != curves::Adjustment::kNone) {
-    rows.column(key::kAdjustedPValue, adjustmentName(*answer.request.pairs), Kind::kPValue,
+  if (answer.request.pairs != Pairs::kUnadjusted) {
+    rows.column(key::kAdjustedPValue, adjustmentName(answer.request.pairs), Kind::kPValue,
                 &Pair::adjusted);
   }
   return rows.table();
@@ -165,11 +166,11 @@ void addMethods(const LifeAnswer& answer, report::Report& report) {
                                                        : "the groups' scores"),
         "Klein & Moeschberger, Survival Analysis, 2nd ed. (2003) 7.4");
   }
-  if (request.pairs) {
+  if (request.pairs != Pairs::kNone) {
     add(std::string("pairs: the rows of two groups alone; p-values ") +
-            (*request.pairs == curves::Adjustment::kNone
+            (request.pairs == Pairs::kUnadjusted
                  ? "not adjusted"
-                 : std::string("adjusted by ") + adjustmentName(*request.pairs)),
+                 : std::string("adjusted by ") + adjustmentName(request.pairs)),
         "");
   }
   if (request.hazardRatios) {

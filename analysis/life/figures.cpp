@@ -208,6 +208,12 @@ std::optional<report::Figure> lifeHazardFigure(const LifeAnswer& answer) {
   if (answer.readings.hazards.empty()) return {};
   report::Panel panel = report::panelOf(answer.request.time, "Hazard");
   panel.x.least = panel.y.least = 0;
+  // Where few are left the limits are many times the rate: they leave the frame.
+  double top = 0;
+  for (const auto& group : answer.readings.hazards) {
+    for (const curves::HazardRate& each : group) top = std::max(top, 2 * each.rate);
+  }
+  if (top > 0) panel.y.most = top;
   for (std::size_t g = 0; g < answer.readings.hazards.size(); ++g) {
     report::Series line, band;
     line.name = band.name = labelOf(answer, g);
@@ -217,7 +223,7 @@ std::optional<report::Figure> lifeHazardFigure(const LifeAnswer& answer) {
       line.x.push_back(each.time);
       line.y.push_back(std::max(each.rate, 0.0));
       band.lower.push_back(each.lower);
-      band.upper.push_back(each.upper);
+      band.upper.push_back(std::isnan(each.upper) ? each.upper : std::min(each.upper, top));
     }
     if (line.x.empty()) continue;
     band.x = line.x;

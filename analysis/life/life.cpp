@@ -11,7 +11,6 @@ namespace {
 
 using engine::Role;
 using engine::WeightKind;
-using engine::curves::Adjustment;
 using engine::curves::BandKind;
 using engine::curves::Flat;
 using engine::curves::LowerLimit;
@@ -155,19 +154,14 @@ void addReadings(Declared& made) {
 
 void addComparisons(Declared& made) {
   made.texts("tests", &LifeRequest::tests, Role::kValue,
-             "Tests: logrank, gehan-breslow, tarone-ware, peto-peto, modified-peto-peto, and "
-             "fh:P:Q of Fleming and Harrington")
+             "Tests: logrank, gehan-breslow, tarone-ware, peto-peto, modified-peto-peto, fh:P:Q of "
+             "Fleming and Harrington, or all: the first five and fh:0:1")
       .without("logrank,gehan-breslow,tarone-ware")
       .flag("trend", &LifeRequest::trend, "Tests against the order of the groups")
       .numbers("scores", &LifeRequest::scores, {.expected = "numbers separated by commas"},
                "Scores of the groups in order, for the tests of trend")
-      .choice("pairs", &LifeRequest::pairs,
-              {{"off", std::nullopt},
-               {"holm", Adjustment::kHolm},
-               {"bonferroni", Adjustment::kBonferroni},
-               {"bh", Adjustment::kBenjaminiHochberg},
-               {"none", Adjustment::kNone}},
-              "First test of each pair of groups, p-values adjusted so")
+      .choice("pairs", &LifeRequest::pairs, pairChoices(),
+              "First test of each two groups, and how their p-values are adjusted")
       .flag("hazard-ratios", &LifeRequest::hazardRatios, "Hazard ratios of two groups");
 }
 

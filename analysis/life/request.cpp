@@ -47,9 +47,10 @@ Weighting weightingOf(const std::string& word) {
     const auto p = powerAt(word, 3, colon), q = powerAt(word, colon + 1, word.size());
     if (p && q) return {Kind::kFlemingHarrington, *p, *q};
   }
-  throw BadOption("tests", text::quote(word) +
-                               " is no test; expected some of logrank, gehan-breslow, "
-                               "tarone-ware, peto-peto, modified-peto-peto, fh:P:Q");
+  throw BadOption("tests",
+                  text::quote(word) +
+                      " is no test; expected some of logrank, gehan-breslow, "
+                      "tarone-ware, peto-peto, modified-peto-peto, fh:P:Q, or all by itself");
 }
 
 // A column's name; expressions are not evaluated.
@@ -104,6 +105,11 @@ curves::Options LifeRequest::curves() const {
 std::vector<Weighting> LifeRequest::weightings() const {
   if (tests.empty()) return {{Kind::kLogRank}, {Kind::kGehanBreslow}, {Kind::kTaroneWare}};
   std::vector<Weighting> made;
+  if (tests.size() == 1 && tests.front() == "all") {
+    for (const auto& [word, kind] : testWords()) made.push_back({kind});
+    made.push_back({Kind::kFlemingHarrington, 0, 1});
+    return made;
+  }
   for (const std::string& word : tests) made.push_back(weightingOf(word));
   return made;
 }

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "analysis/pairs.h"
 #include "engine/curves/bands.h"
 #include "engine/curves/comparison.h"
 #include "engine/curves/curve.h"
@@ -58,7 +59,7 @@ struct LifeRequest {
   std::vector<std::string> tests;  // empty: those that are usual
   bool trend = false;
   std::vector<double> scores;
-  std::optional<engine::curves::Adjustment> pairs;
+  Pairs pairs = Pairs::kNone;
   bool hazardRatios = false;
 
   bool byDates() const { return !from.empty(); }

@@ -42,6 +42,14 @@ void requireWeighty(const LifeRows& rows) {
   }
 }
 
+void takeWeights(LifeRows& rows) {
+  const auto weight = rows.weight.numbers;
+  requireWeights(weight);
+  rows.wholeWeights =
+      std::all_of(weight.begin(), weight.end(), [](double w) { return w == std::trunc(w); });
+  rows.zeroWeights = static_cast<std::size_t>(std::count(weight.begin(), weight.end(), 0.0));
+}
+
 // Dates as numbers of days; another number is no date.
 const frame::Column& datesOf(const frame::Frame& data, const std::string& name,
                              const char* option) {
@@ -95,6 +103,15 @@ void takeSubjects(const frame::Frame& data, const LifeRequest& request, LifeRows
   if (request.lateEntry()) joinRows(rows, subjects.codes);
 }
 
+// Many rows at few times are as many frequencies: sorted, and gone through, are these. Ties one after
+// the other and robust variances ask for the rows themselves.
+bool mayBePooled(const LifeRequest& request, const LifeRows& rows) {
+  constexpr std::size_t kManyRows = 16384;
+  return rows.event.size() >= kManyRows && !request.lateEntry() && !request.robust &&
+         !rows.sampling() && !rows.clustered() && rows.wholeWeights &&
+         request.estimate != LifeEstimate::kFlemingHarrington;
+}
+
 }  // namespace
 
 LifeRows lifeRowsOf(const frame::Frame& data, const LifeRequest& request) {
@@ -108,7 +125,7 @@ LifeRows lifeRowsOf(const frame::Frame& data, const LifeRequest& request) {
   rows.weightsAre = request.weightsAre;
   if (!request.weightColumn().empty()) {
     rows.weight = *data.numbers(request.weightColumn());
-    requireWeights(rows.weight.numbers);
+    takeWeights(rows);
   }
   if (request.group.empty()) {
     rows.groups = {{"all"}, {}, {data.rows}};
@@ -122,6 +139,7 @@ LifeRows lifeRowsOf(const frame::Frame& data, const LifeRequest& request) {
   if (!request.strata.empty()) rows.strata = groupsOf(data, request.strata);
   if (!request.cluster.empty()) rows.clusters = frame::labelsOf(*data.labels(request.cluster));
   if (!request.id.empty()) takeSubjects(data, request, rows);
+  if (mayBePooled(request, rows)) poolRows(rows);
   return rows;
 }
 
@@ -145,11 +163,6 @@ engine::Rows LifeRows::testRows() const {
   return rows;
 }
 
-bool LifeRows::wholeWeights() const {
-  return std::all_of(weight.numbers.begin(), weight.numbers.end(),
-                     [](double each) { return each == std::trunc(each); });
-}
-
 report::Fact LifeRows::eventFact(const std::string& column) const {
   report::Fact fact{
       report::key::kEventLabels, "Event where " + column + " is", report::Kind::kLabel, {}};
@@ -158,16 +171,13 @@ report::Fact LifeRows::eventFact(const std::string& column) const {
 }
 
 void LifeRows::noteWeights(std::vector<report::Note>& notes) const {
-  if (weight.numbers.empty()) return;
-  const auto zeros = std::count(weight.numbers.begin(), weight.numbers.end(), 0.0);
-  if (!sampling() && !wholeWeights()) {
+  if (!sampling() && !wholeWeights) {
     notes.push_back(
         {"fractionalWeights", "weights are not all whole numbers; they are taken as frequencies"});
   }
-  if (zeros > 0) {
-    notes.push_back(
-        {"zeroWeights", text::counted(static_cast<std::size_t>(zeros), "row has", "rows have") +
-                            " weight 0 and no effect"});
+  if (zeroWeights > 0) {
+    notes.push_back({"zeroWeights", text::counted(zeroWeights, "row has", "rows have") +
+                                        " weight 0 and no effect"});
   }
 }
 

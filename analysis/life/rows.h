@@ -40,8 +40,9 @@ struct LifeRows {
   bool clustered() const { return !clusters.codes.empty(); }
   bool sampling() const { return weightsAre == engine::WeightKind::kSampling; }
 
-  // Whether every weight is a whole number; so are no weights.
-  bool wholeWeights() const;
+  bool wholeWeights = true;     // every weight a whole number; so are no weights
+  std::size_t zeroWeights = 0;  // rows of weight 0
+
   // "1, yes"; does not exist where no row is an event.
   report::Fact eventFact(const std::string& column) const;
   // Frequencies that are not whole, and weights of 0.
@@ -58,6 +59,13 @@ LifeRows lifeRowsOf(const frame::Frame& data, const LifeRequest& request);
 // Joins rows of one subject that follow one another without an event and differ in nothing else:
 // where follow-up was split says nothing.
 void joinRows(LifeRows& rows, const std::vector<std::uint32_t>& subject);
+
+// Makes one row with the sum of their weights of rows that differ in nothing else. Weights are
+// frequencies, whole ones, and nobody enters late. False, and nothing changes, where there would be
+// more than a quarter of the rows.
+//
+// Cost O(n), memory for the rows that stay
+bool poolRows(LifeRows& rows);
 
 }  // namespace survmeth::analysis
 

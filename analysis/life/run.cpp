@@ -43,6 +43,15 @@ class Run {
 
  private:
   void find() {
+    findCurves();
+    addReadings();
+    addRates();
+    addIntervals();
+    answer_.comparison = compareLife(answer_.rows, request_);
+  }
+
+  // What takes the rows by group and time, which are gone before the groups are compared.
+  void findCurves() {
     const engine::Rows rows = answer_.rows.rows();
     const curves::Sample sample(answer_.rows.response(), rows, answer_.rows.groupCodes(),
                                 request_.tolerance());
@@ -50,12 +59,8 @@ class Run {
     answer_.curves = curves::estimate(sample, rows, options_);
     for (const curves::Curve& curve : answer_.curves) summarise(curve);
     addBands(rows);
-    addReadings();
     addMeans(sample, rows);
     addHazards(sample, rows);
-    addRates();
-    addIntervals();
-    answer_.comparison = compareLife(answer_.rows, request_);
   }
 
   void summarise(const curves::Curve& curve) {

@@ -171,6 +171,13 @@ TEST(HazardFigure, IsThereWhereABandwidthIs) {
   ASSERT_TRUE(figure);
   EXPECT_EQ(figure->panels.front().series.back().x.size(), 101u);
   EXPECT_EQ(figure->panels.front().series.back().x.back(), 8);
+  // A limit may be any number of times the rate; the frame ends at twice the largest.
+  const std::vector<double>& rates = figure->panels.front().series.back().y;
+  const double top = 2 * *std::max_element(rates.begin(), rates.end());
+  EXPECT_EQ(figure->panels.front().y.most, top);
+  for (const double upper : figure->panels.front().series.front().upper) {
+    EXPECT_FALSE(upper > top);
+  }
 }
 
 TEST(SurvivalFigure, ABandTakesThePlaceOfTheLimits) {

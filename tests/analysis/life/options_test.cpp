@@ -184,6 +184,62 @@ TEST(LifeWeights, EqualRepetitionInEveryNumber) {
   EXPECT_GT(tested, 60u);
 }
 
+// 20,000 rows at 40 times are pooled; as many as their frequencies are not.
+TEST(LifeRows, ManyAtFewTimesAreTheirFrequencies) {
+  Columns many, few;
+  many.groups = few.groups = 3;
+  std::map<std::pair<double, std::pair<std::uint32_t, std::uint8_t>>, double> counts;
+  std::uint32_t state = 1;
+  for (std::size_t i = 0; i < 20000; ++i) {
+    state = state * 1664525u + 1013904223u;
+    const std::uint32_t group = (state >> 8) % 3;
+    const double time = 1 + (state >> 16) % (30 + 5 * group);
+    const auto event = static_cast<std::uint8_t>((state >> 12) % 4 == 0 ? 0 : 1);
+    many.time.push_back(time);
+    many.event.push_back(event);
+    many.group.push_back(group);
+    counts[{time, {group, event}}] += 1;
+  }
+  for (const auto& [cell, count] : counts) {
+    few.time.push_back(cell.first);
+    few.group.push_back(cell.second.first);
+    few.event.push_back(cell.second.second);
+    few.weight.push_back(count);
+  }
+  LifeRequest request;
+  request.at = {5};
+  request.tau = 25;
+  request.rates = true;
+  const LifeAnswer a = test::lifeOf(many, request), b = test::lifeOf(few, request);
+  EXPECT_LT(a.rows.event.size(), 250u);
+  EXPECT_EQ(a.rows.groups.counts[0] + a.rows.groups.counts[1] + a.rows.groups.counts[2], 20000u);
+  for (std::size_t g = 0; g < 3; ++g) {
+    EXPECT_EQ(a.curves[g].time, b.curves[g].time);
+    EXPECT_EQ(a.curves[g].atRisk, b.curves[g].atRisk);
+    EXPECT_EQ(a.curves[g].survival, b.curves[g].survival);
+    EXPECT_EQ(a.readings.risk[g][0].cumulativeEvents, b.readings.risk[g][0].cumulativeEvents);
+    EXPECT_TRUE(near(a.readings.rates[g][0].personTime, b.readings.rates[g][0].personTime, 1e-14));
+  }
+  for (std::size_t t = 0; t < 3; ++t) {
+    EXPECT_TRUE(
+        near(a.comparison.tests[t].test.chiSquare, b.comparison.tests[t].test.chiSquare, 1e-12));
+  }
+  // One after the other needs the rows.
+  request.estimate = analysis::LifeEstimate::kFlemingHarrington;
+  EXPECT_EQ(test::lifeOf(many, request).rows.event.size(), 20000u);
+}
+
+TEST(LifeRows, ManyAtDistinctTimesStayAsTheyAre) {
+  Columns columns;
+  for (std::size_t i = 0; i < 20000; ++i) {
+    columns.time.push_back(static_cast<double>(i));
+    columns.event.push_back(1);
+  }
+  const LifeAnswer answer = test::lifeOf(columns);
+  EXPECT_EQ(answer.rows.event.size(), 20000u);
+  EXPECT_TRUE(answer.rows.weight.numbers.empty());
+}
+
 TEST(LifeMeans, EndAtTheSmallestOfTheGroupsLastTimes) {
   const Columns columns = test::groupsOf({{{1, 1}, {4, 0}}, {{2, 1}, {9, 0}}});
   LifeRequest request;

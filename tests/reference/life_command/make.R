@@ -102,7 +102,7 @@ tests <- function(case, made, strata = "", rhos = c(0, 1, 0.5), words = c("Log-r
   if (!is.null(pairs)) { k <- combn(made$groups, 2); p <- chi <- numeric(ncol(k))
     for (j in seq_len(ncol(k))) { x <- survdiff(f, d[d$..g %in% k[, j], ]); chi[j] <- x$chisq; p[j] <- pchisq(x$chisq, 1, lower.tail = FALSE) }
     id <- paste0(k[1, ], "|", k[2, ]); add(case, "pairs", id, "chiSquare", chi, 1); add(case, "pairs", id, "pValue", p)
-    add(case, "pairs", id, "adjustedPValue", p.adjust(p, c(holm = "holm", bonferroni = "bonferroni", bh = "BH")[pairs])) }
+    add(case, "pairs", id, "adjustedPValue", p.adjust(p, c(holm = "holm", bonferroni = "bonferroni", "benjamini-hochberg" = "BH")[pairs])) }
 }
 usual <- "--tests logrank,fh:1:0,fh:0.5:0"
 
@@ -130,7 +130,7 @@ tests("dates", life("dates", own("dates"), event = "dead", group = "sex", option
 # Tests: groups, strata, pairs.
 tests("alloauto", life("alloauto", own("alloauto"), event = "delta", group = "type", options = usual)); tests("tongue", life("tongue", own("tongue"), event = "delta", group = "type", options = usual))
 tests("catheter", life("catheter", own("catheter"), event = "delta", group = "type", options = usual)); tests("myeloid", life("myeloid", own("myeloid"), time = "futime", event = "death", group = "trt", options = usual))
-tests("transplant", life("transplant", own("transplant"), time = "futime", event = "death", group = "abo", options = paste(usual, "--pairs bh")), pairs = "bh")
+tests("transplant", life("transplant", own("transplant"), time = "futime", event = "death", group = "abo", options = paste(usual, "--pairs benjamini-hochberg")), pairs = "benjamini-hochberg")
 tests("cells", life("cells", cox("veteran"), group = "cell", options = paste(usual, "--strata test --pairs holm")), strata = "test", pairs = "holm")
 tests("bmt", life("bmt", cox("bmt"), group = "fab", options = paste(usual, "--strata hospital")), strata = "hospital"); tests("pneumon", life("pneumon", cox("pneumon"), group = "smoke", options = usual))
 tests("gbsg", life("gbsg", cox("gbsg"), group = "grade", options = paste(usual, "--strata meno --pairs bonferroni")), strata = "meno", pairs = "bonferroni")
