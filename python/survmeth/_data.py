@@ -31,6 +31,20 @@ def table_of(data):
         if len(by_name) < data.shape[1]:
             raise refused("two columns have the same name", "a different name for each")
         return Table(list(by_name), lambda name: data.iloc[:, by_name[name]], len(data))
+    if hasattr(data, "column_names") and hasattr(data, "column"):  # a pyarrow Table
+        names = list(data.column_names)
+        if len(set(names)) < len(names):
+            raise refused("two columns have the same name", "a different name for each")
+        return Table(names, lambda name: of_arrow(data.column(name)), data.num_rows)
+    if hasattr(data, "get_columns") and hasattr(data, "height"):  # a polars DataFrame
+        return Table(list(data.columns), lambda name: of_polars(data[name]), data.height)
+    if hasattr(data, "__arrow_c_stream__"):
+        try:
+            import pyarrow
+        except ImportError:
+            raise refused(f"the data are a {type(data).__name__}, which pyarrow reads",
+                          "pyarrow to be installed, or a dict of columns") from None
+        return table_of(pyarrow.table(data))
     if hasattr(data, "keys") and hasattr(data, "__getitem__"):
         names = list(data.keys())
         lengths = {name: len(data[name]) for name in names}
@@ -42,7 +56,46 @@ def table_of(data):
         return Table([str(name) for name in names], dict(zip(map(str, names), data.values())).get,
                      lengths[names[0]] if names else 0)
     raise refused(f"the data are a {type(data).__name__}",
-                  "a dict of columns or a pandas DataFrame")
+                  "a dict of columns or a DataFrame")
+
+
+class Coded:
+    """Categories in their order, and of each cell its category or below 0."""
+
+    def __init__(self, codes, labels):
+        self.codes, self.labels = codes, labels
+
+
+def of_arrow(column):
+    """A pyarrow ChunkedArray."""
+    import pyarrow
+
+    kind = column.type
+    if pyarrow.types.is_dictionary(kind):
+        column = column.unify_dictionaries().combine_chunks()
+        if isinstance(column, pyarrow.ChunkedArray):  # of no chunk
+            return Coded(np.empty(0, dtype=np.int64), [])
+        return Coded(column.indices.fill_null(-1).to_numpy(zero_copy_only=False),
+                     column.dictionary.to_pylist())
+    if pyarrow.types.is_integer(kind) and column.null_count:
+        return column.to_pylist()  # as floats some would become others
+    if pyarrow.types.is_decimal(kind):
+        return column.cast(pyarrow.float64()).to_numpy()
+    return column.to_numpy()
+
+
+def of_polars(series):
+    kind = str(series.dtype)
+    if kind.startswith("Enum"):
+        return Coded(series.to_physical().cast(int).fill_null(-1).to_numpy(),
+                     list(series.dtype.categories))
+    if kind.startswith("Categorical"):  # which have no order of their own
+        return series.cast(str).to_numpy()
+    if kind.startswith(("Int", "UInt")) and series.null_count():
+        return series.to_list()
+    if kind.startswith("Decimal"):
+        return series.cast(float).to_numpy()
+    return series.to_numpy()
 
 
 def refused(what, expected, column=None, row=None):
@@ -55,6 +108,10 @@ def column_of(name, values):
         labels = [label_of(label) for label in values.cat.categories]
         codes = np.asarray(values.cat.codes).astype(np.int64)
         return name, as_codes(np.where(codes < 0, MISSING, codes)), labels, True
+    if isinstance(values, Coded):
+        codes = values.codes.astype(np.int64)
+        return (name, as_codes(np.where(codes < 0, MISSING, codes)),
+                [label_of(label) for label in values.labels], True)
     if isinstance(values, np.ma.MaskedArray):
         values = np.where(np.ma.getmaskarray(values), None, values.data.astype(object))
     if not isinstance(values, np.ndarray):

@@ -50,7 +50,7 @@ def docstring_of(analysis):
     if analysis["details"]:
         lines += [analysis["details"], ""]
     lines += ["Parameters", "----------",
-              "data : dict of columns (arrays, lists) or pandas.DataFrame",
+              "data : dict of columns (arrays, lists), or a table of pandas, polars or pyarrow",
               "    Rows with a missing cell in a column asked for are left out and counted."]
     for option in analysis["options"]:
         required = "" if option["required"] else ", optional"

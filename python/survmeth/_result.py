@@ -15,7 +15,7 @@ class Result:
     plan      the options that were in force
     notes     conditions that leave the analysis valid: dicts of code, text, names
     methods   how the numbers were computed: dicts of text, reference
-    figures   what plot draws: dicts, as docs/report.md describes them
+    figures   what plot() draws: dicts, as docs/report.md describes them
 
     Results of an analysis that predicts have the method predict(data, ...), by the columns of new
     data, and save(path), for survmeth predict. Results pickle, with all of these.
@@ -90,6 +90,15 @@ class Result:
     def to_csv(self):
         """By file name, every table as CSV."""
         return self._report.csv()
+
+    def plot(self, figure=None, ax=None, risk_table=True):
+        """Draws a figure by matplotlib: the first, or the one of this id; gives back its axes.
+
+        ax  where to draw: one of matplotlib's axes, or a list of as many as the figure has panels
+        """
+        from survmeth import _plot
+
+        return _plot.draw(_plot.named(self.figures, figure), ax, risk_table)
 
     def save(self, path):
         """Writes the fit to a file that `survmeth predict` reads; ValueError where nothing lasts."""

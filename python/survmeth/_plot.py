@@ -1,0 +1,201 @@
+"""A described figure, drawn by matplotlib. What series are is said by their kinds; nothing here knows
+an analysis."""
+
+import math
+import statistics
+
+import numpy as np
+
+# Told apart by those who see few colours, too; as the command line's pictures have them.
+COLOURS = ["#0072b2", "#d55e00", "#009e73", "#cc79a7", "#222222", "#e69f00", "#56b4e9", "#8c564b",
+           "#6a3d9a", "#7a9a01", "#808080", "#b2182b"]
+DASHES = ["-", "--", "-.", ":"]
+GUIDE = "#808080"
+NORMAL = statistics.NormalDist()
+LEAST = 1e-15  # probabilities of 0 and 1 have no place on these scales
+
+SCALES = {
+    "cloglog": (lambda p: math.log(-math.log1p(-p)), lambda z: -math.expm1(-math.exp(min(z, 5)))),
+    "probit": (NORMAL.inv_cdf, NORMAL.cdf),
+}
+
+
+def named(figures, name):
+    """The figure of this id, or the first."""
+    if not figures:
+        raise ValueError("this result has no figure")
+    if name is None:
+        return figures[0]
+    for figure in figures:
+        if figure["id"] == name:
+            return figure
+    raise ValueError(f"there is no figure {name!r}; expected one of "
+                     + ", ".join(repr(figure["id"]) for figure in figures))
+
+
+def draw(figure, ax=None, risk_table=True):
+    """Draws on the axes, one for each panel, or on new ones; gives them back likewise."""
+    panels = figure["panels"]
+    if ax is None:
+        from matplotlib import pyplot
+
+        made, axes = pyplot.subplots(1, len(panels), squeeze=False, layout="constrained",
+                                     figsize=(6.4 * min(len(panels), 3), 4.8))
+        axes = list(axes[0])
+        made.suptitle(figure["title"])
+    else:
+        axes = list(np.ravel(ax))
+        if len(axes) != len(panels):
+            raise ValueError(f"the figure {figure['id']!r} has {len(panels)} panels, and ax has "
+                             f"{len(axes)}")
+        if len(axes) == 1:
+            axes[0].set_title(figure["title"])
+    for each, panel in zip(axes, panels):
+        draw_panel(each, panel)
+    if risk_table and figure["riskTable"]:
+        draw_risk_table(axes[0], figure["riskTable"])
+    return axes[0] if len(axes) == 1 else axes
+
+
+def draw_panel(ax, panel):
+    for side in ("x", "y"):
+        set_scale(ax, side, panel[side])
+    styles = {}
+    for series in panel["series"]:
+        if series["name"] and not series["guide"]:
+            styles.setdefault(series["name"], len(styles))
+    height = None  # of the areas so far
+    for series in panel["series"]:
+        index = styles.get(series["name"], 0)
+        style = {"color": GUIDE if series["guide"] else COLOURS[index % len(COLOURS)]}
+        if series["kind"] == "area":
+            height = draw_area(ax, series, style, height)
+        else:
+            DRAWN[series["kind"]](ax, series, style, DASHES[index // len(COLOURS) % len(DASHES)])
+    for line in panel["references"]:
+        (ax.axvline if line["vertical"] else ax.axhline)(
+            line["at"], color=GUIDE, linewidth=1, linestyle=(0, (5, 3)), zorder=1)
+        if line["label"]:
+            at, coordinates = ((line["at"], 1), ("data", "axes fraction")) if line["vertical"] \
+                else ((1, line["at"]), ("axes fraction", "data"))
+            ax.annotate(line["label"], at, xycoords=coordinates, xytext=(-2, 2),
+                        textcoords="offset points", ha="right", color=GUIDE, fontsize="small")
+    for side in ("x", "y"):
+        set_axis(ax, side, panel[side])
+    if panel["title"]:
+        ax.set_title(panel["title"])
+    if panel["equalUnits"]:
+        ax.set_aspect("equal", adjustable="datalim")
+    handles, labels = ax.get_legend_handles_labels()
+    if handles:
+        by_label = dict(zip(labels, handles))
+        ax.legend(by_label.values(), by_label.keys(), frameon=False)
+
+
+def set_scale(ax, side, axis):
+    if axis["scale"] == "log":
+        getattr(ax, f"set_{side}scale")("log")
+    elif axis["scale"] in SCALES:
+        forward, back = SCALES[axis["scale"]]
+        getattr(ax, f"set_{side}scale")("function", functions=(
+            np.vectorize(lambda p: forward(min(max(p, LEAST), 1 - LEAST)), otypes=[float]),
+            np.vectorize(back, otypes=[float])))
+
+
+def set_axis(ax, side, axis):
+    getattr(ax, f"set_{side}label")(axis["label"])
+    set_ticks = getattr(ax, f"set_{side}ticks")
+    if axis["scale"] == "category":
+        groups = axis["categoryGroups"] or [""] * len(axis["categories"])
+        set_ticks(range(len(groups)), [f"{group}: {label}" if group else label
+                                       for group, label in zip(groups, axis["categories"])])
+        set_limits = getattr(ax, f"set_{side}lim")
+        # The first category stands above the others.
+        set_limits(*((len(groups) - 0.5, -0.5) if side == "y" else (-0.5, len(groups) - 0.5)))
+    elif axis["ticks"]:
+        set_ticks(axis["ticks"])
+    if axis["percent"]:
+        from matplotlib.ticker import PercentFormatter
+
+        getattr(ax, f"{side}axis").set_major_formatter(PercentFormatter(1))
+    low, high = ("bottom", "top") if side == "y" else ("left", "right")
+    limits = {low: axis["least"], high: axis["most"]}
+    getattr(ax, f"set_{side}lim")(**{end: value for end, value in limits.items()
+                                     if value is not None})
+
+
+def draw_line(ax, series, style, dash, drawstyle="default"):
+    ax.plot(series["x"], series["y"], linestyle=dash, label=series["name"] or None,
+            linewidth=1 if series["guide"] else 1.8, drawstyle=drawstyle, **style)
+
+
+def draw_step(ax, series, style, dash):
+    draw_line(ax, series, style, dash, "steps-post")
+    if series["ticks"]:
+        at = np.searchsorted(series["x"], series["ticks"], side="right") - 1
+        ax.plot(series["ticks"], np.asarray(series["y"])[at], linestyle="none", marker="|",
+                markersize=7, **style)
+
+
+def draw_band(ax, series, style, dash):
+    ax.fill_between(series["x"], series["lower"], series["upper"], alpha=0.15, linewidth=0,
+                    step="post" if series["stepped"] else None, **style)
+
+
+def draw_points(ax, series, style, dash):
+    x, y = np.asarray(series["x"]), np.asarray(series["y"])
+    for low, high, vertical in (("lower", "upper", True), ("left", "right", False)):
+        if series[low]:
+            draw_bars_of_error(ax, x, y, series[low], series[high], vertical, style)
+    ax.plot(x, y, linestyle="none", marker="o", markersize=5, label=series["name"] or None, **style)
+
+
+def draw_bars_of_error(ax, x, y, low, high, vertical, style):
+    """An infinite end is left out; an arrow stands where the point's finite end is."""
+    for at_x, at_y, begin, end in zip(x, y, low, high):
+        centre = at_y if vertical else at_x
+        for stop, arrow in ((begin, "v" if vertical else "<"), (end, "^" if vertical else ">")):
+            if math.isnan(stop):
+                continue
+            if math.isinf(stop):
+                ax.plot([at_x], [at_y], marker=arrow, markersize=9, linestyle="none", **style)
+                continue
+            line = ([at_x, at_x], [centre, stop]) if vertical else ([centre, stop], [at_y, at_y])
+            ax.plot(*line, linewidth=1.4, **style)
+
+
+def draw_segments(ax, series, style, dash):
+    ax.plot([series["x"], series["right"]], [series["y"], series["upper"]], linewidth=1.2, **style)
+
+
+def draw_bars(ax, series, style, dash):
+    ax.bar(series["x"], series["y"], alpha=0.6, label=series["name"] or None, **style)
+
+
+def draw_area(ax, series, style, below):
+    """On top of the areas before it; gives the height that they have together."""
+    y = np.asarray(series["y"])
+    below = np.zeros(len(y)) if below is None else below
+    ax.fill_between(series["x"], below, below + y, alpha=0.6, label=series["name"] or None,
+                    step="post" if series["stepped"] else None, **style)
+    return below + y
+
+
+DRAWN = {"step": draw_step, "line": draw_line, "band": draw_band, "points": draw_points,
+         "segments": draw_segments, "bars": draw_bars}
+
+
+def draw_risk_table(ax, table):
+    """Numbers below the axis, at its breaks."""
+    from matplotlib.transforms import blended_transform_factory, offset_copy
+
+    where = blended_transform_factory(ax.transData, ax.transAxes)
+    for row, (name, counts) in enumerate(zip([table["title"], *table["rows"]],
+                                             [[], *table["counts"]])):
+        down = -38 - 13 * row
+        ax.annotate(name, (0, 0), xycoords="axes fraction", xytext=(-8, down),
+                    textcoords="offset points", ha="right", va="top", fontsize="small",
+                    annotation_clip=False)
+        place = offset_copy(where, fig=ax.figure, y=down, units="points")
+        for x, count in zip(table["breaks"], counts):
+            ax.text(x, 0, f"{count:g}", transform=place, ha="center", va="top", fontsize="small")

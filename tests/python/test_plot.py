@@ -1,0 +1,116 @@
+"""Figures by matplotlib hold the numbers of the report."""
+
+import matplotlib
+
+matplotlib.use("Agg")
+
+import numpy as np  # noqa: E402: after the choice of what draws
+import pytest  # noqa: E402
+from matplotlib import pyplot  # noqa: E402
+
+import survmeth  # noqa: E402
+from cases import ROOT, cases, columns_of  # noqa: E402
+from survmeth import _plot  # noqa: E402
+
+
+@pytest.fixture(name="fit")
+def fit_of_leukemia():
+    return survmeth.life(columns_of(ROOT / "data" / "leukemia.csv"), time="weeks",
+                         event="relapse", group="treatment")
+
+
+@pytest.fixture(autouse=True)
+def closed():
+    yield
+    pyplot.close("all")
+
+
+def line_of(ax, label):
+    return next(line for line in ax.lines if line.get_label() == label)
+
+
+def test_curves_are_steps_through_the_numbers_of_the_figure(fit):
+    ax = fit.plot()
+    for series in fit.figures[0]["panels"][0]["series"]:
+        if series["kind"] == "step":
+            line = line_of(ax, series["name"])
+            assert line.get_drawstyle() == "steps-post"
+            np.testing.assert_array_equal(line.get_xdata(), series["x"])
+            np.testing.assert_array_equal(line.get_ydata(), series["y"])
+    assert [text.get_text() for text in ax.get_legend().get_texts()] == ["6-MP", "placebo"]
+    assert (ax.get_xlabel(), ax.get_ylabel()) == ("weeks", "Survival")
+    assert line_of(ax, "6-MP").get_color() != line_of(ax, "placebo").get_color()
+
+
+def test_censored_times_are_marked_on_the_curve(fit):
+    ax = fit.plot()
+    series = next(each for each in fit.figures[0]["panels"][0]["series"] if each["ticks"])
+    marks = next(line for line in ax.lines if line.get_marker() == "|")
+    assert marks.get_xdata().tolist() == series["ticks"]
+    # Of 6-MP, censored at 6 weeks: after the relapses of that week, 18/21 are left.
+    assert marks.get_ydata()[0] == pytest.approx(18 / 21, rel=1e-15)
+
+
+def test_the_numbers_at_risk_stand_below(fit):
+    texts = [text.get_text() for text in fit.plot().texts]
+    assert {"At risk", "6-MP", "placebo", "21"} <= set(texts)
+    assert "At risk" not in [text.get_text() for text in fit.plot(risk_table=False).texts]
+
+
+def test_axes_of_the_caller_are_used(fit):
+    _, ax = pyplot.subplots()
+    assert fit.plot(ax=ax) is ax
+    assert ax.get_title() == fit.figures[0]["title"]
+    with pytest.raises(ValueError, match="has 1 panels, and ax has 2"):
+        fit.plot(ax=pyplot.subplots(1, 2)[1])
+
+
+def test_a_figure_of_several_panels_gives_as_many_axes():
+    lung = columns_of(ROOT / "data" / "lung.csv")
+    fit = survmeth.cox("Surv(time, status) ~ age + sex", lung, zph="km")
+    assert [ax.get_title() for ax in fit.plot("schoenfeld")] == ["age", "sex=male"]
+    ratios = fit.plot("hazardRatios")
+    assert ratios.get_xscale() == "log"
+    low, high = ratios.get_ylim()
+    assert low > high  # the first category stands above the others
+    assert [label.get_text() for label in ratios.get_yticklabels()][0] == "age"
+
+
+def test_a_figure_that_there_is_not(fit):
+    with pytest.raises(ValueError, match="there is no figure 'roc'; expected one of 'survival'"):
+        fit.plot("roc")
+    with pytest.raises(ValueError, match="this result has no figure"):
+        _plot.named([], None)
+
+
+@pytest.mark.parametrize("case", cases(), ids=lambda case: case.name)
+def test_every_figure_of_the_golden_cases_is_drawn(case):
+    fit = case.call(columns_of(case.path))
+    for figure in fit.figures:
+        axes = np.ravel(fit.plot(figure["id"]))
+        assert len(axes) == len(figure["panels"])
+        axes[0].figure.canvas.draw()
+        assert all(ax.has_data() for ax in axes)
+
+
+@pytest.mark.parametrize("scale, p, z", [("cloglog", 0.5, -0.36651292058166435),
+                                         ("probit", 0.975, 1.959963984540054)])
+def test_scales_of_probabilities(scale, p, z):
+    # log(-log(1/2)) and the normal quantile, of which 15 digits are known.
+    forward, back = _plot.SCALES[scale]
+    assert forward(p) == pytest.approx(z, rel=1e-12)
+    assert back(z) == pytest.approx(p, rel=1e-12)
+
+
+def test_areas_are_stacked():
+    series = {"x": [0, 1], "y": [0.1, 0.2], "kind": "area", "name": "a", "stepped": True}
+    _, ax = pyplot.subplots()
+    below = _plot.draw_area(ax, series, {}, None)
+    assert _plot.draw_area(ax, series, {}, below).tolist() == [0.2, 0.4]
+
+
+def test_an_infinite_limit_is_an_arrow():
+    _, ax = pyplot.subplots()
+    _plot.draw_points(ax, {"x": [1.0], "y": [0.0], "left": [0.5], "right": [float("inf")],
+                           "lower": [], "upper": [], "name": ""}, {"color": "k"}, "-")
+    assert ">" in [line.get_marker() for line in ax.lines]
