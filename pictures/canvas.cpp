@@ -5,6 +5,7 @@
 #include <charconv>
 #include <cmath>
 
+#include "pictures/glyphs.h"
 #include "pictures/gnuplot.h"
 #include "pictures/lettering.h"
 #include "report/numbers.h"
@@ -89,6 +90,7 @@ void Canvas::markers(const Path& centres, Marker marker, double radius, const st
 
 void Canvas::text(std::string_view text, Point at, const Lettering& lettering) {
   if (text.empty()) return;
+  addUncommon(text, characters_);
   const char* align = lettering.align == Align::kLeft     ? "left"
                       : lettering.align == Align::kCentre ? "center"
                                                           : "right";

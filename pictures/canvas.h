@@ -4,6 +4,7 @@
 #ifndef PICTURES_CANVAS_H_
 #define PICTURES_CANVAS_H_
 
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -72,6 +73,8 @@ class Canvas {
 
   std::string script() const;
   const std::vector<std::string>& names() const { return names_; }
+  // Of the text, those that the usual fonts may lack.
+  const std::set<std::string>& characters() const { return characters_; }
 
  private:
   std::string data(const std::vector<Path>& paths);
@@ -81,6 +84,7 @@ class Canvas {
   double width_, height_;
   std::string blocks_, labels_, plots_;
   std::vector<std::string> names_;
+  std::set<std::string> characters_;
   std::size_t texts_ = 0;
 };
 

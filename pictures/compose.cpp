@@ -3,6 +3,7 @@
 #include <cmath>
 #include <string_view>
 
+#include "pictures/glyphs.h"
 #include "pictures/gnuplot.h"
 #include "pictures/legend.h"
 #include "pictures/lettering.h"
@@ -73,6 +74,12 @@ std::size_t columnsOf(const report::Figure& figure) {
   return n <= 1 ? 1 : n <= 4 ? 2 : 3;
 }
 
+// Of each panel of a picture this wide.
+double panelWidth(const report::Figure& figure, double width) {
+  const auto columns = static_cast<double>(columnsOf(figure));
+  return (width - 2 * kMargin - kBetween * (columns - 1)) / columns;
+}
+
 double widthOf(const report::Figure& figure) {
   if (columnsOf(figure) > 1) return kWide;
   const bool equal = !figure.panels.empty() && figure.panels[0].equalUnits;
@@ -96,8 +103,7 @@ double planPanels(const report::Figure& figure, const Style& style, double width
                   const RiskRows* table, std::optional<double> frameHeight,
                   std::vector<Plan>& plans) {
   const std::size_t columns = columnsOf(figure);
-  const auto wide = (width - 2 * kMargin - kBetween * static_cast<double>(columns - 1)) /
-                    static_cast<double>(columns);
+  const double wide = panelWidth(figure, width);
   plans.clear();
   for (std::size_t i = 0; i < figure.panels.size(); i += columns) {
     double bottom = top;
@@ -131,7 +137,9 @@ Drawing composed(const report::Figure& figure, const Style& style, Format format
   const std::vector<std::string> title = linesOf(figure.title, kTitleSize, inner);
   const Legend legend(figure, palette, inner);
   std::optional<RiskRows> table;
-  if (figure.riskTable && !figure.panels.empty()) table.emplace(*figure.riskTable, width);
+  if (figure.riskTable && !figure.panels.empty()) {
+    table.emplace(*figure.riskTable, panelWidth(figure, width) + 2 * kMargin);
+  }
   const double titled =
       kMargin + (title.empty() ? 0 : heightOf(title.size(), kTitleSize) + 2 * kGap);
   const double top = titled + legend.height();
@@ -175,6 +183,7 @@ Drawing composed(const report::Figure& figure, const Style& style, Format format
   drawing.title = cleaned(figure.title);
   drawing.id = idOf(style.id.empty() ? figure.id : style.id);
   drawing.names = canvas.names();
+  drawing.characters = canvas.characters();
   drawing.notes = notes.all();
   return drawing;
 }
@@ -202,6 +211,7 @@ Format formatOf(const std::string& file) {
 std::string draw(const Drawing& drawing) {
   std::string bytes;
   if (drawing.format != Format::kSvg) {
+    requireGlyphs(drawing.characters);
     runGnuplot(drawing.script, [&bytes](std::string_view piece, std::size_t whole) {
       bytes.reserve(whole);
       bytes += piece;

@@ -11,6 +11,7 @@
 #define PICTURES_PICTURES_H_
 
 #include <optional>
+#include <set>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -51,9 +52,10 @@ class Failure : public std::runtime_error {
 // A picture that only gnuplot has still to draw.
 struct Drawing {
   Format format = Format::kSvg;
-  std::string script;              // for gnuplot, the whole of it
-  std::string title, id;           // of an SVG
-  std::vector<std::string> names;  // what each plot of the script is: "6-MP", "grid", ...
+  std::string script;                // for gnuplot, the whole of it
+  std::string title, id;             // of an SVG
+  std::vector<std::string> names;    // what each plot of the script is: "6-MP", "grid", ...
+  std::set<std::string> characters;  // of its labels, but for the commonest; in UTF-8
   // Codes: valuesLeftOut, bandsAsBars, bandsLeftOut, manyGroups, beyondFrame, labelsLeftOut,
   // countsLeftOut.
   std::vector<report::Note> notes;
@@ -73,7 +75,8 @@ Format formatOf(const std::string& file);
 // Cost O(values)
 Drawing compose(const report::Figure& figure, const Style& style, Format format);
 
-// The bytes of the picture. Throws a Failure.
+// The bytes of the picture. Throws a Failure; one is a character that no font here has, in a png or
+// pdf: what is drawn in its place would cover the picture. An svg's fonts are its reader's business.
 std::string draw(const Drawing& drawing);
 
 }  // namespace survmeth::pictures

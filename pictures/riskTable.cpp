@@ -10,7 +10,7 @@ namespace survmeth::pictures {
 namespace {
 
 constexpr double kSample = 22;     // of the line before a row's name
-constexpr double kMostName = 0.3;  // of the picture's width
+constexpr double kMostName = 0.3;  // of the panel's width
 constexpr double kOver = 10, kRowGap = 2;
 
 std::string countText(double count) {

@@ -15,7 +15,7 @@ namespace survmeth::pictures {
 
 class RiskRows {
  public:
-  // In  width  of the whole picture, of which the names take a part
+  // In  width  of the panel with its margins, of which the names take a part
   RiskRows(const report::RiskTable& table, double width);
 
   double left() const { return left_; }  // room that names and first numbers need

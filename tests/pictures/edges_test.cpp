@@ -6,6 +6,7 @@
 #include <limits>
 #include <set>
 
+#include "pictures/glyphs.h"
 #include "pictures/gnuplot.h"
 #include "pictures/lettering.h"
 #include "pictures/pictures.h"
@@ -287,6 +288,32 @@ TEST(Gnuplot, AFailingOneIsQuoted) {
     EXPECT_NE(std::string(failure.what()).find("the plot cannot be drawn: gnuplot failed: "),
               std::string::npos);
   }
+}
+
+TEST(Gnuplot, CharactersThatNoFontHasAreNamedInsteadOfDrawn) {
+  Figure figure = test::roc();
+  figure.title = "gr\u00f6\u00dfe \u03a9 \u2fe0 \u2fe1";  // the last two are of no script
+  for (const Format format : {Format::kPng, Format::kPdf}) {
+    try {
+      draw(compose(figure, Style{}, format));
+      ADD_FAILURE() << "drawn";
+    } catch (const Failure& failure) {
+      EXPECT_STREQ(failure.what(),
+                   "the plot cannot be drawn: no font here has \u2fe0 \u2fe1; draw an .svg, or "
+                   "install a font that has them");
+    }
+  }
+  EXPECT_NE(pageOf(figure).find("gr\u00f6\u00dfe \u03a9 \u2fe0 \u2fe1"), nullptr);
+  figure.title = "gr\u00f6\u00dfe \u03a9 \u2212 x\u0304";
+  EXPECT_EQ(draw(compose(figure, Style{}, Format::kPng)).substr(1, 3), "PNG");
+}
+
+TEST(Glyphs, ThoseOfEuropeanScriptsAreTakenForGranted) {
+  std::set<std::string> characters;
+  addUncommon("A\u00e9\u0151\u0394\u0416\u2264\u2212\ufe0f", characters);
+  EXPECT_TRUE(characters.empty());
+  addUncommon("\u65e5\u672c \U0001f600 \u65e5", characters);
+  EXPECT_EQ(characters, (std::set<std::string>{"\u65e5", "\u672c", "\U0001f600"}));
 }
 
 }  // namespace

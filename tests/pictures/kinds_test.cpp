@@ -161,6 +161,23 @@ TEST(SurvivalPicture, ARowWithoutCountsHeadsThoseBelowIt) {
   EXPECT_EQ(test::misplaced(page), std::vector<std::string>{});
 }
 
+TEST(SurvivalPicture, NamesOfTheTableLeaveTheFirstOfSeveralPanelsItsFrame) {
+  Figure figure = test::survival(2);
+  figure.panels.push_back(figure.panels[0]);
+  for (std::string& name : figure.riskTable->rows) {
+    name = "a very long label of a treatment that all share, " + name;
+  }
+  const Page page = pageOf(figure);
+  const std::vector<test::Corners> axes = page.paths("x axis");
+  ASSERT_EQ(axes.size(), 2u);
+  const auto width = [&axes](std::size_t i) {
+    return axes[i].back().first - axes[i].front().first;
+  };
+  // The panels are alike but for the names, which may take three tenths of one.
+  EXPECT_GT(width(0), 0.5 * width(1));
+  EXPECT_EQ(test::misplaced(page), std::vector<std::string>{});
+}
+
 TEST(SurvivalPicture, CountsWithoutRoomAreLeftOutWithANote) {
   Figure figure = test::survival(1);
   figure.riskTable->breaks.clear();
