@@ -14,6 +14,7 @@
 #include "report/build.h"
 #include "report/keys.h"
 #include "report/numbers.h"
+#include "text/numbers.h"
 #include "text/words.h"
 
 namespace survmeth::analysis {
@@ -31,7 +32,7 @@ report::Column whoColumn(const CoxPredictRequest& request, const std::vector<std
   if (!request.id.empty()) return report::labelColumn(key::kSubject, request.id, names);
   std::vector<double> lines;
   lines.reserve(names.size());
-  for (const std::string& name : names) lines.push_back(std::stod(name));
+  for (const std::string& name : names) lines.push_back(text::parseNumber(name).value());
   return report::numberColumn(key::kLine, "line", Kind::kCount, lines);
 }
 
