@@ -5,9 +5,9 @@ namespace survmeth::analysis {
 
 const std::vector<Declaration>& declarations() {
   static const std::vector<Declaration> kDeclarations = {
-      lifeDeclaration(),      coxDeclaration(),   clogitDeclaration(),
-      incidenceDeclaration(), grayDeclaration(),  finegrayDeclaration(),
-      rocDeclaration(),       agreeDeclaration(), demingDeclaration(),
+      lifeDeclaration(),  coxDeclaration(),      clogitDeclaration(), incidenceDeclaration(),
+      grayDeclaration(),  finegrayDeclaration(), statesDeclaration(), rocDeclaration(),
+      agreeDeclaration(), demingDeclaration(),
   };
   return kDeclarations;
 }

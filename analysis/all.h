@@ -12,6 +12,7 @@ Declaration clogitDeclaration();     // conditional logistic regression of match
 Declaration incidenceDeclaration();  // competing events: incidence curves and their comparison
 Declaration grayDeclaration();       // Gray's test alone
 Declaration finegrayDeclaration();   // regression of subdistribution hazards
+Declaration statesDeclaration();     // several states
 Declaration rocDeclaration();        // ROC curves of markers and their comparison
 Declaration agreeDeclaration();      // agreement of two methods, repeatability of one
 Declaration demingDeclaration();     // Deming regression of one method on another

@@ -8,6 +8,7 @@
 suppressMessages({
   library(survival)
   library(cmprsk)
+  library(etm)
   library(pROC)
 })
 
@@ -196,6 +197,29 @@ write_case("incidence-pbc", "Incidence of transplants and deaths in primary bili
                          "timepoints"),
                     cell("incidenceAt", row, "standardError", sqrt(at$var[curve, time]),
                          "timepoints"))
+             })
+           }))
+
+# States ----
+stays <- read_data("ventilation.csv")
+code <- c(unventilated = "1", ventilated = "2", left = "3", censored = "cens")
+moves <- matrix(FALSE, 3, 3)
+moves[1, 2:3] <- moves[2, c(1, 3)] <- TRUE
+observed <- etm(data.frame(id = stays$id, from = code[stays$from], to = code[stays$to],
+                           entry = stays$entry, exit = stays$exit),
+                c("1", "2", "3"), moves, "cens", s = 0)
+write_case("states-ventilation", "Ventilation of intensive care patients",
+           software("etm"), "states", "ventilation.csv",
+           paste('"id": "id", "entry": "entry", "exit": "exit", "from": "from", "to": "to",',
+                 '"initial": "ventilated", "at": [5, 20]'),
+           lapply(c(5, 20), function(time) {
+             at <- max(which(observed$time <= time))
+             lapply(1:3, function(state) {
+               row <- list(state = names(code)[state], time = time)
+               place <- paste(2, state)
+               list(cell("probabilitiesAt", row, "probability", observed$est[2, state, at], "etm"),
+                    cell("probabilitiesAt", row, "standardError",
+                         sqrt(observed$cov[place, place, at]), "etm"))
              })
            }))
 

@@ -1,14 +1,13 @@
 # Writes states_data.csv (id, entry, exit, from, to; 0 nowhere) and states.csv: occupation probabilities, hazards and times in states.
 # Run in this folder:  Rscript make_states.R    R 4.2.2, etm 1.1.1, survival 3.5-3.
 #
-# Probabilities, their covariance of Greenwood's type and cumulative hazards from etm (sir: its hospital patients) and, for observed
+# sir is data/ventilation.csv with numbers for its states (unventilated 1, ventilated 2, left 3).
+# Probabilities, their covariance of Greenwood's type and cumulative hazards from etm and, for observed
 # starts of several states, by p(start) times its matrices; the times in states and their errors of the definition: every event time's
 # multinomial error, carried on by the matrices from it to the horizon.
 suppressMessages({library(etm); library(survival)})
 number <- function(x) formatC(x, digits=17, width=1, format="g"); cells <- list(); rows <- list()
-data(sir.cont); s <- sir.cont[order(sir.cont$id, sir.cont$time), ]; s <- s[s$id %in% unique(s$id)[1:250], ]
-s$entry <- ave(s$time, s$id, FUN=function(t) c(0, head(t, -1))); s <- s[s$time > s$entry, ]; to <- as.character(s$to)
-sir <- data.frame(id=s$id, entry=s$entry, exit=s$time, from=as.integer(as.character(s$from)) + 1, to=ifelse(to == "cens", 0, suppressWarnings(as.integer(to)) + 1))
+sir <- read.csv("../../../data/ventilation.csv"); code <- c(unventilated=1, ventilated=2, left=3, censored=0); sir$from <- code[sir$from]; sir$to <- code[sir$to]
 # Four states, the fourth for good; people come late, go back and forth, and leave, with ties.
 set.seed(11); made <- NULL; for (id in 1:160) { t <- sample(0:3, 1); state <- sample(1:2, 1); repeat { stay <- sample(1:9, 1); u <- runif(1)
   to <- if (u < 0.2) 0 else if (state == 3) sample(c(1, 4), 1) else sample(setdiff(1:4, state), 1, prob=c(3, 2, 1)); made <- rbind(made, data.frame(id, entry=t, exit=t + stay, from=state, to)); if (to %in% c(0, 4)) break; t <- t + stay; state <- to } }
