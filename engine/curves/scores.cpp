@@ -62,7 +62,9 @@ Scores scoresOf(const Pooled& pooled, std::span<const Weighting> weightings) {
     const int exponent = largest > 0.0 ? std::ilogb(largest) + 1 - bits : 0;
     std::vector<std::int64_t>& whole = result.score.emplace_back();
     whole.reserve(scores.size());
-    for (const double score : scores) whole.push_back(std::llround(std::ldexp(score, -exponent)));
+    for (const double score : scores) {
+      whole.push_back(static_cast<std::int64_t>(std::round(std::ldexp(score, -exponent))));
+    }
     result.unit.push_back(std::ldexp(1.0, exponent));
   }
   return result;
