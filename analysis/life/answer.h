@@ -20,7 +20,7 @@ namespace survmeth::analysis {
 // What stands in the summary's row of a group.
 struct LifeSummary {
   engine::curves::Quantile lowerQuartile, median, upperQuartile;
-  engine::curves::Quantile followUp;  // the median of the reverse Kaplan-Meier curve
+  double followUp = kNone;  // the median of the reverse Kaplan-Meier curve
 };
 
 // What is read off the curves, of each group; empty what is not asked for.

@@ -66,10 +66,8 @@ class Run {
   void summarise(const curves::Curve& curve) {
     constexpr std::array<double, 3> kQuartiles = {0.25, 0.5, 0.75};
     const auto quartiles = curves::quantiles(curve, kQuartiles, request_.flat);
-    const std::array<double, 1> half = {0.5};
     answer_.summaries.push_back(
-        {quartiles[0], quartiles[1], quartiles[2],
-         curves::quantiles(curves::followUp(curve, options_), half, request_.flat).front()});
+        {quartiles[0], quartiles[1], quartiles[2], curves::followUp(curve, 0.5, request_.flat)});
     answer_.n += curve.n;
     answer_.events += curve.events;
     answer_.censored += curve.censored;

@@ -40,7 +40,8 @@ report::Table summaryTable(const LifeAnswer& answer) {
        times(key::kUpper, level + " upper", &Row::median, &Quantile::upper),
        times(key::kLowerQuartile, "25%", &Row::lowerQuartile, &Quantile::time),
        times(key::kUpperQuartile, "75%", &Row::upperQuartile, &Quantile::time),
-       times(key::kFollowUp, "follow-up", &Row::followUp, &Quantile::time)});
+       report::columnOf(key::kFollowUp, "follow-up", Kind::kTime, answer.summaries,
+                        &Row::followUp)});
 }
 
 // What heads the parts of a long table: nothing where there is one.

@@ -87,6 +87,13 @@ void addLimits(Curve& curve, const Options& options) {
   double atRiskLast = m > 0 ? curve.atRisk[0] : 0.0;  // at the last event time
   for (std::size_t i = 0; i < m; ++i) {
     const double s = curve.survival[i];
+    const bool same =
+        i > 0 && s == curve.survival[i - 1] && curve.logVariance[i] == curve.logVariance[i - 1];
+    if (same && options.lowerLimit == LowerLimit::kUsual) {  // only censorings since
+      curve.lower[i] = curve.lower[i - 1];
+      curve.upper[i] = curve.upper[i - 1];
+      continue;
+    }
     const double error = std::sqrt(curve.logVariance[i]);
     const Interval limits = survivalLimits(s, z * error, options.scale);
     curve.lower[i] = limits.lower;
@@ -152,35 +159,6 @@ std::vector<Curve> estimate(const Sample& sample, const Rows& rows, const Option
     result.push_back(std::move(curve));
   }
   return result;
-}
-
-Curve followUp(const Curve& curve, const Options& options) {
-  Curve reverse;
-  reverse.rows = curve.rows;
-  reverse.n = curve.n;
-  reverse.events = curve.censored;
-  reverse.censored = curve.events;
-  reverse.time = curve.time;
-  reverse.atRisk = curve.atRisk;
-  reverse.eventsAt = curve.censoredAt;
-  reverse.censoredAt = curve.eventsAt;
-  reverse.survival.reserve(curve.time.size());
-  reverse.logVariance.reserve(curve.time.size());
-  double product = 1.0;
-  RunningSum greenwood;
-  for (std::size_t i = 0; i < curve.time.size(); ++i) {
-    const double n = curve.atRisk[i];
-    const double c = curve.censoredAt[i];
-    if (c > 0.0) {
-      product *= (n - c) / n;
-      greenwood.add(n > c ? c / n / (n - c) : 0.0);
-    }
-    reverse.survival.push_back(product);
-    reverse.logVariance.push_back(product > 0.0 ? greenwood.value()
-                                                : std::numeric_limits<double>::infinity());
-  }
-  addLimits(reverse, options);
-  return reverse;
 }
 
 double Curve::standardError(std::size_t i) const { return survival[i] * std::sqrt(logVariance[i]); }

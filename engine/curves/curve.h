@@ -81,15 +81,6 @@ struct Curve {
 // Source Greenwood (1926); robust: Williams, Biometrics 51 (1995) 200-203
 std::vector<Curve> estimate(const Sample& sample, const Rows& rows, const Options& options);
 
-// The curve of the length of follow-up (reverse Kaplan-Meier): what would be estimated with
-// censorings as events, with its limits. Rows that fail at the time of a censoring are still at
-// risk of it. Cumulative hazards are left out.
-//
-// In   curve   its numbers at risk and censored; variances are model-based
-// Cost O(times)
-// Source Schemper & Smith, Control Clin Trials 17 (1996) 343-346
-Curve followUp(const Curve& curve, const Options& options);
-
 // What time k of the sample adds to H and to its model-based variance.
 struct HazardTerm {
   double hazard = 0.0, variance = 0.0;

@@ -23,6 +23,13 @@ double crossing(const std::vector<double>& time, const std::vector<double>& valu
   return flat == Flat::kLast ? until : 0.5 * (time[at] + until);
 }
 
+double levelOf(double probability) {
+  if (!(probability > 0.0 && probability < 1.0)) {
+    throw Refusal(Role::kValue, Refusal::kNone, "the quantile is not between 0 and 1");
+  }
+  return 1.0 - probability;
+}
+
 }  // namespace
 
 std::vector<Reading> readings(const Curve& curve, std::span<const double> time, bool extend,
@@ -57,15 +64,26 @@ std::vector<Quantile> quantiles(const Curve& curve, std::span<const double> prob
   std::vector<Quantile> result;
   result.reserve(probability.size());
   for (const double p : probability) {
-    if (!(p > 0.0 && p < 1.0)) {
-      throw Refusal(Role::kValue, Refusal::kNone, "the quantile is not between 0 and 1");
-    }
-    const double level = 1.0 - p;
+    const double level = levelOf(p);
     result.push_back({p, crossing(curve.time, curve.survival, level, flat),
                       crossing(curve.time, curve.lower, level, flat),
                       crossing(curve.time, curve.upper, level, flat)});
   }
   return result;
+}
+
+double followUp(const Curve& curve, double probability, Flat flat) {
+  const double level = levelOf(probability);
+  std::vector<double> followed;
+  followed.reserve(curve.time.size());
+  double product = 1.0;
+  for (std::size_t i = 0; i < curve.time.size(); ++i) {
+    const double n = curve.atRisk[i];
+    const double c = curve.censoredAt[i];
+    if (c > 0.0) product *= (n - c) / n;
+    followed.push_back(product);
+  }
+  return crossing(curve.time, followed, level, flat);
 }
 
 }  // namespace survmeth::engine::curves

@@ -49,6 +49,17 @@ struct Quantile {
 std::vector<Quantile> quantiles(const Curve& curve, std::span<const double> probability,
                                 Flat flat = Flat::kMidpoint);
 
+// The time by which a share p of those followed up are no longer so: the quantile of the curve with
+// censorings as events (reverse Kaplan-Meier). Rows that fail at the time of a censoring are still
+// at risk of it.
+//
+// In   curve         its numbers at risk and censored
+//      probability   in (0, 1), else Refusal(kValue)
+// Edge NaN where follow-up never falls so far
+// Cost O(times)
+// Source Schemper & Smith, Control Clin Trials 17 (1996) 343-346
+double followUp(const Curve& curve, double probability, Flat flat = Flat::kMidpoint);
+
 }  // namespace survmeth::engine::curves
 
 #endif  // ENGINE_CURVES_QUANTILES_H_

@@ -86,7 +86,7 @@ TEST(LifeSubjects, SplittingTheirFollowUpAtAnyTimeChangesNothing) {
       EXPECT_EQ(a.survival, b.survival);
       EXPECT_EQ(a.hazard, b.hazard);
       EXPECT_EQ(a.n, b.n);
-      EXPECT_TRUE(near(whole.summaries[g].followUp.time, split.summaries[g].followUp.time, 0));
+      EXPECT_TRUE(near(whole.summaries[g].followUp, split.summaries[g].followUp, 0));
       EXPECT_EQ(whole.readings.means[g].mean, split.readings.means[g].mean);
       EXPECT_EQ(whole.readings.risk[g][0].atRisk, split.readings.risk[g][0].atRisk);
       EXPECT_EQ(whole.comparison.expected[g], split.comparison.expected[g]);
@@ -166,8 +166,7 @@ TEST(LifeWeights, EqualRepetitionInEveryNumber) {
     const LifeAnswer replicated = test::lifeOf(columns.replicated(), request);
     for (std::size_t g = 0; g < columns.groups; ++g) {
       EXPECT_EQ(weighted.curves[g].lower.size(), replicated.curves[g].lower.size());
-      EXPECT_TRUE(
-          near(weighted.summaries[g].followUp.time, replicated.summaries[g].followUp.time, 0));
+      EXPECT_TRUE(near(weighted.summaries[g].followUp, replicated.summaries[g].followUp, 0));
       EXPECT_EQ(weighted.readings.means[g].mean, replicated.readings.means[g].mean);
       EXPECT_TRUE(near(weighted.readings.means[g].standardError,
                        replicated.readings.means[g].standardError, 1e-14));
@@ -253,7 +252,7 @@ TEST(LifeMeans, EndAtTheSmallestOfTheGroupsLastTimes) {
 TEST(LifeFollowUp, IsTheMedianOfTheCurveOfCensorings) {
   // Censorings at 2 of 4 and 5 of 2 at risk: 3/4, then 3/8.
   const LifeAnswer answer = test::lifeOf(test::oneGroup({2, 3, 5, 7}, {0, 1, 0, 1}));
-  EXPECT_EQ(answer.summaries[0].followUp.time, 5);
+  EXPECT_EQ(answer.summaries[0].followUp, 5);
 }
 
 TEST(LifeComparison, StrataOfOneGroupEachSayNothing) {
