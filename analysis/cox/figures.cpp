@@ -106,7 +106,8 @@ report::Figure coxForest(const CoxAnswer& answer, const CoxRequest& request) {
   const std::vector<CoxEstimate> estimates = coxEstimates(answer, request);
   Forest forest;
   for (std::size_t j = 0; j < answer.columns.size(); ++j) {
-    if (answer.fit.column[j] != engine::cox::Column::kEstimated) continue;
+    // An infinite one has a row and its number, though no place on the axis.
+    if (answer.fit.column[j] == engine::cox::Column::kAliased) continue;
     forest.add(answer.columns[j], estimates[j]);
   }
   report::Figure figure;
