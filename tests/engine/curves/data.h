@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "engine/curves/curve.h"
@@ -50,6 +51,14 @@ struct CurveData {
     return engine::curves::estimate(sample(), rows(), options);
   }
 };
+
+// One group, each row from the beginning.
+inline CurveData small(std::vector<double> exit, std::vector<std::uint32_t> event) {
+  CurveData data;
+  data.exit = std::move(exit);
+  data.event = std::move(event);
+  return data;
+}
 
 // A data set of tests/reference/cox/data with weights that the scripts make from the rows' numbers.
 inline CurveData curveData(const std::string& name, const std::string& group,

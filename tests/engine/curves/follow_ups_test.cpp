@@ -22,13 +22,7 @@ using engine::curves::Curve;
 using engine::curves::Options;
 using engine::curves::Scale;
 using test::CurveData;
-
-CurveData small(std::vector<double> exit, std::vector<std::uint32_t> event) {
-  CurveData data;
-  data.exit = std::move(exit);
-  data.event = std::move(event);
-  return data;
-}
+using test::small;
 
 TEST(Quantiles, AFlatCurvesTimeIsChosenByTheConvention) {
   // 1/2 from time 2 until 4, with a censoring between them.

@@ -18,13 +18,7 @@ using engine::curves::Curve;
 using engine::curves::Options;
 using engine::curves::Scale;
 using test::CurveData;
-
-CurveData small(std::vector<double> exit, std::vector<std::uint32_t> event) {
-  CurveData data;
-  data.exit = std::move(exit);
-  data.event = std::move(event);
-  return data;
-}
+using test::small;
 
 // 400 rows of four groups with ties.
 CurveData random(bool late) {
