@@ -101,7 +101,13 @@ jobs <- list(
       at <- sort(columns[, 1])[floor(rows / 2) + 1]
       c(incidence = timepoints(curves["1 2"], at)$est[1])
     }),
-  gray = gray, gray_curves = gray,
+  gray = gray, gray_curves = gray, incidence_engine = gray,
+  finegray = list(
+    prepare = function() suppressMessages(library(cmprsk)),
+    run = function(data) {
+      fit <- crr(columns[, 1], columns[, 2], columns[, -(1:2)], gtol = 1e-10)
+      c(beta = fit$coef[[1]], error = sqrt(fit$var[1, 1]))
+    }),
   concordance = list(
     prepare = survival_package,
     run = function(data) {

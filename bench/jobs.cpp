@@ -25,6 +25,7 @@
 #include <vector>
 
 #include "bench/columns.h"
+#include "bench/competing_job.h"
 #include "bench/cox_job.h"
 #include "bench/cuminc_job.h"
 #include "bench/hazards_job.h"
@@ -335,6 +336,12 @@ const std::vector<Job>& jobs() {
       job<CumInc>("incidence", 2, [](int n) { return riskColumns(n, 1); }),
       job<GrayTests>("gray", 3, [](int n) { return riskColumns(n, kRiskGroups); }),
       job<GrayWithCurves>("gray_curves", 3, [](int n) { return riskColumns(n, kRiskGroups); }),
+      job<bench::EngineGray>("incidence_engine", 3,
+                             [](int n) { return riskColumns(n, kRiskGroups); }),
+      job<bench::FineGray>("finegray", 2 + 5, [](int n) { return bench::fineGrayColumns(n, 5); }),
+      job<bench::FineGray>("finegray_ten", 2 + 10,
+                           [](int n) { return bench::fineGrayColumns(n, 10); }),
+      job<bench::States>("states", 5, bench::statesColumns),
       job<Concordance>("concordance", 5, validationColumns),
       job<Bootstrap>("bootstrap", 5, bootstrapColumns),
       job<Roc>("roc_rounded", 3, [](int n) { return rocColumns(n, true, kTests); }),

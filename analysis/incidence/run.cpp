@@ -78,14 +78,24 @@ IncidenceAnswer beginning(const frame::Frame& data, const IncidenceRequest& requ
   return answer;
 }
 
-void test(const Input& input, const IncidenceRequest& request, IncidenceOfType& type) {
+// The tests of all types of event that are asked for.
+void test(const Input& input, const IncidenceRequest& request,
+          std::vector<IncidenceOfType>& types) {
   incidence::GrayOptions options;
-  options.cause = static_cast<std::uint32_t>(type.cause) + 1;
   options.rho = request.rho;
-  type.test = incidence::grayTest(input.response, input.rows, input.groups, options);
-  if (request.pairs == Pairs::kNone) return;
-  type.pairs = incidence::grayPairs(input.response, input.rows, input.groups, options,
-                                    adjustmentOf(request.pairs));
+  std::vector<std::uint32_t> causes;
+  for (const IncidenceOfType& type : types) {
+    causes.push_back(static_cast<std::uint32_t>(type.cause) + 1);
+  }
+  std::vector<incidence::GrayTest> tests =
+      incidence::grayTests(input.response, input.rows, input.groups, causes, options);
+  for (std::size_t i = 0; i < types.size(); ++i) {
+    types[i].test = std::move(tests[i]);
+    if (request.pairs == Pairs::kNone) continue;
+    options.cause = causes[i];
+    types[i].pairs = incidence::grayPairs(input.response, input.rows, input.groups, options,
+                                          adjustmentOf(request.pairs));
+  }
 }
 
 void read(const incidence::Causes& sorted, const Input& input, const IncidenceRequest& request,
@@ -143,9 +153,9 @@ IncidenceAnswer fitIncidence(const frame::Frame& data, const IncidenceRequest& r
   const bool testable =
       answer.several() && input.response.entry.empty() && input.rows.cluster.empty() &&
       (input.rows.weight.empty() || input.rows.weightKind == engine::WeightKind::kFrequencies);
+  if (testable) test(input, request, answer.types);
   for (std::size_t i = 0; i < answer.types.size(); ++i) {
     progress.at(static_cast<double>(i) / static_cast<double>(answer.types.size()));
-    if (testable) test(input, request, answer.types[i]);
     read(sorted, input, request, answer, answer.types[i]);
   }
   return answer;
@@ -158,10 +168,8 @@ IncidenceAnswer fitGray(const frame::Frame& data, const IncidenceRequest& reques
   requireSeveral(answer.group, kMostGroups);
   const incidence::Causes sorted(input.response, input.rows, input.groups);
   answer.curves = incidence::estimate(sorted, input.rows, request.variance);
-  for (std::size_t i = 0; i < answer.types.size(); ++i) {
-    progress.at(static_cast<double>(i) / static_cast<double>(answer.types.size()));
-    test(input, request, answer.types[i]);
-  }
+  progress.at(0.5);
+  test(input, request, answer.types);
   return answer;
 }
 

@@ -21,6 +21,12 @@ Causes::Causes(const Response& response, const Rows& rows, const Groups& groups,
   cause.resize(sample.rows());
   for (std::size_t i = 0; i < cause.size(); ++i) cause[i] = response.event[sample.source[i]];
   events.assign(response.causes, std::vector<double>(sample.times(), 0.0));
+  if (rows.weight.empty()) {
+    for (std::size_t i = 0; i < cause.size(); ++i) {
+      if (cause[i] != 0) events[cause[i] - 1][sample.exitAt[i]] += 1.0;
+    }
+    return;
+  }
   // The rows of one time stand together; their sum in twice the precision, as the sample's are.
   std::vector<numerics::DoubleDouble> sum(response.causes);
   for (std::size_t begin = 0, end = 0; begin < cause.size(); begin = end) {

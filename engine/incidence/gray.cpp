@@ -106,10 +106,23 @@ GrayTest test(const curves::Pooled& pooled, std::span<const std::uint32_t> order
 
 GrayTest grayTest(const Response& response, const Rows& rows, const Groups& groups,
                   const GrayOptions& options) {
-  requireTestable(response, rows, options);
+  return grayTests(response, rows, groups, {&options.cause, 1}, options).front();
+}
+
+std::vector<GrayTest> grayTests(const Response& response, const Rows& rows, const Groups& groups,
+                                std::span<const std::uint32_t> causes, GrayOptions options) {
+  for (const std::uint32_t cause : causes) {
+    options.cause = cause;
+    requireTestable(response, rows, options);
+  }
   std::vector<std::uint32_t> event;
   const curves::Pooled pooled(ofAnyCause(response, event), rows, groups, options.tieTolerance);
-  return test(pooled, pooled.byExit, response.event, options);
+  std::vector<GrayTest> result;
+  for (const std::uint32_t cause : causes) {
+    options.cause = cause;
+    result.push_back(test(pooled, pooled.byExit, response.event, options));
+  }
+  return result;
 }
 
 std::vector<curves::PairTest> grayPairs(const Response& response, const Rows& rows,

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -44,6 +45,11 @@ struct GrayTest {
 // Source Gray, Ann Statist 16 (1988) 1141-1154
 GrayTest grayTest(const Response& response, const Rows& rows, const Groups& groups,
                   const GrayOptions& options);
+
+// The same of several causes, in their order; options.cause does not count. The rows are sorted
+// once.
+std::vector<GrayTest> grayTests(const Response& response, const Rows& rows, const Groups& groups,
+                                std::span<const std::uint32_t> causes, GrayOptions options);
 
 // Every pair of groups: only their rows are looked at.
 //

@@ -10,7 +10,7 @@ namespace {
 
 // One group, at the current time.
 struct Group {
-  numerics::DoubleDouble remaining;  // weight at risk
+  numerics::DoubleDouble remaining;  // weight at risk, where rows have weights
   std::size_t rows = 0;              // at risk
   double atRisk = 0.0;
   double survival = 1.0;   // just before
@@ -175,9 +175,10 @@ void addGrayStratum(const curves::Pooled& pooled, std::span<const std::uint32_t>
     const std::uint32_t at = place[pooled.groups[row]];
     return at < groups.size() ? &groups[at] : nullptr;
   };
+  const bool weighted = !pooled.input.weight.empty();
   for (const std::uint32_t row : rows) {
     if (Group* group = groupOf(row)) {
-      group->remaining = group->remaining + pooled.weightOf(row);
+      if (weighted) group->remaining = group->remaining + pooled.weightOf(row);
       ++group->rows;
     }
   }
@@ -197,7 +198,9 @@ void addGrayStratum(const curves::Pooled& pooled, std::span<const std::uint32_t>
       for (Group& each : groups) {
         each.own = each.competing = 0.0;
         each.failing = 0;
-        each.atRisk = each.rows > 0 ? each.remaining.hi : 0.0;
+        each.atRisk = !weighted       ? static_cast<double>(each.rows)
+                      : each.rows > 0 ? each.remaining.hi
+                                      : 0.0;
       }
       double d = 0.0;
       for (std::size_t i = begin; i < end; ++i) {
@@ -223,7 +226,7 @@ void addGrayStratum(const curves::Pooled& pooled, std::span<const std::uint32_t>
       }
       const double nextF = F + d / total;
       if (d > 0.0) {
-        const double w = numerics::pow(1.0 - F, options.rho);
+        const double w = options.rho == 0.0 ? 1.0 : numerics::pow(1.0 - F, options.rho);
         for (std::size_t k = 0; k < groups.size(); ++k) {
           const Group& each = groups[k];
           if (!(each.atRisk > 0.0)) continue;
@@ -242,7 +245,7 @@ void addGrayStratum(const curves::Pooled& pooled, std::span<const std::uint32_t>
     }
     for (std::size_t i = begin; i < end; ++i) {
       if (Group* group = groupOf(rows[i])) {
-        group->remaining = group->remaining - pooled.weightOf(rows[i]);
+        if (weighted) group->remaining = group->remaining - pooled.weightOf(rows[i]);
         --group->rows;
       }
     }

@@ -134,7 +134,8 @@ class Estimation {
     }
     if (horizon) endAt(process);
     if (!std::isnan(options_.horizon)) {
-      result_.extended = codes_.exitOrder.empty() || lastFollowed() < options_.horizon;
+      result_.extended =
+          !codes_.exitOrder.empty() && lastFollowed() < options_.horizon && anyLeft(process);
     }
     return std::move(result_);
   }
@@ -142,6 +143,11 @@ class Estimation {
  private:
   double weightOf(std::uint32_t row) const { return h_.weight.empty() ? 1.0 : h_.weight[row]; }
   double lastFollowed() const { return h_.exit[codes_.exitOrder.back()]; }
+  // Whether anybody is in a state that is left at all.
+  bool anyLeft(const Process& process) const {
+    return std::any_of(h_.from.begin(), h_.from.end(),
+                       [&](std::uint32_t state) { return process.probability(state) > 0.0; });
+  }
 
   void findTransitions() {
     std::vector<double> events(h_.states * h_.states, 0.0);

@@ -43,7 +43,8 @@ struct Estimates {
   std::vector<State> states;
   std::vector<Transition> transitions;  // by from, then to
   std::vector<Stay> stays;              // of each state; empty without a horizon
-  bool extended = false;                // nobody is followed to the horizon: carried on level
+  // Nobody is followed to the horizon, and somebody is where others leave: carried on level.
+  bool extended = false;
 };
 
 // Aalen and Johansen's estimate p(t) = p(start) times the product of I + dA over the times. Its

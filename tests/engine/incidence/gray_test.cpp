@@ -227,6 +227,18 @@ TEST(Gray, AFrequencyStandsForAsManyRows) {
   EXPECT_NEAR(data.test().chiSquare, rows.test().chiSquare, 1e-12 * rows.test().chiSquare);
 }
 
+TEST(Gray, SeveralCausesAreTestedAsOneByOne) {
+  Data data = liverTrial("stage");
+  const std::vector<std::uint32_t> causes = {2, 1};
+  const auto tests = engine::incidence::grayTests(data.response(), data.rows(), {data.group, 4},
+                                                  causes, data.options);
+  ASSERT_EQ(tests.size(), 2u);
+  for (std::size_t i = 0; i < 2; ++i) {
+    data.options.cause = causes[i];
+    EXPECT_EQ(tests[i].chiSquare, data.test().chiSquare);
+  }
+}
+
 TEST(Gray, PairsLookAtTheirOwnRowsOnly) {
   const Data data{
       {1, 1, 2, 3, 4, 5, 6, 0.5, 0.7}, {1, 2, 1, 0, 1, 1, 2, 0, 2}, {0, 0, 0, 0, 2, 2, 2, 1, 1}, 3};

@@ -147,6 +147,15 @@ TEST(States, AreSharesWhereNobodyIsCensored) {
   EXPECT_EQ(found.transitions[1].hazard, Numbers{1});
 }
 
+TEST(States, AreCarriedOnWhereSomebodyIsLeft) {
+  Options options;
+  options.horizon = 5;
+  EXPECT_TRUE(illness().estimate(options).extended);  // one was well at 4
+  Data data = illness();
+  data.to[2] = 3;  // and dies then
+  EXPECT_FALSE(data.estimate(options).extended);
+}
+
 TEST(States, AFrequencyStandsForAsManyRows) {
   Data data = dataSet("made");
   Data rows = data;
