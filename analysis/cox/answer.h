@@ -12,9 +12,11 @@
 #include "engine/cox/baseline.h"
 #include "engine/cox/concordance.h"
 #include "engine/cox/fit.h"
+#include "engine/cox/penalised.h"
 #include "engine/cox/profile.h"
 #include "engine/cox/proportionality.h"
 #include "model/design.h"
+#include "procedures/bootstrap.h"
 #include "report/report.h"
 
 namespace survmeth::analysis {
@@ -34,9 +36,12 @@ struct CoxColumn {
   CoxCount count, referenceCount;
 };
 
-struct CoxRemoval {
+// A change of the model on the way to what is selected.
+struct CoxStep {
   std::string term;
-  engine::cox::ChiSquareTest test;  // Wald's, at the time
+  bool added = false;
+  engine::cox::ChiSquareTest test;  // that decided
+  double aic = kNone, bic = kNone;  // of the model after it
 };
 
 // The comparison with --versus.
@@ -71,6 +76,7 @@ struct CoxProportionality {
 struct CoxAnswer {
   model::Coding coding;  // applies to other data
   engine::cox::Fit fit;
+  std::optional<engine::cox::PenalisedFit> penalised;  // whose fit `fit` is
   std::vector<CoxColumn> columns;
   std::vector<std::string> terms;
   std::vector<std::string> strata;    // by code; empty without strata
@@ -80,7 +86,9 @@ struct CoxAnswer {
   bool weighted = false;
   std::optional<engine::cox::Concordance> concordance;
   std::vector<engine::cox::ProfileLimits> profile;  // of each column, where asked for
-  std::vector<CoxRemoval> removed;
+  std::vector<CoxStep> steps;
+  std::size_t leftOut = 0;                         // terms that were not selected
+  std::optional<procedures::Bootstrap> bootstrap;  // of the estimated coefficients
   std::vector<engine::cox::TermTest> dropOne;
   std::optional<CoxComparison> versus;
   std::optional<CoxProportionality> zph;

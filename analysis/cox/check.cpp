@@ -72,6 +72,86 @@ void checkResiduals(const CoxRequest& request) {
   }
 }
 
+void requireOne(const char* option, const std::string& given,
+                const std::vector<std::string>& choices) {
+  if (given.empty() || has(choices, given)) return;
+  throw BadOption(
+      option, "there is no " + quote(given) + "; expected one of " + nearestFirst(given, choices));
+}
+
+void checkSelection(const CoxRequest& request) {
+  const bool selects = request.select != CoxSelection::kNone;
+  const std::pair<const char*, bool> parts[] = {{"remove", request.remove.has_value()},
+                                                {"enter", request.enter.has_value()},
+                                                {"criterion", !request.criterion.empty()},
+                                                {"force", !request.force.empty()}};
+  for (const auto& [option, given] : parts) {
+    if (given && !selects) {
+      throw BadOption(option, "stands without --select; expected both or none");
+    }
+  }
+  requireOne("criterion", request.criterion, {"p", "aic", "bic"});
+  const bool byPValue = request.criterion.empty() || request.criterion == "p";
+  if (!byPValue && (request.remove || request.enter)) {
+    throw BadOption(
+        request.remove ? "remove" : "enter",
+        "stands beside --criterion " + request.criterion + "; expected p-values or a criterion");
+  }
+  if (request.enter && request.select == CoxSelection::kBackward) {
+    throw BadOption("enter",
+                    "stands beside --select backward, where no term comes in; expected "
+                    "forward or both");
+  }
+  if (request.remove && request.select == CoxSelection::kForward) {
+    throw BadOption("remove",
+                    "stands beside --select forward, where no term goes; expected "
+                    "backward or both");
+  }
+  if (request.select == CoxSelection::kBoth &&
+      request.enter.value_or(0.05) > request.remove.value_or(0.1)) {
+    throw BadOption("enter",
+                    "is above --remove: a term would come and go; expected one that is not");
+  }
+}
+
+void checkBootstrap(const CoxRequest& request) {
+  const std::pair<const char*, bool> parts[] = {
+      {"seed", request.seed.has_value()}, {"bootstrap-limits", !request.bootstrapLimits.empty()}};
+  for (const auto& [option, given] : parts) {
+    if (given && !request.bootstrap) {
+      throw BadOption(option, "stands without --bootstrap; expected both or none");
+    }
+  }
+  requireOne("bootstrap-limits", request.bootstrapLimits, {"percentile", "basic", "bca"});
+  if (request.bootstrap && request.isPenalised()) {
+    throw BadOption("bootstrap", "has no definition under a penalty; expected one of the two");
+  }
+}
+
+// Penalties that exclude each other, and what has no definition under one.
+void checkPenalties(const CoxRequest& request) {
+  if (request.ridgeRaw && !request.ridge) {
+    throw BadOption("ridge-raw", "stands without --ridge; expected both or none");
+  }
+  if (!request.isPenalised()) return;
+  if (request.firth && request.ridge) {
+    throw BadOption("ridge", "stands beside --firth; expected one of the two");
+  }
+  const std::string penalty = request.firth ? "--firth" : "--ridge";
+  const std::pair<const char*, bool> asked[] = {
+      {"limits", !request.firth && request.limits == CoxLimits::kProfile},
+      {"drop-one", request.dropOne},
+      {"versus", !request.versus.empty()},
+      {"zph", request.zph.has_value()},
+      {"residuals", request.residuals},
+      {"select", request.select != CoxSelection::kNone}};
+  for (const auto& [option, given] : asked) {
+    if (given) {
+      throw BadOption(option, "has no definition under " + penalty + "; expected one of the two");
+    }
+  }
+}
+
 }  // namespace
 
 void checkCox(const CoxRequest& request) {
@@ -83,9 +163,8 @@ void checkCox(const CoxRequest& request) {
                       quote(reference) + " names no level of a column; expected COL=LEVEL");
     }
   }
-  if (request.remove && request.select == CoxSelection::kNone) {
-    throw BadOption("remove", "stands without --select backward; expected both or none");
-  }
+  checkSelection(request);
+  checkBootstrap(request);
   if (request.weightsAre == engine::WeightKind::kSampling && request.weights.empty()) {
     throw BadOption("weights-are", "stands without --weights; expected both or none");
   }
@@ -93,6 +172,7 @@ void checkCox(const CoxRequest& request) {
     throw BadOption("baseline-at", "stands without --baseline; expected both or none");
   }
   checkResiduals(request);
+  checkPenalties(request);
 }
 
 }  // namespace survmeth::analysis

@@ -121,13 +121,35 @@ Declaration coxDeclaration() {
               {{"means", CoxOrigin::kMeans}, {"zero", CoxOrigin::kZero}},
               "Covariates of the baseline")
       .choice("select", &CoxRequest::select,
-              {{"none", CoxSelection::kNone}, {"backward", CoxSelection::kBackward}},
-              "Removal of terms by their Wald p-values")
+              {{"none", CoxSelection::kNone},
+               {"backward", CoxSelection::kBackward},
+               {"forward", CoxSelection::kForward},
+               {"both", CoxSelection::kBoth}},
+              "Selection of terms")
+      .text("criterion", &CoxRequest::criterion, Role::kValue,
+            "What decides: p (Wald tests), aic or bic", "KIND")
+      .without("p")
       .number("remove", &CoxRequest::remove, share(), "Smallest p-value at which a term is removed",
               "P")
       .without("0.1")
-      .tables({"coefficients", "tests", "terms", "dropOne", "versus", "removed", "selected",
-               "proportionality", "covariance", "baseline", "residuals"})
+      .number("enter", &CoxRequest::enter, share(), "Below this p-value a term comes in", "P")
+      .without("0.05")
+      .texts("force", &CoxRequest::force, Role::kValue, "Terms that stay in the model", "TERM,TERM")
+      .number("bootstrap", &CoxRequest::bootstrap, wholeFrom(2),
+              "Replicates of the bootstrap of the coefficients; clusters are drawn whole", "B")
+      .number("seed", &CoxRequest::seed, wholeFrom(0), "Seed of the bootstrap", "N")
+      .without("1")
+      .text("bootstrap-limits", &CoxRequest::bootstrapLimits, Role::kValue,
+            "Its limits: percentile, basic or bca", "KIND")
+      .without("percentile")
+      .flag("firth", &CoxRequest::firth,
+            "Penalise by the information's determinant (Firth): every estimate is finite")
+      .number("ridge", &CoxRequest::ridge, {.least = 0, .expected = "a number not below 0"},
+              "Ridge of this size on all coefficients, in standard deviations of their columns",
+              "THETA")
+      .flag("ridge-raw", &CoxRequest::ridgeRaw, "The ridge on coefficients as they are")
+      .tables({"coefficients", "tests", "terms", "dropOne", "versus", "steps", "selected",
+               "bootstrap", "proportionality", "covariance", "baseline", "residuals"})
       .figures({"hazardRatios", "schoenfeld"})
       .details(
           "The model is a formula, or --time, --event and --covariates. A column with text, one in "

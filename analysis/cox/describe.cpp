@@ -35,19 +35,55 @@ std::string summaryOf(const CoxAnswer& answer, const CoxRequest& request) {
 
 std::vector<report::Fact> factsOf(const CoxAnswer& answer, const CoxRequest& request) {
   const cox::Fit& fit = answer.fit;
-  return {{key::kN, "Rows", Kind::kCount, static_cast<double>(fit.rows)},
-          {key::kEvents, request.cases ? "Cases" : "Events", Kind::kCount,
-           static_cast<double>(fit.events)},
-          {key::kNullLogLikelihood, "Log-likelihood without covariates", Kind::kStatistic,
-           fit.logLikelihoodNull},
-          {key::kLogLikelihood, "Log-likelihood", Kind::kStatistic, fit.logLikelihood},
-          {key::kAic, "AIC", Kind::kStatistic, fit.aic},
-          {key::kBic, "BIC", Kind::kStatistic, fit.bic},
-          {key::kConcordance, "Concordance (Harrell)", Kind::kProbability,
-           answer.concordance->estimate},
-          {key::kConcordanceStandardError, "Its standard error", Kind::kProbability,
-           answer.concordance->standardError},
-          {key::kIterations, "Iterations", Kind::kCount, static_cast<double>(fit.iterations)}};
+  std::vector<report::Fact> facts = {
+      {key::kN, "Rows", Kind::kCount, static_cast<double>(fit.rows)},
+      {key::kEvents, request.cases ? "Cases" : "Events", Kind::kCount,
+       static_cast<double>(fit.events)},
+      {key::kNullLogLikelihood, "Log-likelihood without covariates", Kind::kStatistic,
+       fit.logLikelihoodNull},
+      {key::kLogLikelihood, "Log-likelihood", Kind::kStatistic, fit.logLikelihood},
+      {key::kAic, "AIC", Kind::kStatistic, fit.aic},
+      {key::kBic, "BIC", Kind::kStatistic, fit.bic},
+      {key::kConcordance, "Concordance (Harrell)", Kind::kProbability,
+       answer.concordance->estimate},
+      {key::kConcordanceStandardError, "Its standard error", Kind::kProbability,
+       answer.concordance->standardError},
+      {key::kIterations, "Iterations", Kind::kCount, static_cast<double>(fit.iterations)}};
+  if (request.firth) {
+    facts.push_back({key::kPenalisedLogLikelihood, "Penalised log-likelihood", Kind::kStatistic,
+                     answer.penalised->logLikelihood});
+  }
+  if (request.ridge) {
+    facts.push_back({key::kEffectiveDegreesOfFreedom, "Effective degrees of freedom",
+                     Kind::kEstimate, answer.penalised->effectiveDegrees});
+  }
+  if (answer.bootstrap) {
+    facts.push_back({key::kReplicates, "Bootstrap replicates", Kind::kCount,
+                     static_cast<double>(answer.bootstrap->replicates.size())});
+    facts.push_back({key::kFailed, "Replicates without a fit", Kind::kCount,
+                     static_cast<double>(answer.bootstrap->failed)});
+  }
+  return facts;
+}
+
+void addPenalty(const CoxRequest& request, std::vector<report::Method>& methods) {
+  if (request.firth) {
+    methods.push_back(
+        {"penalty: half the logarithm of the determinant of the information; likelihood ratios are "
+         "of penalised likelihoods, all columns in the determinant; standard errors, z and Wald "
+         "limits by the information at the estimates",
+         "Firth, Biometrika 80 (1993) 27-38; Heinze & Schemper, Biometrics 57 (2001) 114-119"});
+  }
+  if (request.ridge) {
+    methods.push_back({"penalty: ridge, " + report::brief(*request.ridge / 2) +
+                           " times the sum of squares of the coefficients" +
+                           (request.ridgeRaw ? "" : " times their columns' standard deviations") +
+                           "; covariance: inverse of information and penalty; likelihood ratio and "
+                           "AIC by effective degrees of freedom, and of the likelihood without the "
+                           "penalty",
+                       "Verweij & van Houwelingen, Stat Med 13 (1994) 2427-2436; Gray, JASA 87 "
+                       "(1992) 942-951"});
+  }
 }
 
 report::Method tiesMethod(const CoxRequest& request) {
@@ -97,6 +133,39 @@ std::string transformName(cox::TimeTransform transform) {
   return "the logarithm of the time";
 }
 
+report::Method selectionMethod(const CoxRequest& request) {
+  const std::string remove = report::brief(request.remove.value_or(0.1)),
+                    enter = report::brief(request.enter.value_or(0.05));
+  std::string what;
+  switch (request.select) {
+    case CoxSelection::kForward:
+      what = "selection: forward from the forced terms";
+      break;
+    case CoxSelection::kBoth:
+      what = "selection: from all terms, backward and forward";
+      break;
+    default:
+      what = "selection: backward";
+  }
+  if (request.criterion.empty() || request.criterion == "p") {
+    if (request.select != CoxSelection::kForward) {
+      what += ", the term with the largest Wald p-value goes while that is at least " + remove;
+    }
+    if (request.select != CoxSelection::kBackward) {
+      what +=
+          ", the term with the smallest Wald p-value in the larger model comes in while that is "
+          "below " +
+          enter;
+    }
+  } else {
+    what += std::string(", by ") + (request.criterion == "aic" ? "AIC" : "BIC, n the events");
+  }
+  return {what +
+              "; interactions stay beside their parts; intervals and p-values after selection are "
+              "optimistic",
+          ""};
+}
+
 void addFollowUps(const CoxAnswer& answer, const CoxRequest& request,
                   std::vector<report::Method>& methods) {
   if (request.zph) {
@@ -119,13 +188,16 @@ void addFollowUps(const CoxAnswer& answer, const CoxRequest& request,
                            (answer.weighted ? "; dfbeta and dfbetas times the weight" : ""),
                        "Therneau, Grambsch & Fleming, Biometrika 77 (1990) 147-160"});
   }
-  if (request.select == CoxSelection::kBackward) {
-    methods.push_back(
-        {"selection: backward, the term with the largest Wald p-value goes while that is at "
-         "least " +
-             report::brief(request.remove.value_or(0.1)) +
-             "; intervals and p-values after selection are optimistic",
-         ""});
+  if (request.select != CoxSelection::kNone) methods.push_back(selectionMethod(request));
+  if (request.bootstrap) {
+    const std::string kind =
+        request.bootstrapLimits.empty() ? "percentile" : request.bootstrapLimits;
+    methods.push_back({"bootstrap: " + text::grouped(static_cast<std::size_t>(*request.bootstrap)) +
+                           " replicates of " + (answer.clusters.empty() ? "rows" : "clusters") +
+                           " drawn with replacement, seed " +
+                           report::brief(request.seed.value_or(1)) +
+                           "; limits: " + (kind == "bca" ? "bias-corrected and accelerated" : kind),
+                       "Davison & Hinkley, Bootstrap Methods and their Application (1997), ch. 5"});
   }
 }
 
@@ -152,9 +224,12 @@ std::vector<report::Method> coxMethods(const CoxAnswer& answer, const CoxRequest
     methods.push_back({robustness(answer) + "; z, limits and Wald tests rest on it",
                        "Lin & Wei, JASA 84 (1989) 1074-1078"});
   }
+  addPenalty(request, methods);
   const std::string level = report::confidence(request.alpha);
   if (request.limits == CoxLimits::kProfile) {
-    methods.push_back({"limits: " + level + ", profile likelihood, of the " + coxRatio(request),
+    methods.push_back({"limits: " + level + ", profile " +
+                           (request.firth ? "of the penalised " : "") + "likelihood, of the " +
+                           coxRatio(request),
                        "Venzon & Moolgavkar, Appl Stat 37 (1988) 87-94"});
   } else {
     methods.push_back({"limits: " + level + ", Wald, of the " + coxRatio(request), ""});

@@ -46,7 +46,13 @@ void noteTermsWithoutColumns(CoxAnswer& answer) {
   }
 }
 
-std::string separation(const CoxAnswer& answer, const Outcome& outcome, bool cases) {
+// Whether the determinant's penalty has a definition for the request.
+bool offersFirth(const CoxRequest& request, const CoxAnswer& answer) {
+  return !request.cases && answer.fit.robustCovariance.size() == 0 &&
+         (request.ties == cox::Ties::kEfron || request.ties == cox::Ties::kBreslow);
+}
+
+std::string separation(const CoxAnswer& answer, const Outcome& outcome, bool cases, bool offered) {
   constexpr std::size_t kShown = 5;
   const bool one = outcome.names.size() == 1;
   std::string text = std::string(one ? "the coefficient of " : "the coefficients of ") +
@@ -54,6 +60,7 @@ std::string separation(const CoxAnswer& answer, const Outcome& outcome, bool cas
                      (cases ? "in every set the cases" : "at every event time the rows that fail") +
                      " have the largest value of " + (one ? "it" : "a combination of them") +
                      (cases ? "" : " among those at risk") + ", or the smallest";
+  if (offered) text += "; --firth gives a finite estimate";
   if (outcome.strata.empty() || cases) return text;
   std::vector<std::string> names;
   for (const std::uint32_t code : outcome.strata) {
@@ -91,7 +98,7 @@ void requireCoxAnswer(const CoxRequest& request, const CoxInput& input, const Co
                  "a model without one of them, or --aliased drop");
     }
   }
-  if (anyLeft || !answer.removed.empty()) return;
+  if (anyLeft || answer.leftOut > 0) return;
   const std::vector<std::string>& names = input.model.design.design.names;
   throw none(names.empty()
                  ? "no covariate has more than one level"
@@ -109,7 +116,8 @@ void noteCoxOutcomes(const CoxRequest& request, const CoxInput& input, CoxAnswer
   for (const Outcome& outcome : answer.fit.outcomes) {
     separated = separated || outcome.code == "separated";
     report::Note note{outcome.code, outcome.text, outcome.names};
-    if (outcome.code == "separated") note.text = separation(answer, outcome, request.cases);
+    if (outcome.code == "separated")
+      note.text = separation(answer, outcome, request.cases, offersFirth(request, answer));
     if (outcome.code == "collinear") {
       const std::string name = "the covariate " + quote(outcome.names[0]);
       if (outcome.names.size() > 1) {
@@ -124,7 +132,7 @@ void noteCoxOutcomes(const CoxRequest& request, const CoxInput& input, CoxAnswer
     answer.notes.push_back(std::move(note));
   }
   noteTermsWithoutColumns(answer);
-  std::size_t parameters = answer.removed.size();
+  std::size_t parameters = answer.leftOut;
   for (const cox::Column column : answer.fit.column) {
     parameters += column != cox::Column::kAliased ? 1 : 0;
   }

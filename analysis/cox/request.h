@@ -15,7 +15,7 @@
 
 namespace survmeth::analysis {
 
-enum class CoxSelection { kNone, kBackward };
+enum class CoxSelection { kNone, kBackward, kForward, kBoth };
 enum class CoxLimits { kWald, kProfile };
 enum class CoxAliased { kRefuse, kDrop };
 enum class CoxOrigin { kMeans, kZero };
@@ -46,9 +46,17 @@ struct CoxRequest {
   CoxOrigin origin = CoxOrigin::kMeans;
   bool covariance = false;
   CoxSelection select = CoxSelection::kNone;
-  std::optional<double> remove;
+  std::optional<double> remove, enter;  // p-values
+  std::string criterion;                // p, aic or bic; empty: p
+  std::vector<std::string> force;       // terms
+  std::optional<double> bootstrap, seed;
+  std::string bootstrapLimits;  // percentile, basic or bca; empty: percentile
+  bool firth = false;           // penalised by the determinant
+  std::optional<double> ridge;  // its theta
+  bool ridgeRaw = false;
   bool cases = false;  // clogit: the left side says which rows are cases
 
+  bool isPenalised() const { return firth || ridge; }
   double tolerance() const { return tieTolerance.value_or(engine::risk::kTieTolerance); }
 };
 

@@ -5,9 +5,11 @@
 #include <memory>
 #include <utility>
 
+#include "analysis/cox/procedures.h"
 #include "analysis/cox/subjects.h"
 #include "analysis/option.h"
 #include "frame/labels.h"
+#include "numerics/elementary.h"
 
 namespace survmeth::analysis {
 namespace {
@@ -28,16 +30,13 @@ class Run {
     requireEvents();
     takeRows();
     requireLikelihoodRatios();
-    const std::size_t terms = answer_.coding.formula().terms.size();
     const std::size_t profiles =
         request_.limits == CoxLimits::kProfile ? input_.model.design.design.size() : 0;
-    parts_ = 1 + (request_.select == CoxSelection::kBackward ? terms : 0) + profiles +
-             (request_.dropOne ? 1 : 0) + (request_.versus.empty() ? 0 : 1);
+    parts_ = 1 + (request_.select != CoxSelection::kNone ? 2 : 0) + profiles +
+             (request_.bootstrap ? 5 : 0) + (request_.dropOne ? 1 : 0) +
+             (request_.versus.empty() ? 0 : 1);
     fit();
-    if (request_.select == CoxSelection::kBackward) {
-      removeTerms();
-      nameWhatIsLeft();
-    }
+    if (request_.select != CoxSelection::kNone) selectTerms();
     requireCoxAnswer(request_, input_, answer_);
     describeCoxColumns(input_, answer_);
     noteCoxOutcomes(request_, input_, answer_);
@@ -46,6 +45,11 @@ class Run {
     if (request_.dropOne) answer_.dropOne = cox::dropEachTerm(answer_.fit, *nextPart());
     if (!request_.versus.empty()) {
       answer_.versus = compareCox(data_, request_, input_, answer_.fit, *nextPart());
+    }
+    if (request_.bootstrap) {
+      const std::size_t from = std::exchange(part_, parts_);
+      PartOfProgress rest(progress_, from, parts_, parts_);
+      answer_.bootstrap = bootstrapCox(request_, input_, answer_.fit, rest);
     }
     followUp(data_, request_, input_, answer_);
     return std::move(answer_);
@@ -121,47 +125,52 @@ class Run {
   }
 
   void fit() {
+    if (request_.isPenalised()) {
+      const cox::Penalty penalty{
+          request_.firth ? cox::Penalty::Kind::kDeterminant : cox::Penalty::Kind::kRidge,
+          request_.ridge.value_or(0), !request_.ridgeRaw};
+      answer_.penalised =
+          cox::fitPenalised(input_.model.response(), input_.rows, input_.model.design.design,
+                            input_.options, penalty, *nextPart());
+      answer_.fit = answer_.penalised->fit;
+      return;
+    }
     answer_.fit = cox::fit(input_.model.response(), input_.rows, input_.model.design.design,
                            input_.options, *nextPart());
   }
 
-  // Whether another term has all of this one's variables and more.
-  bool isWithinAnother(std::size_t index) const {
-    const auto& terms = input_.formula.terms;
-    const auto& own = terms[index].variables;
-    return std::any_of(terms.begin(), terms.end(), [&](const model::Term& term) {
-      return term.variables.size() > own.size() &&
-             std::includes(term.variables.begin(), term.variables.end(), own.begin(), own.end());
-    });
-  }
-
-  void removeTerms() {
-    const double least = request_.remove.value_or(0.1);
-    for (;;) {
-      const cox::TermTest* worst = nullptr;
-      for (const cox::TermTest& each : answer_.fit.terms) {
-        if (std::isnan(each.test.pValue) || isWithinAnother(each.term)) continue;
-        if (worst == nullptr || each.test.pValue > worst->test.pValue) worst = &each;
-      }
-      if (worst == nullptr || worst->test.pValue < least) return;
-      const std::size_t term = worst->term;
-      answer_.removed.push_back({input_.formula.terms[term].name, worst->test});
-      input_.formula.terms.erase(input_.formula.terms.begin() + static_cast<std::ptrdiff_t>(term));
-      const engine::Rows rows = input_.rows;
-      takeModel();
-      input_.rows = rows;
-      if (request_.cluster.empty() && !answer_.clustersAreSubjects) {
-        input_.rows.cluster = input_.model.cluster;
-      }
-      input_.rows.stratum = input_.model.stratum;
-      input_.rows.offset = input_.model.offset;
-      fit();
+  // Fits the selected terms, where they are not all.
+  void selectTerms() {
+    const procedures::Selection made = selectCoxTerms(request_, input_, answer_.fit, *nextPart());
+    const double events = answer_.fit.eventsCounted;
+    for (const procedures::SelectionStep& step : made.steps) {
+      const auto parameters = static_cast<double>(step.parameters);
+      answer_.steps.push_back({input_.formula.terms[step.term].name,
+                               step.added,
+                               {step.test.chiSquare, step.test.degreesOfFreedom, step.test.pValue},
+                               2 * parameters - 2 * step.logLikelihood,
+                               parameters * numerics::log(events) - 2 * step.logLikelihood});
     }
+    for (std::size_t term = made.in.size(); term-- > 0;) {
+      if (made.in[term]) continue;
+      input_.formula.terms.erase(input_.formula.terms.begin() + static_cast<std::ptrdiff_t>(term));
+      ++answer_.leftOut;
+    }
+    if (answer_.leftOut == 0) return;
+    const engine::Rows rows = input_.rows;
+    takeModel();
+    input_.rows = rows;
+    if (request_.cluster.empty() && !answer_.clustersAreSubjects) {
+      input_.rows.cluster = input_.model.cluster;
+    }
+    input_.rows.stratum = input_.model.stratum;
+    input_.rows.offset = input_.model.offset;
+    fit();
+    nameWhatIsLeft();
   }
 
   // The formula of the model that was fitted, in place of the one that was asked for.
   void nameWhatIsLeft() {
-    if (answer_.removed.empty()) return;
     model::Formula left = answer_.coding.formula();
     left.text = model::textOf(left);
     answer_.coding = model::Coding(std::move(left), answer_.coding.variables());
@@ -186,8 +195,10 @@ class Run {
 
   void findProfiles() {
     for (std::size_t j = 0; j < answer_.columns.size(); ++j) {
+      const double level = 1 - request_.alpha;
       answer_.profile.push_back(
-          cox::profileLimits(answer_.fit, j, 1 - request_.alpha, *nextPart()));
+          answer_.penalised ? cox::penalisedLimits(*answer_.penalised, j, level, *nextPart())
+                            : cox::profileLimits(answer_.fit, j, level, *nextPart()));
       const std::optional<Outcome>& outcome = answer_.profile.back().outcome;
       if (!outcome || answer_.fit.column[j] == cox::Column::kAliased) continue;
       answer_.notes.push_back({outcome->code, outcome->text, outcome->names});

@@ -16,17 +16,22 @@ CoxAnswer fitCox(const frame::Frame& data, const CoxRequest& request, numerics::
 
 // --- Parts of the run ----------------------------------------------------------------------------
 
-// One part of several of a long work, all of one length.
+// Parts `part` .. `end` - 1 of the `parts` of a long work, all of one length.
 class PartOfProgress : public numerics::Progress {
  public:
   PartOfProgress(numerics::Progress& whole, std::size_t part, std::size_t parts)
-      : whole_(whole), part_(static_cast<double>(part)), parts_(static_cast<double>(parts)) {}
+      : PartOfProgress(whole, part, part + 1, parts) {}
+  PartOfProgress(numerics::Progress& whole, std::size_t part, std::size_t end, std::size_t parts)
+      : whole_(whole),
+        part_(static_cast<double>(part)),
+        length_(static_cast<double>(end - part)),
+        parts_(static_cast<double>(parts)) {}
 
  private:
-  void show(double done) override { whole_.at((part_ + done) / parts_); }
+  void show(double done) override { whole_.at((part_ + done * length_) / parts_); }
 
   numerics::Progress& whole_;
-  double part_, parts_;
+  double part_, length_, parts_;
 };
 
 // What a fit takes, with the storage behind it.

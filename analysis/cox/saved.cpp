@@ -94,7 +94,7 @@ CoxSaved coxSaved(const frame::Frame& data, const CoxAnswer& answer, const CoxRe
     if (fit.column[j] != cox::Column::kInfinite) continue;
     throw BadOption("save", "the coefficient of " + text::quote(answer.columns[j].name) +
                                 " is infinite, so that there are no predictions; expected a "
-                                "model without it");
+                                "model without it, or --firth");
   }
   CoxSaved saved;
   saved.coding = codingOf(answer.coding);

@@ -90,12 +90,55 @@ std::vector<Named> termTests(const CoxAnswer& answer, const std::vector<cox::Ter
   return named;
 }
 
-report::Table removedTable(const CoxAnswer& answer) {
-  std::vector<Named> removed;
-  for (const CoxRemoval& removal : answer.removed) removed.push_back({removal.term, removal.test});
-  report::Table table = testTable("removed", "Removed, in order (Wald test at the time)",
-                                  key::kName, "covariate", removed);
-  if (answer.removed.empty()) table.remarks.emplace_back("Nothing was removed.");
+// Tests of all coefficients; the likelihood ratio of a ridge has degrees of freedom that are no whole
+// number.
+report::Table globalTests(const CoxAnswer& answer) {
+  const bool robust = answer.fit.robustCovariance.size() != 0;
+  std::vector<Named> tests = {{"likelihood ratio", answer.fit.likelihoodRatio}};
+  if (!answer.penalised) tests.push_back({"score", answer.fit.score});
+  tests.push_back({robust ? "Wald, robust" : "Wald", answer.fit.wald});
+  if (robust) tests.push_back({"score, robust", answer.fit.robustScore});
+  const bool ridge =
+      answer.penalised && answer.penalised->penalty.kind == cox::Penalty::Kind::kRidge;
+  if (answer.penalised && !ridge) tests[0].name = "penalised likelihood ratio";
+  if (!ridge) return testTable("tests", "All coefficients 0?", key::kTest, "test", tests);
+  const cox::PenalisedFit& fit = *answer.penalised;
+  return report::tableOf(
+      "tests", "All coefficients 0?",
+      {report::labelColumn(key::kTest, "test", {"likelihood ratio, on effective df"}),
+       report::numberColumn(key::kChiSquare, "chi-square", Kind::kStatistic,
+                            std::vector<double>{fit.chiSquare}),
+       report::numberColumn(key::kDegreesOfFreedom, "df", Kind::kEstimate,
+                            std::vector<double>{fit.effectiveDegrees}),
+       report::numberColumn(key::kPValue, "p-value", Kind::kPValue,
+                            std::vector<double>{fit.pValue})});
+}
+
+report::Table stepTable(const CoxAnswer& answer, const CoxRequest& request) {
+  const bool byPValue = request.criterion.empty() || request.criterion == "p";
+  const auto number = [&answer](const char* key, const char* heading, Kind kind, auto cell) {
+    return report::columnOf(key, heading, kind, answer.steps, cell);
+  };
+  report::Table table = report::tableOf(
+      "steps",
+      byPValue ? "Steps of the selection (Wald tests)"
+               : "Steps of the selection (likelihood ratios)",
+      {report::columnOf(
+           key::kChange, "change", Kind::kLabel, answer.steps,
+           [](const CoxStep& step) { return std::string(step.added ? "added" : "removed"); }),
+       report::columnOf(key::kName, "term", Kind::kLabel, answer.steps,
+                        [](const CoxStep& step) { return step.term; }),
+       number(key::kChiSquare, "chi-square", Kind::kStatistic,
+              [](const CoxStep& step) { return step.test.chiSquare; }),
+       number(key::kDegreesOfFreedom, "df", Kind::kCount,
+              [](const CoxStep& step) { return degreesOf(step.test); }),
+       number(key::kPValue, "p-value", Kind::kPValue,
+              [](const CoxStep& step) { return step.test.pValue; }),
+       number(key::kAic, "AIC after", Kind::kStatistic,
+              [](const CoxStep& step) { return step.aic; }),
+       number(key::kBic, "BIC after", Kind::kStatistic,
+              [](const CoxStep& step) { return step.bic; })});
+  if (answer.steps.empty()) table.remarks.emplace_back("The model was left as it began.");
   return table;
 }
 
@@ -125,6 +168,37 @@ report::Table versusTable(const CoxAnswer& answer) {
        ofTests(key::kDegreesOfFreedom, "df", Kind::kCount, degreesOf),
        ofTests(key::kPValue, "p-value", Kind::kPValue,
                [](const cox::ChiSquareTest& test) { return test.pValue; })});
+}
+
+report::Table bootstrapTable(const CoxAnswer& answer, const CoxRequest& request) {
+  const procedures::BootstrapLimits kind =
+      request.bootstrapLimits == "bca"     ? procedures::BootstrapLimits::kBca
+      : request.bootstrapLimits == "basic" ? procedures::BootstrapLimits::kBasic
+                                           : procedures::BootstrapLimits::kPercentile;
+  const procedures::Bootstrap& made = *answer.bootstrap;
+  std::vector<std::string> names;
+  std::vector<double> coef, bias, error, ratio, lower, upper;
+  for (std::size_t j = 0; j < answer.columns.size(); ++j) {
+    if (answer.fit.column[j] != cox::Column::kEstimated) continue;
+    const auto summary = procedures::summarise(made, names.size(), 1 - request.alpha, kind);
+    names.push_back(answer.columns[j].name);
+    coef.push_back(answer.fit.coefficients[j]);
+    bias.push_back(summary.bias);
+    error.push_back(summary.standardError);
+    ratio.push_back(numerics::exp(coef.back()));
+    lower.push_back(numerics::exp(summary.lower));
+    upper.push_back(numerics::exp(summary.upper));
+  }
+  const std::string level = report::confidence(request.alpha);
+  return report::tableOf(
+      "bootstrap", "Bootstrap",
+      {report::labelColumn(key::kName, "covariate", std::move(names)),
+       report::numberColumn(key::kCoef, "coef", Kind::kEstimate, coef),
+       report::numberColumn(key::kBias, "bias", Kind::kEstimate, bias),
+       report::numberColumn(key::kStandardError, "std error", Kind::kEstimate, error),
+       report::numberColumn(key::kHazardRatio, "hazard ratio", Kind::kEstimate, ratio),
+       report::numberColumn(key::kLower, level + " lower", Kind::kEstimate, lower),
+       report::numberColumn(key::kUpper, level + " upper", Kind::kEstimate, upper)});
 }
 
 report::Table covarianceTable(const CoxAnswer& answer) {
@@ -177,16 +251,12 @@ std::vector<CoxEstimate> coxEstimates(const CoxAnswer& answer, const CoxRequest&
 
 void addCoxTables(const CoxAnswer& answer, const CoxRequest& request, report::Report& report) {
   const auto add = [&report](report::Table table) { report.tables.push_back(std::move(table)); };
-  const bool robust = answer.fit.robustCovariance.size() != 0;
   add(coefficientTable(answer, request));
-  std::vector<Named> tests = {{"likelihood ratio", answer.fit.likelihoodRatio},
-                              {"score", answer.fit.score},
-                              {robust ? "Wald, robust" : "Wald", answer.fit.wald}};
-  if (robust) tests.push_back({"score, robust", answer.fit.robustScore});
-  if (!answer.columns.empty()) {
-    add(testTable("tests", "All coefficients 0?", key::kTest, "test", tests));
-  }
-  if (hasLongTerm(answer)) {
+  if (!answer.columns.empty()) add(globalTests(answer));
+  if (request.firth) {
+    add(testTable("terms", "All coefficients of a term 0? Penalised likelihood ratio", key::kName,
+                  "term", termTests(answer, answer.fit.terms)));
+  } else if (hasLongTerm(answer)) {
     add(testTable("terms", "All coefficients of a term 0? Wald", key::kName, "term",
                   termTests(answer, answer.fit.terms)));
   }
@@ -195,10 +265,11 @@ void addCoxTables(const CoxAnswer& answer, const CoxRequest& request, report::Re
                   termTests(answer, answer.dropOne)));
   }
   if (answer.versus) add(versusTable(answer));
-  if (request.select == CoxSelection::kBackward) {
-    add(removedTable(answer));
+  if (request.select != CoxSelection::kNone) {
+    add(stepTable(answer, request));
     add(selectedTable(answer));
   }
+  if (answer.bootstrap) add(bootstrapTable(answer, request));
   if (answer.zph) add(coxProportionalityTable(answer, request));
   if (request.covariance) add(covarianceTable(answer));
   if (request.baseline) add(coxBaselineTable(answer, request));

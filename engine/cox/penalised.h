@@ -56,7 +56,7 @@ PenalisedFit fitPenalised(const Response& response, const Rows& rows, const Desi
 //
 // In   level  in (0, 1)
 // Edge absent for an aliased column, a ridge, and a fit that has not converged
-ProfileLimits penalisedLimits(const PenalisedFit& fit, std::size_t column, double level,
+ProfileLimits penalisedLimits(const PenalisedFit& penalised, std::size_t column, double level,
                               numerics::Progress& progress);
 
 }  // namespace survmeth::engine::cox
