@@ -1,6 +1,7 @@
 #include "engine/curves/pooled.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "numerics/doubleDouble.h"
 
@@ -8,7 +9,8 @@ namespace survmeth::engine::curves {
 namespace {
 
 // Rows by stratum, their order within a stratum kept; rows of weight 0 left out.
-std::vector<std::uint32_t> byStratum(const std::vector<std::uint32_t>& order, const Rows& rows) {
+std::vector<std::uint32_t> byStratum(std::vector<std::uint32_t> order, const Rows& rows) {
+  if (rows.weight.empty() && rows.stratum.empty()) return order;
   std::vector<std::uint32_t> sorted;
   sorted.reserve(order.size());
   for (const std::uint32_t row : order) {
@@ -37,8 +39,8 @@ Pooled::Pooled(const Response& response, const Rows& rows, const Groups& allGrou
     throw Refusal(Role::kCluster, Refusal::kNone, "Tests of equal survival take no clusters");
   }
   risk::TimeCodes codes(response, tieTolerance);
-  byExit = byStratum(codes.exitOrder, rows);
-  byEntry = byStratum(codes.entryOrder, rows);
+  byExit = byStratum(std::move(codes.exitOrder), rows);
+  byEntry = byStratum(std::move(codes.entryOrder), rows);
   exit = std::move(codes.exit);
   entry = std::move(codes.entry);
   event.resize(response.rows());
@@ -87,6 +89,9 @@ StratumRows nextStratum(const Pooled& pooled, StratumRows& rest) {
 std::vector<PooledTime> eventTimes(const Pooled& pooled, const StratumRows& rows) {
   using numerics::DoubleDouble;
   std::vector<PooledTime> times;
+  times.reserve(static_cast<std::size_t>(
+      std::count_if(rows.byExit.begin(), rows.byExit.end(),
+                    [&pooled](std::uint32_t row) { return pooled.event[row] != 0; })));
   DoubleDouble atRisk;
   std::size_t count = 0;
   std::size_t entering = rows.byEntry.size();
