@@ -58,7 +58,8 @@ Result fit(const frame::Frame& data, const Request& request, numerics::Progress&
     asked.costs = {cost[0], cost[1], cost[2], cost[3]};
   }
   for (const std::string& name : request.markers) {
-    const bool lower = std::ranges::find(request.lower, name) != request.lower.end();
+    const bool lower =
+        std::find(request.lower.begin(), request.lower.end(), name) != request.lower.end();
     asked.markers.push_back({data.numbers(name)->numbers, lower});
   }
   if (!request.weight.empty()) asked.weight = data.numbers(request.weight)->numbers;

@@ -1,7 +1,6 @@
 // Fewer rows that say the same: parts of one subject's follow-up joined, rows that differ in nothing
 // pooled.
 #include <algorithm>
-#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <numeric>
@@ -10,6 +9,7 @@
 #include <vector>
 
 #include "analysis/life/rows.h"
+#include "numerics/bits.h"
 
 namespace survmeth::analysis {
 namespace {
@@ -51,7 +51,7 @@ class Cells {
   std::size_t mask() const { return slots_.size() - 1; }
   std::size_t slotOf(const Cell& cell) const {
     // Multiplications by odd constants, of which the high bits depend on all below.
-    std::uint64_t hash = std::bit_cast<std::uint64_t>(cell.time) * 0x9E3779B97F4A7C15u;
+    std::uint64_t hash = numerics::bitCast<std::uint64_t>(cell.time) * 0x9E3779B97F4A7C15u;
     hash ^= (std::uint64_t{cell.group} << 33 ^ std::uint64_t{cell.stratum} << 1 ^ cell.event) +
             (hash >> 29);
     hash *= 0xBF58476D1CE4E5B9u;

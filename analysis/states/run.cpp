@@ -1,10 +1,10 @@
 #include <algorithm>
-#include <charconv>
 #include <map>
 #include <utility>
 
 #include "analysis/states/states.h"
 #include "frame/labels.h"
+#include "text/charconv.h"
 #include "text/numbers.h"
 #include "text/words.h"
 
@@ -25,7 +25,7 @@ bool before(const std::string& a, const std::string& b) {
   double x = 0, y = 0;
   const auto isNumber = [](const std::string& label, double& number) {
     const char* end = label.data() + label.size();
-    return std::from_chars(label.data(), end, number).ptr == end;
+    return text::from_chars(label.data(), end, number).ptr == end;
   };
   const bool first = isNumber(a, x), second = isNumber(b, y);
   if (first != second) return first;

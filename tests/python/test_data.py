@@ -150,7 +150,7 @@ def test_columns_of_two_dimensions():
 
 def test_data_that_are_no_table():
     error = refused(survmeth.life, 3, time="t", event="e")
-    assert str(error) == "data: the data are a int; expected a dict of columns or a pandas DataFrame"
+    assert str(error) == "data: the data are a int; expected a dict of columns or a DataFrame"
 
 
 def test_two_columns_of_one_name():
@@ -164,7 +164,8 @@ def test_two_columns_of_one_name():
     ({"alpha": "a lot"}, 'alpha: "a lot" is not a number; expected a number between 0 and 1'),
     ({"alpha": datetime.date(2020, 1, 1)},
      "alpha: the value is of the type date; expected numbers, texts or True and False"),
-    ({"conf": "cubic"}, 'conf: there is no "cubic"; expected one of "plain", "log", "log-log"'),
+    ({"conf": "cubic"}, 'conf: there is no "cubic"; expected one of "plain", "logit", "log", '
+                        '"arcsine", "log-log"'),
     ({"table": "actuarial"}, "table: actuarial needs intervals; expected width or bounds"),
     ({"bounds": [3, 1]}, 'bounds: "1" is out of order; expected ascending numbers from 0, '
                          "separated by commas"),

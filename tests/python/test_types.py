@@ -43,15 +43,15 @@ except survmeth.RefusedInput as refused:
 
 def test_wrong_calls_are_found(tmp_path):
     found = findings(tmp_path, """
-survmeth.life({}, time="t", event="e", conf="cubic")
-survmeth.life({}, time="t")
-survmeth.life({}, time="t", event="e", groups="g")
+survmeth.agree({}, first="a", second="b", difference="cubic")
+survmeth.gray({}, time="t", group="g")
+survmeth.gray({}, time="t", status="e", group="g", groups="g")
 number: int = survmeth.life({}, time="t", event="e").to_json()
 """)
     found = [line for line in found if "error:" in line]
     assert [line.split(":")[0] for line in found] == ["3", "4", "5", "6"]
     assert "cubic" in found[0] and "[arg-type]" in found[0]
-    assert "Missing named argument \"event\"" in found[1]
+    assert "Missing named argument \"status\"" in found[1]
     assert "Unexpected keyword argument \"groups\"" in found[2]
 
 

@@ -144,6 +144,13 @@ class CheckIncludes(unittest.TestCase):
         self.assertEqual(
             self.reports({"Dist/a.cpp": '#include "normal.h"\n', "Dist/normal.h": ""}), [])
 
+    def test_what_browsers_lack_is_reported_where_it_is_compiled_for_them(self):
+        text = "#include <bit>\n// std::format would do\nauto a = std::bit_cast<int>(1.f);\n"
+        self.assertEqual(self.reports({"report/a.cpp": text}),
+                         ["report/a.cpp:3: std::bit_cast: Emscripten's standard library lacks it"])
+        for admitted in ("cli/a.cpp", "pictures/a.cpp", "tests/a.cpp"):
+            self.assertEqual(self.reports({admitted: text}), [])
+
     def test_tests_may_include_anything(self):
         self.admitted("tests/a.cpp", '"survival/life/stratum.h"')
 
