@@ -28,6 +28,10 @@ life <- list(
     test <- survdiff(Surv(time, status) ~ group, data)
     c(logRank = test$chisq, median = medians$quantile[1, 2])
   })
+# The log-rank test alone.
+tests <- list(
+  prepare = life$prepare,
+  run = function(data) c(logRank = survdiff(Surv(time, status) ~ group, data)$chisq))
 cox <- list(
   prepare = function() {
     survival_package()
@@ -69,6 +73,7 @@ gray <- list(
   })
 jobs <- list(
   life_days = life, life_distinct = life,
+  tests_days = tests, tests_distinct = tests,
   cox_distinct = cox, cox_three = cox, cox_weeks = cox,
   hazards_fit = hazards(2, bare), hazards_hundred = hazards(2, bare),
   hazards_all = hazards(2, function(data) coxph(Surv(time, status) ~ X, data)),

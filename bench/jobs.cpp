@@ -34,6 +34,7 @@
 #include "bench/methcomp_job.h"
 #include "bench/param_job.h"
 #include "bench/roc_job.h"
+#include "bench/tests_job.h"
 #include "bench/timing.h"
 #include "bench/validation_job.h"
 
@@ -317,6 +318,9 @@ const std::vector<Job>& jobs() {
   static const std::vector<Job> all{
       job<Life>("life_days", 3, [](int n) { return lifeColumns(n, true); }),
       job<Life>("life_distinct", 3, [](int n) { return lifeColumns(n, false); }),
+      job<bench::EqualSurvival>("tests_days", 3, [](int n) { return bench::testColumns(n, true); }),
+      job<bench::EqualSurvival>("tests_distinct", 3,
+                                [](int n) { return bench::testColumns(n, false); }),
       job<Cox>("cox_distinct", 2 + kCovariates,
                [](int n) { return coxColumns(n, kCovariates, false); }),
       job<Cox>("cox_three", 2 + kFewCovariates,

@@ -3,12 +3,15 @@
 #define ANALYSIS_LIFE_ANSWER_H_
 
 #include <cstddef>
+#include <optional>
 #include <vector>
 
 #include "analysis/life/actuarial.h"
 #include "analysis/life/comparison.h"
+#include "analysis/life/permutation.h"
 #include "analysis/life/rows.h"
 #include "engine/curves/bands.h"
+#include "engine/curves/combination.h"
 #include "engine/curves/curve.h"
 #include "engine/curves/hazardRate.h"
 #include "engine/curves/means.h"
@@ -45,6 +48,9 @@ struct LifeAnswer {
   std::vector<LifeSummary> summaries;
   double n = 0, events = 0, censored = 0;  // sums of weights of all
   LifeComparison comparison;
+  // Where they are asked for and tests exist.
+  std::vector<engine::curves::CombinationPair> combination;
+  std::optional<LifePermutation> permutation;
   std::vector<std::vector<LifeInterval>> intervals;  // where they are asked for
   LifeReadings readings;
   bool robust = false;  // whether the curves' variances are

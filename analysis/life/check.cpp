@@ -103,6 +103,10 @@ void checkComparisons(const LifeRequest& request) {
       }
     }
   }
+  request.combinationWeightings();
+  request.permutationsAsked();
+  requireBeside({{"seed", request.seed.has_value()}}, !request.permutations.empty(),
+                "permutations");
   requireBeside({{"difference", request.difference.has_value()}}, !request.at.empty(), "at");
 }
 

@@ -6,6 +6,7 @@
 #include <numeric>
 #include <utility>
 
+#include "analysis/life/combination.h"
 #include "analysis/option.h"
 #include "text/numbers.h"
 #include "text/words.h"
@@ -115,6 +116,7 @@ void addTwoByTwo(const LifeRows& rows, const LifeRequest& request, const curves:
   if (request.hazardRatios) {
     comparison.ratios = curves::hazardRatios(rows.response(), rows.testRows(), rows.groupCodes(),
                                              1 - request.alpha, request.tolerance());
+    comparison.coxRatio = coxRatio(rows, request);
   }
 }
 

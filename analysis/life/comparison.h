@@ -30,6 +30,7 @@ struct LifeComparison {
   std::vector<engine::curves::StratumEvents> strata;
   std::vector<engine::curves::PairTest> pairs;
   std::optional<engine::curves::HazardRatios> ratios;
+  engine::curves::Contrast coxRatio;  // beside them
 
   bool exists() const { return reason.empty(); }
 };

@@ -100,8 +100,9 @@ struct Ratio : curves::Contrast {
 
 report::Table ratioTable(const LifeAnswer& answer) {
   const curves::HazardRatios& found = *answer.comparison.ratios;
-  const std::array<Ratio, 2> ratios = {
-      {{found.peto, "Peto"}, {found.mantelHaenszel, "Mantel-Haenszel"}}};
+  const std::array<Ratio, 3> ratios = {{{found.peto, "Peto"},
+                                        {found.mantelHaenszel, "Mantel-Haenszel"},
+                                        {answer.comparison.coxRatio, "Cox"}}};
   const std::string level = report::confidence(answer.request.alpha);
   report::Table table =
       report::rowsOf("hazardRatios",
@@ -175,9 +176,11 @@ void addMethods(const LifeAnswer& answer, report::Report& report) {
   }
   if (request.hazardRatios) {
     add("hazard ratios: exp((O - E) / V) of the log-rank test (Peto), which is drawn towards 1 "
-        "where the ratio is far from it; Mantel-Haenszel's ratio of sums",
+        "where the ratio is far from it; Mantel-Haenszel's ratio of sums; proportional hazards "
+        "with "
+        "Efron's ties (Cox)",
         "Yusuf et al., Prog Cardiovasc Dis 27 (1985) 335-371; Bernstein, Anderson & Pike, "
-        "Biometrics 37 (1981) 513-519");
+        "Biometrics 37 (1981) 513-519; Cox, JRSS B 34 (1972) 187-220");
   }
 }
 
@@ -192,6 +195,8 @@ void addLifeComparison(const LifeAnswer& answer, report::Report& report) {
   if (!comparison.pairs.empty()) report.tables.push_back(pairTable(answer));
   if (comparison.ratios) report.tables.push_back(ratioTable(answer));
   addMethods(answer, report);
+  addLifeCombination(answer, report);
+  addLifePermutation(answer, report);
 }
 
 }  // namespace survmeth::analysis

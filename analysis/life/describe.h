@@ -23,6 +23,8 @@ const char* lifeBandName(const LifeAnswer& answer);      // "Hall-Wellner"
 // Each adds its tables, methods and notes, where they are asked for.
 void addLifeTables(const LifeAnswer& answer, report::Report& report);  // counts, medians
 void addLifeComparison(const LifeAnswer& answer, report::Report& report);
+void addLifeCombination(const LifeAnswer& answer, report::Report& report);
+void addLifePermutation(const LifeAnswer& answer, report::Report& report);
 void addLifeReadings(const LifeAnswer& answer, report::Report& report);
 void addLifeMeans(const LifeAnswer& answer, report::Report& report);
 void addLifeRates(const LifeAnswer& answer, report::Report& report);

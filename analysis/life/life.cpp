@@ -162,7 +162,21 @@ void addComparisons(Declared& made) {
                "Scores of the groups in order, for the tests of trend")
       .choice("pairs", &LifeRequest::pairs, pairChoices(),
               "First test of each two groups, and how their p-values are adjusted")
-      .flag("hazard-ratios", &LifeRequest::hazardRatios, "Hazard ratios of two groups");
+      .flag("hazard-ratios", &LifeRequest::hazardRatios, "Hazard ratios of two groups")
+      .texts("combination", &LifeRequest::combination, Role::kValue,
+             "One test of the largest of several weights: usual (fh:0:0, fh:1:0, fh:0:1, fh:1:1), "
+             "or up to four tests as --tests names them; of more than two groups each pair")
+      .text("permutations", &LifeRequest::permutations, Role::kValue,
+            "Also the tests by so many random permutations of the groups within strata, or exact: "
+            "by all",
+            "N|exact")
+      .number("seed", &LifeRequest::seed,
+              {.least = 0,
+               .most = 9007199254740991,
+               .whole = true,
+               .expected = "a whole number from 0 to 9007199254740991"},
+              "Of the random permutations: the same seed, the same p-values", "N")
+      .without("1");
 }
 
 // A describer of the declaration that needs no request beside the answer.
@@ -175,7 +189,8 @@ void addReport(Declared& made) {
   const auto curves = [](const LifeRequest& request) {
     return request.table == LifeTable::kKaplanMeier || request.table == LifeTable::kCurves;
   };
-  made.tables({"summary", "tests", "events", "strata", "pairs", "hazardRatios"})
+  made.tables({"summary", "tests", "events", "strata", "pairs", "hazardRatios", "combination",
+               "combinationTests", "permutation"})
       .longTable("kaplanMeier", of(lifeKaplanMeierTable), curves)
       .longTable("curves", of(lifeCurveTable), curves)
       .tables({"bands", "actuarial", "quantiles", "survivalAt", "survivalContrasts",

@@ -2,7 +2,9 @@
 #include "analysis/life/request.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cstddef>
+#include <cstdint>
 #include <utility>
 
 #include "analysis/option.h"
@@ -38,7 +40,7 @@ std::optional<double> powerAt(const std::string& word, std::size_t begin, std::s
   return power;
 }
 
-Weighting weightingOf(const std::string& word) {
+Weighting weightingOf(const std::string& word, const char* option, const char* byItself) {
   for (const auto& [name, kind] : testWords()) {
     if (word == name) return {kind};
   }
@@ -47,10 +49,10 @@ Weighting weightingOf(const std::string& word) {
     const auto p = powerAt(word, 3, colon), q = powerAt(word, colon + 1, word.size());
     if (p && q) return {Kind::kFlemingHarrington, *p, *q};
   }
-  throw BadOption("tests",
-                  text::quote(word) +
-                      " is no test; expected some of logrank, gehan-breslow, "
-                      "tarone-ware, peto-peto, modified-peto-peto, fh:P:Q, or all by itself");
+  throw BadOption(option, text::quote(word) +
+                              " is no test; expected some of logrank, gehan-breslow, tarone-ware, "
+                              "peto-peto, modified-peto-peto, fh:P:Q, or " +
+                              byItself + " by itself");
 }
 
 // A column's name; expressions are not evaluated.
@@ -110,8 +112,42 @@ std::vector<Weighting> LifeRequest::weightings() const {
     made.push_back({Kind::kFlemingHarrington, 0, 1});
     return made;
   }
-  for (const std::string& word : tests) made.push_back(weightingOf(word));
+  for (const std::string& word : tests) made.push_back(weightingOf(word, "tests", "all"));
   return made;
+}
+
+std::vector<Weighting> LifeRequest::combinationWeightings() const {
+  if (combination.size() == 1 && combination.front() == "usual") {
+    const auto usual = curves::usualCombination();
+    return {usual.begin(), usual.end()};
+  }
+  constexpr std::size_t kMost = 4;
+  if (combination.size() > kMost) {
+    throw BadOption("combination", "has " + text::counted(combination.size(), "test", "tests") +
+                                       "; expected usual, or up to 4 as --tests names them");
+  }
+  std::vector<Weighting> made;
+  for (const std::string& word : combination)
+    made.push_back(weightingOf(word, "combination", "usual"));
+  return made;
+}
+
+curves::Permutations LifeRequest::permutationsAsked() const {
+  curves::Permutations asked;
+  asked.level = 1 - alpha;
+  if (seed) asked.seed = static_cast<std::uint64_t>(*seed);
+  if (permutations.empty()) return asked;
+  asked.exact = permutations == "exact";
+  if (asked.exact) return asked;
+  constexpr std::uint64_t kMost = 1'000'000'000;
+  const char* end = permutations.data() + permutations.size();
+  const auto read = std::from_chars(permutations.data(), end, asked.count);
+  if (read.ec != std::errc() || read.ptr != end || asked.count == 0 || asked.count > kMost) {
+    throw BadOption("permutations", text::quote(permutations) +
+                                        " is no number of permutations; expected a whole number "
+                                        "from 1 to 1,000,000,000, or exact");
+  }
+  return asked;
 }
 
 LifeRequest withColumns(const LifeRequest& request) {

@@ -10,6 +10,7 @@
 #include "engine/curves/bands.h"
 #include "engine/curves/comparison.h"
 #include "engine/curves/curve.h"
+#include "engine/curves/permutation.h"
 #include "engine/curves/quantiles.h"
 #include "engine/input.h"
 #include "frame/wanted.h"
@@ -61,6 +62,9 @@ struct LifeRequest {
   std::vector<double> scores;
   Pairs pairs = Pairs::kNone;
   bool hazardRatios = false;
+  std::vector<std::string> combination;  // "usual", or tests; empty: none
+  std::string permutations;              // a number, or "exact"; empty: none
+  std::optional<double> seed;
 
   bool byDates() const { return !from.empty(); }
   bool intervals() const { return width || !bounds.empty(); }
@@ -76,6 +80,9 @@ struct LifeRequest {
   engine::curves::Options curves() const;
   // That --tests names, in its order; throws BadOption.
   std::vector<engine::curves::Weighting> weightings() const;
+  // Those of --combination, and what --permutations and --seed say, where they say something.
+  std::vector<engine::curves::Weighting> combinationWeightings() const;
+  engine::curves::Permutations permutationsAsked() const;
 };
 
 // Refuses options that do not go together; throws BadOption.

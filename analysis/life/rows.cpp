@@ -104,12 +104,12 @@ void takeSubjects(const frame::Frame& data, const LifeRequest& request, LifeRows
 }
 
 // Many rows at few times are as many frequencies: sorted, and gone through, are these. Ties one after
-// the other and robust variances ask for the rows themselves.
+// the other, robust variances and permutations ask for the rows themselves.
 bool mayBePooled(const LifeRequest& request, const LifeRows& rows) {
   constexpr std::size_t kManyRows = 16384;
   return rows.event.size() >= kManyRows && !request.lateEntry() && !request.robust &&
          !rows.sampling() && !rows.clustered() && rows.wholeWeights &&
-         request.estimate != LifeEstimate::kFlemingHarrington;
+         request.permutations.empty() && request.estimate != LifeEstimate::kFlemingHarrington;
 }
 
 }  // namespace

@@ -9,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "analysis/life/combination.h"
 #include "analysis/option.h"
 
 namespace survmeth::analysis {
@@ -23,8 +24,8 @@ constexpr std::size_t kHazardTimes = 101;  // at which the smoothed hazard is gi
 // Builds the answer part by part.
 class Run {
  public:
-  Run(const frame::Frame& data, const LifeRequest& request)
-      : request_(answer_.request), options_(request.curves()) {
+  Run(const frame::Frame& data, const LifeRequest& request, numerics::Progress& progress)
+      : request_(answer_.request), options_(request.curves()), progress_(progress) {
     answer_.request = withColumns(request);
     answer_.rows = lifeRowsOf(data, request_);
   }
@@ -48,6 +49,9 @@ class Run {
     addRates();
     addIntervals();
     answer_.comparison = compareLife(answer_.rows, request_);
+    if (!answer_.comparison.exists()) return;
+    answer_.combination = combineLife(answer_.rows, request_);
+    answer_.permutation = permuteLife(answer_.rows, request_, progress_);
   }
 
   // What takes the rows by group and time, which are gone before the groups are compared.
@@ -198,12 +202,14 @@ class Run {
   LifeAnswer answer_;
   const LifeRequest& request_;
   curves::Options options_;
+  numerics::Progress& progress_;
 };
 
 }  // namespace
 
-LifeAnswer fitLife(const frame::Frame& data, const LifeRequest& request, numerics::Progress&) {
-  return Run(data, request).answer();
+LifeAnswer fitLife(const frame::Frame& data, const LifeRequest& request,
+                   numerics::Progress& progress) {
+  return Run(data, request, progress).answer();
 }
 
 }  // namespace survmeth::analysis

@@ -114,11 +114,15 @@ std::span<const Weighting> usualCombination() {
 Combination combine(const Response& response, const Rows& rows, const Groups& groups,
                     std::span<const Weighting> weightings, Alternative alternative,
                     double tieTolerance) {
+  return combine(Pooled(response, rows, groups, tieTolerance), weightings, alternative);
+}
+
+Combination combine(const Pooled& pooled, std::span<const Weighting> weightings,
+                    Alternative alternative) {
   requireWeightings(weightings);
-  if (groups.size() != 2) {
+  if (pooled.groups.size() != 2) {
     throw Refusal(Role::kGroup, Refusal::kNone, "a combination of tests is of two groups");
   }
-  const Pooled pooled(response, rows, groups, tieTolerance);
   JointSums sums;
   StratumRows rest{pooled.byExit, pooled.byEntry};
   while (!rest.byExit.empty()) addTo(sums, pooled, nextStratum(pooled, rest), weightings, 1);

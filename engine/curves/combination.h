@@ -45,6 +45,8 @@ Combination combine(const Response& response, const Rows& rows, const Groups& gr
                     std::span<const Weighting> weightings,
                     Alternative alternative = Alternative::kTwoSided,
                     double tieTolerance = risk::kTieTolerance);
+Combination combine(const Pooled& pooled, std::span<const Weighting> weightings,
+                    Alternative alternative = Alternative::kTwoSided);
 
 // Every pair of groups, its rows alone.
 struct CombinationPair {

@@ -14,6 +14,8 @@
 
 namespace survmeth::engine::curves {
 
+struct Pooled;
+
 // What the events of a time count for, with n at risk and d events in the stratum.
 struct Weighting {
   enum class Kind {
@@ -67,6 +69,10 @@ struct Comparison {
 Comparison compare(const Response& response, const Rows& rows, const Groups& groups,
                    std::span<const Weighting> weightings, std::span<const double> scores = {},
                    double tieTolerance = risk::kTieTolerance);
+
+// The same of rows that are in order already (pooled.h), as several tests of them begin.
+Comparison compare(const Pooled& pooled, std::span<const Weighting> weightings,
+                   std::span<const double> scores = {});
 
 // One weighting for every pair of groups: only their rows are looked at.
 struct PairTest {

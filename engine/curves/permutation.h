@@ -48,7 +48,7 @@ struct PermutationComparison {
   PermutationTest combination;
 };
 
-// The sum over the strata of the products of multinomial coefficients' logarithms is their number.
+// How many there are; infinite beyond the range of a double.
 double arrangementsOf(const Response& response, const Rows& rows, const Groups& groups);
 
 // A weighting's difference of a group, O - E, is the sum over its rows of scores that are the same
