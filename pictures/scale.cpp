@@ -112,9 +112,11 @@ Limits limitsOf(const report::Axis& axis, const std::vector<double>& values, dou
   if (!(least < most) || most / 2 - least / 2 <= std::max(kNarrowest * size, kSmallest)) {
     const Limits low = spread(axis.scale, axis.most && !axis.least ? most : least);
     const Limits high = spread(axis.scale, axis.least && !axis.most ? least : most);
-    if (!axis.least || least == most) least = low.least;
-    if (!axis.most || least == most) most = high.most;
-    return {least, std::max(most, high.most)};
+    // A wanted limit stays, but for two that are the same.
+    const bool same = axis.least && axis.most && least == most;
+    if (!axis.least || same) least = low.least;
+    if (!axis.most || same) most = high.most;
+    return {least, axis.most && !axis.least ? most : std::max(most, high.most)};
   }
   // Nothing is put beside what ends at 0 by its nature, nor beyond probabilities.
   const double from = transform(axis.scale, least), to = transform(axis.scale, most);

@@ -90,6 +90,17 @@ TEST(Scales, ValuesThatAreNotOnThemHaveNoPlace) {
   EXPECT_TRUE(knows(report::Scale::kLinear, 0));
 }
 
+TEST(Limits, AWantedOneStaysWhereAllValuesLieOnIt) {
+  report::Axis axis;
+  axis.least = 0;
+  EXPECT_EQ(limitsOf(axis, {0, 0}, 0.1).least, 0);
+  EXPECT_GT(limitsOf(axis, {0, 0}, 0.1).most, 0);
+  axis.least.reset();
+  axis.most = 5;
+  EXPECT_EQ(limitsOf(axis, {5, 5}, 0.1).most, 5);
+  EXPECT_LT(limitsOf(axis, {5, 5}, 0.1).least, 5);
+}
+
 TEST(Limits, HoldTheValuesAndAMargin) {
   report::Axis axis;
   const Limits both = limitsOf(axis, {10, 20, NAN, INFINITY}, 0.1);
