@@ -200,14 +200,16 @@ class Predicting {
     const cox::CumulativeHazard whole = hazard.along(stays);
     const double last = request_.id.empty() ? lastTime(i) : stays.back().exit;
     if (!request_.at.empty()) made_.at.push_back(readings(whole, last));
-    if (!kept && request_.quantiles.empty()) return;
+    if (!kept) {
+      if (!request_.quantiles.empty()) made_.quantiles.push_back(quantiles(curveOf(whole), last));
+      return;
+    }
     std::vector<CoxSurvival> points;
     points.reserve(whole.time.size());
     for (std::size_t k = 0; k < whole.time.size(); ++k) {
       points.push_back(survival(whole.time[k], whole.hazard[k], whole.standardError[k]));
     }
-    if (!request_.quantiles.empty()) made_.quantiles.push_back(quantiles(points, last));
-    if (!kept) return;
+    if (!request_.quantiles.empty()) made_.quantiles.push_back(quantiles(curveOf(points), last));
     made_.curves.push_back(
         {name, made_.stratum.empty() ? "" : made_.stratum[i], std::move(points)});
   }
@@ -240,9 +242,7 @@ class Predicting {
     return values;
   }
 
-  // A curve that runs at the wanted level ends at its last time, event or not.
-  std::vector<curves::Quantile> quantiles(const std::vector<CoxSurvival>& points,
-                                          double last) const {
+  static curves::Curve curveOf(const std::vector<CoxSurvival>& points) {
     curves::Curve curve;
     for (const CoxSurvival& point : points) {
       curve.time.push_back(point.time);
@@ -250,11 +250,56 @@ class Predicting {
       curve.lower.push_back(point.lower);
       curve.upper.push_back(point.upper);
     }
-    if (!points.empty() && last > curve.time.back()) {
+    return curve;
+  }
+
+  // The same of a curve of which nothing else is wanted, in arrays: curves of many rows at very many
+  // times. Limits are those of curves::survivalLimits but for their last digits.
+  curves::Curve curveOf(const cox::CumulativeHazard& whole) const {
+    const std::size_t n = whole.time.size();
+    curves::Curve curve;
+    curve.time = whole.time;
+    std::vector<double> exponent(n);
+    const auto exponential = [&](const auto& of, std::vector<double>& to) {
+      for (std::size_t k = 0; k < n; ++k) exponent[k] = of(k);
+      to.resize(n);
+      numerics::expArray(exponent, to);
+    };
+    const auto hazard = [&whole](std::size_t k) { return whole.hazard[k]; };
+    const auto spread = [&](std::size_t k) { return z_ * whole.standardError[k]; };
+    exponential([&](std::size_t k) { return -hazard(k); }, curve.survival);
+    switch (request_.limits) {
+      case curves::Scale::kPlain:
+        for (std::size_t k = 0; k < n; ++k) {
+          curve.lower.push_back(std::max(0.0, curve.survival[k] * (1 - spread(k))));
+          curve.upper.push_back(std::min(1.0, curve.survival[k] * (1 + spread(k))));
+        }
+        break;
+      case curves::Scale::kLog:
+        exponential([&](std::size_t k) { return -(hazard(k) + spread(k)); }, curve.lower);
+        exponential([&](std::size_t k) { return std::min(0.0, spread(k) - hazard(k)); },
+                    curve.upper);
+        break;
+      default: {
+        std::vector<double> factor;
+        exponential([&](std::size_t k) { return spread(k) / hazard(k); }, factor);
+        exponential([&](std::size_t k) { return -hazard(k) * factor[k]; }, curve.lower);
+        exponential([&](std::size_t k) { return -hazard(k) / factor[k]; }, curve.upper);
+      }
+    }
+    for (std::size_t k = 0; k < n; ++k) {
+      if (curve.survival[k] == 0) curve.lower[k] = curve.upper[k] = kNone;
+    }
+    return curve;
+  }
+
+  // A curve that runs at the wanted level ends at its last time, event or not.
+  std::vector<curves::Quantile> quantiles(curves::Curve curve, double last) const {
+    if (!curve.time.empty() && last > curve.time.back()) {
       curve.time.push_back(last);
-      curve.survival.push_back(points.back().survival);
-      curve.lower.push_back(points.back().lower);
-      curve.upper.push_back(points.back().upper);
+      for (std::vector<double>* values : {&curve.survival, &curve.lower, &curve.upper}) {
+        values->push_back(values->back());
+      }
     }
     return curves::quantiles(curve, request_.quantiles);
   }

@@ -193,6 +193,39 @@ TEST(CoxPredict, UnitsOfHazardsAreSaved) {
   EXPECT_TRUE(sameBits(read->hazard->scale, far.hazard->scale));
 }
 
+// Curves of which nothing but quantiles is wanted are formed in arrays.
+TEST(CoxPredict, QuantilesOfManyRowsAreThoseOfTheirCurves) {
+  const Made made = lung();
+  const Declaration declaration = coxPredictDeclaration();
+  for (const engine::curves::Scale scale :
+       {engine::curves::Scale::kLogLog, engine::curves::Scale::kLog,
+        engine::curves::Scale::kPlain}) {
+    std::vector<CoxPredictions> both;
+    for (const bool curves : {true, false}) {
+      CoxPredictRequest request;
+      request.fit = made.lasting;
+      request.limits = scale;
+      request.quantiles = {0.2, 0.5, 0.8};
+      request.curves = curves;
+      numerics::Progress progress;
+      both.push_back(predictCox(
+          *made.lasting, dataOf(declaration, &request, std::string(SURVMETH_DATA) + "/lung.csv"),
+          request, progress));
+    }
+    ASSERT_GT(both[0].quantiles.size(), 200u);
+    ASSERT_EQ(both[0].quantiles.size(), both[1].quantiles.size());
+    for (std::size_t i = 0; i < both[0].quantiles.size(); ++i) {
+      std::vector<double> one, other;
+      for (std::size_t q = 0; q < 3; ++q) {
+        const auto &a = both[0].quantiles[i][q], &b = both[1].quantiles[i][q];
+        one.insert(one.end(), {a.time, a.lower, a.upper});
+        other.insert(other.end(), {b.time, b.lower, b.upper});
+      }
+      EXPECT_TRUE(sameBits(one, other)) << i;
+    }
+  }
+}
+
 TEST(CoxPredict, SurvivalIsOneBeforeTheFirstEventAndUnknownAfterTheLastTime) {
   const CoxPredictions made = predicted(lung().lasting, reference("lung_new.csv"), {1, 1022, 1023},
                                         engine::curves::Scale::kLogLog);
