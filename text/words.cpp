@@ -65,7 +65,7 @@ std::string nearestFirst(std::string_view wanted, const std::vector<std::string>
   return result;
 }
 
-std::string grouped(std::size_t count) {
+std::string grouped(std::uint64_t count) {
   std::string digits = std::to_string(count);
   for (std::size_t at = digits.size(); at > 3;) {
     at -= 3;
@@ -74,7 +74,7 @@ std::string grouped(std::size_t count) {
   return digits;
 }
 
-std::string counted(std::size_t count, std::string_view one, std::string_view many) {
+std::string counted(std::uint64_t count, std::string_view one, std::string_view many) {
   return (grouped(count) + ' ').append(count == 1 ? one : many);
 }
 

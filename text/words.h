@@ -4,6 +4,7 @@
 #define TEXT_WORDS_H_
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -19,10 +20,10 @@ std::string nearestFirst(std::string_view wanted, const std::vector<std::string>
                          std::size_t limit = 12);
 
 // 1,234,567 -> "1,234,567".
-std::string grouped(std::size_t count);
+std::string grouped(std::uint64_t count);
 
 // "1 row", "3 rows".
-std::string counted(std::size_t count, std::string_view one, std::string_view many);
+std::string counted(std::uint64_t count, std::string_view one, std::string_view many);
 
 // The letters of ASCII in lower case, everything else as it is.
 char lowered(char c);

@@ -192,12 +192,12 @@ void addFollowUps(const CoxAnswer& answer, const CoxRequest& request,
   if (request.bootstrap) {
     const std::string kind =
         request.bootstrapLimits.empty() ? "percentile" : request.bootstrapLimits;
-    methods.push_back({"bootstrap: " + text::grouped(static_cast<std::size_t>(*request.bootstrap)) +
-                           " replicates of " + (answer.clusters.empty() ? "rows" : "clusters") +
-                           " drawn with replacement, seed " +
-                           report::brief(request.seed.value_or(1)) +
-                           "; limits: " + (kind == "bca" ? "bias-corrected and accelerated" : kind),
-                       "Davison & Hinkley, Bootstrap Methods and their Application (1997), ch. 5"});
+    methods.push_back(
+        {"bootstrap: " + text::grouped(static_cast<std::uint64_t>(*request.bootstrap)) +
+             " replicates of " + (answer.clusters.empty() ? "rows" : "clusters") +
+             " drawn with replacement, seed " + report::brief(request.seed.value_or(1)) +
+             "; limits: " + (kind == "bca" ? "bias-corrected and accelerated" : kind),
+         "Davison & Hinkley, Bootstrap Methods and their Application (1997), ch. 5"});
   }
 }
 

@@ -29,7 +29,7 @@ struct Row {
 
 std::string arrangementsInWords(double number) {
   if (std::isinf(number)) return "more than 1e+308";
-  return number < 1e15 ? text::grouped(static_cast<std::size_t>(number)) : text::brief(number, 3);
+  return number < 1e15 ? text::grouped(static_cast<std::uint64_t>(number)) : text::brief(number, 3);
 }
 
 std::string lookedAt(const LifePermutation& permutation) {
