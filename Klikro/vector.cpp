@@ -33,9 +33,10 @@ std::vector<double> nonMissingOf(const matrix* v, int n) {
   return values;
 }
 
+// Of two zeros the negative one, so that no two numbers that differ in a bit change places.
 bool numbersFirst(double a, double b) {
   if (std::isnan(a) || std::isnan(b)) return !std::isnan(a) && std::isnan(b);
-  return a < b;
+  return a != b ? a < b : std::signbit(a) && !std::signbit(b);
 }
 
 double largest(const std::vector<double>& values) {

@@ -20,8 +20,9 @@ OddCells merged(const OddCells& a, const OddCells& b) {
   OddCells both = a;
   both.count += b.count;
   both.first.insert(both.first.end(), b.first.begin(), b.first.end());
-  std::sort(both.first.begin(), both.first.end(),
-            [](const OddCells::Cell& x, const OddCells::Cell& y) { return x.line < y.line; });
+  std::stable_sort(
+      both.first.begin(), both.first.end(),
+      [](const OddCells::Cell& x, const OddCells::Cell& y) { return x.line < y.line; });
   if (both.first.size() > kShown) both.first.resize(kShown);
   return both;
 }

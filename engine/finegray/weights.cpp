@@ -37,10 +37,10 @@ void CensoringCurves::findEntries(const Response& response, const Rows& rows,
   firstEntry_ = {0};
   for (std::vector<std::uint32_t>& byEntry : members) {
     std::vector<std::uint32_t> byExit = byEntry;
-    std::sort(byEntry.begin(), byEntry.end(), [&](std::uint32_t a, std::uint32_t b) {
+    std::stable_sort(byEntry.begin(), byEntry.end(), [&](std::uint32_t a, std::uint32_t b) {
       return response.entry[a] < response.entry[b];
     });
-    std::sort(byExit.begin(), byExit.end(), [&](std::uint32_t a, std::uint32_t b) {
+    std::stable_sort(byExit.begin(), byExit.end(), [&](std::uint32_t a, std::uint32_t b) {
       return response.exit[a] < response.exit[b];
     });
     numerics::DoubleDouble present;

@@ -28,7 +28,8 @@ import compare  # noqa: E402: found by the line above
 
 AVX512 = ("avx512f", "avx512bw", "avx512cd", "avx512dq", "avx512vl")
 ARM = "/usr/aarch64-linux-gnu"
-C_COMPILERS = {"g++": "gcc", "clang++": "clang"}
+C_COMPILERS = {"g++": "gcc", "clang++": "clang", "em++": "emcc"}
+EMSCRIPTEN = "/usr/share/emscripten/cmake/Modules/Platform/Emscripten.cmake"
 
 
 @dataclasses.dataclass(frozen=True)
@@ -40,6 +41,7 @@ class Build:
     clones: bool = False    # hot loops for several instruction sets
     features: tuple = ()    # the processor's that it wants
     cmake: tuple = ()       # further settings
+    program: str = "wordsize_results"
 
 
 BUILDS = {build.name: build for build in (
@@ -54,6 +56,13 @@ BUILDS = {build.name: build for build in (
     # By clang: gcc's cross compiler and gcc-multilib exclude one another on Debian.
     Build("aarch64-clang-O1", "clang++", "-O1", ("--target=aarch64-linux-gnu",),
           cmake=("-DCMAKE_SYSTEM_NAME=Linux", "-DCMAKE_SYSTEM_PROCESSOR=aarch64")),
+    # Files are read through node; the stack is as large as elsewhere.
+    Build("wasm-O2", "em++", "-O2",
+          cmake=(f"-DCMAKE_TOOLCHAIN_FILE={EMSCRIPTEN}",
+                 "-DCMAKE_FIND_ROOT_PATH_MODE_PACKAGE=BOTH",
+                 "-DCMAKE_EXE_LINKER_FLAGS=-sNODERAWFS=1 -sALLOW_MEMORY_GROWTH=1 "
+                 "-sTOTAL_STACK=8MB -sEXIT_RUNTIME=1"),
+          program="wordsize_results.js"),
 )}
 
 
@@ -70,7 +79,7 @@ THREADS = tuple(Run(f"{count} thread{'s' if count > 1 else ''}", "gcc-O3-clones"
 # Processors before and after fused multiply-add; the hot loops take what each has.
 PROCESSORS = tuple(Run(name, "gcc-O3-clones", ("qemu-x86_64", "-cpu", name))
                    for name in ("Nehalem", "Haswell"))
-COMMANDS = {"aarch64-clang-O1": ("qemu-aarch64", "-L", ARM)}
+COMMANDS = {"aarch64-clang-O1": ("qemu-aarch64", "-L", ARM), "wasm-O2": ("node",)}
 RUNS = (*THREADS, *PROCESSORS,
         *(Run("", name, COMMANDS.get(name, ())) for name in BUILDS if name != "gcc-O3-clones"))
 
@@ -117,11 +126,14 @@ def made(build, jobs):
               f"-DSURVMETH_MULTIVERSION={'ON' if build.clones else 'OFF'}",
               "-DSURVMETH_PROGRAMS=OFF", *build.cmake],
              ["cmake", "--build", folder, "-j", str(jobs), "--target", "wordsize_results"]]
+    # Emscripten's own scripts look for what they need where Debian does not.
+    environment = {"NODE_PATH": "/usr/share/nodejs", **os.environ}
     for step in steps:
-        run = subprocess.run(step, capture_output=True, text=True, stdin=subprocess.DEVNULL)
+        run = subprocess.run(step, capture_output=True, text=True, stdin=subprocess.DEVNULL,
+                             env=environment)
         if run.returncode != 0:
             sys.exit(f"{build.name}: {(run.stdout + run.stderr)[-3000:]}")
-    return folder / "bin" / "wordsize_results"
+    return folder / "bin" / build.program
 
 
 def family(head):

@@ -21,6 +21,13 @@ void coxResults(const TakeNumbers& take);
 // Survival curves of the reference data, with limits, bands, quantiles, means and rates.
 void curveResults(const TakeNumbers& take);
 
+// Incidences of competing events, Gray's tests, subdistribution hazards and states of the reference
+// data.
+void competingResults(const TakeNumbers& take);
+
+// Penalised fits of the reference data, predictions and bootstrap.
+void procedureResults(const TakeNumbers& take);
+
 // ROC curves, agreement and Deming regression of public and made data.
 void facadeResults(const TakeNumbers& take);
 

@@ -260,6 +260,14 @@ TEST(Quantile, InterpolatesBetweenOrderStatistics) {
   EXPECT_EQ(V_Quantile(&v, 0, 0.5), kMissing);
 }
 
+TEST(Quantile, OfTwoZerosTheNegativeOneIsFirst) {
+  Column positive({0.0, -0.0, 1.0}), negative({-0.0, 0.0, 1.0});
+  for (Column* zeros : {&positive, &negative}) {
+    EXPECT_TRUE(std::signbit(V_Quantile(zeros, 3, 0.0)));
+    EXPECT_FALSE(std::signbit(V_Quantile(zeros, 3, 0.5)));
+  }
+}
+
 TEST(Quantile, AtNotANumberIsNotANumber) {
   Column v({1, 2});
   EXPECT_TRUE(std::isnan(V_Quantile(&v, 2, std::numeric_limits<double>::quiet_NaN())));

@@ -41,6 +41,18 @@ class CheckSources(unittest.TestCase):
         self.admitted("std::unordered_set<int> set;", "frame/sink.cpp")
         self.admitted("std::map<int, int> map;")
 
+    def test_sorts_that_leave_equal_elements_as_they_like_are_reported(self):
+        def lines(text, path="engine/a.cpp"):
+            return [line for line, _, _ in check_sources.unstable(path, text)]
+        own = "std::sort(a.begin(), a.end(),\n [&](int i, int j) { return key(i, 0) < key(j, 0); });"
+        self.assertEqual(lines("\n" + own), [2])
+        self.assertEqual(lines("std::nth_element(a.begin(), b(1, 2), a.end(), less);"), [1])
+        self.assertEqual(lines("std::ranges::sort(a);"), [1])
+        self.assertEqual(lines(own, "frame/labels.cpp"), [])
+        self.assertEqual(lines(own.replace("sort", "stable_sort")), [])
+        self.assertEqual(lines("std::sort(f(a, b), a.end()); std::nth_element(a, b, c);"), [])
+        self.assertEqual(lines("std::sort(a.begin(), a.end(), std::greater<>());"), [])
+
     def test_comments_strings_and_includes_are_passed_over(self):
         self.admitted("// takes as long as all others\n/* long\n long */ int x;")
         self.admitted("const char* text = \"a long \\\" long text\"; int x = 1'000;")

@@ -64,6 +64,8 @@ int main() {
   survmeth::test::elementaryResults(writing("elementary"));
   survmeth::test::coxResults(writing("cox"));
   survmeth::test::curveResults(writing("curves"));
+  survmeth::test::competingResults(writing("competing"));
+  survmeth::test::procedureResults(writing("procedures"));
   survmeth::test::facadeResults(writing("facade"));
   // A comparison of half a table must not pass.
   std::printf("end\n");

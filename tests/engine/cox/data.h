@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "engine/cox/fit.h"
+#include "tests/support/codes.h"
 #include "tests/support/csv.h"
 
 namespace survmeth::test {
@@ -53,18 +54,6 @@ struct CoxData {
     return engine::cox::fit(response(), rows(), design(), options, progress);
   }
 };
-
-// Codes 0, 1, ... of the values in ascending order.
-inline std::vector<std::uint32_t> codesOf(const std::vector<double>& values, std::size_t& count) {
-  std::map<double, std::uint32_t> codes;
-  for (const double value : values) codes[value] = 0;
-  std::uint32_t next = 0;
-  for (auto& [value, code] : codes) code = next++;
-  count = codes.size();
-  std::vector<std::uint32_t> result;
-  for (const double value : values) result.push_back(codes[value]);
-  return result;
-}
 
 struct CoxCase {
   std::string name;
