@@ -9,6 +9,7 @@
 #include <span>
 #include <vector>
 
+#include "numerics/sizes.h"
 #include "numerics/squareMatrix.h"
 
 namespace survmeth::numerics {
@@ -21,7 +22,7 @@ class BlockedColumns {
 
   BlockedColumns() = default;
   BlockedColumns(std::size_t rows, std::size_t columns)
-      : rows_(rows), columns_(columns), values_(blocks() * kBlock * columns, 0.0) {}
+      : rows_(rows), columns_(columns), values_(product(blocks() * kBlock, columns), 0.0) {}
 
   // Rows that are yet to be filled in: memory that nobody has touched. Those that fill up the last
   // block are 0.
@@ -29,7 +30,7 @@ class BlockedColumns {
     BlockedColumns result;
     result.rows_ = rows;
     result.columns_ = columns;
-    result.values_ = Values(result.blocks() * kBlock * columns);
+    result.values_ = Values(product(result.blocks() * kBlock, columns));
     for (std::size_t j = 0; j < columns && rows > 0; ++j) {
       const std::size_t last = result.blocks() - 1;
       std::fill(result.column(last, j) + result.rowsOf(last), result.column(last, j) + kBlock, 0.0);

@@ -6,13 +6,15 @@
 #include <span>
 #include <vector>
 
+#include "numerics/sizes.h"
+
 namespace survmeth::numerics {
 
 class SquareMatrix {
  public:
   SquareMatrix() = default;
   explicit SquareMatrix(std::size_t size, double value = 0.0)
-      : size_(size), values_(size * size, value) {}
+      : size_(size), values_(product(size, size), value) {}
 
   std::size_t size() const { return size_; }
   double& operator()(std::size_t i, std::size_t j) { return values_[i * size_ + j]; }

@@ -9,6 +9,7 @@
 #include "numerics/elementary.h"
 #include "numerics/hot.h"
 #include "numerics/runningSum.h"
+#include "numerics/sizes.h"
 
 namespace survmeth::engine::cox {
 namespace {
@@ -85,7 +86,7 @@ class Risks {
     if (problem.arrangement.lateEntry()) {
       hazards.behind.clear();
     } else {
-      hazards.behind.resize(problem.x.blocks() * problem.columns());
+      hazards.behind.resize(numerics::product(problem.x.blocks(), problem.columns()));
     }
   }
 

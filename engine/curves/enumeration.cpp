@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "numerics/sizes.h"
+
 namespace survmeth::engine::curves {
 
 Enumeration::Enumeration(const Scores& scores, std::size_t groups)
@@ -13,7 +15,7 @@ Enumeration::Enumeration(const Scores& scores, std::size_t groups)
   }
   State state;
   state.left = size_.empty() ? std::vector<std::uint64_t>(groups) : size_[0];
-  state.sums.assign(scores.score.size() * groups, 0);
+  state.sums.assign(numerics::product(scores.score.size(), groups), 0);
   // Parts by the groups of the first rows, some hundreds of them.
   std::size_t depth = 0;
   for (std::size_t many = 1; many * groups <= 512 && depth < scores.rows(); ++depth) {

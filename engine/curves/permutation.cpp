@@ -12,6 +12,7 @@
 #include "engine/curves/yardstick.h"
 #include "numerics/elementary.h"
 #include "numerics/random.h"
+#include "numerics/sizes.h"
 #include "numerics/threads.h"
 
 namespace survmeth::engine::curves {
@@ -33,7 +34,7 @@ class Draws {
   void run(const Judge& judge, std::uint64_t seed, std::uint64_t from, std::uint64_t count,
            std::span<std::uint64_t> extreme) const {
     std::vector<std::uint32_t> order(scores_.rows());
-    std::vector<std::int64_t> sums(scores_.score.size() * groups_);
+    std::vector<std::int64_t> sums(numerics::product(scores_.score.size(), groups_));
     for (std::uint64_t number = from; number < from + count; ++number) {
       numerics::Random random(seed, number);
       std::iota(order.begin(), order.end(), 0U);

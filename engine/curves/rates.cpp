@@ -6,6 +6,7 @@
 #include "Dist/Dist"
 #include "numerics/doubleDouble.h"
 #include "numerics/elementary.h"
+#include "numerics/sizes.h"
 
 namespace survmeth::engine::curves {
 namespace {
@@ -82,7 +83,7 @@ std::vector<std::vector<Rate>> rates(const Response& response, const Rows& rows,
   requireAscending(cuts, "the cuts of time are not ascending numbers");
   const std::size_t intervals = cuts.size() + 1;
   constexpr double kForever = std::numeric_limits<double>::infinity();
-  std::vector<Cell> cells(groups.size() * (intervals + 1));
+  std::vector<Cell> cells(numerics::product(groups.size(), intervals + 1));
   std::vector<std::vector<Rate>> result(groups.size(), std::vector<Rate>(intervals));
   for (std::size_t row = 0; row < response.rows(); ++row) {
     const double weight = weightOf(rows, row);
@@ -161,7 +162,7 @@ std::vector<std::vector<RiskCount>> riskTable(const Response& response, const Ro
   struct Changes {
     DoubleDouble atRisk, events, censored;
   };
-  std::vector<Changes> changes(groups.size() * columns);
+  std::vector<Changes> changes(numerics::product(groups.size(), columns));
   for (std::size_t row = 0; row < response.rows(); ++row) {
     const double weight = weightOf(rows, row);
     Changes* change = &changes[groups[row] * columns];

@@ -6,6 +6,7 @@
 #include "engine/curves/weights.h"
 #include "numerics/doubleDouble.h"
 #include "numerics/runningSum.h"
+#include "numerics/sizes.h"
 
 namespace survmeth::engine::curves {
 namespace {
@@ -120,11 +121,12 @@ class Stratum {
     here_.assign(c, Links(m));
     linked_.assign(c, 1);
     atRisk_ = entering_;
-    observed_.assign(m * c, 0.0);
-    expected_.assign(m * c, 0.0);
-    alone_.assign(m * c, 0.0);
-    together_.assign(m * m * c, 0.0);
-    integral_.assign(m * c, 0.0);
+    const std::size_t cells = numerics::product(m, c);
+    observed_.assign(cells, 0.0);
+    expected_.assign(cells, 0.0);
+    alone_.assign(cells, 0.0);
+    together_.assign(numerics::product(m, cells), 0.0);
+    integral_.assign(cells, 0.0);
     std::vector<numerics::RunningSum> hazard(c);
     std::vector<numerics::RunningSum> variance(c);
     std::vector<double> spread(c);

@@ -5,6 +5,7 @@
 
 #include "numerics/elementary.h"
 #include "numerics/runningSum.h"
+#include "numerics/sizes.h"
 
 namespace survmeth::engine::finegray {
 namespace {
@@ -95,7 +96,7 @@ Problem::Problem(const Response& response, const Rows& input, const Design& desi
     other.push_back(i);
     since.push_back(1.0 / before);
   }
-  weight.resize(groups.size() * times());
+  weight.resize(numerics::product(groups.size(), times()));
   for (std::size_t g = 0; g < groups.size(); ++g) {
     for (std::size_t k = 0; k < times(); ++k) {
       weight[g * times() + k] = curves.before(g, a.time[k]);

@@ -7,6 +7,7 @@
 #include "engine/risk/arrangement.h"
 #include "numerics/doubleDouble.h"
 #include "numerics/runningSum.h"
+#include "numerics/sizes.h"
 #include "numerics/squareMatrix.h"
 
 namespace survmeth::engine::states {
@@ -150,7 +151,7 @@ class Estimation {
   }
 
   void findTransitions() {
-    std::vector<double> events(h_.states * h_.states, 0.0);
+    std::vector<double> events(numerics::product(h_.states, h_.states), 0.0);
     for (std::uint32_t i = 0; i < h_.rows(); ++i) {
       if (h_.to[i] == kNowhere || !(weightOf(i) > 0.0) || !(h_.exit[i] > options_.start)) continue;
       events[h_.from[i] * h_.states + h_.to[i]] += weightOf(i);

@@ -107,6 +107,19 @@ def unstable(path, text):
     return found
 
 
+SIZED = re.compile(r"(?:\.(?:resize|assign|reserve)|\bvector<[^;()]*>(?: \w+)?|[vV]alues_?)\(([^;]*)")
+PRODUCT = re.compile(r"[A-Za-z_0-9)\]] \* [A-Za-z_(]")
+CONSTANT = re.compile(r"\b(?:k[A-Z]\w*|\d+U?) \* | \* (?:k[A-Z]\w*|\d+U?)\b")
+
+
+def wrapping(text):
+    """Lines that make an array of a product of two sizes, which 32 bits may not hold."""
+    return [(number, "a product of sizes", "may exceed a word; numerics::product tells")
+            for number, line in enumerate(code(text).split("\n"), 1)
+            for match in [SIZED.search(line)]
+            if match and PRODUCT.search(CONSTANT.sub("", match.group(1)))]
+
+
 def loose(command):
     """What lets the compiler of this command change a result, or None."""
     words = command.split()
@@ -140,7 +153,10 @@ def main():
             read += 1
             path = source.relative_to(root).as_posix()
             text = source.read_text(encoding="utf-8")
-            for number, what, why in reports(path, text) + unstable(path, text):
+            found = reports(path, text) + unstable(path, text)
+            if path.split("/")[0] in ("numerics", "engine", "procedures"):
+                found += wrapping(text)
+            for number, what, why in found:
                 print(f"{path}:{number}: {what} {why}")
                 said += 1
     print(f"{read} sources read, {compiled} compiled, {said} reports")

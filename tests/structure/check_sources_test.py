@@ -53,6 +53,16 @@ class CheckSources(unittest.TestCase):
         self.assertEqual(lines("std::sort(f(a, b), a.end()); std::nth_element(a, b, c);"), [])
         self.assertEqual(lines("std::sort(a.begin(), a.end(), std::greater<>());"), [])
 
+    def test_arrays_of_products_of_sizes_are_reported(self):
+        def lines(text):
+            return [line for line, _, _ in check_sources.wrapping(text)]
+        self.assertEqual(lines("\nsums.assign(rows() * columns, 0.0);"), [2])
+        self.assertEqual(lines("std::vector<double> all(n * n);"), [1])
+        self.assertEqual(lines(": rows_(r), values_(blocks() * kBlock * columns, 0.0) {}"), [1])
+        self.assertEqual(lines("std::vector<double> all(2 * n), more(kBlock * n);"), [])
+        self.assertEqual(lines("sums.assign(numerics::product(rows(), columns), a * b);"), [1])
+        self.assertEqual(lines("sums.assign(numerics::product(rows(), columns), 0.0);"), [])
+
     def test_comments_strings_and_includes_are_passed_over(self):
         self.admitted("// takes as long as all others\n/* long\n long */ int x;")
         self.admitted("const char* text = \"a long \\\" long text\"; int x = 1'000;")
