@@ -34,6 +34,19 @@ const char* nameOf(Type type) {
   return "text";
 }
 
+const char* nameOf(frame::Cells cells) {
+  switch (cells) {
+    case frame::Cells::kNumbers:
+      return "numbers";
+    case frame::Cells::kText:
+      return "labels";
+    case frame::Cells::kEither:
+    case frame::Cells::kAny:
+      break;
+  }
+  return "numbers or labels";
+}
+
 Json jsonOf(const Option& option) {
   Json json = {{"name", option.name},
                {"type", nameOf(option.type)},
@@ -44,6 +57,11 @@ Json jsonOf(const Option& option) {
   if (!option.choices.empty()) json["choices"] = option.choices;
   if (std::isfinite(option.range.least)) json["least"] = option.range.least;
   if (std::isfinite(option.range.most)) json["most"] = option.range.most;
+  if (!option.range.expected.empty()) json["expected"] = option.range.expected;
+  if (option.type == Type::kColumn || option.type == Type::kColumns) {
+    json["cells"] = nameOf(option.wanted.cells);
+    if (std::isfinite(option.wanted.least)) json["leastCell"] = option.wanted.least;
+  }
   if (!option.table.empty()) json["table"] = option.table;
   if (!option.labelsOf.empty()) json["labelsOf"] = option.labelsOf;
   return json;

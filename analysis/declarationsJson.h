@@ -9,8 +9,8 @@
 namespace survmeth::analysis {
 
 // One JSON object, "survmeth-help/1": of each analysis its name, summary, details, examples, options
-// (name, type, help, whether it is required, range, choices), the ids of its tables and figures,
-// what follows from its results ("predict", likewise).
+// (name, type, help, whether it is required, range, choices, what the cells of its column are), the
+// ids of its tables and figures, what follows from its results ("predict", likewise).
 // All analyses, or `only` one; and the options that say how files are read ("reading").
 std::string declarationsJson(const std::string& version, const Declaration* only = nullptr);
 

@@ -7,21 +7,9 @@ import numpy as np
 
 from survmeth import _core, _data
 from survmeth._declared import SHARED, default_of
-from survmeth._names import argument_of, in_python
+from survmeth._docstrings import docstring_of
+from survmeth._names import argument_of
 from survmeth._result import Result
-
-TYPES = {
-    "flag": "bool",
-    "number": "float",
-    "text": "str",
-    "choice": "str",
-    "column": "name of a column",
-    "formula": "str",
-    "numbers": "list of float",
-    "texts": "list of str",
-    "columns": "list of names of columns",
-}
-
 
 def signature_of(analysis):
     """data, then everything by name, what is required first."""
@@ -34,37 +22,6 @@ def signature_of(analysis):
     for name, (default, _) in SHARED.items():
         parameters.append(inspect.Parameter(name, kind, default=default))
     return inspect.Signature(parameters)
-
-
-def help_of(option):
-    text = option["help"]
-    if "choices" in option:
-        text += ": " + ", ".join(repr(choice) for choice in option["choices"])
-    if "default" in option:
-        text += f" (default {option['default']})"
-    return text
-
-
-def docstring_of(analysis):
-    lines = [analysis["summary"] + ".", ""]
-    if analysis["details"]:
-        lines += [analysis["details"], ""]
-    lines += ["Parameters", "----------",
-              "data : dict of columns (arrays, lists), or a table of pandas, polars or pyarrow",
-              "    Rows with a missing cell in a column asked for are left out and counted."]
-    for option in analysis["options"]:
-        required = "" if option["required"] else ", optional"
-        lines.append(f"{argument_of(option['name'])} : {TYPES[option['type']]}{required}")
-        lines.append("    " + help_of(option) + ".")
-    for name, (_, text) in SHARED.items():
-        lines += [f"{name} : optional", "    " + text + "."]
-    lines += ["", "Returns", "-------", "Result",
-              "    Tables: " + ", ".join(analysis["tables"]) + "."]
-    if analysis["figures"]:
-        lines.append("    Figures: " + ", ".join(analysis["figures"]) + ".")
-    lines += ["", "Raises", "------", "RefusedInput",
-              "    Names the argument, the row, what stands there and what was expected."]
-    return in_python("\n".join(lines)) + "\n"
 
 
 def settings_of(analysis, arguments):
