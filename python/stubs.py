@@ -48,7 +48,7 @@ SHARED = {
     "data_name": "str = 'data'",
     "missing": "str | float | Iterable[str | float] | None = None",
     "where": "str | None = None",
-    "progress": "Callable[[float], object] | Literal[True] | None = None",
+    "progress": "Callable[[float], object] | bool | None = None",
 }
 
 

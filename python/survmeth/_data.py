@@ -1,6 +1,5 @@
 """Data of callers as columns of numbers, or of codes into labels."""
 
-import contextlib
 import sys
 
 import numpy as np
@@ -218,19 +217,3 @@ def words_of(missing):
     if isinstance(missing, str) or not hasattr(missing, "__iter__"):
         missing = [missing]
     return [label_of(word) for word in missing]
-
-
-@contextlib.contextmanager
-def telling(progress, what):
-    """The function that a run calls with the part that is done."""
-    if progress is not True:
-        yield progress or None
-        return
-    try:
-        from tqdm.auto import tqdm
-    except ImportError:
-        yield None
-        return
-    with tqdm(total=1.0, desc=what, leave=False, bar_format="{desc}: {percentage:3.0f}%|{bar}|"
-              ) as bar:
-        yield lambda done: bar.update(done - bar.n) and None

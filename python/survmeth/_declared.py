@@ -7,7 +7,8 @@ SHARED = {
                       "numbers"),
     "where": (None, "Take only the rows that meet this condition, as in 'age > 40 & sex == \"f\"'"),
     "progress": (None, "A function that is called with the part of the work that is done, 0 to 1; "
-                       "True shows a bar of tqdm where that is installed"),
+                       "True shows a bar of tqdm where that is installed, as notebooks do by "
+                       "themselves where a run takes more than a second; False: none"),
 }
 
 

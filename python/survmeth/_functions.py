@@ -5,7 +5,7 @@ import json
 
 import numpy as np
 
-from survmeth import _core, _data
+from survmeth import _core, _data, _progress
 from survmeth._declared import SHARED, default_of
 from survmeth._docstrings import docstring_of
 from survmeth._names import argument_of
@@ -49,7 +49,7 @@ def runner_of(analysis):
         made = start(settings_of(analysis, arguments) | reading_of(arguments))
         table = _data.table_of(arguments["data"])
         columns = table.columns(made.wanted(table.names))
-        with _data.telling(arguments["progress"], analysis["name"]) as tell:
+        with _progress.telling(arguments["progress"], analysis["name"]) as tell:
             return Result(made.run(str(arguments["data_name"]), table.names, columns, table.rows,
                                    tell))
 

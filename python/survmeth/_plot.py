@@ -114,6 +114,8 @@ def set_axis(ax, side, axis):
         set_limits(*((len(groups) - 0.5, -0.5) if side == "y" else (-0.5, len(groups) - 0.5)))
     elif axis["ticks"]:
         set_ticks(axis["ticks"])
+    elif axis["scale"] == "log":
+        plain_numbers(getattr(ax, f"{side}axis"))
     if axis["percent"]:
         from matplotlib.ticker import PercentFormatter
 
@@ -122,6 +124,15 @@ def set_axis(ax, side, axis):
     limits = {low: axis["least"], high: axis["most"]}
     getattr(ax, f"set_{side}lim")(**{end: value for end, value in limits.items()
                                      if value is not None})
+
+
+def plain_numbers(axis):
+    """On a logarithmic scale 0.5, 1, 2 in the place of powers of ten."""
+    from matplotlib.ticker import FuncFormatter, LogLocator, NullFormatter
+
+    axis.set_major_locator(LogLocator(subs=(1, 2, 5)))
+    axis.set_major_formatter(FuncFormatter(lambda value, place: f"{value:g}"))
+    axis.set_minor_formatter(NullFormatter())
 
 
 def draw_line(ax, series, style, dash, drawstyle="default"):
@@ -190,10 +201,13 @@ def draw_risk_table(ax, table):
     from matplotlib.transforms import blended_transform_factory, offset_copy
 
     where = blended_transform_factory(ax.transData, ax.transAxes)
+    # The first count may stand about the axis' left end: half of it is kept free.
+    widest = max((len(f"{count:g}") for counts in table["counts"] for count in counts[:1]),
+                 default=0)
     for row, (name, counts) in enumerate(zip([table["title"], *table["rows"]],
                                              [[], *table["counts"]])):
         down = -38 - 13 * row
-        ax.annotate(name, (0, 0), xycoords="axes fraction", xytext=(-8, down),
+        ax.annotate(name, (0, 0), xycoords="axes fraction", xytext=(-8 - 3 * widest, down),
                     textcoords="offset points", ha="right", va="top", fontsize="small",
                     annotation_clip=False)
         place = offset_copy(where, fig=ax.figure, y=down, units="points")

@@ -57,6 +57,25 @@ def test_the_numbers_at_risk_stand_below(fit):
     assert "At risk" not in [text.get_text() for text in fit.plot(risk_table=False).texts]
 
 
+def test_the_names_of_the_groups_at_risk_stand_clear_of_the_numbers(fit):
+    ax = fit.plot()
+    ax.figure.canvas.draw()
+    written = [text.get_text() for text in ax.texts]
+    for name in ("6-MP", "placebo"):
+        at = written.index(name)
+        assert written[at + 1] == "21"  # at time 0, the left end of the axis
+        assert ax.texts[at].get_window_extent().x1 < ax.texts[at + 1].get_window_extent().x0
+
+
+def test_logarithmic_axes_have_plain_numbers():
+    lung = columns_of(ROOT / "data" / "lung.csv")
+    ax = survmeth.cox("Surv(time, status) ~ age + sex", lung).plot("hazardRatios")
+    ax.figure.canvas.draw()
+    labels = [label.get_text() for label in ax.get_xticklabels() + ax.get_xticklabels(minor=True)]
+    assert {"1", "2"} <= set(labels)
+    assert not any("10^" in label for label in labels)
+
+
 def test_axes_of_the_caller_are_used(fit):
     _, ax = pyplot.subplots()
     assert fit.plot(ax=ax) is ax

@@ -13,6 +13,7 @@ import numpy as np
 import pytest
 
 import survmeth
+from survmeth import _progress
 
 RANDOM = np.random.default_rng(20)
 
@@ -84,6 +85,39 @@ def test_what_progress_raises_ends_the_run():
     with pytest.raises(Enough):
         cox(large(2000), progress=tell)
     assert calls == [0.0]
+
+
+def test_a_function_is_told_and_false_tells_nobody():
+    told = []
+    cox(large(20_000), progress=told.append)
+    assert told and all(0 <= done <= 1 for done in told) and told == sorted(told)
+    with _progress.telling(False, "cox") as tell:
+        assert tell is None
+
+
+def test_a_bar_shows_and_goes(capfd):
+    fit = cox(large(2000), progress=True)
+    shown = capfd.readouterr().err
+    assert "cox:   0%|" in shown
+    assert fit.facts["n"] == 2000
+
+
+def test_nothing_shows_outside_notebooks_and_without_tqdm(capfd, monkeypatch):
+    with _progress.telling(None, "cox") as tell:
+        assert tell is None
+    monkeypatch.setitem(sys.modules, "tqdm.std", None)
+    monkeypatch.setitem(sys.modules, "tqdm.auto", None)
+    cox(large(2000), progress=True)
+    assert capfd.readouterr().err == ""
+
+
+def test_notebooks_show_a_bar_where_the_run_takes_long(capfd, monkeypatch):
+    monkeypatch.setattr(_progress, "in_notebook", lambda: True)
+    cox(large(200))
+    assert capfd.readouterr().err == ""
+    monkeypatch.setattr(_progress, "PATIENCE", 0)
+    cox(large(2000))
+    assert "cox:   0%|" in capfd.readouterr().err
 
 
 def test_an_interrupt_ends_the_run():
