@@ -21,74 +21,102 @@ inline const LooseLanes& lanesAt(const double* values) {
   return *reinterpret_cast<const LooseLanes*>(values);
 }
 
-inline double total(const Lanes& lanes) {
-  return ((lanes[0] + lanes[4]) + (lanes[2] + lanes[6])) +
-         ((lanes[1] + lanes[5]) + (lanes[3] + lanes[7]));
+typedef double Quads __attribute__((vector_size(4 * sizeof(double))));
+
+// A sum of eight is ((l0 + l4) + (l2 + l6)) + ((l1 + l5) + (l3 + l7)): halves are added to one
+// another, those of several registers side by side.
+[[gnu::always_inline]] inline void addHalves(const Lanes& lanes, Quads& sum) {
+  sum = __builtin_shufflevector(lanes, lanes, 0, 1, 2, 3) +
+        __builtin_shufflevector(lanes, lanes, 4, 5, 6, 7);
+}
+[[gnu::always_inline]] inline void addQuarters(const Quads& a, const Quads& b, Quads& sum) {
+  sum = __builtin_shufflevector(a, b, 0, 1, 4, 5) + __builtin_shufflevector(a, b, 2, 3, 6, 7);
 }
 
-// out[a][b] = sum over the rows of weight times left column a times right column b.
-template <std::size_t A, std::size_t B>
-[[gnu::always_inline]] inline void panel(const double* weight, const double* left,
-                                         const double* right, std::size_t rows,
-                                         double (&out)[kPanel][kPanel]) {
-  Lanes sums[A][B] = {};
+// out[m] = the sum of lanes[m] from kFrom on, of four at a time.
+template <std::size_t N, std::size_t kFrom = 0>
+[[gnu::always_inline]] inline void totals(const Lanes (&lanes)[N], double* out) {
+  if constexpr (kFrom < N) {
+    constexpr std::size_t kLast = N - 1;
+    Quads half[4];
+    addHalves(lanes[kFrom], half[0]);
+    addHalves(lanes[std::min(kFrom + 1, kLast)], half[1]);
+    addHalves(lanes[std::min(kFrom + 2, kLast)], half[2]);
+    addHalves(lanes[std::min(kFrom + 3, kLast)], half[3]);
+    Quads left;
+    Quads right;
+    addQuarters(half[0], half[1], left);
+    addQuarters(half[2], half[3], right);
+    const Quads sum = __builtin_shufflevector(left, right, 0, 4, 2, 6) +
+                      __builtin_shufflevector(left, right, 1, 5, 3, 7);
+    out[kFrom] = sum[0];
+    if constexpr (kFrom + 1 < N) out[kFrom + 1] = sum[2];
+    if constexpr (kFrom + 2 < N) out[kFrom + 2] = sum[1];
+    if constexpr (kFrom + 3 < N) out[kFrom + 3] = sum[3];
+    totals<N, kFrom + 4>(lanes, out);
+  }
+}
+
+// out[a * B + b] = sum over the rows of left column a times right column b, for a panel on the
+// diagonal those with b <= a.
+template <std::size_t A, std::size_t B, bool kDiagonal>
+[[gnu::always_inline]] inline void panel(const double* left, const double* right, std::size_t rows,
+                                         double* out) {
+  Lanes sums[A * B] = {};
   for (std::size_t i = 0; i < rows; i += kLanes) {
     Lanes l[A];
     Lanes r[B];
-    for (std::size_t a = 0; a < A; ++a) l[a] = lanesAt(weight + i) * lanesAt(left + a * kBlock + i);
+    for (std::size_t a = 0; a < A; ++a) l[a] = lanesAt(left + a * kBlock + i);
     for (std::size_t b = 0; b < B; ++b) r[b] = lanesAt(right + b * kBlock + i);
     for (std::size_t a = 0; a < A; ++a) {
-      for (std::size_t b = 0; b < B; ++b) sums[a][b] += l[a] * r[b];
+      for (std::size_t b = 0; b < B && (!kDiagonal || b <= a); ++b) sums[a * B + b] += l[a] * r[b];
     }
   }
-  for (std::size_t a = 0; a < A; ++a) {
-    for (std::size_t b = 0; b < B; ++b) out[a][b] = total(sums[a][b]);
-  }
+  totals(sums, out);
 }
 
+// Of a panel with kPanel columns on its right side, or on the diagonal.
 template <std::size_t A>
-[[gnu::always_inline]] inline void panelOf(std::size_t b, const double* weight, const double* left,
-                                           const double* right, std::size_t rows,
-                                           double (&out)[kPanel][kPanel]) {
-  switch (b) {
-    case 1:
-      return panel<A, 1>(weight, left, right, rows, out);
-    case 2:
-      return panel<A, 2>(weight, left, right, rows, out);
-    case 3:
-      return panel<A, 3>(weight, left, right, rows, out);
-    default:
-      return panel<A, 4>(weight, left, right, rows, out);
-  }
+[[gnu::always_inline]] inline void panelOf(bool diagonal, const double* left, const double* right,
+                                           std::size_t rows, double* out) {
+  return diagonal ? panel<A, A, true>(left, right, rows, out)
+                  : panel<A, kPanel, false>(left, right, rows, out);
 }
 
 // Lower triangle of x' W x, added to `sum` p x p with the sign. The rows are a multiple of eight.
 SURVMETH_HOT void addProducts(const double* x, const double* weight, std::size_t p,
                               std::size_t rows, double sign, double* sum) {
-  double out[kPanel][kPanel];
+  alignas(kLanes * sizeof(double)) double weighted[kPanel * kBlock];
+  double out[kPanel * kPanel];
   for (std::size_t j = 0; j < p; j += kPanel) {
     const std::size_t a = std::min(kPanel, p - j);
+    for (std::size_t m = 0; m < a; ++m) {
+      for (std::size_t i = 0; i < rows; ++i) {
+        weighted[m * kBlock + i] = weight[i] * x[(j + m) * kBlock + i];
+      }
+    }
     for (std::size_t k = 0; k <= j; k += kPanel) {
-      const std::size_t b = std::min(kPanel, p - k);
-      const double* l = x + j * kBlock;
-      const double* r = x + k * kBlock;
+      const bool diagonal = k == j;
+      const double* right = x + k * kBlock;
       switch (a) {
         case 1:
-          panelOf<1>(b, weight, l, r, rows, out);
+          panelOf<1>(diagonal, weighted, right, rows, out);
           break;
         case 2:
-          panelOf<2>(b, weight, l, r, rows, out);
+          panelOf<2>(diagonal, weighted, right, rows, out);
           break;
         case 3:
-          panelOf<3>(b, weight, l, r, rows, out);
+          panelOf<3>(diagonal, weighted, right, rows, out);
           break;
         default:
-          panelOf<4>(b, weight, l, r, rows, out);
+          panelOf<4>(diagonal, weighted, right, rows, out);
           break;
       }
+      const std::size_t b = diagonal ? a : kPanel;
       for (std::size_t m = 0; m < a; ++m) {
         double* row = sum + (j + m) * p + k;
-        for (std::size_t q = 0; q < b && k + q <= j + m; ++q) row[q] += sign * out[m][q];
+        const std::size_t last = diagonal ? m + 1 : b;
+        for (std::size_t q = 0; q < last; ++q) row[q] += sign * out[m * b + q];
       }
     }
   }
@@ -125,7 +153,7 @@ template <std::size_t B>
     for (std::size_t b = 0; b < B; ++b)
       sums[b] += lanesAt(weight + i) * lanesAt(x + b * kBlock + i);
   }
-  for (std::size_t b = 0; b < B; ++b) out[b] = total(sums[b]);
+  totals(sums, out);
 }
 
 [[gnu::always_inline]] inline void sumsOf(std::size_t b, const double* weight, const double* x,

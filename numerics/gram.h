@@ -5,10 +5,9 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <memory>
 #include <span>
-#include <vector>
 
+#include "numerics/largeArray.h"
 #include "numerics/sizes.h"
 #include "numerics/squareMatrix.h"
 
@@ -30,7 +29,7 @@ class BlockedColumns {
     BlockedColumns result;
     result.rows_ = rows;
     result.columns_ = columns;
-    result.values_ = Values(product(result.blocks() * kBlock, columns));
+    result.values_.resize(product(result.blocks() * kBlock, columns));
     for (std::size_t j = 0; j < columns && rows > 0; ++j) {
       const std::size_t last = result.blocks() - 1;
       std::fill(result.column(last, j) + result.rowsOf(last), result.column(last, j) + kBlock, 0.0);
@@ -57,19 +56,8 @@ class BlockedColumns {
   }
 
  private:
-  // Leaves elements that are not given a value as they are.
-  struct Untouched : std::allocator<double> {
-    template <typename Other>
-    struct rebind {
-      using other = Untouched;
-    };
-    void construct(double*) const {}
-    void construct(double* at, double value) const { *at = value; }
-  };
-  using Values = std::vector<double, Untouched>;
-
   std::size_t rows_ = 0, columns_ = 0;
-  Values values_;
+  LargeArray<double> values_;
 };
 
 // result[i] += sum over j of coefficient[j] x(i, j), the columns in their order.

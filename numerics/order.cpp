@@ -11,13 +11,13 @@ namespace radix {
 namespace {
 
 // Stable passes over the digits `from` .. kPasses - 1.
-void radixPasses(std::vector<Entry>& entries, int from) {
+void radixPasses(LargeArray<Entry>& entries, int from) {
   const std::size_t n = entries.size();
   std::vector<std::array<std::uint32_t, kDigits>> counts(kPasses);
   for (const Entry& entry : entries) {
     for (int pass = from; pass < kPasses; ++pass) ++counts[pass][digit(entry.key, pass)];
   }
-  std::vector<Entry> sorted(n);
+  LargeArray<Entry> sorted(n);
   for (int pass = from; pass < kPasses; ++pass) {
     std::array<std::uint32_t, kDigits>& starts = counts[pass];
     if (starts[digit(entries.front().key, pass)] == n) continue;
@@ -30,7 +30,7 @@ void radixPasses(std::vector<Entry>& entries, int from) {
 
 }  // namespace
 
-bool insertionSorted(std::vector<Entry>& entries) {
+bool insertionSorted(LargeArray<Entry>& entries) {
   std::size_t moves = 4 * entries.size();
   for (std::size_t i = 1; i < entries.size(); ++i) {
     if (entries[i - 1].key <= entries[i].key) continue;
@@ -44,7 +44,7 @@ bool insertionSorted(std::vector<Entry>& entries) {
   return true;
 }
 
-void sort(std::vector<Entry>& entries) {
+void sort(LargeArray<Entry>& entries) {
   if (entries.size() < kFew) {
     std::stable_sort(entries.begin(), entries.end(),
                      [](const Entry& a, const Entry& b) { return a.key < b.key; });
@@ -60,7 +60,7 @@ void sort(std::vector<Entry>& entries) {
 
 std::vector<std::uint32_t> ascendingOrder(std::span<const double> values) {
   const std::size_t n = values.size();
-  std::vector<radix::Entry> entries(n);
+  LargeArray<radix::Entry> entries(n);
   for (std::size_t i = 0; i < n; ++i) {
     entries[i] = {radix::orderedKey(values[i]), static_cast<std::uint32_t>(i)};
   }

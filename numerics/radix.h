@@ -4,9 +4,9 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <vector>
 
 #include "numerics/bits.h"
+#include "numerics/largeArray.h"
 
 namespace survmeth::numerics::radix {
 
@@ -41,11 +41,11 @@ inline std::size_t digit(std::uint64_t key, int pass) {
 
 // Sorts the entries, which stand in the order of their positions, by their keys; those of one key
 // keep their order. One thread.
-void sort(std::vector<Entry>& entries);
+void sort(LargeArray<Entry>& entries);
 
 // Sorts by insertion what is nearly sorted; false, with equal keys still in their order, after
 // more than four moves a value.
-bool insertionSorted(std::vector<Entry>& entries);
+bool insertionSorted(LargeArray<Entry>& entries);
 
 }  // namespace survmeth::numerics::radix
 

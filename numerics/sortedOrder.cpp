@@ -35,8 +35,8 @@ class Parts {
 };
 
 // Stable passes over the digits `from` .. kPasses - 1. Within a digit the parts keep their order.
-void passes(std::vector<Entry>& entries, int from, const Parts& parts) {
-  std::vector<Entry> sorted(entries.size());
+void passes(LargeArray<Entry>& entries, int from, const Parts& parts) {
+  LargeArray<Entry> sorted(entries.size());
   std::vector<std::array<std::uint32_t, kDigits>> starts(parts.count());
   for (int pass = from; pass < kPasses; ++pass) {
     parts.run([&](std::size_t part, std::size_t begin, std::size_t end) {
@@ -62,7 +62,7 @@ std::vector<std::uint32_t> ascendingOrder(std::span<const double> values,
                                           std::vector<double>& sorted) {
   const std::size_t n = values.size();
   const Parts parts(n);
-  std::vector<Entry> entries(n);
+  LargeArray<Entry> entries(n);
   parts.run([&](std::size_t, std::size_t begin, std::size_t end) {
     for (std::size_t i = begin; i < end; ++i) {
       entries[i] = {radix::orderedKey(values[i]), static_cast<std::uint32_t>(i)};

@@ -58,7 +58,7 @@ BaselineHazard::BaselineHazard(const Fit& fit) {
   sums_.coefficients = fit.working;
   sums_.column = fit.column;
   sums_.covariance = fit.inference();
-  sums_.hazard = hazards.increment;
+  sums_.hazard.assign(hazards.increment.begin(), hazards.increment.end());
   sums_.variance.resize(a.times());
   std::vector<TieMoments> moments(a.times());
   for (std::size_t k = 0; k < a.times(); ++k) {

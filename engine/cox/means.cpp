@@ -38,7 +38,7 @@ BackwardMeans::BackwardMeans(const Problem& problem, const Hazards& hazards, Tie
       ties_(ties),
       factor_(factor),
       sums_(kBlock * kAbreast),
-      means_(problem.columns() * kBlock),
+      means_(problem.columns() * kBlock, 0.0),
       others_(problem.columns(), 0.0),
       extra_(problem.columns(), 0.0) {
   const std::vector<std::uint32_t>& first = problem.arrangement.firstEvent;

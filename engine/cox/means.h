@@ -9,6 +9,7 @@
 
 #include "engine/cox/problem.h"
 #include "numerics/gram.h"
+#include "numerics/largeArray.h"
 #include "numerics/squareMatrix.h"
 
 namespace survmeth::engine::cox {
@@ -56,7 +57,8 @@ class BackwardMeans {
   const Hazards& hazards_;
   Ties ties_;
   std::span<const double> factor_;
-  std::vector<double> sums_, means_;
+  numerics::LargeArray<double> sums_;
+  numerics::LargeArray<double> means_;
   // Of each column: the held sum, and the one mean more than a block has rows.
   std::vector<double> others_, extra_;
   std::size_t time_;  // one past the next event time to come

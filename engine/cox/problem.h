@@ -12,6 +12,7 @@
 #include "engine/risk/arrangement.h"
 #include "engine/risk/sums.h"
 #include "numerics/gram.h"
+#include "numerics/largeArray.h"
 
 namespace survmeth::engine::cox {
 
@@ -66,15 +67,15 @@ std::size_t continuedRows(const Problem& problem, std::size_t block);
 // for that, rows and times have units of their own instead: risks are in those of their row, sums
 // over risk sets in those of their time, hazards in the reciprocals.
 struct Hazards {
-  std::vector<double> predictor;   // rows: x'b + offset, of the centred covariates
-  std::vector<double> risk;        // rows: weight exp(predictor - shift)
-  std::vector<double> shift;       // strata
-  risk::Scales scales;             // mostly empty
-  std::vector<double> others;      // times: S0 of the rows at risk that do not fail
-  std::vector<double> failing;     // times: S0 of those that fail
-  std::vector<double> increment;   // times: of the cumulative hazard, times exp(shift)
-  std::vector<double> own;         // times: the part that counts for the rows that fail
-  std::vector<double> cumulative;  // rows: hazard over its time at risk, times exp(shift)
+  numerics::LargeArray<double> predictor;   // rows: x'b + offset, of the centred covariates
+  numerics::LargeArray<double> risk;        // rows: weight exp(predictor - shift)
+  std::vector<double> shift;                // strata
+  risk::Scales scales;                      // mostly empty
+  numerics::LargeArray<double> others;      // times: S0 of the rows at risk that do not fail
+  numerics::LargeArray<double> failing;     // times: S0 of those that fail
+  numerics::LargeArray<double> increment;   // times: of the cumulative hazard, times exp(shift)
+  numerics::LargeArray<double> own;         // times: the part that counts for the rows that fail
+  numerics::LargeArray<double> cumulative;  // rows: hazard over its time at risk, times exp(shift)
   // Blocks x columns, empty where sums are formed column by column: the sum of risk times x over the rows behind the
   // block that belong to the stratum of its last row.
   std::vector<double> behind;

@@ -41,7 +41,7 @@ BlockedColumns scoreColumns(const Problem& problem, const Hazards& hazards, Ties
   BlockedColumns result(n, problem.columns());
   if (times == 0) return result;
   const std::vector<ScoreFactors> factors = scoreFactors(problem, hazards, ties);
-  std::vector<double> risk(hazards.risk);
+  numerics::LargeArray<double> risk(hazards.risk);
   for (std::size_t i = 0; i < n && a.weighted; ++i) risk[i] /= a.weight[i];
   numerics::inParallel(problem.columns(), [&](std::size_t j) {
     std::vector<double> value(n);  // risk times x, then the sums of increments times means

@@ -48,6 +48,48 @@ TEST(WeightedGram, EqualsThePlainLoopForEveryShape) {
   }
 }
 
+// Eight partial sums, each of every eighth row, then their halves.
+double inEight(const BlockedColumns& x, const std::vector<double>& weight, std::size_t j,
+               std::size_t k) {
+  double l[8] = {};
+  for (std::size_t i = 0; i < x.rows(); ++i) l[i % 8] += (weight[i] * x(i, j)) * x(i, k);
+  return ((l[0] + l[4]) + (l[2] + l[6])) + ((l[1] + l[5]) + (l[3] + l[7]));
+}
+
+TEST(WeightedGram, AddsUpInOneOrderForEveryShape) {
+  constexpr std::size_t kColumns = 14;
+  for (const std::size_t n : {5U, 8U, 100U, 250U, 256U}) {
+    BlockedColumns x(n, kColumns);
+    std::vector<double> weight(n);
+    for (std::size_t i = 0; i < n; ++i) {
+      weight[i] = 1.0 / static_cast<double>(3 + i);
+      for (std::size_t j = 0; j < kColumns; ++j) x(i, j) = 1.0 / (digit(i, j) + 5.1);
+    }
+    for (std::size_t p = 1; p <= kColumns; ++p) {
+      SquareMatrix sum(p);
+      addWeightedGram(x.column(0, 0), weight.data(), n, 1.0, sum);
+      for (std::size_t j = 0; j < p; ++j) {
+        for (std::size_t k = 0; k <= j; ++k) {
+          EXPECT_EQ(sum(j, k), inEight(x, weight, j, k))
+              << n << " x " << p << ": " << j << ", " << k;
+        }
+      }
+    }
+  }
+}
+
+TEST(WeightedGram, LeavesTheUpperTriangleAlone) {
+  for (std::size_t p = 1; p <= 9; ++p) {
+    const BlockedColumns x = columnsOf(40, p);
+    const std::vector<double> weight(40, 1.0);
+    SquareMatrix sum(p, 0.5);
+    addWeightedGram(x.column(0, 0), weight.data(), 40, 1.0, sum);
+    for (std::size_t j = 0; j < p; ++j) {
+      for (std::size_t k = j + 1; k < p; ++k) EXPECT_EQ(sum(j, k), 0.5);
+    }
+  }
+}
+
 TEST(BlockedColumns, ProductsAddUpOverColumns) {
   const BlockedColumns x = columnsOf(300, 3);
   std::vector<double> result(300, 1.0);

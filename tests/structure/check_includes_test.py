@@ -64,6 +64,12 @@ class CheckIncludes(unittest.TestCase):
             self.refused("numerics/a.cpp", f'"{include}"',
                          f"numerics does not know {include.split('/')[0]}")
 
+    def test_a_header_of_the_system_is_for_the_one_file_that_needs_it(self):
+        self.admitted("numerics/largeArray.cpp", "<sys/mman.h>")
+        for path, include in (("numerics/a.cpp", "<sys/mman.h>"),
+                              ("numerics/largeArray.cpp", "<sys/resource.h>")):
+            self.refused(path, include, "numerics uses nothing but the standard library")
+
     def test_the_engine_knows_numerics_and_the_distributions(self):
         for include in ("numerics/sum.h", "Dist/Dist", "engine/input.h", "engine/risk/order.h"):
             self.admitted("engine/cox/fit.cpp", f'"{include}"')
