@@ -1,11 +1,9 @@
-// The declaration of survmeth finegray, and its figure.
-#include <algorithm>
+// The declaration of survmeth finegray.
 #include <string>
 #include <vector>
 
 #include "analysis/all.h"
 #include "analysis/finegray/finegray.h"
-#include "report/build.h"
 
 namespace survmeth::analysis {
 
@@ -13,39 +11,6 @@ using engine::Role;
 using engine::WeightKind;
 using engine::finegray::CensoringTies;
 using engine::finegray::Errors;
-
-std::optional<report::Figure> fineGrayFigure(const FineGrayAnswer& answer, const FineGrayRequest&) {
-  if (answer.types.empty()) return {};
-  report::Figure figure;
-  figure.id = "incidence";
-  figure.title = "Cumulative incidence at the covariates' means";
-  figure.caption =
-      "By proportional subdistribution hazards, each type of event by a model of its "
-      "own.";
-  const auto& first = answer.types.front().fit.problem->rows.arrangement;
-  for (std::size_t s = 0; s < first.strata(); ++s) {
-    report::Panel& panel =
-        figure.panels.emplace_back(report::panelOf("Time", "Cumulative incidence"));
-    panel.x.least = panel.y.least = 0;
-    panel.y.percent = true;
-    // The end of follow-up.
-    const double end = first.codeTime[first.exitCode[first.stratumRow[s + 1] - 1]];
-    if (!answer.strata.empty()) panel.title = answer.strata[first.stratumCode[s]];
-    for (const FineGrayOfType& type : answer.types) {
-      const auto found = engine::finegray::incidenceAt(type.fit, answer.means, s);
-      report::Series& step = panel.series.emplace_back();
-      step.name = answer.status + " " + type.label;
-      step.kind = report::SeriesKind::kStep;
-      step.x = {0};
-      step.y = {0};
-      step.x.insert(step.x.end(), found.time.begin(), found.time.end());
-      step.y.insert(step.y.end(), found.incidence.begin(), found.incidence.end());
-      step.x.push_back(end);
-      step.y.push_back(step.y.back());
-    }
-  }
-  return figure;
-}
 
 Declaration finegrayDeclaration() {
   return declare<FineGrayRequest, FineGrayAnswer>(
@@ -79,6 +44,10 @@ Declaration finegrayDeclaration() {
               "Column of rows that belong together")
       .flag("cause-specific", &FineGrayRequest::causeSpecific,
             "Also proportional hazards of each type, the others censored")
+      .numbers("at", &FineGrayRequest::incidenceTimes,
+               {.least = 0, .ascending = true, .expected = "ascending numbers not below 0"},
+               "Times of the incidence at the covariates' means")
+      .choice("conf", &FineGrayRequest::incidenceScale, incidenceScales(), "Limits of incidence")
       .alpha(&FineGrayRequest::alpha)
       .details(
           "The status in Surv(time, status) or Surv(entry, exit, status) is a column whose values "
@@ -87,7 +56,7 @@ Declaration finegrayDeclaration() {
       .example(
           "survmeth finegray data/pbc.csv --formula 'Surv(time, status) ~ age + log(bili) + "
           "edema' --event 2")
-      .tables({"fits", "coefficients", "tests", "causeSpecific"})
+      .tables({"fits", "coefficients", "tests", "causeSpecific", "incidenceAt"})
       .longTable("baseline", fineGrayBaseline)
       .longTable("residuals", fineGrayResiduals)
       .figure("incidence", fineGrayFigure)

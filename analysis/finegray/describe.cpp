@@ -8,6 +8,7 @@
 #include "analysis/eventTables.h"
 #include "analysis/finegray/finegray.h"
 #include "engine/curves/limits.h"
+#include "engine/finegray/hazards.h"
 #include "numerics/elementary.h"
 #include "report/build.h"
 #include "report/numbers.h"
@@ -122,6 +123,11 @@ std::vector<report::Method> methodsOf(const FineGrayRequest& request) {
                            : "standard errors: sandwich, the censoring weights taken as known";
   if (!request.cluster.empty()) errors += ", by cluster of " + request.cluster;
   methods.push_back({std::move(errors), ""});
+  methods.push_back(
+      {"incidence: 1 - exp(-H), H the cumulative subdistribution hazard; its standard error counts "
+       "those of coefficients and increments together; limits: " +
+           report::confidence(request.alpha) + " " + nameOf(request.incidenceScale),
+       "Fine & Gray, section 4"});
   if (request.causeSpecific) {
     methods.push_back(
         {"cause-specific: proportional hazards of each type with the others censored, "
@@ -140,6 +146,31 @@ void eachTime(const FineGrayAnswer& answer, const Work& work) {
       for (std::size_t k = a.stratumTime[s]; k < a.stratumTime[s + 1]; ++k) work(type, s, k);
     }
   }
+}
+
+report::Table readingTable(const FineGrayAnswer& answer, const FineGrayRequest& request) {
+  std::vector<std::string> events, strata;
+  std::vector<IncidenceAtTime> all;
+  for (const FineGrayOfType& type : answer.types) {
+    const auto& codes = type.fit.problem->rows.arrangement.stratumCode;
+    for (std::size_t s = 0; s < type.at.size(); ++s) {
+      for (const IncidenceAtTime& each : type.at[s]) {
+        events.push_back(type.label);
+        strata.push_back(answer.strata.empty() ? "all" : answer.strata[codes[s]]);
+        all.push_back(each);
+      }
+    }
+  }
+  report::Table table =
+      report::tableOf("incidenceAt", "Cumulative incidence at the covariates' means",
+                      {report::labelColumn(key::kEvent, answer.status, std::move(events))});
+  if (!answer.strata.empty()) {
+    table.columns.push_back(report::labelColumn(key::kStratum, "stratum", std::move(strata)));
+  }
+  table.columns.push_back(
+      report::columnOf(key::kTime, "time", Kind::kTime, all, &IncidenceAtTime::time));
+  addIncidenceColumns(all, request.alpha, table);
+  return table;
 }
 
 // Labels and times of such rows.
@@ -178,6 +209,7 @@ report::Report describeFineGray(const FineGrayAnswer& answer, const FineGrayRequ
                                                        type.fit.standardError(j));
                                     }),
                    testTable(answer)};
+  if (!request.incidenceTimes.empty()) report.tables.push_back(readingTable(answer, request));
   if (request.causeSpecific) {
     report.tables.push_back(coefficientTable(
         answer, "causeSpecific", "Coefficients and ratios of the cause-specific hazards",
@@ -194,23 +226,74 @@ report::Report describeFineGray(const FineGrayAnswer& answer, const FineGrayRequ
     report.notes.push_back(
         {"oneEventType", "there is only one type of event: nothing competes with it"});
   }
+  std::size_t unknown = 0;
+  for (const FineGrayOfType& type : answer.types) {
+    for (const auto& curve : type.at) {
+      for (const IncidenceAtTime& each : curve) unknown += std::isnan(each.incidence) ? 1 : 0;
+    }
+  }
+  if (unknown > 0) {
+    report.notes.push_back(
+        {"afterFollowUp", text::counted(unknown, "incidence is", "incidences are") +
+                              " unknown: the time is after the last of the stratum"});
+  }
   return report;
 }
 
+std::vector<std::vector<IncidenceAtTime>> fineGrayCurves(const FineGrayOfType& type,
+                                                         const FineGrayAnswer& answer,
+                                                         const FineGrayRequest& request) {
+  numerics::Progress progress;
+  const engine::cox::BaselineHazard hazard(finegray::hazardSums(type.fit, progress));
+  const double z = engine::curves::normalQuantile(1 - request.alpha);
+  std::vector<std::vector<IncidenceAtTime>> curves;
+  for (const std::uint32_t stratum : hazard.strata()) {
+    curves.push_back(incidencesOf(hazard.at(answer.means, 0, stratum), z, request.incidenceScale));
+  }
+  return curves;
+}
+
 std::optional<report::Table> fineGrayBaseline(const FineGrayAnswer& answer,
-                                              const FineGrayRequest&) {
+                                              const FineGrayRequest& request) {
   report::Table table =
       timeTable(answer, "baseline", "Cumulative incidence at the covariates' means");
-  std::vector<double> incidence;
+  std::vector<IncidenceAtTime> all;
   for (const FineGrayOfType& type : answer.types) {
-    for (std::size_t s = 0; s < type.fit.problem->rows.arrangement.strata(); ++s) {
-      const auto found = finegray::incidenceAt(type.fit, answer.means, s);
-      incidence.insert(incidence.end(), found.incidence.begin(), found.incidence.end());
+    for (const auto& curve : fineGrayCurves(type, answer, request)) {
+      all.insert(all.end(), curve.begin(), curve.end());
     }
   }
-  table.columns.push_back(
-      report::numberColumn(key::kCumulativeIncidence, "incidence", Kind::kProbability, incidence));
+  addIncidenceColumns(all, request.alpha, table);
   return table;
+}
+
+std::optional<report::Figure> fineGrayFigure(const FineGrayAnswer& answer,
+                                             const FineGrayRequest& request) {
+  if (answer.types.empty()) return {};
+  report::Figure figure;
+  figure.id = "incidence";
+  figure.title = "Cumulative incidence at the covariates' means";
+  figure.caption =
+      "By proportional subdistribution hazards, each type of event by a model of its own, with " +
+      report::confidence(request.alpha) + " limits (" + nameOf(request.incidenceScale) + ").";
+  std::vector<std::string> names;
+  std::vector<std::vector<std::vector<IncidenceAtTime>>> curves;
+  for (const FineGrayOfType& type : answer.types) {
+    names.push_back(answer.status + " " + type.label);
+    curves.push_back(fineGrayCurves(type, answer, request));
+  }
+  const auto& first = answer.types.front().fit.problem->rows.arrangement;
+  for (std::size_t s = 0; s < first.strata(); ++s) {
+    std::vector<IncidenceCurve> drawn;
+    for (std::size_t i = 0; i < curves.size(); ++i) drawn.push_back({names[i], curves[i][s]});
+    // The end of follow-up.
+    const double end = first.codeTime[first.exitCode[first.stratumRow[s + 1] - 1]];
+    figure.panels.push_back(incidencePanel(drawn, end));
+    if (!answer.strata.empty()) {
+      figure.panels.back().title = answer.strata[first.stratumCode[s]];
+    }
+  }
+  return figure;
 }
 
 std::optional<report::Table> fineGrayResiduals(const FineGrayAnswer& answer,

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "analysis/cox/request.h"
+#include "analysis/finegray/incidence.h"
 #include "engine/finegray/fit.h"
 #include "frame/frame.h"
 #include "model/eventTypes.h"
@@ -22,6 +23,8 @@ struct FineGrayRequest : CoxRequest {
   engine::finegray::CensoringTies censoringTies = engine::finegray::CensoringTies::kAtRisk;
   engine::finegray::Errors errors = engine::finegray::Errors::kEstimatedWeights;
   bool causeSpecific = false;
+  std::vector<double> incidenceTimes;  // of the incidence at the covariates' means
+  IncidenceScale incidenceScale = IncidenceScale::kComplementary;
 };
 
 // The fits of one type of event.
@@ -29,6 +32,8 @@ struct FineGrayOfType {
   std::string label;
   engine::finegray::Fit fit;
   std::optional<engine::cox::Fit> causeSpecific;  // the others censored
+  // Of each stratum with rows, at the times asked for and the covariates' means.
+  std::vector<std::vector<IncidenceAtTime>> at;
 };
 
 struct FineGrayAnswer {
@@ -50,6 +55,12 @@ std::vector<std::uint32_t> fineGrayRows(const frame::Frame& data, const FineGray
 // Throws engine::Refusal, BadOption, frame::ExpressionError, numerics::Cancelled
 FineGrayAnswer fitFineGray(const frame::Frame& data, const FineGrayRequest& request,
                            numerics::Progress& progress);
+
+// The incidence of one type of event at the covariates' means, of each stratum with rows.
+// Cost that of one iteration of the fit
+std::vector<std::vector<IncidenceAtTime>> fineGrayCurves(const FineGrayOfType& type,
+                                                         const FineGrayAnswer& answer,
+                                                         const FineGrayRequest& request);
 
 report::Report describeFineGray(const FineGrayAnswer& answer, const FineGrayRequest& request);
 

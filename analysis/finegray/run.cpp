@@ -5,6 +5,8 @@
 
 #include "analysis/finegray/finegray.h"
 #include "analysis/option.h"
+#include "engine/curves/limits.h"
+#include "engine/finegray/hazards.h"
 #include "frame/labels.h"
 #include "text/words.h"
 
@@ -143,6 +145,19 @@ std::vector<double> meansOf(const Input& input) {
   return means;
 }
 
+void takeIncidences(const FineGrayRequest& request, const FineGrayAnswer& answer,
+                    FineGrayOfType& type, numerics::Progress& progress) {
+  const engine::cox::BaselineHazard hazard(finegray::hazardSums(type.fit, progress));
+  const double z = engine::curves::normalQuantile(1 - request.alpha);
+  for (const std::uint32_t stratum : hazard.strata()) {
+    const auto values = hazard.at(answer.means, 0, stratum, request.incidenceTimes);
+    std::vector<IncidenceAtTime>& at = type.at.emplace_back();
+    for (std::size_t i = 0; i < values.size(); ++i) {
+      at.push_back(incidenceOf(request.incidenceTimes[i], values[i], z, request.incidenceScale));
+    }
+  }
+}
+
 }  // namespace
 
 void wantFineGrayColumns(const FineGrayRequest& request, const std::vector<std::string>& header,
@@ -185,6 +200,7 @@ FineGrayAnswer fitFineGray(const frame::Frame& data, const FineGrayRequest& requ
     type.fit = finegray::fit(input.response, input.rows, input.model.design.design, input.groups,
                              options, part);
     requireAnswer(type.label, type.fit.outcomes);
+    if (!request.incidenceTimes.empty()) takeIncidences(request, answer, type, part);
     if (request.causeSpecific) type.causeSpecific = causeSpecific(input, options.cause, part);
   }
   return answer;

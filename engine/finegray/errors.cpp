@@ -124,7 +124,7 @@ void addCensoring(const Problem& problem, const Sums& sums, BlockedColumns& resi
   }
 }
 
-numerics::SquareMatrix productsOf(const Problem& problem, const Rows& rows,
+numerics::SquareMatrix productsOf(const Problem& problem, WeightKind weights,
                                   const BlockedColumns& residuals) {
   const risk::Arrangement& a = problem.rows.arrangement;
   const std::size_t p = problem.columns();
@@ -136,9 +136,10 @@ numerics::SquareMatrix productsOf(const Problem& problem, const Rows& rows,
                                 values.rowsOf(block), 1.0, sum);
     }
   };
+  const cox::Problem& rows = problem.rows;
   if (rows.cluster.empty()) {
     std::vector<double> weight(a.rows(), 1.0);
-    if (rows.weightKind == WeightKind::kFrequencies) {
+    if (weights == WeightKind::kFrequencies) {
       for (std::size_t i = 0; i < a.rows(); ++i) weight[i] = 1.0 / a.weight[i];
     }
     add(residuals, weight);

@@ -20,7 +20,7 @@ void addCensoring(const Problem& problem, const Sums& sums, numerics::BlockedCol
 
 // The sum of outer products: over clusters of their rows' sums; without clusters over rows, a row
 // of frequency w counting for w.
-numerics::SquareMatrix productsOf(const Problem& problem, const Rows& rows,
+numerics::SquareMatrix productsOf(const Problem& problem, WeightKind weights,
                                   const numerics::BlockedColumns& residuals);
 
 }  // namespace survmeth::engine::finegray

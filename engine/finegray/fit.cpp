@@ -132,6 +132,8 @@ Fit fit(const Response& response, const Rows& rows, const Design& design, const 
         const Options& options, numerics::Progress& progress) {
   Fit result;
   const std::size_t p = design.size();
+  result.errors = options.errors;
+  result.weightKind = rows.weightKind;
   result.problem = std::make_shared<const Problem>(response, rows, design, censoring, options.cause,
                                                    options.censoringTies, options.tieTolerance);
   const Problem& problem = *result.problem;
@@ -191,8 +193,8 @@ Fit fit(const Response& response, const Rows& rows, const Design& design, const 
   result.inverseInformation = Cholesky(found.point.information).inverse();
   numerics::BlockedColumns residuals = scoreResiduals(problem, result.sums);
   if (options.errors == Errors::kEstimatedWeights) addCensoring(problem, result.sums, residuals);
-  result.covariance =
-      numerics::sandwich(result.inverseInformation, productsOf(problem, rows, residuals));
+  result.covariance = numerics::sandwich(result.inverseInformation,
+                                         productsOf(problem, rows.weightKind, residuals));
   test(result);
   return result;
 }
@@ -207,23 +209,6 @@ std::vector<std::vector<double>> schoenfeld(const Fit& fit) {
         result[k][j] += a.weight[i] * (rows.x(i, j) - fit.sums.mean(k, j));
       }
     }
-  }
-  return result;
-}
-
-Incidence incidenceAt(const Fit& fit, std::span<const double> x, std::size_t stratum) {
-  const cox::Problem& rows = fit.problem->rows;
-  const risk::Arrangement& a = rows.arrangement;
-  double predictor = -fit.sums.shift;
-  for (std::size_t j = 0; j < x.size(); ++j) {
-    predictor += fit.coefficients[j] * (x[j] - rows.centre(stratum, j));
-  }
-  const double risk = numerics::exp(predictor);
-  Incidence result;
-  numerics::RunningSum hazard;
-  for (std::size_t k = a.stratumTime[stratum]; k < a.stratumTime[stratum + 1]; ++k) {
-    result.time.push_back(a.time[k]);
-    result.incidence.push_back(-numerics::expm1(-hazard.add(fit.sums.increment[k]) * risk));
   }
   return result;
 }

@@ -47,6 +47,8 @@ struct Fit {
   std::vector<Outcome> outcomes;  // "noEvents", "collinear", "separated", "notConverged"
 
   // Of the follow-ups.
+  Errors errors = Errors::kEstimatedWeights;
+  WeightKind weightKind = WeightKind::kFrequencies;
   std::shared_ptr<const Problem> problem;
   Sums sums;  // at the coefficients
   double standardError(std::size_t j) const;
@@ -70,15 +72,6 @@ Fit fit(const Response& response, const Rows& rows, const Design& design, const 
 //
 // Out  times x p
 std::vector<std::vector<double>> schoenfeld(const Fit& fit);
-
-// Cumulative incidence at covariates x: 1 - exp(-exp(x'b) H0), at each event time of one stratum.
-//
-// In   x         p
-//      stratum   index among those with rows
-struct Incidence {
-  std::vector<double> time, incidence;
-};
-Incidence incidenceAt(const Fit& fit, std::span<const double> x, std::size_t stratum = 0);
 
 }  // namespace survmeth::engine::finegray
 

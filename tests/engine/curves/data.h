@@ -17,7 +17,7 @@ namespace survmeth::test {
 
 // Columns that own what the engine's spans look at.
 struct CurveData {
-  std::vector<double> entry, exit, weight;
+  std::vector<double> entry, exit, weight, offset;
   std::vector<std::uint32_t> event, group, cluster, stratum;
   std::size_t groupCount = 1, clusterCount = 0, stratumCount = 1;
   engine::WeightKind weightKind = engine::WeightKind::kFrequencies;
@@ -27,6 +27,7 @@ struct CurveData {
     engine::Rows rows;
     rows.weight = weight;
     rows.weightKind = weightKind;
+    rows.offset = offset;
     rows.cluster = cluster;
     rows.clusters = clusterCount;
     rows.stratum = stratum;

@@ -6,7 +6,7 @@
 
 #include <cmath>
 
-#include "tests/engine/incidence/data.h"
+#include "tests/engine/finegray/data.h"
 #include "tests/support/role.h"
 
 namespace survmeth {
@@ -120,10 +120,10 @@ TEST(FineGray, StrataOfCopiesHaveBaselinesOfTheirOwn) {
     EXPECT_NEAR(two.standardError(j), one.standardError(j) / std::sqrt(2), 1e-10);
   }
   const Numbers x = {50, 1};
-  const auto first = engine::finegray::incidenceAt(one, x);
-  const auto second = engine::finegray::incidenceAt(two, x, 1);
+  const auto first = test::hazardOf(one).at(x, 0, 0);
+  const auto second = test::hazardOf(two).at(x, 0, 1);
   ASSERT_EQ(first.time, second.time);
-  EXPECT_NEAR(first.incidence.back(), second.incidence.back(), 1e-9);  // of coefficients that near
+  EXPECT_NEAR(first.hazard.back(), second.hazard.back(), 1e-9);  // of coefficients that near
 }
 
 TEST(FineGray, ClustersOfOneRowAreRows) {

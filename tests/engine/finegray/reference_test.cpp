@@ -8,8 +8,7 @@
 #include <cmath>
 #include <map>
 
-#include "engine/finegray/fit.h"
-#include "tests/engine/incidence/data.h"
+#include "tests/engine/finegray/data.h"
 
 namespace survmeth {
 namespace {
@@ -41,45 +40,6 @@ const Csv& cases() {
   return file;
 }
 
-struct Case {
-  explicit Case(std::size_t at) {
-    const auto text = [&](const char* column) { return cases().text(column, at); };
-    data = test::causeData(text("data"), "", text("weight"), text("cluster"), text("strata"));
-    const Csv file(kFolder + "data/" + text("data") + ".csv");
-    for (const std::string& name : file.names()) {
-      if (name[0] == 'x') covariates.push_back(file.numbers(name));
-    }
-    for (std::size_t j = 0; j < covariates.size(); ++j) {
-      design.columns.emplace_back(covariates[j]);
-      design.names.push_back("x" + std::to_string(j + 1));
-      design.termNames.push_back(design.names.back());
-      design.term.push_back(j);
-    }
-    if (!text("censoring").empty()) {
-      censoring = test::codesOf(file.numbers(text("censoring")), groups);
-    }
-    crr = text("program") == "crr";
-    options.cause = static_cast<std::uint32_t>(cases().number("cause", at));
-    if (!crr) {
-      options.censoringTies = CensoringTies::kAfterEvents;
-      options.errors = Errors::kSandwich;
-    }
-  }
-  Fit fit() const {
-    numerics::Progress progress;
-    return engine::finegray::fit(data.response(), data.rows(), design, {censoring, groups}, options,
-                                 progress);
-  }
-
-  test::CauseData data;
-  std::vector<std::vector<double>> covariates;
-  engine::Design design;
-  std::vector<std::uint32_t> censoring;
-  std::size_t groups = 1;
-  engine::finegray::Options options;
-  bool crr = false;
-};
-
 void expectCovariance(const numerics::SquareMatrix& actual, const std::vector<double>& expected,
                       const char* what) {
   const std::size_t p = actual.size();
@@ -95,7 +55,12 @@ void expectCovariance(const numerics::SquareMatrix& actual, const std::vector<do
 class FineGrayReference : public testing::TestWithParam<std::size_t> {};
 
 TEST_P(FineGrayReference, HasTheSameNumbers) {
-  const Case tested(GetParam());
+  test::FineGrayCase tested(cases(), GetParam());
+  const bool crr = cases().text("program", GetParam()) == "crr";
+  if (!crr) {
+    tested.options.censoringTies = CensoringTies::kAfterEvents;
+    tested.options.errors = Errors::kSandwich;
+  }
   const Items& items = allItems().at(cases().text("case", GetParam()));
   const Fit fit = tested.fit();
   ASSERT_TRUE(fit.converged);
@@ -111,26 +76,25 @@ TEST_P(FineGrayReference, HasTheSameNumbers) {
   const std::vector<double>& logLikelihood = items.at("loglik");
   EXPECT_NEAR(fit.logLikelihoodNull, logLikelihood[0], 1e-10 * std::fabs(logLikelihood[0]));
   EXPECT_NEAR(fit.logLikelihood, logLikelihood[1], 1e-10 * std::fabs(logLikelihood[1]));
-  if (!tested.crr) return expectCovariance(fit.inverseInformation, items.at("naive"), "inverse");
+  if (!crr) return expectCovariance(fit.inverseInformation, items.at("naive"), "inverse");
 
   expectCovariance(fit.inverseInformation, items.at("inverse"), "inverse");
   const auto residuals = engine::finegray::schoenfeld(fit);
-  const auto baseline = engine::finegray::incidenceAt(fit, std::vector<double>(p, 0.0));
+  const auto hazard = test::hazardOf(fit);
   const std::vector<double>& at = items.at("at");
   const std::vector<double>& fresh = items.at("new");
   for (std::size_t m = 0; m < at.size(); ++m) {
     const auto k = static_cast<std::size_t>(at[m]);
-    EXPECT_EQ(baseline.time[k], items.at("time")[m]);
+    EXPECT_EQ(hazard.sums().time[k], items.at("time")[m]);
     for (std::size_t j = 0; j < p; ++j) {
       // In units of the covariate.
       EXPECT_NEAR(residuals[k][j], items.at("residual")[m * p + j],
                   1e-8 * fit.problem->rows.spread[j]);
     }
     for (std::size_t person = 0; person < 2; ++person) {
-      const auto predicted =
-          engine::finegray::incidenceAt(fit, std::span(fresh).subspan(person * p, p));
+      const auto predicted = hazard.at(std::span(fresh).subspan(person * p, p), 0, 0);
       const double expected = items.at("predicted")[person * at.size() + m];
-      EXPECT_NEAR(predicted.incidence[k], expected, 1e-8 * expected);
+      EXPECT_NEAR(-std::expm1(-predicted.hazard[k]), expected, 1e-8 * expected);
     }
   }
 }

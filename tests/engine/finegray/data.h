@@ -1,0 +1,62 @@
+// Cases of tests/reference/incidence as the regression of subdistribution hazards takes them.
+#ifndef TESTS_ENGINE_FINEGRAY_DATA_H_
+#define TESTS_ENGINE_FINEGRAY_DATA_H_
+
+#include <cmath>
+#include <string>
+#include <vector>
+
+#include "engine/finegray/hazards.h"
+#include "tests/engine/incidence/data.h"
+
+namespace survmeth::test {
+
+// One row of a table of cases: its data set with the covariates x1, x2, ..., the cause and the
+// columns of weights, clusters and strata.
+struct FineGrayCase {
+  FineGrayCase(const Csv& cases, std::size_t at) {
+    const auto text = [&](const char* column) { return cases.text(column, at); };
+    data = causeData(text("data"), "", text("weight"), text("cluster"), text("strata"));
+    const Csv file(std::string(SURVMETH_REFERENCE) + "/incidence/data/" + text("data") + ".csv");
+    for (const std::string& name : file.names()) {
+      if (name[0] == 'x') covariates.push_back(file.numbers(name));
+    }
+    for (std::size_t j = 0; j < covariates.size(); ++j) {
+      design.columns.emplace_back(covariates[j]);
+      design.names.push_back("x" + std::to_string(j + 1));
+      design.termNames.push_back(design.names.back());
+      design.term.push_back(j);
+    }
+    if (!text("censoring").empty()) censoring = codesOf(file.numbers(text("censoring")), groups);
+    options.cause = static_cast<std::uint32_t>(cases.number("cause", at));
+  }
+  FineGrayCase(const FineGrayCase&) = delete;
+  FineGrayCase& operator=(const FineGrayCase&) = delete;
+
+  engine::finegray::Fit fit() const {
+    numerics::Progress progress;
+    return engine::finegray::fit(data.response(), data.rows(), design, {censoring, groups}, options,
+                                 progress);
+  }
+  std::vector<double> row(std::size_t i) const {
+    std::vector<double> x;
+    for (const std::vector<double>& column : covariates) x.push_back(column[i]);
+    return x;
+  }
+
+  CauseData data;
+  std::vector<std::vector<double>> covariates;
+  engine::Design design;
+  std::vector<std::uint32_t> censoring;
+  std::size_t groups = 1;
+  engine::finegray::Options options;
+};
+
+inline engine::cox::BaselineHazard hazardOf(const engine::finegray::Fit& fit) {
+  numerics::Progress progress;
+  return engine::cox::BaselineHazard(engine::finegray::hazardSums(fit, progress));
+}
+
+}  // namespace survmeth::test
+
+#endif  // TESTS_ENGINE_FINEGRAY_DATA_H_
