@@ -1,5 +1,6 @@
 // Calls of the other families: competing risks, validation, ROC curves, methods, judges.
 #include <algorithm>
+#include <array>
 #include <string>
 #include <vector>
 
