@@ -13,6 +13,7 @@
 #include "numerics/cholesky.h"
 #include "numerics/doubleDouble.h"
 #include "numerics/runningSum.h"
+#include "numerics/sizes.h"
 
 namespace survmeth::engine::finegray {
 namespace {
@@ -33,16 +34,16 @@ class Products {
         frequencies_(fit.weightKind == WeightKind::kFrequencies),
         width_(2 + 2 * problem_.censoring.size()),
         p_(problem_.columns()),
-        squares_(width_ * width_),
-        mixed_(width_ * p_) {
+        squares_(numerics::product(width_, width_)),
+        mixed_(numerics::product(width_, p_)) {
     const cox::Problem& rows = problem_.rows;
     const auto& source = rows.arrangement.source;
     const std::size_t units = rows.cluster.empty() ? source.size() : rows.clusters;
-    score_.resize(units * p_);
+    score_.resize(numerics::product(units, p_));
     for (std::size_t i = 0; i < source.size(); ++i) {
       for (std::size_t j = 0; j < p_; ++j) score_[unit(i) * p_ + j] += scores(i, j);
     }
-    if (!rows.cluster.empty()) numbers_.resize(units * width_);
+    if (!rows.cluster.empty()) numbers_.resize(numerics::product(units, width_));
   }
 
   // A row's numbers were `from` and are `to`.
