@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
-#include <numeric>
 #include <stdexcept>
 
 #include "analysis/digest.h"
@@ -60,15 +59,16 @@ auto readingFormulas(const Declaration& declaration, const void* request, Action
   }
 }
 
+// Nothing where every row is complete.
 std::vector<std::uint32_t> completeRows(const Declaration& declaration, const frame::Frame& data,
-                                        const void* request) {
+                                        const void* request, bool& all) {
+  std::vector<std::uint32_t> rows;
   if (declaration.completeRows) {
-    return readingFormulas(declaration, request,
+    rows = readingFormulas(declaration, request,
                            [&] { return declaration.completeRows(data, request); });
   }
-  std::vector<std::uint32_t> all(data.rows);
-  std::iota(all.begin(), all.end(), 0u);
-  return all;
+  all = !declaration.completeRows || rows.size() == data.rows;
+  return all ? std::vector<std::uint32_t>() : rows;
 }
 
 // Of the rows that are left out, those in which all columns that may not be missing have a cell.
@@ -202,8 +202,9 @@ Fitted analyse(const Declaration& declaration, const frame::Frame& data, const v
   requireOptions(declaration, request);
   const std::vector<frame::Wanted> wanted =
       wantedColumns(declaration, request, frame::columnNames(data));
-  const std::vector<std::uint32_t> rows = completeRows(declaration, data, request);
-  const bool choosing = rows.size() < data.rows;
+  bool all = true;
+  const std::vector<std::uint32_t> rows = completeRows(declaration, data, request, all);
+  const bool choosing = !all;
   const std::size_t incomplete = choosing ? rowsWithoutValue(data, wanted, rows) : 0;
   frame::Frame chosen;
   if (choosing) {

@@ -8,6 +8,7 @@
 
 #include "analysis/life/describe.h"
 #include "engine/cox/fit.h"
+#include "engine/curves/pooled.h"
 #include "numerics/elementary.h"
 #include "report/build.h"
 #include "report/keys.h"
@@ -93,11 +94,12 @@ void noteDisagreement(const LifeAnswer& answer, report::Report& report) {
 
 }  // namespace
 
-std::vector<curves::CombinationPair> combineLife(const LifeRows& rows, const LifeRequest& request) {
+std::vector<curves::CombinationPair> combineLife(const LifeRows& rows, const LifeRequest& request,
+                                                 const engine::risk::TimeCodes& codes) {
   if (request.combination.empty()) return {};
-  return curves::combinePairs(rows.response(), rows.testRows(), rows.groupCodes(),
-                              request.combinationWeightings(), curves::Alternative::kTwoSided,
-                              curves::Adjustment::kHolm, request.tolerance());
+  const curves::Pooled pooled(codes, rows.response(), rows.testRows(), rows.groupCodes());
+  return curves::combinePairs(pooled, request.combinationWeightings(),
+                              curves::Alternative::kTwoSided, curves::Adjustment::kHolm);
 }
 
 curves::Contrast coxRatio(const LifeRows& rows, const LifeRequest& request) {

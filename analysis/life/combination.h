@@ -13,9 +13,11 @@ namespace survmeth::analysis {
 
 // Of two groups one, of more each pair with Holm's adjustment; none where it is not asked for.
 //
-// In   rows  of which comparison tests exist
+// In   rows   of which comparison tests exist
+//      codes  of their times
 std::vector<engine::curves::CombinationPair> combineLife(const LifeRows& rows,
-                                                         const LifeRequest& request);
+                                                         const LifeRequest& request,
+                                                         const engine::risk::TimeCodes& codes);
 
 // The hazard of the second of two groups over that of the first by proportional-hazards regression,
 // Efron's ties, in strata; absent where it has no maximum.

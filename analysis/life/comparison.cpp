@@ -8,6 +8,7 @@
 
 #include "analysis/life/combination.h"
 #include "analysis/option.h"
+#include "engine/curves/pooled.h"
 #include "text/numbers.h"
 #include "text/words.h"
 
@@ -20,10 +21,10 @@ using Kind = curves::Weighting::Kind;
 constexpr std::size_t kMostGroups = 8192;
 
 // Where less than one is at risk the variance of the hypergeometric law does not hold.
-bool fractionalRisk(const LifeRows& rows, const LifeRequest& request) {
+bool fractionalRisk(const LifeRows& rows, const engine::risk::TimeCodes& codes) {
   if (rows.wholeWeights) return false;
-  const curves::Sample all(rows.response(), rows.testRows(),
-                           {rows.strata.codes, rows.strata.labels.size()}, request.tolerance());
+  const curves::Sample all(codes, rows.response(), rows.testRows(),
+                           {rows.strata.codes, rows.strata.labels.size()});
   for (std::size_t k = 0; k < all.times(); ++k) {
     if (all.events[k] > 0 && all.surviving[k] > 0 && all.atRisk[k] <= 1) return true;
   }
@@ -106,18 +107,50 @@ void requireFitting(const LifeRows& rows, const LifeRequest& request) {
 }
 
 // Pairs of groups by the first test, and the hazard ratios of two.
-void addTwoByTwo(const LifeRows& rows, const LifeRequest& request, const curves::Weighting& first,
-                 LifeComparison& comparison) {
+void addTwoByTwo(const LifeRows& rows, const LifeRequest& request, const curves::Pooled& pooled,
+                 const curves::Weighting& first, LifeComparison& comparison) {
   if (request.pairs != Pairs::kNone) {
-    comparison.pairs =
-        curves::comparePairs(rows.response(), rows.testRows(), rows.groupCodes(), first,
-                             adjustmentOf(request.pairs), request.tolerance());
+    comparison.pairs = curves::comparePairs(pooled, first, adjustmentOf(request.pairs));
   }
   if (request.hazardRatios) {
-    comparison.ratios = curves::hazardRatios(rows.response(), rows.testRows(), rows.groupCodes(),
-                                             1 - request.alpha, request.tolerance());
+    comparison.ratios = curves::hazardRatios(pooled, 1 - request.alpha);
     comparison.coxRatio = coxRatio(rows, request);
   }
+}
+
+// What tests there are, or the reason why there is none.
+void runTests(const LifeRows& rows, const LifeRequest& request,
+              const std::vector<curves::Weighting>& asked, const engine::risk::TimeCodes& codes,
+              LifeComparison& comparison) {
+  // The log-rank test's counts stand behind all others.
+  std::vector<curves::Weighting> weightings = asked;
+  const auto logRankAt = static_cast<std::size_t>(
+      std::find_if(asked.begin(), asked.end(),
+                   [](const auto& each) { return each.kind == Kind::kLogRank; }) -
+      asked.begin());
+  if (logRankAt == asked.size()) weightings.push_back({Kind::kLogRank});
+  const std::size_t groups = comparison.included.size();
+  const curves::Pooled pooled(codes, rows.response(), rows.testRows(), rows.groupCodes());
+  curves::Comparison found = curves::compare(pooled, weightings, scoresOf(request, groups));
+  const curves::WeightedTest& logRank = found.tests[logRankAt];
+  // Whoever is at risk at an event time has a share of what is expected there.
+  for (std::size_t g = 0; g < groups; ++g) comparison.included[g] = logRank.expected[g] > 0;
+  comparison.reason = reasonOf(logRank, comparison, fractionalRisk(rows, codes));
+  if (!comparison.exists()) return;
+  comparison.observed = logRank.observed;
+  comparison.expected = logRank.expected;
+  if (rows.stratified()) comparison.strata = std::move(found.events);
+  found.tests.resize(asked.size());
+  take(found.tests, comparison);
+  if (comparison.exists()) addTwoByTwo(rows, request, pooled, asked.front(), comparison);
+}
+
+void withoutTests(const std::vector<curves::Weighting>& asked, LifeComparison& comparison) {
+  comparison.observed.assign(comparison.included.size(), kNone);
+  comparison.expected.assign(comparison.included.size(), kNone);
+  comparison.strata.clear();
+  comparison.tests.clear();
+  for (const curves::Weighting& each : asked) comparison.tests.push_back({testName(each), {}});
 }
 
 }  // namespace
@@ -140,45 +173,15 @@ std::string testName(const curves::Weighting& weighting) {
   return "Fleming-Harrington (" + text::brief(weighting.p) + ", " + text::brief(weighting.q) + ")";
 }
 
-LifeComparison compareLife(const LifeRows& rows, const LifeRequest& request) {
+LifeComparison compareLife(const LifeRows& rows, const LifeRequest& request,
+                           const engine::risk::TimeCodes& codes) {
   requireFitting(rows, request);
   const std::vector<curves::Weighting> asked = request.weightings();
-  const std::size_t groups = rows.groups.labels.size();
   LifeComparison comparison;
-  comparison.included.assign(groups, false);
+  comparison.included.assign(rows.groups.labels.size(), false);
   comparison.reason = reasonBefore(rows);
-  if (comparison.exists()) {
-    // The log-rank test's counts stand behind all others.
-    std::vector<curves::Weighting> weightings = asked;
-    const auto logRankAt = static_cast<std::size_t>(
-        std::find_if(asked.begin(), asked.end(),
-                     [](const auto& each) { return each.kind == Kind::kLogRank; }) -
-        asked.begin());
-    if (logRankAt == asked.size()) weightings.push_back({Kind::kLogRank});
-    curves::Comparison found =
-        curves::compare(rows.response(), rows.testRows(), rows.groupCodes(), weightings,
-                        scoresOf(request, groups), request.tolerance());
-    const curves::WeightedTest& logRank = found.tests[logRankAt];
-    // Whoever is at risk at an event time has a share of what is expected there.
-    for (std::size_t g = 0; g < groups; ++g) comparison.included[g] = logRank.expected[g] > 0;
-    comparison.reason = reasonOf(logRank, comparison, fractionalRisk(rows, request));
-    if (comparison.exists()) {
-      comparison.observed = logRank.observed;
-      comparison.expected = logRank.expected;
-      if (rows.stratified()) comparison.strata = std::move(found.events);
-      found.tests.resize(asked.size());
-      take(found.tests, comparison);
-    }
-  }
-  if (comparison.exists()) {
-    addTwoByTwo(rows, request, asked.front(), comparison);
-    return comparison;
-  }
-  comparison.observed.assign(groups, kNone);
-  comparison.expected.assign(groups, kNone);
-  comparison.strata.clear();
-  comparison.tests.clear();
-  for (const curves::Weighting& each : asked) comparison.tests.push_back({testName(each), {}});
+  if (comparison.exists()) runTests(rows, request, asked, codes, comparison);
+  if (!comparison.exists()) withoutTests(asked, comparison);
   return comparison;
 }
 

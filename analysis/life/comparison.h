@@ -38,11 +38,13 @@ struct LifeComparison {
 // "Log-rank", "Fleming-Harrington (0, 1)".
 std::string testName(const engine::curves::Weighting& weighting);
 
+// In   codes  of the rows' times
 // Edge one group, no event, groups that no event time links, rows that depend on each other: no
 //      test. BadOption for hazard ratios of groups that are not two, and for scores that are not as
 //      many as the groups
-// Cost that of engine::curves::compare; no more than 8,192 groups, whose covariance takes 0.5 GB
-LifeComparison compareLife(const LifeRows& rows, const LifeRequest& request);
+// Cost that of engine::curves::compare without its sort; no more than 8,192 groups, whose covariance takes 0.5 GB
+LifeComparison compareLife(const LifeRows& rows, const LifeRequest& request,
+                           const engine::risk::TimeCodes& codes);
 
 }  // namespace survmeth::analysis
 

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -44,21 +45,32 @@ class Run {
 
  private:
   void find() {
-    findCurves();
+    findByTime();
     addReadings();
     addRates();
     addIntervals();
-    answer_.comparison = compareLife(answer_.rows, request_);
     if (!answer_.comparison.exists()) return;
-    answer_.combination = combineLife(answer_.rows, request_);
     answer_.permutation = permuteLife(answer_.rows, request_, progress_);
   }
 
-  // What takes the rows by group and time, which are gone before the groups are compared.
-  void findCurves() {
+  // What takes the rows in the order of time, which are sorted once. The tests come first: their
+  // memory is free again before the curves take the most.
+  void findByTime() {
     const engine::Rows rows = answer_.rows.rows();
-    const curves::Sample sample(answer_.rows.response(), rows, answer_.rows.groupCodes(),
-                                request_.tolerance());
+    const engine::Response response = answer_.rows.response();
+    const curves::Groups groups = answer_.rows.groupCodes();
+    std::optional<engine::risk::TimeCodes> codes(
+        curves::checkedCodes(response, rows, groups, request_.tolerance(), "Curves"));
+    answer_.comparison = compareLife(answer_.rows, request_, *codes);
+    if (answer_.comparison.exists()) {
+      answer_.combination = combineLife(answer_.rows, request_, *codes);
+    }
+    const curves::Sample sample(*codes, response, rows, groups);
+    codes.reset();
+    findCurves(sample, rows);
+  }
+
+  void findCurves(const curves::Sample& sample, const engine::Rows& rows) {
     answer_.robust = curves::robust(rows, options_);
     answer_.curves = curves::estimate(sample, rows, options_);
     for (const curves::Curve& curve : answer_.curves) summarise(curve);

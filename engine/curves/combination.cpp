@@ -134,10 +134,16 @@ std::vector<CombinationPair> combinePairs(const Response& response, const Rows& 
                                           std::span<const Weighting> weightings,
                                           Alternative alternative, Adjustment adjustment,
                                           double tieTolerance) {
+  return combinePairs(Pooled(response, rows, groups, tieTolerance), weightings, alternative,
+                      adjustment);
+}
+
+std::vector<CombinationPair> combinePairs(const Pooled& pooled,
+                                          std::span<const Weighting> weightings,
+                                          Alternative alternative, Adjustment adjustment) {
   requireWeightings(weightings);
-  const Pooled pooled(response, rows, groups, tieTolerance);
   PairedRows paired(pooled);
-  const auto k = static_cast<std::uint32_t>(groups.size());
+  const auto k = static_cast<std::uint32_t>(pooled.groups.size());
   std::vector<CombinationPair> result;
   std::vector<double> pValues;
   for (std::uint32_t g = 0; g < k; ++g) {

@@ -59,6 +59,9 @@ std::vector<CombinationPair> combinePairs(const Response& response, const Rows& 
                                           std::span<const Weighting> weightings,
                                           Alternative alternative, Adjustment adjustment,
                                           double tieTolerance = risk::kTieTolerance);
+std::vector<CombinationPair> combinePairs(const Pooled& pooled,
+                                          std::span<const Weighting> weightings,
+                                          Alternative alternative, Adjustment adjustment);
 
 }  // namespace survmeth::engine::curves
 

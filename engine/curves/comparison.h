@@ -87,6 +87,8 @@ enum class Adjustment { kNone, kHolm, kBonferroni, kBenjaminiHochberg };
 std::vector<PairTest> comparePairs(const Response& response, const Rows& rows, const Groups& groups,
                                    const Weighting& weighting, Adjustment adjustment,
                                    double tieTolerance = risk::kTieTolerance);
+std::vector<PairTest> comparePairs(const Pooled& pooled, const Weighting& weighting,
+                                   Adjustment adjustment);
 
 // Adjusted p-values in the order of the given ones; NaN stays NaN and does not count.
 //
@@ -108,6 +110,7 @@ struct HazardRatios {
 //        Biometrics 37 (1981) 513-519
 HazardRatios hazardRatios(const Response& response, const Rows& rows, const Groups& groups,
                           double level, double tieTolerance = risk::kTieTolerance);
+HazardRatios hazardRatios(const Pooled& pooled, double level);
 
 }  // namespace survmeth::engine::curves
 

@@ -41,9 +41,13 @@ void addTo(PairSums& sums, const Pooled& pooled, const StratumRows& rows,
 std::vector<PairTest> comparePairs(const Response& response, const Rows& rows, const Groups& groups,
                                    const Weighting& weighting, Adjustment adjustment,
                                    double tieTolerance) {
+  return comparePairs(Pooled(response, rows, groups, tieTolerance), weighting, adjustment);
+}
+
+std::vector<PairTest> comparePairs(const Pooled& pooled, const Weighting& weighting,
+                                   Adjustment adjustment) {
   requireWeighting(weighting);
-  const Pooled pooled(response, rows, groups, tieTolerance);
-  const std::size_t k = groups.size();
+  const std::size_t k = pooled.groups.size();
   PairedRows paired(pooled);
   std::vector<PairTest> result;
   std::vector<double> pValues;
@@ -97,11 +101,14 @@ std::vector<double> adjust(std::span<const double> pValues, Adjustment adjustmen
 
 HazardRatios hazardRatios(const Response& response, const Rows& rows, const Groups& groups,
                           double level, double tieTolerance) {
+  return hazardRatios(Pooled(response, rows, groups, tieTolerance), level);
+}
+
+HazardRatios hazardRatios(const Pooled& pooled, double level) {
   const double z = normalQuantile(level);
-  if (groups.size() != 2) {
+  if (pooled.groups.size() != 2) {
     throw Refusal(Role::kGroup, Refusal::kNone, "a hazard ratio is of two groups");
   }
-  const Pooled pooled(response, rows, groups, tieTolerance);
   PairSums logRank;
   RunningSum above;
   RunningSum below;

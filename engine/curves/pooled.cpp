@@ -1,7 +1,6 @@
 #include "engine/curves/pooled.h"
 
 #include <algorithm>
-#include <utility>
 
 #include "numerics/doubleDouble.h"
 
@@ -25,12 +24,18 @@ std::vector<std::uint32_t> byStratum(std::vector<std::uint32_t> order, const Row
   return result;
 }
 
+constexpr const char* kTests = "Tests of equal survival";
+
 }  // namespace
 
 Pooled::Pooled(const Response& response, const Rows& rows, const Groups& allGroups,
                double tieTolerance)
+    : Pooled(checkedCodes(response, rows, allGroups, tieTolerance, kTests), response, rows,
+             allGroups) {}
+
+Pooled::Pooled(const risk::TimeCodes& codes, const Response& response, const Rows& rows,
+               const Groups& allGroups)
     : input(rows), groups(allGroups) {
-  check(response, rows, groups, "Tests of equal survival");
   if (!rows.weight.empty() && rows.weightKind == WeightKind::kSampling) {
     throw Refusal(Role::kWeight, Refusal::kNone,
                   "Tests of equal survival take no sampling weights");
@@ -38,11 +43,10 @@ Pooled::Pooled(const Response& response, const Rows& rows, const Groups& allGrou
   if (!rows.cluster.empty()) {
     throw Refusal(Role::kCluster, Refusal::kNone, "Tests of equal survival take no clusters");
   }
-  risk::TimeCodes codes(response, tieTolerance);
-  byExit = byStratum(std::move(codes.exitOrder), rows);
-  byEntry = byStratum(std::move(codes.entryOrder), rows);
-  exit = std::move(codes.exit);
-  entry = std::move(codes.entry);
+  byExit = byStratum(codes.exitOrder, rows);
+  byEntry = byStratum(codes.entryOrder, rows);
+  exit = codes.exit;
+  entry = codes.entry;
   event.resize(response.rows());
   for (std::size_t i = 0; i < event.size(); ++i) event[i] = response.event[i] != 0 ? 1 : 0;
 }

@@ -15,6 +15,10 @@ namespace survmeth::engine::curves {
 struct Pooled {
   Pooled(const Response& response, const Rows& rows, const Groups& groups, double tieTolerance);
 
+  // In the order of the response's checkedCodes, which the curves and several tests share.
+  Pooled(const risk::TimeCodes& codes, const Response& response, const Rows& rows,
+         const Groups& groups);
+
   std::uint32_t stratumOf(std::uint32_t row) const {
     return input.stratum.empty() ? 0 : input.stratum[row];
   }

@@ -52,10 +52,19 @@ void check(const Response& response, const Rows& rows, const Groups& groups, con
   }
 }
 
+risk::TimeCodes checkedCodes(const Response& response, const Rows& rows, const Groups& groups,
+                             double tieTolerance, const char* who) {
+  check(response, rows, groups, who);
+  return {response, tieTolerance};
+}
+
 Sample::Sample(const Response& response, const Rows& rows, const Groups& groups,
-               double tieTolerance, Ending ending) {
-  check(response, rows, groups, "Curves");
-  const risk::TimeCodes codes(response, tieTolerance);
+               double tieTolerance, Ending ending)
+    : Sample(checkedCodes(response, rows, groups, tieTolerance, "Curves"), response, rows, groups,
+             ending) {}
+
+Sample::Sample(const risk::TimeCodes& codes, const Response& response, const Rows& rows,
+               const Groups& groups, Ending ending) {
   source = byGroup(codes.exitOrder, rows, groups, firstRow);
   const std::size_t n = source.size();
   event.resize(n);

@@ -28,6 +28,10 @@ struct Groups {
 // codes outside their range. `who` begins the sentences: "Curves".
 void check(const Response& response, const Rows& rows, const Groups& groups, const char* who);
 
+// The codes of the response, once all this is checked: for curves and tests that share one sort.
+risk::TimeCodes checkedCodes(const Response& response, const Rows& rows, const Groups& groups,
+                             double tieTolerance, const char* who);
+
 // What ends a row's time: an event, or, for the length of follow-up, its censoring (the reverse
 // Kaplan-Meier estimate; rows that fail at the time of a censoring are still at risk of it).
 enum class Ending { kEvent, kCensoring };
@@ -37,6 +41,10 @@ enum class Ending { kEvent, kCensoring };
 struct Sample {
   Sample(const Response& response, const Rows& rows, const Groups& groups,
          double tieTolerance = risk::kTieTolerance, Ending ending = Ending::kEvent);
+
+  // In the order of the response's checkedCodes.
+  Sample(const risk::TimeCodes& codes, const Response& response, const Rows& rows,
+         const Groups& groups, Ending ending = Ending::kEvent);
 
   std::size_t groups() const { return first.size() - 1; }
   std::size_t times() const { return time.size(); }
