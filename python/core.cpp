@@ -1,16 +1,21 @@
 // The module survmeth._core: runs a declared analysis on columns and gives its report. What a person
 // calls is made in Python from the declarations; nothing here knows what is analysed.
 #include <nanobind/nanobind.h>
+#include <nanobind/ndarray.h>
 #include <nanobind/stl/map.h>
 #include <nanobind/stl/string.h>
 #include <nanobind/stl/vector.h>
 
+#include <cstdint>
 #include <map>
 #include <memory>
+#include <span>
+#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "analysis/concordance.h"
 #include "analysis/declarationsJson.h"
 #include "analysis/savedFit.h"
 #include "python/call.h"
@@ -51,6 +56,20 @@ std::string textOf(const Done& described, std::size_t width, int digits) {
   return report::toText(*described.report, {.width = width, .digits = digits});
 }
 
+template <class Cell>
+using Column = nb::ndarray<const Cell, nb::ndim<1>, nb::c_contig, nb::device::cpu>;
+
+double concordanceOf(const Column<double>& time, const Column<std::uint32_t>& event,
+                     const Column<double>& score) {
+  if (event.size() != time.size() || score.size() != time.size()) {
+    throw std::invalid_argument("columns of different lengths");
+  }
+  const nb::gil_scoped_release unlocked;
+  return analysis::concordanceOf(std::span(time.data(), time.size()),
+                                 std::span(event.data(), event.size()),
+                                 std::span(score.data(), score.size()));
+}
+
 nb::dict csvOf(const Done& described) {
   nb::dict files;
   for (const auto& [name, contents] : report::toCsvFiles(*described.report)) {
@@ -68,6 +87,7 @@ NB_MODULE(_core, module) {
   module.attr("version") = survmeth::python::kVersion;
   module.def("declarations",
              [] { return survmeth::analysis::declarationsJson(survmeth::python::kVersion); });
+  module.def("concordance", &survmeth::python::concordanceOf);
   nb::class_<survmeth::analysis::SavedFit>(module, "Fit")
       .def("__init__", [](survmeth::analysis::SavedFit* fit, const std::string& text) {
         new (fit) survmeth::analysis::SavedFit(survmeth::analysis::readSavedFit(text));

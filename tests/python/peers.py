@@ -8,6 +8,7 @@ import pandas
 
 import survmeth
 from cases import ROOT
+from survmeth.sklearn import FineGrayRegression
 
 LUNG = pandas.read_csv(ROOT / "data" / "lung.csv")[["time", "status", "age", "sex", "ph.ecog"]].dropna()
 LUNG["male"] = (LUNG.pop("sex") == "male").astype(float)
@@ -123,6 +124,11 @@ def of_the_rest():
                                 errors=errors).arrays["coefficients"]
         made |= numbered(f"subdistribution coef{there}", fit["coef"])
         made |= numbered(f"subdistribution se{there}", fit["standardError"])
+    columns = np.column_stack([PBC["age"], np.log(PBC["bili"])])
+    estimator = FineGrayRegression(event=2).fit(columns, PBC[["time", "status"]])
+    for i, day in enumerate((365, 3650)):
+        made |= numbered(f"incidence at {day}",
+                         estimator.predict_incidence(columns[:3], (365, 3650))[:, i])
     return made
 
 

@@ -43,6 +43,13 @@ def test_the_examples_of_the_module_run():
     assert outcome.attempted >= 5 and outcome.failed == 0
 
 
+def test_the_examples_of_the_estimators_run():
+    import survmeth.sklearn
+
+    outcome = doctest.testmod(survmeth.sklearn)
+    assert outcome.attempted >= 7 and outcome.failed == 0
+
+
 @pytest.mark.parametrize("name", ALL)
 def test_every_argument_is_explained_once(name):
     text = inspect.getdoc(ALL[name])

@@ -58,6 +58,11 @@ regression <- cmprsk::crr(pbc$time, pbc$status, covariates, failcode = 2, gtol =
                           maxiter = 50)
 shown("subdistribution coef", regression$coef)
 shown("subdistribution se", sqrt(diag(regression$var)))
+# A matrix: the times of events, then a column for each row of new data.
+predicted <- predict(regression, covariates[1:3, ])
+for (day in c(365, 3650)) {
+  shown(paste("incidence at", day), predicted[findInterval(day, predicted[, 1]), -1])
+}
 pbc$end <- factor(pbc$status, 0:2, c("censored", "transplant", "death"))
 pbc$row <- seq_len(nrow(pbc))
 weighted <- finegray(Surv(time, end) ~ ., pbc, etype = "death")
