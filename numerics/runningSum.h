@@ -2,6 +2,9 @@
 #ifndef NUMERICS_RUNNING_SUM_H_
 #define NUMERICS_RUNNING_SUM_H_
 
+#include <cstddef>
+#include <vector>
+
 namespace survmeth::numerics {
 
 // Adds up parts of at most 64 terms; what rounding takes from the whole goes into the next part.
@@ -27,6 +30,35 @@ class RunningSum {
 
  private:
   double whole_ = 0.0, part_ = 0.0;
+  unsigned terms_ = 0;
+};
+
+// Several running sums of equally many terms, side by side: the bits of as many RunningSums.
+class RunningSums {
+ public:
+  explicit RunningSums(std::size_t count) : whole_(count), part_(count) {}
+
+  // sums[count] become the sums with the terms that stand there.
+  void add(double* sums) {
+    const std::size_t count = whole_.size();
+    double* whole = whole_.data();
+    double* part = part_.data();
+    for (std::size_t i = 0; i < count; ++i) {
+      part[i] += sums[i];
+      sums[i] = whole[i] + part[i];
+    }
+    if (++terms_ < 64) return;
+    terms_ = 0;
+    for (std::size_t i = 0; i < count; ++i) {
+      const double added = sums[i] - whole[i];
+      part[i] = (whole[i] - (sums[i] - added)) + (part[i] - added);
+      whole[i] = sums[i];
+    }
+  }
+  double value(std::size_t i) const { return whole_[i] + part_[i]; }
+
+ private:
+  std::vector<double> whole_, part_;
   unsigned terms_ = 0;
 };
 

@@ -14,7 +14,7 @@
 namespace survmeth::engine::curves {
 namespace {
 
-using numerics::RunningSum;
+using numerics::RunningSums;
 
 void requireWeightings(std::span<const Weighting> weightings) {
   if (weightings.empty() || weightings.size() > kMostNormals) {
@@ -25,16 +25,21 @@ void requireWeightings(std::span<const Weighting> weightings) {
 
 // Of the second group, over the strata.
 struct JointSums {
-  std::array<RunningSum, kMostNormals> score;
-  std::array<std::array<RunningSum, kMostNormals>, kMostNormals> covariance;  // j <= i
+  explicit JointSums(std::size_t weightings)
+      : score(weightings), covariance(entry(weightings, 0)) {}
+  static std::size_t entry(std::size_t i, std::size_t j) { return i * (i + 1) / 2 + j; }
+
+  RunningSums score, covariance;  // lower triangle
 };
 
 void addTo(JointSums& sums, const Pooled& pooled, const StratumRows& rows,
            std::span<const Weighting> weightings, std::uint32_t second) {
   const std::vector<PooledTime> times = eventTimes(pooled, rows);
   const std::vector<GroupShare> shares = sharesOf(pooled, rows, times, second);
-  std::vector<std::vector<double>> weights;
-  for (const Weighting& weighting : weightings) weights.push_back(weightsOf(weighting, times));
+  WeightsInTime inTime(weightings);
+  std::array<double, kMostNormals> weights{};
+  std::array<double, kMostNormals> scores{};
+  std::array<double, kMostNormals*(kMostNormals + 1) / 2> products{};
   for (std::size_t k = 0; k < times.size(); ++k) {
     const double n = times[k].atRisk;
     const double d = times[k].events;
@@ -42,12 +47,14 @@ void addTo(JointSums& sums, const Pooled& pooled, const StratumRows& rows,
     const double difference = shares[k].events - d * part;
     const double variance =
         n > 1.0 ? d * (times[k].surviving / (n - 1.0)) * part * (1.0 - part) : 0.0;
-    for (std::size_t i = 0; i < weights.size(); ++i) {
-      const double w = weights[i][k];
-      sums.score[i].add(w * difference);
-      if (variance == 0.0) continue;
-      for (std::size_t j = 0; j <= i; ++j) sums.covariance[i][j].add(w * weights[j][k] * variance);
+    inTime.next(times[k], weights.data());
+    std::size_t entry = 0;
+    for (std::size_t i = 0; i < weightings.size(); ++i) {
+      scores[i] = weights[i] * difference;
+      for (std::size_t j = 0; j <= i; ++j) products[entry++] = weights[i] * weights[j] * variance;
     }
+    sums.score.add(scores.data());
+    if (variance != 0.0) sums.covariance.add(products.data());
   }
 }
 
@@ -78,14 +85,14 @@ Combination combined(const JointSums& sums, std::span<const Weighting> weighting
   std::vector<std::size_t> present;
   std::vector<double> deviation(m);
   for (std::size_t i = 0; i < m; ++i) {
-    const double variance = sums.covariance[i][i].value();
+    const double variance = sums.covariance.value(JointSums::entry(i, i));
     if (!(variance > 0.0)) continue;
     deviation[i] = std::sqrt(variance);
-    result.z[i] = sums.score[i].value() / deviation[i];
+    result.z[i] = sums.score.value(i) / deviation[i];
     result.alone[i] = aloneOf(result.z[i], alternative);
     for (const std::size_t j : present) {
-      result.correlation(i, j) = result.correlation(j, i) =
-          std::clamp(sums.covariance[i][j].value() / deviation[i] / deviation[j], -1.0, 1.0);
+      result.correlation(i, j) = result.correlation(j, i) = std::clamp(
+          sums.covariance.value(JointSums::entry(i, j)) / deviation[i] / deviation[j], -1.0, 1.0);
     }
     result.correlation(i, i) = 1.0;
     present.push_back(i);
@@ -120,10 +127,10 @@ Combination combine(const Response& response, const Rows& rows, const Groups& gr
 Combination combine(const Pooled& pooled, std::span<const Weighting> weightings,
                     Alternative alternative) {
   requireWeightings(weightings);
-  if (pooled.groups.size() != 2) {
+  if (pooled.groupCount != 2) {
     throw Refusal(Role::kGroup, Refusal::kNone, "a combination of tests is of two groups");
   }
-  JointSums sums;
+  JointSums sums(weightings.size());
   StratumRows rest{pooled.byExit, pooled.byEntry};
   while (!rest.byExit.empty()) addTo(sums, pooled, nextStratum(pooled, rest), weightings, 1);
   return combined(sums, weightings, alternative);
@@ -143,12 +150,12 @@ std::vector<CombinationPair> combinePairs(const Pooled& pooled,
                                           Alternative alternative, Adjustment adjustment) {
   requireWeightings(weightings);
   PairedRows paired(pooled);
-  const auto k = static_cast<std::uint32_t>(pooled.groups.size());
+  const auto k = static_cast<std::uint32_t>(pooled.groupCount);
   std::vector<CombinationPair> result;
   std::vector<double> pValues;
   for (std::uint32_t g = 0; g < k; ++g) {
     for (std::uint32_t h = g + 1; h < k; ++h) {
-      JointSums sums;
+      JointSums sums(weightings.size());
       StratumRows rest = paired.of(g, h);
       while (!rest.byExit.empty()) addTo(sums, pooled, nextStratum(pooled, rest), weightings, h);
       result.push_back({g, h, combined(sums, weightings, alternative)});

@@ -60,7 +60,7 @@ Comparison compare(const Response& response, const Rows& rows, const Groups& gro
 
 Comparison compare(const Pooled& pooled, std::span<const Weighting> weightings,
                    std::span<const double> scores) {
-  const std::size_t k = pooled.groups.size();
+  const std::size_t k = pooled.groupCount;
   for (const Weighting& weighting : weightings) requireWeighting(weighting);
   const bool finite =
       std::all_of(scores.begin(), scores.end(), [](double score) { return std::isfinite(score); });

@@ -47,7 +47,7 @@ std::vector<PairTest> comparePairs(const Response& response, const Rows& rows, c
 std::vector<PairTest> comparePairs(const Pooled& pooled, const Weighting& weighting,
                                    Adjustment adjustment) {
   requireWeighting(weighting);
-  const std::size_t k = pooled.groups.size();
+  const std::size_t k = pooled.groupCount;
   PairedRows paired(pooled);
   std::vector<PairTest> result;
   std::vector<double> pValues;
@@ -106,7 +106,7 @@ HazardRatios hazardRatios(const Response& response, const Rows& rows, const Grou
 
 HazardRatios hazardRatios(const Pooled& pooled, double level) {
   const double z = normalQuantile(level);
-  if (pooled.groups.size() != 2) {
+  if (pooled.groupCount != 2) {
     throw Refusal(Role::kGroup, Refusal::kNone, "a hazard ratio is of two groups");
   }
   PairSums logRank;

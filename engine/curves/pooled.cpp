@@ -1,8 +1,8 @@
 #include "engine/curves/pooled.h"
 
 #include <algorithm>
-
-#include "numerics/doubleDouble.h"
+#include <cmath>
+#include <numeric>
 
 namespace survmeth::engine::curves {
 namespace {
@@ -24,18 +24,27 @@ std::vector<std::uint32_t> byStratum(std::vector<std::uint32_t> order, const Row
   return result;
 }
 
+// Whole numbers add up without rounding as long as their sum is one of a double's.
+bool exactSums(const std::vector<double>& weights) {
+  double sum = 0.0;
+  for (const double weight : weights) {
+    if (weight != std::trunc(weight)) return false;
+    sum += weight;
+  }
+  return sum < 0x1p53;
+}
+
 constexpr const char* kTests = "Tests of equal survival";
 
 }  // namespace
 
-Pooled::Pooled(const Response& response, const Rows& rows, const Groups& allGroups,
+Pooled::Pooled(const Response& response, const Rows& rows, const Groups& groups,
                double tieTolerance)
-    : Pooled(checkedCodes(response, rows, allGroups, tieTolerance, kTests), response, rows,
-             allGroups) {}
+    : Pooled(checkedCodes(response, rows, groups, tieTolerance, kTests), response, rows, groups) {}
 
 Pooled::Pooled(const risk::TimeCodes& codes, const Response& response, const Rows& rows,
-               const Groups& allGroups)
-    : input(rows), groups(allGroups) {
+               const Groups& groups)
+    : groupCount(groups.size()) {
   if (!rows.weight.empty() && rows.weightKind == WeightKind::kSampling) {
     throw Refusal(Role::kWeight, Refusal::kNone,
                   "Tests of equal survival take no sampling weights");
@@ -43,19 +52,37 @@ Pooled::Pooled(const risk::TimeCodes& codes, const Response& response, const Row
   if (!rows.cluster.empty()) {
     throw Refusal(Role::kCluster, Refusal::kNone, "Tests of equal survival take no clusters");
   }
-  byExit = byStratum(codes.exitOrder, rows);
+  source = byStratum(codes.exitOrder, rows);
+  const auto taken = [this](const auto& column, auto& to) {
+    to.reserve(column.empty() ? 0 : source.size());
+    if (column.empty()) return;
+    for (const std::uint32_t row : source) to.push_back(column[row]);
+  };
+  taken(codes.exit, exit);
+  taken(codes.entry, entry);
+  taken(rows.stratum, stratum);
+  taken(rows.weight, weight);
+  exact = exactSums(weight);
+  group.reserve(source.size());
+  event.reserve(source.size());
+  for (const std::uint32_t row : source) {
+    group.push_back(groups[row]);
+    event.push_back(response.event[row] != 0 ? 1 : 0);
+  }
+  byExit.resize(source.size());
+  std::iota(byExit.begin(), byExit.end(), 0U);
   byEntry = byStratum(codes.entryOrder, rows);
-  exit = codes.exit;
-  entry = codes.entry;
-  event.resize(response.rows());
-  for (std::size_t i = 0; i < event.size(); ++i) event[i] = response.event[i] != 0 ? 1 : 0;
+  if (byEntry.empty()) return;
+  std::vector<std::uint32_t> number(response.rows());
+  for (std::uint32_t i = 0; i < source.size(); ++i) number[source[i]] = i;
+  for (std::uint32_t& row : byEntry) row = number[row];
 }
 
 PairedRows::PairedRows(const Pooled& pooled) : pooled_(pooled) {
   const auto placesOf = [&](const std::vector<std::uint32_t>& order) {
-    Places places(pooled.groups.size());
+    Places places(pooled.groupCount);
     for (std::uint32_t at = 0; at < order.size(); ++at) {
-      places[pooled.groups[order[at]]].push_back(at);
+      places[pooled.group[order[at]]].push_back(at);
     }
     return places;
   };
@@ -102,7 +129,7 @@ std::vector<PooledTime> eventTimes(const Pooled& pooled, const StratumRows& rows
   for (std::size_t i = rows.byExit.size(); i > 0;) {
     const std::uint32_t code = pooled.exit[rows.byExit[i - 1]];
     for (; entering > 0 && pooled.entry[rows.byEntry[entering - 1]] >= code; --entering) {
-      atRisk = atRisk - pooled.weightOf(rows.byEntry[entering - 1]);
+      pooled.add(atRisk, -pooled.weightOf(rows.byEntry[entering - 1]));
       --count;
     }
     DoubleDouble events;
@@ -110,8 +137,11 @@ std::vector<PooledTime> eventTimes(const Pooled& pooled, const StratumRows& rows
     if (count == 0) atRisk = {};
     for (; i > 0 && pooled.exit[rows.byExit[i - 1]] == code; --i) {
       const std::uint32_t row = rows.byExit[i - 1];
-      DoubleDouble& to = pooled.event[row] != 0 ? events : atRisk;
-      to = to + pooled.weightOf(row);
+      // Which rows fail no processor foresees: both sums get a term, one of them 0.
+      const double weight = pooled.weightOf(row);
+      const double failing = weight * pooled.event[row];
+      pooled.add(events, failing);
+      pooled.add(atRisk, weight - failing);
       eventRows += pooled.event[row];
       ++count;
     }
@@ -137,13 +167,13 @@ std::vector<GroupShare> sharesOf(const Pooled& pooled, const StratumRows& rows,
     DoubleDouble events;
     for (; exits > 0 && pooled.exit[rows.byExit[exits - 1]] >= times[k].code; --exits) {
       const std::uint32_t row = rows.byExit[exits - 1];
-      if (pooled.groups[row] != group) continue;
-      atRisk = atRisk + pooled.weightOf(row);
-      if (pooled.event[row] != 0) events = events + pooled.weightOf(row);
+      const double weight = pooled.group[row] == group ? pooled.weightOf(row) : 0.0;
+      pooled.add(atRisk, weight);
+      pooled.add(events, weight * pooled.event[row]);
     }
     for (; entering > 0 && pooled.entry[rows.byEntry[entering - 1]] >= times[k].code; --entering) {
       const std::uint32_t row = rows.byEntry[entering - 1];
-      if (pooled.groups[row] == group) atRisk = atRisk - pooled.weightOf(row);
+      if (pooled.group[row] == group) pooled.add(atRisk, -pooled.weightOf(row));
     }
     shares[k] = {std::max(atRisk.hi, events.hi), events.hi};
   }

@@ -8,10 +8,12 @@
 #include <vector>
 
 #include "engine/curves/sample.h"
+#include "numerics/doubleDouble.h"
 
 namespace survmeth::engine::curves {
 
-// The caller's rows with the codes of their times, and their order within strata.
+// The rows of positive weight, numbered by stratum and exit, so that whoever runs over them in the
+// order of time reads memory in order. All arrays are of these rows.
 struct Pooled {
   Pooled(const Response& response, const Rows& rows, const Groups& groups, double tieTolerance);
 
@@ -19,18 +21,26 @@ struct Pooled {
   Pooled(const risk::TimeCodes& codes, const Response& response, const Rows& rows,
          const Groups& groups);
 
-  std::uint32_t stratumOf(std::uint32_t row) const {
-    return input.stratum.empty() ? 0 : input.stratum[row];
-  }
-  double weightOf(std::uint32_t row) const {
-    return input.weight.empty() ? 1.0 : input.weight[row];
+  std::size_t rows() const { return exit.size(); }
+  std::uint32_t stratumOf(std::uint32_t row) const { return stratum.empty() ? 0 : stratum[row]; }
+  double weightOf(std::uint32_t row) const { return weight.empty() ? 1.0 : weight[row]; }
+  // Adds a weight to a sum, or takes it off where below 0: the sum in twice the precision.
+  void add(numerics::DoubleDouble& sum, double w) const {
+    if (exact) {
+      sum.hi += w;
+    } else {
+      sum = sum + w;
+    }
   }
 
-  Rows input;
-  Groups groups;
-  std::vector<std::uint8_t> event;             // of the caller's rows
+  std::vector<std::uint32_t> source;  // the caller's row
+  std::size_t groupCount = 1;
+  std::vector<std::uint32_t> group, stratum;  // stratum empty where there is one
+  std::vector<double> weight;                 // empty: 1
+  bool exact = true;                          // a double holds every sum of these weights
+  std::vector<std::uint8_t> event;
   std::vector<std::uint32_t> exit, entry;      // codes; entry empty without entries
-  std::vector<std::uint32_t> byExit, byEntry;  // rows of positive weight by stratum, then time
+  std::vector<std::uint32_t> byExit, byEntry;  // by stratum, then time; byExit is 0, 1, ...
 };
 
 // Rows of one stratum within orders like Pooled's.

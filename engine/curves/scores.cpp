@@ -51,7 +51,7 @@ Scores scoresOf(const Pooled& pooled, std::span<const Weighting> weightings) {
       const std::vector<double> scores = scoresOf(pooled, rows, times, weights, entered);
       all[w].insert(all[w].end(), scores.begin(), scores.end());
     }
-    for (const std::uint32_t row : rows.byExit) result.group.push_back(pooled.groups[row]);
+    for (const std::uint32_t row : rows.byExit) result.group.push_back(pooled.group[row]);
     result.first.push_back(result.group.size());
   }
   // All scores together stay below 2^62 units.

@@ -23,7 +23,7 @@ class Stratum {
     groups_.clear();
     ++stratum_;
     for (const std::uint32_t row : rows.byExit) {
-      const std::uint32_t g = pooled_.groups[row];
+      const std::uint32_t g = pooled_.group[row];
       if (seen_[g] != stratum_) groups_.push_back(g);
       seen_[g] = stratum_;
     }
@@ -33,24 +33,24 @@ class Stratum {
     const std::vector<PooledTime> times = eventTimes(pooled_, rows);
     findChanges(rows, times);
     std::vector<numerics::DoubleDouble> n(groups_.size());
-    for (const std::uint32_t row : rows.byExit)
-      n[local(row)] = n[local(row)] + pooled_.weightOf(row);
+    for (const std::uint32_t row : rows.byExit) pooled_.add(n[local(row)], pooled_.weightOf(row));
     entering_.assign(groups_.size(), {});
     if (rows.byEntry.empty()) entering_ = n;
     // The counts are those of a weight of 1 that stands behind the others.
     const std::size_t all = weightings.size() + (events == nullptr ? 0 : 1);
     const std::size_t m = groups_.size();
     const std::size_t most = std::max<std::size_t>(1, kTogether / (m * m));
+    std::vector<Weighting> together;
     for (std::size_t from = 0; from < all; from += most) {
       count_ = std::min(most, all - from);
-      weights_.clear();
+      together.clear();
       links_.clear();
       for (std::size_t i = 0; i < count_; ++i) {
         const bool counts = from + i == weightings.size();
-        weights_.push_back(weightsOf(counts ? Weighting() : weightings[from + i], times));
+        together.push_back(counts ? Weighting() : weightings[from + i]);
         links_.push_back(counts ? &unused_ : &sums[from + i].links);
       }
-      run(times);
+      run(times, together);
       for (std::size_t i = 0; i < count_ && from + i < weightings.size(); ++i) {
         put(i, sums[from + i]);
       }
@@ -74,12 +74,15 @@ class Stratum {
     double events;            // weight of the events, at event time at - 1
   };
 
-  std::uint32_t local(std::uint32_t row) const { return localOf_[pooled_.groups[row]]; }
+  std::uint32_t local(std::uint32_t row) const { return localOf_[pooled_.group[row]]; }
 
   // Changes in the order of time, one for all rows of a group that enter or leave between two event
   // times.
   void findChanges(const StratumRows& rows, std::span<const PooledTime> times) {
     changes_.clear();
+    const std::size_t ends = rows.byExit.size() + rows.byEntry.size();
+    const std::size_t most = 2 * groups_.size();  // changes before one event time
+    changes_.reserve(ends / most > times.size() ? most * (times.size() + 1) : ends);
     constexpr std::size_t kNone = static_cast<std::size_t>(-1);
     std::vector<std::size_t> in(groups_.size(), kNone);
     std::vector<std::size_t> out(groups_.size(), kNone);
@@ -115,7 +118,7 @@ class Stratum {
   }
 
   // Over all event times, of `count_` weightings side by side.
-  void run(std::span<const PooledTime> times) {
+  void run(std::span<const PooledTime> times, std::span<const Weighting> weightings) {
     const std::size_t m = groups_.size();
     const std::size_t c = count_;
     here_.assign(c, Links(m));
@@ -127,10 +130,10 @@ class Stratum {
     alone_.assign(cells, 0.0);
     together_.assign(numerics::product(m, cells), 0.0);
     integral_.assign(cells, 0.0);
-    std::vector<numerics::RunningSum> hazard(c);
-    std::vector<numerics::RunningSum> variance(c);
+    numerics::RunningSums integrals(2 * c);  // of hazard and variance
     std::vector<double> spread(c);
-    std::vector<double> sums(2 * c);  // of hazard and variance
+    std::vector<double> sums(2 * c);
+    WeightsInTime weights(weightings);
     now_.resize(c);
     std::size_t next = 0;
     for (std::uint32_t k = 0; k <= times.size(); ++k) {
@@ -141,12 +144,12 @@ class Stratum {
       const double n = times[k].atRisk;
       const double d = times[k].events;
       const double one = n > 1.0 ? d * (times[k].surviving / (n - 1.0)) / n : 0.0;
+      weights.next(times[k], now_.data());
       for (std::size_t i = 0; i < c; ++i) {
-        now_[i] = weights_[i][k];
-        sums[i] = hazard[i].add(now_[i] * (d / n));
-        spread[i] = now_[i] * now_[i] * one;
-        sums[c + i] = variance[i].add(spread[i]);
+        sums[i] = now_[i] * (d / n);
+        sums[c + i] = spread[i] = now_[i] * now_[i] * one;
       }
+      integrals.add(sums.data());
       for (std::size_t j = 0; j < m; ++j) {
         const double part = atRisk_[j].hi / n;
         double* integral = integral_.data() + j * c;
@@ -162,7 +165,7 @@ class Stratum {
     const std::size_t m = groups_.size();
     const std::size_t c = count_;
     const std::size_t j = change.group;
-    atRisk_[j] = atRisk_[j] - change.weight;
+    pooled_.add(atRisk_[j], -change.weight);
     double* expected = expected_.data() + j * c;
     double* alone = alone_.data() + j * c;
     for (std::size_t i = 0; i < c; ++i) {
@@ -215,8 +218,7 @@ class Stratum {
   std::vector<numerics::DoubleDouble> entering_, atRisk_;  // at the beginning, and now
   // Of the weightings that are summed side by side: the last index is theirs.
   std::size_t count_ = 0;
-  std::vector<std::vector<double>> weights_;  // of each event time
-  std::vector<double> now_;                   // those of the last event time
+  std::vector<double> now_;  // the weights of the last event time
   std::vector<Links*> links_;
   std::vector<double> observed_, expected_;
   std::vector<double> alone_, together_;  // of the covariance: diagonal less products

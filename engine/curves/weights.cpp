@@ -23,34 +23,45 @@ void requireWeighting(const Weighting& weighting) {
   throw Refusal(Role::kRho, Refusal::kNone, "the powers of the weights are not numbers from 0");
 }
 
-std::vector<double> weightsOf(const Weighting& weighting, std::span<const PooledTime> times) {
-  std::vector<double> weights;
-  weights.reserve(times.size());
-  double survival = 1.0;
-  for (const PooledTime& time : times) {
-    const double n = time.atRisk;
-    switch (weighting.kind) {
+WeightsInTime::WeightsInTime(std::span<const Weighting> weightings) : weightings_(weightings) {
+  for (const Weighting& each : weightings) {
+    peto_ = peto_ || each.kind == Kind::kPetoPeto || each.kind == Kind::kModifiedPetoPeto;
+  }
+}
+
+void WeightsInTime::next(const PooledTime& time, double* weights) {
+  const double n = time.atRisk;
+  if (peto_) estimate_ *= (time.surviving + 1.0) / (n + 1.0);
+  for (const Weighting& each : weightings_) {
+    double& weight = *weights++;
+    switch (each.kind) {
       case Kind::kLogRank:
-        weights.push_back(1.0);
+        weight = 1.0;
         break;
       case Kind::kGehanBreslow:
-        weights.push_back(n);
+        weight = n;
         break;
       case Kind::kTaroneWare:
-        weights.push_back(std::sqrt(n));
+        weight = std::sqrt(n);
         break;
       case Kind::kPetoPeto:
+        weight = estimate_;
+        break;
       case Kind::kModifiedPetoPeto:
-        survival *= (time.surviving + 1.0) / (n + 1.0);
-        weights.push_back(weighting.kind == Kind::kPetoPeto ? survival
-                                                            : survival * (n / (n + 1.0)));
+        weight = estimate_ * (n / (n + 1.0));
         break;
       case Kind::kFlemingHarrington:
-        weights.push_back(power(survival, weighting.p) * power(1.0 - survival, weighting.q));
-        survival *= time.surviving / n;
+        weight = power(survival_, each.p) * power(1.0 - survival_, each.q);
         break;
     }
   }
+  survival_ *= time.surviving / n;
+}
+
+std::vector<double> weightsOf(const Weighting& weighting, std::span<const PooledTime> times) {
+  WeightsInTime inTime(std::span(&weighting, 1));
+  std::vector<double> weights(times.size());
+  for (std::size_t k = 0; k < times.size(); ++k) inTime.next(times[k], &weights[k]);
   return weights;
 }
 

@@ -51,10 +51,17 @@ std::vector<std::size_t> independent(const std::vector<std::vector<std::uint32_t
   return chosen;
 }
 
+std::vector<std::uint32_t> causesOf(const curves::Pooled& pooled, const Response& response) {
+  std::vector<std::uint32_t> causes;
+  causes.reserve(pooled.rows());
+  for (const std::uint32_t row : pooled.source) causes.push_back(response.event[row]);
+  return causes;
+}
+
 // Rows in the order of strata and times.
 GrayTest test(const curves::Pooled& pooled, std::span<const std::uint32_t> order,
               std::span<const std::uint32_t> cause, const GrayOptions& options) {
-  const std::size_t count = pooled.groups.size();
+  const std::size_t count = pooled.groupCount;
   GrayTest result;
   result.included.assign(count, false);
   GraySums sums(count);
@@ -117,10 +124,11 @@ std::vector<GrayTest> grayTests(const Response& response, const Rows& rows, cons
   }
   std::vector<std::uint32_t> event;
   const curves::Pooled pooled(ofAnyCause(response, event), rows, groups, options.tieTolerance);
+  const std::vector<std::uint32_t> causeOf = causesOf(pooled, response);
   std::vector<GrayTest> result;
   for (const std::uint32_t cause : causes) {
     options.cause = cause;
-    result.push_back(test(pooled, pooled.byExit, response.event, options));
+    result.push_back(test(pooled, pooled.byExit, causeOf, options));
   }
   return result;
 }
@@ -131,15 +139,16 @@ std::vector<curves::PairTest> grayPairs(const Response& response, const Rows& ro
   requireTestable(response, rows, options);
   std::vector<std::uint32_t> event;
   const curves::Pooled pooled(ofAnyCause(response, event), rows, groups, options.tieTolerance);
+  const std::vector<std::uint32_t> causeOf = causesOf(pooled, response);
   std::vector<curves::PairTest> result;
   std::vector<double> pValues;
   for (std::uint32_t g = 0; g < groups.size(); ++g) {
     for (std::uint32_t h = g + 1; h < groups.size(); ++h) {
       std::vector<std::uint32_t> order;
       for (const std::uint32_t row : pooled.byExit) {
-        if (groups[row] == g || groups[row] == h) order.push_back(row);
+        if (pooled.group[row] == g || pooled.group[row] == h) order.push_back(row);
       }
-      const GrayTest found = test(pooled, order, response.event, options);
+      const GrayTest found = test(pooled, order, causeOf, options);
       result.push_back({g, h, found.chiSquare, found.pValue});
       pValues.push_back(found.pValue);
     }

@@ -142,12 +142,12 @@ GrayPart grayPart(const curves::Pooled& pooled, std::span<const std::uint32_t> r
     part.anyEvent = true;
   }
   if (!part.anyEvent) return part;
-  const std::size_t groups = pooled.groups.size();
+  const std::size_t groups = pooled.groupCount;
   std::vector<std::uint32_t> end(groups, 0);
   std::vector<bool> competing(groups, false);
   bool ofAll = true;
   for (const std::uint32_t row : rows) {
-    const std::uint32_t group = pooled.groups[row];
+    const std::uint32_t group = pooled.group[row];
     if (pooled.exit[row] < first) {
       competing[group] = competing[group] || cause[row] != 0;
       continue;
@@ -169,13 +169,13 @@ GrayPart grayPart(const curves::Pooled& pooled, std::span<const std::uint32_t> r
 void addGrayStratum(const curves::Pooled& pooled, std::span<const std::uint32_t> rows,
                     std::span<const std::uint32_t> cause, const GrayOptions& options,
                     const GrayPart& part, GraySums& sums) {
-  const std::vector<std::uint32_t> place = placesOf(part, pooled.groups.size());
+  const std::vector<std::uint32_t> place = placesOf(part, pooled.groupCount);
   std::vector<Group> groups(part.groups.size());
   const auto groupOf = [&](std::uint32_t row) -> Group* {
-    const std::uint32_t at = place[pooled.groups[row]];
+    const std::uint32_t at = place[pooled.group[row]];
     return at < groups.size() ? &groups[at] : nullptr;
   };
-  const bool weighted = !pooled.input.weight.empty();
+  const bool weighted = !pooled.weight.empty();
   for (const std::uint32_t row : rows) {
     if (Group* group = groupOf(row)) {
       if (weighted) group->remaining = group->remaining + pooled.weightOf(row);

@@ -30,7 +30,7 @@ struct GrayPart {
 // vector c in the direction of its own group; K groups need K - 1 such directions.
 //
 // In   rows   of the stratum in the order of time
-//      cause  of each of the caller's rows
+//      cause  of each of `pooled`'s rows
 // Cost O(rows)
 GrayPart grayPart(const curves::Pooled& pooled, std::span<const std::uint32_t> rows,
                   std::span<const std::uint32_t> cause, std::uint32_t tested);
