@@ -28,6 +28,17 @@ life <- list(
     test <- survdiff(Surv(time, status) ~ group, data)
     c(logRank = test$chisq, median = medians$quantile[1, 2])
   })
+# survdiff takes no late entry: curves and quartiles alone.
+late <- list(
+  prepare = function() {
+    survival_package()
+    data.frame(time = columns[, 1], status = columns[, 2], group = columns[, 3],
+               entry = columns[, 4])
+  },
+  run = function(data) {
+    curves <- survfit(Surv(entry, time, status) ~ group, data)
+    c(median = quantile(curves, c(0.25, 0.5, 0.75))$quantile[1, 2])
+  })
 # The log-rank test alone.
 tests <- list(
   prepare = life$prepare,
@@ -72,7 +83,8 @@ gray <- list(
     c(type1 = tests[1, "stat"], type2 = tests[2, "stat"])
   })
 jobs <- list(
-  life_days = life, life_distinct = life,
+  life_days = life, life_distinct = life, life_entry = late,
+  addin_life_days = life, addin_life_distinct = life,
   tests_days = tests, tests_distinct = tests,
   cox_distinct = cox, cox_three = cox, cox_weeks = cox,
   hazards_fit = hazards(2, bare), hazards_hundred = hazards(2, bare),

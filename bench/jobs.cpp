@@ -28,6 +28,7 @@
 #include "bench/competing_job.h"
 #include "bench/cox_job.h"
 #include "bench/cuminc_job.h"
+#include "bench/curves_job.h"
 #include "bench/hazards_job.h"
 #include "bench/judge_job.h"
 #include "bench/life_job.h"
@@ -52,26 +53,6 @@ template <typename T>
 Job job(const std::string& name, std::size_t columns, std::function<Columns(int rows)> make) {
   return {name, columns, std::move(make),
           [](const Columns& raw) { return std::make_unique<T>(raw); }};
-}
-
-struct Life : Analysis {
-  explicit Life(const Columns& raw) : data(bench::lifeData(raw)) {}
-  void run() override {
-    bench::LifeTables tables;
-    bench::prepare(data);
-    bench::loadGrid(data, tables);
-    bench::estimate(data, tables);
-    logRank = bench::test(tables).logRank();
-    median = tables.medians[0];
-  }
-  Results results() const override { return {{"logRank", logRank}, {"median", median}}; }
-  bench::LifeData data;
-  double logRank = 0.0, median = 0.0;
-};
-
-Columns lifeColumns(int rows, bool wholeDays) {
-  const bench::LifeData data = bench::makeLifeData(rows, wholeDays);
-  return {data.time, data.status, data.group};
 }
 
 constexpr int kCovariates = 10;
@@ -316,8 +297,12 @@ struct Intervals : Analysis {
 
 const std::vector<Job>& jobs() {
   static const std::vector<Job> all{
-      job<Life>("life_days", 3, [](int n) { return lifeColumns(n, true); }),
-      job<Life>("life_distinct", 3, [](int n) { return lifeColumns(n, false); }),
+      job<bench::Curves>("life_days", 3, [](int n) { return bench::lifeColumns(n, true); }),
+      job<bench::Curves>("life_distinct", 3, [](int n) { return bench::lifeColumns(n, false); }),
+      job<bench::Curves>("life_entry", 4, bench::entryColumns),
+      job<bench::Life>("addin_life_days", 3, [](int n) { return bench::lifeColumns(n, true); }),
+      job<bench::Life>("addin_life_distinct", 3,
+                       [](int n) { return bench::lifeColumns(n, false); }),
       job<bench::EqualSurvival>("tests_days", 3, [](int n) { return bench::testColumns(n, true); }),
       job<bench::EqualSurvival>("tests_distinct", 3,
                                 [](int n) { return bench::testColumns(n, false); }),

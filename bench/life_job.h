@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "bench/columns.h"
+#include "bench/timing.h"
 #include "survival/survival.h"
 
 namespace survmeth::bench {
@@ -113,6 +114,27 @@ inline TestRows test(LifeTables& tables) {
   ComputeLifeTests(tables.grid.data(), tables.gridTimes, tables.gridTimes, kGroups, 0.05,
                    rows.values);
   return rows;
+}
+
+struct Life : Analysis {
+  explicit Life(const Columns& raw) : data(lifeData(raw)) {}
+  void run() override {
+    LifeTables tables;
+    prepare(data);
+    loadGrid(data, tables);
+    estimate(data, tables);
+    logRank = test(tables).logRank();
+    median = tables.medians[0];
+  }
+  Results results() const override { return {{"logRank", logRank}, {"median", median}}; }
+
+  LifeData data;
+  double logRank = 0.0, median = 0.0;
+};
+
+inline Columns lifeColumns(int rows, bool wholeDays) {
+  const LifeData data = makeLifeData(rows, wholeDays);
+  return {data.time, data.status, data.group};
 }
 
 }  // namespace survmeth::bench
