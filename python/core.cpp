@@ -18,6 +18,7 @@
 #include "analysis/concordance.h"
 #include "analysis/declarationsJson.h"
 #include "analysis/savedFit.h"
+#include "python/arrow.h"
 #include "python/call.h"
 #include "python/reports.h"
 #include "report/csv.h"
@@ -82,6 +83,7 @@ nb::dict csvOf(const Done& described) {
 }  // namespace survmeth::python
 
 NB_MODULE(_core, module) {
+  using survmeth::python::ArrowTable;
   using survmeth::python::Call;
   using survmeth::python::Done;
   module.attr("version") = survmeth::python::kVersion;
@@ -91,6 +93,13 @@ NB_MODULE(_core, module) {
   nb::class_<survmeth::analysis::SavedFit>(module, "Fit")
       .def("__init__", [](survmeth::analysis::SavedFit* fit, const std::string& text) {
         new (fit) survmeth::analysis::SavedFit(survmeth::analysis::readSavedFit(text));
+      });
+  nb::class_<ArrowTable>(module, "ArrowTable")
+      .def(nb::init<nb::handle, bool>())
+      .def_prop_ro("names", &ArrowTable::names)
+      .def_prop_ro("rows", &ArrowTable::rows)
+      .def("column", [](nb::handle self, std::size_t number) {
+        return nb::cast<const ArrowTable&>(self).column(number, self);
       });
   nb::class_<Call>(module, "Call")
       .def(nb::init<const std::string&, const nb::dict&>())

@@ -4,6 +4,7 @@ import sys
 
 import numpy as np
 
+from survmeth import _core
 from survmeth._errors import RefusedInput
 
 MISSING = 0xFFFFFFFF  # of codes
@@ -20,8 +21,7 @@ class Table:
 
     def columns(self, wanted):
         """Those of the wanted names that there are, each once."""
-        return [column_of(name, self._column(name))
-                for name in dict.fromkeys(wanted) if name in self.names]
+        return [self._column(name) for name in dict.fromkeys(wanted) if name in self.names]
 
 
 def table_of(data):
@@ -29,72 +29,71 @@ def table_of(data):
         by_name = {str(name): position for position, name in enumerate(data.columns)}
         if len(by_name) < data.shape[1]:
             raise refused("two columns have the same name", "a different name for each")
-        return Table(list(by_name), lambda name: data.iloc[:, by_name[name]], len(data))
-    if hasattr(data, "column_names") and hasattr(data, "column"):  # a pyarrow Table
-        names = list(data.column_names)
+        return Table(list(by_name), lambda name: column_of(name, data.iloc[:, by_name[name]]),
+                     len(data))
+    if hasattr(data, "get_columns") and hasattr(data, "height"):  # a polars DataFrame
+        return Table(list(data.columns), lambda name: column_of(name, data[name]), data.height)
+    if is_arrow(data):
+        table = arrow_of(data, True)
+        names = table.names
         if len(set(names)) < len(names):
             raise refused("two columns have the same name", "a different name for each")
-        return Table(names, lambda name: of_arrow(data.column(name)), data.num_rows)
-    if hasattr(data, "get_columns") and hasattr(data, "height"):  # a polars DataFrame
-        return Table(list(data.columns), lambda name: of_polars(data[name]), data.height)
-    if hasattr(data, "__arrow_c_stream__"):
-        try:
-            import pyarrow
-        except ImportError:
-            raise refused(f"the data are a {type(data).__name__}, which pyarrow reads",
-                          "pyarrow to be installed, or a dict of columns") from None
-        return table_of(pyarrow.table(data))
+        return Table(names, lambda name: of_arrow(name, table, names.index(name)), table.rows)
     if hasattr(data, "keys") and hasattr(data, "__getitem__"):
-        names = list(data.keys())
-        lengths = {name: len(data[name]) for name in names}
-        for name, length in lengths.items():
-            if length != lengths[names[0]]:
-                raise refused(
-                    f'the column "{name}" has {length} cells',
-                    f'{lengths[names[0]]}, as "{names[0]}" has')
-        return Table([str(name) for name in names], dict(zip(map(str, names), data.values())).get,
-                     lengths[names[0]] if names else 0)
+        return table_of_dict({str(name): data[name] for name in data.keys()}, len(data.keys()))
     raise refused(f"the data are a {type(data).__name__}",
                   "a dict of columns or a DataFrame")
 
 
-class Coded:
-    """Categories in their order, and of each cell its category or below 0."""
-
-    def __init__(self, codes, labels):
-        self.codes, self.labels = codes, labels
-
-
-def of_arrow(column):
-    """A pyarrow ChunkedArray."""
-    import pyarrow
-
-    kind = column.type
-    if pyarrow.types.is_dictionary(kind):
-        column = column.unify_dictionaries().combine_chunks()
-        if isinstance(column, pyarrow.ChunkedArray):  # of no chunk
-            return Coded(np.empty(0, dtype=np.int64), [])
-        return Coded(column.indices.fill_null(-1).to_numpy(zero_copy_only=False),
-                     column.dictionary.to_pylist())
-    if pyarrow.types.is_integer(kind) and column.null_count:
-        return column.to_pylist()  # as floats some would become others
-    if pyarrow.types.is_decimal(kind):
-        return column.cast(pyarrow.float64()).to_numpy()
-    return column.to_numpy()
+def table_of_dict(columns, count):
+    if len(columns) < count:  # 1 and "1"
+        raise refused("two columns have the same name", "a different name for each")
+    lengths = {}
+    for name, cells in columns.items():
+        try:
+            lengths[name] = len(cells)
+        except TypeError:
+            raise refused(f"the column is a single {type(cells).__name__}",
+                          "an array or a list of its cells", name) from None
+    first = next(iter(lengths), None)
+    for name, length in lengths.items():
+        if length != lengths[first]:
+            raise refused(f'the column "{name}" has {length} cells',
+                          f'{lengths[first]}, as "{first}" has')
+    return Table(list(columns), lambda name: column_of(name, columns[name]),
+                 lengths.get(first, 0))
 
 
-def of_polars(series):
+def is_arrow(data):
+    """Whether Arrow's C data interface hands it over; what pandas has is read as pandas' own."""
+    return ((hasattr(data, "__arrow_c_stream__") or hasattr(data, "__arrow_c_array__"))
+            and not hasattr(data, "iloc"))
+
+
+def arrow_of(data, is_table):
+    try:
+        return _core.ArrowTable(data, is_table)
+    except ValueError as wrong:  # from who makes the data
+        raise refused(str(wrong), "data that can be handed over") from None
+
+
+def of_arrow(name, table, number):
+    try:
+        return name, *table.column(number)
+    except ValueError as wrong:
+        expected = ("numbers that doubles tell apart" if "2**53" in str(wrong)
+                    else "numbers or texts")
+        raise refused(str(wrong), expected, name) from None
+
+
+def of_polars(name, series):
+    """Categories of polars' own have no order, other than those of an Enum."""
     kind = str(series.dtype)
-    if kind.startswith("Enum"):
-        return Coded(series.to_physical().cast(int).fill_null(-1).to_numpy(),
-                     list(series.dtype.categories))
-    if kind.startswith("Categorical"):  # which have no order of their own
-        return series.cast(str).to_numpy()
-    if kind.startswith(("Int", "UInt")) and series.null_count():
-        return series.to_list()
-    if kind.startswith("Decimal"):
-        return series.cast(float).to_numpy()
-    return series.to_numpy()
+    if kind.startswith("Categorical"):
+        series = series.cast(str)
+    if kind == "Object":
+        return column_of(name, series.to_list())
+    return of_arrow(name, arrow_of(series, False), 0)
 
 
 def refused(what, expected, column=None, row=None):
@@ -103,14 +102,14 @@ def refused(what, expected, column=None, row=None):
 
 def column_of(name, values):
     """(name, numbers) or (name, codes, labels, whether they are categories in their order)."""
+    if is_arrow(values) and hasattr(values, "to_physical"):
+        return of_polars(name, values)
+    if is_arrow(values):
+        return of_arrow(name, arrow_of(values, False), 0)
     if hasattr(values, "cat") and hasattr(values, "dtype"):  # pandas categories
         labels = [label_of(label) for label in values.cat.categories]
         codes = np.asarray(values.cat.codes).astype(np.int64)
         return name, as_codes(np.where(codes < 0, MISSING, codes)), labels, True
-    if isinstance(values, Coded):
-        codes = values.codes.astype(np.int64)
-        return (name, as_codes(np.where(codes < 0, MISSING, codes)),
-                [label_of(label) for label in values.labels], True)
     if isinstance(values, np.ma.MaskedArray):
         values = np.where(np.ma.getmaskarray(values), None, values.data.astype(object))
     if not isinstance(values, np.ndarray):

@@ -143,6 +143,17 @@ def test_columns_of_different_lengths():
     assert str(error) == 'data: the column "e" has 2 cells; expected 6, as "t" has'
 
 
+@pytest.mark.parametrize("cell, kind", [(3, "int"), (np.array(3.0), "ndarray"), (None, "NoneType")])
+def test_a_single_value_is_no_column(cell, kind):
+    assert str(refused(life, t=cell)) == \
+        f'data, column "t": the column is a single {kind}; expected an array or a list of its cells'
+
+
+def test_two_keys_of_one_name():
+    error = refused(survmeth.life, {"t": TIME, "e": EVENT, 1: TIME, "1": EVENT}, time="t", event="e")
+    assert error.what == "two columns have the same name"
+
+
 def test_columns_of_two_dimensions():
     error = refused(life, t=np.ones((6, 2)))
     assert str(error) == 'data, column "t": the column has 2 dimensions; expected one'
