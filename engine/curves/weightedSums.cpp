@@ -82,7 +82,7 @@ class Stratum {
     changes_.clear();
     const std::size_t ends = rows.byExit.size() + rows.byEntry.size();
     const std::size_t most = 2 * groups_.size();  // changes before one event time
-    changes_.reserve(ends / most > times.size() ? most * (times.size() + 1) : ends);
+    changes_.reserve(ends / most > times.size() ? numerics::product(most, times.size() + 1) : ends);
     constexpr std::size_t kNone = static_cast<std::size_t>(-1);
     std::vector<std::size_t> in(groups_.size(), kNone);
     std::vector<std::size_t> out(groups_.size(), kNone);
