@@ -8,6 +8,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "analysis/option.h"
@@ -36,6 +37,28 @@ struct Fitted {
 };
 
 struct Lasting;
+struct Declaration;
+
+// Reads other data than the first, with the columns that a follow-up's request wants, and calls
+// `use` with them; what `use` refuses is placed in them.
+//
+// In   name   as the option says it
+using WithData =
+    std::function<void(const std::string& name, const Declaration& followUp, const void* request,
+                       const std::function<void(const frame::Frame&)>& use)>;
+
+// The option of an analysis that names new data, to which the follow-up of its own result is applied.
+struct NewData {
+  std::string option;
+  // The follow-up's request, of what the analysis' own request says.
+  std::function<std::shared_ptr<void>(const frame::Frame& data, const void* result,
+                                      const void* request)>
+      request;
+  // Options and tables of the follow-up that have another name in the analysis: theirs, its.
+  std::vector<std::pair<std::string, std::string>> names;
+
+  std::string nameOf(const std::string& followUps) const;
+};
 
 struct Declaration {
   std::string name;
@@ -63,6 +86,8 @@ struct Declaration {
 
   // How a result is kept for follow-ups; nullptr: it is not.
   std::shared_ptr<const Lasting> lasting;
+  // Of an analysis that takes new data beside its own; no option where it does not.
+  NewData newData;
   // Of a follow-up: gives its request what lasts of the result that it follows.
   std::function<void(void* request, std::shared_ptr<const void> lasting)> follow;
 
@@ -91,10 +116,15 @@ std::vector<frame::Wanted> wantedColumns(const Declaration& declaration, const v
 void requireOptions(const Declaration& declaration, const void* request);
 
 // Checks the request, fits, describes, and completes the report with what all analyses share:
-// name, data, plan, rows left out. `data` holds the wanted columns, complete.
-// Throws engine::Refusal, BadOption, numerics::Cancelled.
+// name, data, plan, rows left out. `data` holds the wanted columns, complete. New data that the
+// request names are read by `withData`; what follows of them is added to the report.
+// Throws engine::Refusal, BadOption, numerics::Cancelled, and what withData throws.
 Fitted analyse(const Declaration& declaration, const frame::Frame& data, const void* request,
-               numerics::Progress& progress, const Parts& parts = {});
+               numerics::Progress& progress, const Parts& parts = {},
+               const WithData& withData = nullptr);
+
+// What the options of other data say, in their order.
+std::vector<std::string> otherData(const Declaration& declaration, const void* request);
 
 // Where a refusal stands: the column that the request names for its role, the option where the
 // role is no column.

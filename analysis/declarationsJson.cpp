@@ -28,6 +28,8 @@ const char* nameOf(Type type) {
       return "columns";
     case Type::kFormula:
       return "formula";
+    case Type::kData:
+      return "data";
     case Type::kText:
       break;
   }

@@ -7,6 +7,7 @@
 #include <stdexcept>
 
 #include "analysis/digest.h"
+#include "analysis/newData.h"
 #include "frame/expression.h"
 #include "frame/select.h"
 #include "text/words.h"
@@ -198,7 +199,7 @@ void requireOptions(const Declaration& declaration, const void* request) {
 }
 
 Fitted analyse(const Declaration& declaration, const frame::Frame& data, const void* request,
-               numerics::Progress& progress, const Parts& parts) {
+               numerics::Progress& progress, const Parts& parts, const WithData& withData) {
   requireOptions(declaration, request);
   const std::vector<frame::Wanted> wanted =
       wantedColumns(declaration, request, frame::columnNames(data));
@@ -215,7 +216,7 @@ Fitted analyse(const Declaration& declaration, const frame::Frame& data, const v
   requireRows(declaration, used, request, wanted, incomplete);
   Fitted fitted = readingFormulas(declaration, request, [&] {
     try {
-      return declaration.run(used, request, progress, parts);
+      return withNewData(declaration, used, request, progress, parts, withData);
     } catch (const engine::Refusal& refusal) {
       if (!choosing || refusal.row() == engine::Refusal::kNone) throw;
       throw engine::Refusal(refusal.role(), rows[refusal.row()], refusal.what(), refusal.column(),

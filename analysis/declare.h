@@ -124,6 +124,11 @@ class Declaring {
     add(name, Type::kFormula, engine::Role::kFormula, "FORMULA", help, member);
     return *this;
   }
+  // Names other data than the first.
+  Declaring& data(const char* name, std::string Request::*member, const char* help) {
+    add(name, Type::kData, engine::Role::kValue, "FILE", help, member);
+    return *this;
+  }
   // Labels of the column that option `of` names: never taken for missing there.
   Declaring& label(const char* name, std::string Request::*member, const char* of, const char* help,
                    const char* valueName = "LABEL") {
@@ -172,6 +177,16 @@ class Declaring {
   }
   Declaring& without(const char* text) {  // what holds where it is not given
     made_.options.back().defaultText = text;
+    return *this;
+  }
+
+  // It is part of the plan only where it has a meaning.
+  Declaring& plannedWhere(std::function<bool(const Request&)> has) {
+    Option& option = made_.options.back();
+    option.get = [has = std::move(has),
+                  get = option.get](const void* request) -> std::optional<Setting> {
+      return has(*static_cast<const Request*>(request)) ? get(request) : std::nullopt;
+    };
     return *this;
   }
 
@@ -255,6 +270,22 @@ class Declaring {
     };
     lasting->predict = std::move(predict);
     made_.lasting = std::move(lasting);
+    return *this;
+  }
+  // The option just added names new data, to which the follow-up is applied; `request` makes its
+  // request, `names` are NewData's.
+  template <class FollowUp>
+  Declaring& newData(
+      std::function<std::shared_ptr<FollowUp>(const frame::Frame&, const Result&, const Request&)>
+          request,
+      std::vector<std::pair<std::string, std::string>> names) {
+    made_.newData.option = made_.options.back().name;
+    made_.newData.names = std::move(names);
+    made_.newData.request = [request = std::move(request)](const frame::Frame& data,
+                                                           const void* result, const void* own) {
+      return std::static_pointer_cast<void>(
+          request(data, *static_cast<const Result*>(result), *static_cast<const Request*>(own)));
+    };
     return *this;
   }
   // Of a follow-up: where its request keeps what lasts.

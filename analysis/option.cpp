@@ -138,6 +138,7 @@ Setting settingOf(const Option& option, const std::vector<std::string>& texts) {
     case Type::kText:
     case Type::kColumn:
     case Type::kFormula:
+    case Type::kData:
       break;
   }
   return text;
@@ -186,6 +187,7 @@ Setting checked(const Option& option, const Setting& value) {
       [[fallthrough]];
     case Type::kColumn:
     case Type::kFormula:
+    case Type::kData:
     case Type::kChoice:
       if (text == nullptr) throw wrong("a text");
       requireText(option, *text);

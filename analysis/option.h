@@ -20,7 +20,18 @@ namespace survmeth::analysis {
 
 using report::Setting;
 
-enum class Type { kFlag, kNumber, kText, kChoice, kColumn, kNumbers, kTexts, kColumns, kFormula };
+enum class Type {
+  kFlag,
+  kNumber,
+  kText,
+  kChoice,
+  kColumn,
+  kNumbers,
+  kTexts,
+  kColumns,
+  kFormula,
+  kData,  // other data than the first: a file's name, or what the caller calls them
+};
 
 // The numbers that an option takes; `least` and `most` themselves only where they are not open.
 struct Range {

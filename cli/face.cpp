@@ -108,9 +108,16 @@ std::shared_ptr<void> requestOf(const Declaration& declaration, const Typed& typ
 }
 
 // Every file that is asked for, before any work.
-void reserve(const Declaration& declaration, const Typed& typed, Session& session) {
+void reserve(const Declaration& declaration, const void* request, const Typed& typed,
+             Session& session) {
   session.output.input(typed.file);
   if (!typed.fit.empty()) session.output.input(typed.fit);
+  for (const std::string& other : analysis::otherData(declaration, request)) {
+    if (other == "-" && typed.file == "-") {
+      throw Problem("standard input cannot be both FILE and new data; expected a file for one");
+    }
+    session.output.input(other);
+  }
   if (!typed.save.empty()) session.output.reserve("--save", typed.save);
   for (const Option& option : declaration.options) {
     if (option.table.empty() || typed.options.at(option.name).empty()) continue;
@@ -157,7 +164,7 @@ void run(const Declaration& declaration, const Typed& typed, Session& session,
   std::string saved;
   try {
     request = requestOf(declaration, typed, std::move(followed));
-    reserve(declaration, typed, session);
+    reserve(declaration, request.get(), typed, session);
     fitted = perform({declaration, request.get(), typed.reading, typed.file, typed.file,
                       partsOf(declaration, typed), typed.save.empty() ? nullptr : &saved});
   } catch (const analysis::BadOption& bad) {

@@ -17,17 +17,24 @@ namespace analysis = survmeth::analysis;
 namespace engine = survmeth::engine;
 namespace frame = survmeth::frame;
 
-frame::Frame read(const Job& job) {
+// What is asked of a file.
+struct Asked {
+  const analysis::Declaration& declaration;
+  const void* request;
+  std::string file;
+};
+
+frame::Frame read(const Asked& asked, const frame::Reading& reading) {
   std::optional<Progress> progress;
   return frame::readFrame(
-      job.file,
+      asked.file,
       [&](const std::vector<std::string>& header) {
-        return analysis::wantedColumns(job.declaration, job.request, header);
+        return analysis::wantedColumns(asked.declaration, asked.request, header);
       },
-      job.reading.frame(),
+      reading,
       [&](std::uint64_t done, std::uint64_t total) {
         if (!progress) {
-          progress.emplace("reading " + (job.file == "-" ? "standard input" : job.file), total);
+          progress.emplace("reading " + (asked.file == "-" ? "standard input" : asked.file), total);
         }
         progress->at(done);
       });
@@ -46,26 +53,43 @@ class Working : public survmeth::numerics::Progress {
 };
 
 // A refusal with its place: file, line, column.
-Problem placed(const Job& job, const frame::Frame& data, const engine::Refusal& refusal) {
-  const analysis::Place place = analysis::placeOf(job.declaration, job.request, refusal);
+Problem placed(const Asked& asked, const frame::Frame& data, const engine::Refusal& refusal) {
+  const analysis::Place place = analysis::placeOf(asked.declaration, asked.request, refusal);
   const std::size_t line =
       refusal.row() == engine::Refusal::kNone ? 0 : data.lines.line(refusal.row());
   return problemAt({data.source, line, place.column}, refusal.what(), refusal.expected());
 }
 
+// The reader of other data: as the first, of which a condition is.
+analysis::WithData otherData(const Job& job) {
+  return [&job](const std::string& name, const analysis::Declaration& declaration,
+                const void* request, const std::function<void(const frame::Frame&)>& use) {
+    const Asked asked{declaration, request, job.fileOf ? job.fileOf(name) : name};
+    frame::Reading reading = job.reading.frame();
+    reading.where.clear();
+    const frame::Frame data = read(asked, reading);
+    try {
+      use(data);
+    } catch (const engine::Refusal& refusal) {
+      throw placed(asked, data, refusal);
+    }
+  };
+}
+
 }  // namespace
 
 analysis::Fitted perform(const Job& job) {
+  const Asked asked{job.declaration, job.request, job.file};
   frame::Frame data;
   try {
-    data = read(job);
+    data = read(asked, job.reading.frame());
   } catch (const frame::ExpressionError& wrong) {
     throw analysis::BadOption("where", analysis::withPlace(wrong));
   }
   Working progress(job.declaration.name + " of " + data.source);
   try {
     analysis::Fitted fitted =
-        analysis::analyse(job.declaration, data, job.request, progress, job.parts);
+        analysis::analyse(job.declaration, data, job.request, progress, job.parts, otherData(job));
     if (job.name != job.file) fitted.report.data.name = job.name;
     analysis::echo(job.reading, fitted.report);
     if (job.saved != nullptr) {
@@ -74,7 +98,7 @@ analysis::Fitted perform(const Job& job) {
     }
     return fitted;
   } catch (const engine::Refusal& refusal) {
-    throw placed(job, data, refusal);
+    throw placed(asked, data, refusal);
   }
 }
 

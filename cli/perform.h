@@ -3,6 +3,7 @@
 #ifndef CLI_PERFORM_H_
 #define CLI_PERFORM_H_
 
+#include <functional>
 #include <string>
 
 #include "analysis/declaration.h"
@@ -18,6 +19,8 @@ struct Job {
   std::string name;  // what the report calls them
   survmeth::analysis::Parts parts = {};
   std::string* saved = nullptr;  // where what lasts of the result is wanted: the file's text
+  // The file of other data that an option names; that of the name where there is none.
+  std::function<std::string(const std::string& name)> fileOf = {};
 };
 
 // Throws Problem and frame::Unreadable, each with file, line and column where there is one;

@@ -55,6 +55,13 @@ void reserve(const analysis::Plan& plan, const Typed& typed, Session& session) {
   session.output.input(typed.plan);
   for (const analysis::Planned& each : plan.analyses) {
     session.output.input(besidePlan(typed.plan, each.data));
+    for (const std::string& other : analysis::otherData(*each.declaration, each.request.get())) {
+      if (other == "-") {
+        throw Problem(nameOf(typed.plan) + ", " + each.title() +
+                      ": the new data are standard input; expected a file");
+      }
+      session.output.input(besidePlan(typed.plan, other));
+    }
   }
   if (!typed.html.empty()) session.output.reserve("--html", typed.html);
   if (typed.out.empty()) return;
@@ -136,9 +143,14 @@ std::vector<report::Report> performPlan(const analysis::Plan& plan, const std::s
                      code);
     };
     try {
-      reports.push_back(perform({*each.declaration, each.request.get(), each.reading,
-                                 besidePlan(file, each.data), each.data})
-                            .report);
+      reports.push_back(
+          perform({.declaration = *each.declaration,
+                   .request = each.request.get(),
+                   .reading = each.reading,
+                   .file = besidePlan(file, each.data),
+                   .name = each.data,
+                   .fileOf = [&file](const std::string& other) { return besidePlan(file, other); }})
+              .report);
     } catch (const Problem& problem) {
       throw wrong(problem.what(), problem.exitCode());
     } catch (const survmeth::frame::Unreadable& unreadable) {

@@ -36,7 +36,7 @@ endforeach()
 set(engineHeaders
     numerics/elementary.h numerics/progress.h numerics/threads.h engine/input.h engine/cox/fit.h
     engine/cox/baseline.h
-    engine/cox/concordance.h engine/cox/profile.h engine/cox/proportionality.h
+    engine/cox/concordance.h engine/cox/profile.h engine/cox/proportionality.h procedures/profile.h
     engine/cox/residuals.h engine/curves/bands.h engine/curves/comparison.h engine/curves/curve.h
     engine/curves/hazardRate.h engine/curves/means.h engine/curves/quantiles.h engine/curves/rates.h
     engine/incidence/gray.h engine/incidence/lost.h engine/roc/curves.h report/report.h report/build.h report/keys.h report/text.h report/json.h

@@ -113,12 +113,14 @@ Bootstrap bootstrap(std::size_t units, const Statistic& statistic, const Bootstr
 
 BootstrapSummary summarise(const Bootstrap& made, std::size_t j, double level,
                            BootstrapLimits limits) {
-  const std::size_t count = made.replicates.size();
-  if (count < 2) return {kNone, kNone, kNone, kNone};
-  const double estimate = made.estimate[j];
   std::vector<double> values;
-  for (const auto& each : made.replicates) values.push_back(each[j]);
-  BootstrapSummary summary;
+  for (const auto& each : made.replicates) {
+    if (!std::isnan(each[j])) values.push_back(each[j]);
+  }
+  const std::size_t count = values.size();
+  BootstrapSummary summary{kNone, kNone, kNone, kNone, count};
+  const double estimate = made.estimate.empty() ? kNone : made.estimate[j];
+  if (count < 2 || std::isnan(estimate)) return summary;
   const double mean =
       std::accumulate(values.begin(), values.end(), 0.0) / static_cast<double>(count);
   double squares = 0.0;

@@ -12,8 +12,9 @@
 
 namespace survmeth::procedures {
 
-// Numbers from some of the units 0 .. units - 1, each as often as it is named; empty where there are
-// none, as where a fit has no maximum. Called from several threads at once.
+// Numbers from some of the units 0 .. units - 1, each as often as it is named; NaN is one that does not
+// exist, and empty where there are none, as where a fit has no maximum. Called from several threads at
+// once.
 using Statistic = std::function<std::vector<double>(std::span<const std::uint32_t> units)>;
 
 struct BootstrapOptions {
@@ -47,14 +48,15 @@ enum class BootstrapLimits {
 struct BootstrapSummary {
   double bias = 0, standardError = 0;
   double lower = 0, upper = 0;
+  std::size_t replicates = 0;  // in which the number exists
 };
 
 // Of number j. Between two replicates a quantile is interpolated on the normal scale; beyond the
 // extreme ones it is the extreme one.
 //
 // In   level  in (0, 1)
-// Edge NaN of fewer than two replicates; kBca without acceleration, or with all replicates on one
-//      side of the estimate
+// Edge NaN of fewer than two replicates that have the number, and where the estimate lacks; kBca
+//      without acceleration, or with all replicates on one side of the estimate
 // Source Davison & Hinkley, Bootstrap Methods and their Application (1997), ch. 5; Efron, JASA 82
 //      (1987) 171-185
 BootstrapSummary summarise(const Bootstrap& made, std::size_t j, double level,

@@ -145,6 +145,49 @@ std::vector<std::string> Call::wanted(const std::vector<std::string>& names) con
   return wanted;
 }
 
+std::vector<std::string> Call::wantedOfNew(const std::vector<std::string>& names,
+                                           const std::vector<std::string>& newNames) const {
+  std::vector<std::string> may = wanted(names);
+  for (const Option& option : declaration_.lasting->predict.options) {
+    if (option.type != analysis::Type::kColumn) continue;
+    const auto setting =
+        declaration_.find(declaration_.newData.nameOf(option.name))->get(request_.get());
+    if (setting) may.push_back(std::get<std::string>(*setting));
+  }
+  std::vector<std::string> wanted;
+  for (const std::string& name : newNames) {
+    if (std::find(may.begin(), may.end(), name) != may.end()) wanted.push_back(name);
+  }
+  return wanted;
+}
+
+void Call::giveNew(const std::string& source, const std::vector<std::string>& names,
+                   const nb::list& columns, std::size_t rows) {
+  newData_ = givenOf(source, names, columns, rows);
+}
+
+// What is refused of new data is of the option that names them, where no other is at fault.
+void Call::withNew(const Declaration& followUp, const void* request,
+                   const std::function<void(const frame::Frame&)>& use) const {
+  const std::string& newData = declaration_.newData.option;
+  if (!newData_) throw analysis::BadOption(newData, "is a text; expected a table of columns");
+  try {
+    const frame::Frame data = frame::frameOf(
+        *newData_, analysis::wantedColumns(followUp, request, newData_->names), reading_.missing);
+    try {
+      use(data);
+    } catch (const engine::Refusal& refusal) {
+      const analysis::Place place = analysis::placeOf(followUp, request, refusal);
+      const bool isRow = refusal.row() != engine::Refusal::kNone;
+      throw Refused{place.option.empty() ? newData : declaration_.newData.nameOf(place.option),
+                    place.column, refusal.what(), refusal.expected(),
+                    isRow ? data.lines.line(refusal.row()) - 1 : engine::Refusal::kNone};
+    }
+  } catch (const frame::Unsuitable& bad) {
+    throw Refused{newData, bad.column(), bad.text(), bad.expected(), bad.row()};
+  }
+}
+
 Done Call::run(const std::string& source, const std::vector<std::string>& names,
                const nb::list& columns, std::size_t rows, const nb::object& tell) const {
   const frame::Given given = givenOf(source, names, columns, rows);
@@ -158,6 +201,8 @@ Done Call::run(const std::string& source, const std::vector<std::string>& names,
     } catch (const engine::Refusal& refusal) {
       const analysis::Place place = analysis::placeOf(declaration_, request_.get(), refusal);
       refused = {place.option, place.column, refusal.what(), refusal.expected(), refusal.row()};
+    } catch (const Refused& elsewhere) {
+      refused = elsewhere;
     } catch (const analysis::BadOption& bad) {
       refused = {bad.option(), {}, bad.what(), {}};
     } catch (const frame::Unsuitable& bad) {
@@ -182,7 +227,12 @@ Done Call::work(const frame::Given& given, numerics::Progress& progress) const {
       frame::frameOf(given, analysis::wantedColumns(declaration_, request_.get(), given.names),
                      reading_.missing, reading_.where);
   try {
-    analysis::Fitted fitted = analysis::analyse(declaration_, data, request_.get(), progress);
+    analysis::Fitted fitted = analysis::analyse(
+        declaration_, data, request_.get(), progress, {},
+        [this](const std::string&, const Declaration& followUp, const void* request,
+               const std::function<void(const frame::Frame&)>& use) {
+          withNew(followUp, request, use);
+        });
     analysis::echo(reading_, fitted.report);
     Done done;
     if (declaration_.lasting) {

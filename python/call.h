@@ -6,7 +6,9 @@
 #include <nanobind/nanobind.h>
 
 #include <cstddef>
+#include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -37,6 +39,14 @@ class Call {
   // Of the names of all columns, those that the request asks for.
   std::vector<std::string> wanted(const std::vector<std::string>& names) const;
 
+  // Of the names of columns of new data, those that the request may ask for; `names` as above.
+  std::vector<std::string> wantedOfNew(const std::vector<std::string>& names,
+                                       const std::vector<std::string>& newNames) const;
+
+  // The new data that an option names.
+  void giveNew(const std::string& source, const std::vector<std::string>& names,
+               const nanobind::list& columns, std::size_t rows);
+
   // Runs without the interpreter's lock.
   //
   // In     names     of all columns that the caller has, for messages
@@ -49,10 +59,13 @@ class Call {
  private:
   void set(const nanobind::dict& settings);
   Done work(const frame::Given& given, numerics::Progress& progress) const;
+  void withNew(const analysis::Declaration& followUp, const void* request,
+               const std::function<void(const frame::Frame&)>& use) const;
 
   const analysis::Declaration& declaration_;
   std::shared_ptr<void> request_;
   analysis::Reading reading_;
+  std::optional<frame::Given> newData_;
 };
 
 }  // namespace survmeth::python

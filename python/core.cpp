@@ -105,6 +105,8 @@ NB_MODULE(_core, module) {
       .def(nb::init<const std::string&, const nb::dict&>())
       .def(nb::init<const survmeth::analysis::SavedFit&, const nb::dict&>())
       .def("wanted", &Call::wanted)
+      .def("wanted_of_new", &Call::wantedOfNew)
+      .def("give_new", &Call::giveNew)
       .def("run", &Call::run, nb::arg("source"), nb::arg("names"), nb::arg("columns"),
            nb::arg("rows"), nb::arg("tell").none());
   nb::class_<Done>(module, "Report")

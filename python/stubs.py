@@ -42,6 +42,7 @@ TYPES = {
     "numbers": "float | Iterable[float]",
     "texts": "str | float | Iterable[str | float]",
     "columns": "str | Iterable[str]",
+    "data": "Any",
 }
 
 SHARED = {
@@ -70,6 +71,7 @@ def function_of(analysis):
     options = sorted(analysis["options"], key=lambda option: not option["required"])
     assert list(SHARED) == list(declared.SHARED)
     named = [parameter_of(option) for option in options]
+    named += [f"{name}_name: str = {name!r}" for name in declared.names_of_data(analysis)]
     named += [f"{name}: {kind}" for name, kind in SHARED.items()]
 
     def lines(first, by_name):

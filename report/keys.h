@@ -50,6 +50,8 @@ inline constexpr char kDate[] = "date";
 // Counts; sums of weights where there are weights.
 inline constexpr char kRows[] = "rows";
 inline constexpr char kN[] = "n";
+inline constexpr char kNewDigest[] = "newDigest";  // of the columns of new data that were used
+inline constexpr char kNewRows[] = "newRows";      // of these
 inline constexpr char kEvents[] = "events";
 inline constexpr char kCensored[] = "censored";
 inline constexpr char kCompeting[] = "competing";  // events of other types

@@ -5,6 +5,7 @@
 #include <emscripten/val.h>
 
 #include <exception>
+#include <functional>
 #include <memory>
 #include <string>
 #include <utility>
@@ -64,23 +65,55 @@ struct Request {
   }
 };
 
-report::Report reportOf(const Request& request, const frame::Frame& data, Told& progress) {
+// What is refused of data, at its place in them.
+Refused refusedIn(const frame::Frame& data, const analysis::Declaration& declaration,
+                  const void* options, const engine::Refusal& refusal) {
+  const analysis::Place place = analysis::placeOf(declaration, options, refusal);
+  const std::size_t line =
+      refusal.row() == engine::Refusal::kNone ? 0 : data.lines.line(refusal.row());
+  return {place.option,
+          frame::placed({data.source, line, place.column}, refusal.what(), refusal.expected())};
+}
+
+// The reader of new data beside the first, of the bytes that came along.
+analysis::WithData withBytes(const Request& request, const val& bytes) {
+  if (!bytes.isString()) return nullptr;
+  return
+      [&request, bytes](const std::string& name, const analysis::Declaration& followUp,
+                        const void* options, const std::function<void(const frame::Frame&)>& use) {
+        frame::Reading reading = request.reading.frame();
+        reading.where.clear();
+        const std::string text = bytes.as<std::string>();
+        const frame::Frame data = frame::readText(
+            text, name,
+            [&](const std::vector<std::string>& header) {
+              return analysis::wantedColumns(followUp, options, header);
+            },
+            reading);
+        try {
+          use(data);
+        } catch (const engine::Refusal& refusal) {
+          throw refusedIn(data, followUp, options, refusal);
+        }
+      };
+}
+
+report::Report reportOf(const Request& request, const frame::Frame& data,
+                        const analysis::WithData& withData, Told& progress) {
   const void* options = request.options.get();
   try {
-    report::Report report = analysis::analyse(request.declaration, data, options, progress).report;
+    report::Report report =
+        analysis::analyse(request.declaration, data, options, progress, {}, withData).report;
     analysis::echo(request.reading, report);
     return report;
   } catch (const engine::Refusal& refusal) {
-    const analysis::Place place = analysis::placeOf(request.declaration, options, refusal);
-    const std::size_t line =
-        refusal.row() == engine::Refusal::kNone ? 0 : data.lines.line(refusal.row());
-    throw Refused{place.option, frame::placed({data.source, line, place.column}, refusal.what(),
-                                              refusal.expected())};
+    throw refusedIn(data, request.declaration, options, refusal);
   }
 }
 
 report::Report performed(const std::string& name, const std::string& options,
-                         const std::string& source, const std::string& bytes, const val& tell) {
+                         const std::string& source, const std::string& bytes, const val& newBytes,
+                         const val& tell) {
   const analysis::Declaration* declaration = analysis::findDeclaration(name);
   if (declaration == nullptr) throw Refused{{}, "there is no analysis " + name};
   Request request{*declaration};
@@ -93,7 +126,7 @@ report::Report performed(const std::string& name, const std::string& options,
         },
         request.reading.frame());
     Told progress(tell);
-    return reportOf(request, data, progress);
+    return reportOf(request, data, withBytes(request, newBytes), progress);
   } catch (const analysis::BadOption& bad) {
     throw Refused{bad.option(), bad.option() + ": " + bad.what()};
   } catch (const analysis::JsonError& wrong) {
@@ -141,10 +174,10 @@ val formsOf(const report::Report& report, const val& wanted) {
 // The forms, or an object whose member says why there are none: `refused`, `cancelled`, `failed`.
 // No exception leaves the module.
 val run(const std::string& name, const std::string& options, const std::string& source,
-        const std::string& bytes, const val& wanted, const val& tell) {
+        const std::string& bytes, const val& newBytes, const val& wanted, const val& tell) {
   val outcome = val::object();
   try {
-    return formsOf(performed(name, options, source, bytes, tell), wanted);
+    return formsOf(performed(name, options, source, bytes, newBytes, tell), wanted);
   } catch (const Refused& refused) {
     val said = val::object();
     said.set("option", refused.option);

@@ -33,6 +33,11 @@ async function bytesOf(place) {
   return new Uint8Array(await answer.arrayBuffer());
 }
 
+/** New data as the core takes them: a text, or null where there are none. */
+function textOf(data) {
+  return data instanceof Uint8Array ? new TextDecoder().decode(data) : data;
+}
+
 class Survmeth {
   #core;
 
@@ -53,14 +58,15 @@ class Survmeth {
    * how      name    what the report calls the data
    *          wanted  the forms: json { figures }, text { width, digits, notes }, html { digits }, csv;
    *                  json alone where it is not said
+   *          newdata the bytes or the text of new data, which the option of this name calls by a name
    *          tell    a function that is called with the part of the work that is done, from 0 to 1;
    *                  false ends the work
    *
    * Throws RefusedInput, Cancelled.
    */
-  run(name, data, options = {}, { name: source = "data", wanted = { json: {} }, tell = null } = {}) {
+  run(name, data, options = {}, { name: source = "data", wanted = { json: {} }, newdata = null, tell = null } = {}) {
     const outcome =
-      this.#core.run(name, JSON.stringify(options), source, data, wanted, tell);
+      this.#core.run(name, JSON.stringify(options), source, data, textOf(newdata), wanted, tell);
     if (outcome.refused) throw new RefusedInput(outcome.refused.option, outcome.refused.text);
     if (outcome.cancelled) throw new Cancelled();
     if (outcome.failed) throw new Error(outcome.failed);

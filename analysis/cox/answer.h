@@ -13,10 +13,10 @@
 #include "engine/cox/concordance.h"
 #include "engine/cox/fit.h"
 #include "engine/cox/penalised.h"
-#include "engine/cox/profile.h"
 #include "engine/cox/proportionality.h"
 #include "model/design.h"
 #include "procedures/bootstrap.h"
+#include "procedures/profile.h"
 #include "report/report.h"
 
 namespace survmeth::analysis {
@@ -85,10 +85,11 @@ struct CoxAnswer {
   bool sampling = false;              // weights are inverse probabilities
   bool weighted = false;
   std::optional<engine::cox::Concordance> concordance;
-  std::vector<engine::cox::ProfileLimits> profile;  // of each column, where asked for
+  std::vector<procedures::ProfileLimits> profile;  // of each column, where asked for
   std::vector<CoxStep> steps;
   std::size_t leftOut = 0;                         // terms that were not selected
   std::optional<procedures::Bootstrap> bootstrap;  // of the estimated coefficients
+  std::vector<std::vector<std::uint32_t>> units;   // rows that it draws together
   std::vector<engine::cox::TermTest> dropOne;
   std::optional<CoxComparison> versus;
   std::optional<CoxProportionality> zph;

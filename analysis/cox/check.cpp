@@ -152,6 +152,23 @@ void checkPenalties(const CoxRequest& request) {
   }
 }
 
+// Nothing is predicted without new data. Of the subjects in these only the fit knows enough.
+void checkNewData(const CoxRequest& request) {
+  if (!request.newData.empty()) return;
+  const std::pair<const char*, bool> wishes[] = {
+      {"at", !request.at.empty()},
+      {"quantiles", !request.quantiles.empty()},
+      {"conf", request.survivalLimits != CoxWishes().survivalLimits},
+      {"newdata-reference", request.centre != CoxWishes().centre},
+      {"terms", request.parts},
+      {"expected", request.expected},
+      {"newdata-id", !request.subject.empty()},
+      {"curves", request.curves}};
+  for (const auto& [option, given] : wishes) {
+    if (given) throw BadOption(option, "stands without --newdata; expected both or none");
+  }
+}
+
 }  // namespace
 
 void checkCox(const CoxRequest& request) {
@@ -173,6 +190,7 @@ void checkCox(const CoxRequest& request) {
   }
   checkResiduals(request);
   checkPenalties(request);
+  checkNewData(request);
 }
 
 }  // namespace survmeth::analysis

@@ -1,8 +1,11 @@
+#include <memory>
 #include <optional>
 
 #include "analysis/all.h"
 #include "analysis/cox/describe.h"
 #include "analysis/cox/predict.h"
+#include "analysis/cox/procedures.h"
+#include "analysis/cox/refit.h"
 #include "analysis/cox/request.h"
 #include "analysis/cox/run.h"
 #include "analysis/cox/saved.h"
@@ -52,6 +55,24 @@ void addAnswers(Declaring<Request, CoxAnswer>& made) {
                "Terms of a second model, nested in this one or this one in it: likelihood ratio")
       .table("covariance", &CoxRequest::covariance, "covariance",
              "File for the covariance of the coefficients (CSV)");
+}
+
+// What is wanted of new data, beside the fit.
+std::shared_ptr<CoxPredictRequest> newDataOf(const frame::Frame& data, const CoxAnswer& answer,
+                                             const CoxRequest& request) {
+  auto made = std::make_shared<CoxPredictRequest>();
+  static_cast<CoxWishes&>(*made) = request;
+  made->alpha = request.alpha;
+  made->fit = std::make_shared<const CoxSaved>(coxSaved(data, answer, request));
+  if (answer.bootstrap && !request.at.empty()) {
+    made->bootstrapLimits = coxBootstrapLimits(request);
+    // The request lasts no longer than the fit and its data.
+    made->bootstrap = [&data, &answer, &request](const frame::Frame& newData,
+                                                 numerics::Progress& progress) {
+      return bootstrapSurvival(data, request, answer, newData, request, progress);
+    };
+  }
+  return made;
 }
 
 template <class Request>
@@ -136,7 +157,9 @@ Declaration coxDeclaration() {
       .without("0.05")
       .texts("force", &CoxRequest::force, Role::kValue, "Terms that stay in the model", "TERM,TERM")
       .number("bootstrap", &CoxRequest::bootstrap, wholeFrom(2),
-              "Replicates of the bootstrap of the coefficients; clusters are drawn whole", "B")
+              "Replicates of the bootstrap of the coefficients and of survival at --at; clusters "
+              "are drawn whole",
+              "B")
       .number("seed", &CoxRequest::seed, wholeFrom(0), "Seed of the bootstrap", "N")
       .without("1")
       .text("bootstrap-limits", &CoxRequest::bootstrapLimits, Role::kValue,
@@ -148,9 +171,23 @@ Declaration coxDeclaration() {
               "Ridge of this size on all coefficients, in standard deviations of their columns",
               "THETA")
       .flag("ridge-raw", &CoxRequest::ridgeRaw, "The ridge on coefficients as they are")
-      .tables({"coefficients", "tests", "terms", "dropOne", "versus", "steps", "selected",
+      .data(
+          "newdata", &CoxRequest::newData,
+          "File of new data, of whose rows risk, survival and more are predicted; read as FILE is, "
+          "without --where")
+      .newData<CoxPredictRequest>(newDataOf, {{"save", "newdata"},
+                                              {"reference", "newdata-reference"},
+                                              {"id", "newdata-id"},
+                                              {"terms", "predictedTerms"}});
+  addWishes<CoxRequest, CoxAnswer>(made, "newdata-reference", [](const CoxRequest& request) {
+    return !request.newData.empty();
+  });
+  made.text("newdata-id", &CoxRequest::subject, Role::kValue, kSubjectHelp, "COL");
+  made.tables({"coefficients", "tests", "terms", "dropOne", "versus", "steps", "selected",
                "bootstrap", "proportionality", "covariance", "baseline", "residuals"})
-      .figures({"hazardRatios", "schoenfeld"})
+      .tables({"predictions", "predictedTerms", "expected", "survival", "survivalBootstrap",
+               "quantiles", "curves"})
+      .figures({"hazardRatios", "schoenfeld", "predictedSurvival"})
       .details(
           "The model is a formula, or --time, --event and --covariates. A column with text, one in "
           "C(...) and one named in --factor or --reference becomes one indicator for each level "

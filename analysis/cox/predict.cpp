@@ -6,13 +6,18 @@
 
 #include "frame/expression.h"
 #include "model/response.h"
+#include "numerics/partOfProgress.h"
 
 namespace survmeth::analysis {
 namespace {
 
 CoxPredictions fitPredictions(const frame::Frame& data, const CoxPredictRequest& request,
                               numerics::Progress& progress) {
-  return predictCox(*request.fit, data, request, progress);
+  if (!request.bootstrap) return predictCox(*request.fit, data, request, progress);
+  numerics::PartOfProgress own(progress, 0, 20), rest(progress, 1, 20, 20);
+  CoxPredictions made = predictCox(*request.fit, data, request, own);
+  made.bootstrap = request.bootstrap(data, rest);
+  return made;
 }
 
 void check(const CoxPredictRequest& request) {
@@ -20,19 +25,19 @@ void check(const CoxPredictRequest& request) {
                                                     {"quantiles", !request.quantiles.empty()},
                                                     {"expected", request.expected},
                                                     {"curves", request.curves},
-                                                    {"id", !request.id.empty()}};
+                                                    {"id", !request.subject.empty()}};
   for (const auto& [option, given] : ofHazards) {
     if (!given || request.fit->hazard) continue;
     throw BadOption(option,
                     "the fit has no survival curve, for its ties are treated exactly; expected a "
                     "fit with --ties efron or breslow");
   }
-  if (!request.id.empty() && !request.fit->entry) {
+  if (!request.subject.empty() && !request.fit->entry) {
     throw BadOption("id",
                     "the fit has no entry times, by which rows of a subject follow each other; "
                     "expected a fit of Surv(entry, exit, status)");
   }
-  if (request.reference == CoxReference::kStrata && request.fit->strata.empty()) {
+  if (request.centre == CoxReference::kStrata && request.fit->strata.empty()) {
     throw BadOption("reference", "the fit has no strata; expected means or zero");
   }
 }
@@ -60,39 +65,16 @@ std::vector<std::uint32_t> completeRows(const frame::Frame& data,
 }  // namespace
 
 Declaration coxPredictDeclaration() {
-  return declare<CoxPredictRequest, CoxPredictions>("predict",
-                                                    "Predictions for new data from a saved fit")
-      .numbers("at", &CoxPredictRequest::at,
-               {.least = 0, .ascending = true, .expected = "ascending numbers not below 0"},
-               "Times of predicted survival")
-      .numbers("quantiles", &CoxPredictRequest::quantiles,
-               {.least = 0,
-                .most = 1,
-                .open = true,
-                .ascending = true,
-                .expected = "ascending numbers between 0 and 1"},
-               "Shares that have failed by the times to be predicted; 0.5: the median", "P,Q")
-      .choice("conf", &CoxPredictRequest::limits,
-              {{"log-log", engine::curves::Scale::kLogLog},
-               {"log", engine::curves::Scale::kLog},
-               {"plain", engine::curves::Scale::kPlain}},
-              "Limits of survival")
+  auto made = declare<CoxPredictRequest, CoxPredictions>(
+      "predict", "Predictions for new data from a saved fit");
+  addWishes<CoxPredictRequest, CoxPredictions>(made, "reference",
+                                               [](const CoxPredictRequest&) { return true; });
+  return made
+      .column("id", &CoxPredictRequest::subject, engine::Role::kSubject, labels(), kSubjectHelp)
       .number("alpha", &CoxPredictRequest::alpha, between(0, 1),
               "Significance level; limits have level 1 - A", "A")
       .without("0.05")
-      .choice("reference", &CoxPredictRequest::reference,
-              {{"means", CoxReference::kMeans},
-               {"strata", CoxReference::kStrata},
-               {"zero", CoxReference::kZero}},
-              "Covariates at which linear predictors and terms are 0; strata: means of the row's")
-      .flag("terms", &CoxPredictRequest::terms, "Each term's part of the linear predictor")
-      .flag("expected", &CoxPredictRequest::expected,
-            "Expected events in the time of each row, whose columns are the fit's")
-      .column("id", &CoxPredictRequest::id, engine::Role::kSubject, labels(),
-              "Column of subjects whose rows follow each other: one curve for each subject")
-      .table("curves", &CoxPredictRequest::curves, "curves",
-             "File for the curves at all event times (CSV)")
-      .tables({"predictions", "terms", "expected", "survival", "quantiles"})
+      .tables({"predictions", "terms", "expected", "survival", "survivalBootstrap", "quantiles"})
       .longTable("curves", coxCurveTable)
       .figure("predictedSurvival", coxCurveFigure)
       .details(

@@ -2,37 +2,29 @@
 #ifndef ANALYSIS_COX_PREDICT_H_
 #define ANALYSIS_COX_PREDICT_H_
 
+#include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "analysis/cox/saved.h"
+#include "analysis/cox/wishes.h"
 #include "analysis/declare.h"
-#include "engine/curves/limits.h"
 #include "engine/curves/quantiles.h"
 #include "frame/frame.h"
+#include "procedures/bootstrap.h"
 #include "report/report.h"
 
 namespace survmeth::analysis {
 
-// At which covariates a linear predictor is 0.
-enum class CoxReference { kMeans, kStrata, kZero };
-
-struct CoxPredictRequest {
+struct CoxPredictRequest : CoxWishes {
   std::shared_ptr<const CoxSaved> fit;
-  std::vector<double> at;         // times of survival
-  std::vector<double> quantiles;  // shares that have failed
-  engine::curves::Scale limits = engine::curves::Scale::kLogLog;
   double alpha = 0.05;
-  CoxReference reference = CoxReference::kMeans;
-  bool terms = false, expected = false, curves = false;
-  std::string id;  // column of subjects of several rows
-
-  // Whether the times of the new rows are asked for.
-  bool needsTimes() const { return expected || !id.empty(); }
-  bool needsHazard() const {
-    return !at.empty() || !quantiles.empty() || expected || curves || !id.empty();
-  }
+  bool drawn = true;  // the first curves are kept for a figure
+  // Of the survival at `at`, by whoever has the rows of the fit; empty: none is wanted.
+  std::function<procedures::Bootstrap(const frame::Frame& newData, numerics::Progress&)> bootstrap;
+  procedures::BootstrapLimits bootstrapLimits = procedures::BootstrapLimits::kPercentile;
 };
 
 // A survival exp(-H) and the hazard H it is of, with limits.
@@ -61,12 +53,13 @@ struct CoxPredictions {
   std::vector<CoxPredictedTerm> terms;
   std::vector<engine::cox::HazardValue> expected;  // events of each row in its time
 
-  // Of each row, or with `id` of each subject: who it is; survival at `at`, quantiles, and the first
+  // Of each row, or with subjects of each of these: who it is; survival at `at`, quantiles, and the first
   // curves, or all where they are asked for.
   std::vector<std::string> who;
   std::vector<std::vector<CoxSurvival>> at;
   std::vector<std::vector<engine::curves::Quantile>> quantiles;
   std::vector<CoxPredictedCurve> curves;
+  std::optional<procedures::Bootstrap> bootstrap;  // of the survivals of `at`, in their order
 };
 
 // As many curves as a figure shows.
@@ -91,6 +84,11 @@ Declaration coxPredictDeclaration();
 // The fit's coding, with the response's times where they are asked for.
 model::Coding coxPredictCoding(const CoxSaved& fit, const CoxPredictRequest& request);
 
+// Who a row of a table of curves is about: lines as numbers, subjects by their names.
+report::Column coxWhoColumn(const CoxPredictRequest& request,
+                            const std::vector<std::string>& names);
+report::Table coxSurvivalBootstrapTable(const CoxPredictions& made,
+                                        const CoxPredictRequest& request);
 report::Report describeCoxPredictions(const CoxPredictions& made, const CoxPredictRequest& request);
 std::optional<report::Table> coxCurveTable(const CoxPredictions& made,
                                            const CoxPredictRequest& request);

@@ -28,7 +28,7 @@ std::optional<report::Figure> coxCurveFigure(const CoxPredictions& made,
       each.upper.push_back(point.upper);
       each.none.push_back(0);
     }
-    names.push_back(request.id.empty() ? "line " + curve.name : curve.name);
+    names.push_back(request.subject.empty() ? "line " + curve.name : curve.name);
     if (!curve.stratum.empty()) names.back() += ", " + curve.stratum;
   }
   if (drawn.empty()) return std::nullopt;
@@ -39,9 +39,10 @@ std::optional<report::Figure> coxCurveFigure(const CoxPredictions& made,
   }
   report::Panel panel = stepPanel("Time", "Survival", 1, curves);
   panel.y.most = 1;
-  std::string caption =
-      "Survival at the covariates of each " + std::string(request.id.empty() ? "row" : "subject") +
-      " with " + report::confidence(request.alpha) + " limits (" + limitsName(request.limits) + ")";
+  std::string caption = "Survival at the covariates of each " +
+                        std::string(request.subject.empty() ? "row" : "subject") + " with " +
+                        report::confidence(request.alpha) + " limits (" +
+                        limitsName(request.survivalLimits) + ")";
   if (made.who.size() > drawn.size()) {
     caption += "; the first " + std::to_string(drawn.size()) + " of " +
                text::grouped(made.who.size()) + " are drawn";

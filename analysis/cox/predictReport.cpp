@@ -26,15 +26,6 @@ using text::counted;
 
 constexpr std::size_t kShownRows = 100;
 
-// Who a row of a table of curves is about: lines as numbers, subjects by their names.
-report::Column whoColumn(const CoxPredictRequest& request, const std::vector<std::string>& names) {
-  if (!request.id.empty()) return report::labelColumn(key::kSubject, request.id, names);
-  std::vector<double> lines;
-  lines.reserve(names.size());
-  for (const std::string& name : names) lines.push_back(text::parseNumber(name).value());
-  return report::numberColumn(key::kLine, "line", Kind::kCount, lines);
-}
-
 report::Column lineColumn(const CoxPredictions& made) {
   return report::numberColumn(key::kLine, "line", Kind::kCount, made.line);
 }
@@ -60,9 +51,8 @@ report::Table riskTable(const CoxPredictions& made, const CoxPredictRequest& req
     lower.push_back(numerics::exp(centre - spread));
     upper.push_back(numerics::exp(centre + spread));
   }
-  const std::string to = request.reference == CoxReference::kMeans
-                             ? "the means of the covariates"
-                             : referenceName(request.reference);
+  const std::string to = request.centre == CoxReference::kMeans ? "the means of the covariates"
+                                                                : referenceName(request.centre);
   report::Table table =
       report::tableOf("predictions", "Risk relative to " + to, {lineColumn(made)});
   if (!made.stratum.empty()) {
@@ -140,7 +130,7 @@ report::Table survivalTable(const CoxPredictions& made, const CoxPredictRequest&
       points.push_back(&each);
     }
   }
-  report::Table table = report::tableOf("survival", "Survival", {whoColumn(request, who)});
+  report::Table table = report::tableOf("survival", "Survival", {coxWhoColumn(request, who)});
   addSurvivalColumns(points, level, table);
   return table;
 }
@@ -157,7 +147,7 @@ report::Table quantileTable(const CoxPredictions& made, const CoxPredictRequest&
     }
   }
   return report::rowsOf("quantiles", "Times by which a share has failed", all)
-      .with(whoColumn(request, who))
+      .with(coxWhoColumn(request, who))
       .column(key::kProbability, "share", Kind::kProbability, &Quantile::probability)
       .column(key::kTime, "time", Kind::kTime, &Quantile::time)
       .limits(level, Kind::kTime, [](const Quantile& each) { return each; })
@@ -166,26 +156,27 @@ report::Table quantileTable(const CoxPredictions& made, const CoxPredictRequest&
 
 std::vector<report::Method> methodsOf(const CoxPredictRequest& request, const std::string& level) {
   std::vector<report::Method> methods = {
-      {"linear predictor: x'b less its value at " + referenceName(request.reference) +
+      {"linear predictor: x'b less its value at " + referenceName(request.centre) +
            ", offsets added; risk: its exponential; limits: " + level +
            ", Wald, of the linear predictor",
        ""}};
-  if (request.terms) {
+  if (request.parts) {
     methods.push_back({"terms: the term's part of x'b less that at " +
-                           referenceName(request.reference) +
+                           referenceName(request.centre) +
                            "; its standard error is that of "
                            "this difference",
                        ""});
   }
-  if (!request.at.empty() || !request.quantiles.empty() || request.curves || !request.id.empty()) {
+  if (!request.at.empty() || !request.quantiles.empty() || request.curves ||
+      !request.subject.empty()) {
     methods.push_back(
         {"survival: exp(-H), H the cumulative hazard of the row's stratum at its covariates, by "
          "the fit's treatment of ties; standard error: Tsiatis, with that of the coefficients; "
          "limits: " +
-             level + " " + limitsName(request.limits) + ", of H minus their logarithms",
+             level + " " + limitsName(request.survivalLimits) + ", of H minus their logarithms",
          "Tsiatis, Ann Statist 9 (1981) 93-108"});
   }
-  if (!request.id.empty()) {
+  if (!request.subject.empty()) {
     methods.push_back(
         {"subjects: H gathers along the subject's rows, each in (entry, exit] with its covariates; "
          "survival is that of a subject at risk from its first entry on",
@@ -196,6 +187,12 @@ std::vector<report::Method> methodsOf(const CoxPredictRequest& request, const st
         {"quantiles: where survival falls to one less the share, the middle where it "
          "runs there; limits: where the limits of survival do",
          "Brookmeyer & Crowley, Biometrics 38 (1982) 29-41"});
+  }
+  if (request.bootstrap) {
+    methods.push_back(
+        {"bootstrapped survival: of fits of the rows drawn, of which knots and centres are learnt "
+         "anew; a replicate that ends before the time does not count",
+         "Davison & Hinkley, Bootstrap Methods and their Application (1997), ch. 5"});
   }
   if (request.expected) {
     methods.push_back({"expected events: the cumulative hazard of the row in its time at risk",
@@ -216,7 +213,8 @@ void noteAbsent(const CoxPredictions& made, const CoxPredictRequest& request,
     report.notes.push_back({"afterFollowUp",
                             counted(survivals, "survival is", "survivals are") +
                                 " unknown: the time is after the last of the " +
-                                (request.id.empty() ? "" : "subject, or of the ") + "fit's stratum",
+                                (request.subject.empty() ? "" : "subject, or of the ") +
+                                "fit's stratum",
                             {}});
   }
   if (expectations > 0) {
@@ -237,17 +235,18 @@ report::Report describeCoxPredictions(const CoxPredictions& made,
   report.title = "Predictions of a proportional-hazards fit";
   const auto [least, most] = std::minmax_element(made.predictor.begin(), made.predictor.end());
   report.summary = counted(made.line.size(), "row", "rows");
-  if (!request.id.empty()) {
+  if (!request.subject.empty()) {
     report.summary += " of " + counted(made.who.size(), "subject", "subjects");
   }
   report.summary += ". Their risks are " + report::brief(numerics::exp(*least), 3) + " to " +
                     report::brief(numerics::exp(*most), 3) + " times that at " +
-                    referenceName(request.reference) + ".";
+                    referenceName(request.centre) + ".";
   report.facts = {report::levelFact(request.alpha)};
   report.tables = {riskTable(made, request, z, level)};
-  if (request.terms) report.tables.push_back(termTable(made));
+  if (request.parts) report.tables.push_back(termTable(made));
   if (request.expected) report.tables.push_back(expectedTable(made));
   if (!request.at.empty()) report.tables.push_back(survivalTable(made, request, level));
+  if (made.bootstrap) report.tables.push_back(coxSurvivalBootstrapTable(made, request));
   if (!request.quantiles.empty()) report.tables.push_back(quantileTable(made, request, level));
   report.methods = methodsOf(request, level);
   noteAbsent(made, request, report);
@@ -274,7 +273,7 @@ std::optional<report::Table> coxCurveTable(const CoxPredictions& made,
     }
   }
   report::Table table =
-      report::tableOf("curves", "Survival at every event time", {whoColumn(request, who)});
+      report::tableOf("curves", "Survival at every event time", {coxWhoColumn(request, who)});
   if (!made.stratum.empty()) {
     table.columns.push_back(report::labelColumn(key::kStratum, "stratum", std::move(stratum)));
   }

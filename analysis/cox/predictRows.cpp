@@ -6,11 +6,11 @@
 #include <span>
 #include <utility>
 
-#include "Dist/Dist"
 #include "analysis/cox/predict.h"
+#include "analysis/cox/predictCurves.h"
 #include "frame/labels.h"
 #include "model/response.h"
-#include "numerics/elementary.h"
+#include "numerics/threads.h"
 #include "text/numbers.h"
 #include "text/words.h"
 
@@ -18,7 +18,6 @@ namespace survmeth::analysis {
 namespace {
 
 namespace cox = engine::cox;
-namespace curves = engine::curves;
 using engine::Refusal;
 using engine::Role;
 using text::quote;
@@ -54,6 +53,16 @@ cox::HazardValue combination(const CoxSaved& fit, std::span<const double> away,
   return {value, std::sqrt(variance)};
 }
 
+constexpr std::size_t kBatch = 256;  // curves between two looks at the progress
+
+// A row, or the rows of a subject, of which there is one curve.
+struct Subject {
+  std::string name;
+  std::size_t firstRow = 0;
+  std::vector<cox::Stay> stays;
+  double last = 0;  // after that nothing is known
+};
+
 class Predicting {
  public:
   Predicting(const CoxSaved& fit, const frame::Frame& data, const CoxPredictRequest& request,
@@ -64,7 +73,7 @@ class Predicting {
         progress_(progress),
         model_(model::modelData(coxPredictCoding(fit, request), data)),
         codes_(strataOf(fit, model_)),
-        z_(InvCDFNormalStd(1 - request.alpha / 2)),
+        curves_(request),
         x_(data.rows * fit.names.size()) {
     const std::size_t p = fit.names.size();
     for (std::size_t j = 0; j < p; ++j) {
@@ -79,14 +88,7 @@ class Predicting {
     if (!fit_.hazard) return std::move(made_);
     const cox::BaselineHazard hazard(*fit_.hazard);
     if (request_.expected) takeExpected(hazard);
-    if (request_.id.empty()) {
-      for (std::size_t i = 0; i < data_.rows; ++i) {
-        takeCurve(hazard, {stayOf(i, false)}, i, text::exact(made_.line[i]));
-        if (i % 16 == 0) progress_.at(static_cast<double>(i) / static_cast<double>(data_.rows));
-      }
-    } else {
-      takeSubjects(hazard);
-    }
+    takeCurves(hazard, request_.subject.empty() ? rowsAsSubjects() : subjects());
     return std::move(made_);
   }
 
@@ -122,7 +124,7 @@ class Predicting {
     std::iota(all.begin(), all.end(), std::size_t{0});
     std::vector<std::vector<std::size_t>> ofTerm(design.termNames.size());
     for (std::size_t j = 0; j < p; ++j) ofTerm[design.term[j]].push_back(j);
-    if (request_.terms) {
+    if (request_.parts) {
       for (const std::string& name : design.termNames) made_.terms.push_back({name, {}, {}});
     }
     std::vector<double> away(p);
@@ -142,7 +144,7 @@ class Predicting {
   }
 
   double reference(std::size_t i, std::size_t j) const {
-    switch (request_.reference) {
+    switch (request_.centre) {
       case CoxReference::kMeans:
         return fit_.mean[j];
       case CoxReference::kStrata:
@@ -162,8 +164,17 @@ class Predicting {
     }
   }
 
-  void takeSubjects(const cox::BaselineHazard& hazard) {
-    const frame::Labels subjects = frame::labelsOf(*data_.labels(request_.id));
+  std::vector<Subject> rowsAsSubjects() const {
+    std::vector<Subject> rows;
+    for (std::size_t i = 0; i < data_.rows; ++i) {
+      rows.push_back({text::exact(made_.line[i]), i, {stayOf(i, false)}, lastTime(i)});
+    }
+    return rows;
+  }
+
+  std::vector<Subject> subjects() const {
+    std::vector<Subject> made;
+    const frame::Labels subjects = frame::labelsOf(*data_.labels(request_.subject));
     std::vector<std::uint32_t> order(data_.rows);
     std::iota(order.begin(), order.end(), 0U);
     std::stable_sort(order.begin(), order.end(), [&](std::uint32_t a, std::uint32_t b) {
@@ -186,122 +197,50 @@ class Predicting {
         stays.back().exit = std::min(stays.back().exit, lastTime(i));
         stays.back().entry = std::min(stays.back().entry, stays.back().exit);
       }
-      takeCurve(hazard, stays, order[from], subjects.labels[subjects.codes[order[from]]]);
-      progress_.at(static_cast<double>(to) / static_cast<double>(order.size()));
+      const double last = stays.back().exit;
+      made.push_back(
+          {subjects.labels[subjects.codes[order[from]]], order[from], std::move(stays), last});
+    }
+    return made;
+  }
+
+  // Reads the curves of all subjects.
+  void takeCurves(const cox::BaselineHazard& hazard, const std::vector<Subject>& subjects) {
+    const std::size_t count = subjects.size();
+    const std::size_t drawn = request_.drawn ? std::min(count, kDrawnCurves) : 0;
+    const std::size_t kept = request_.curves ? count : drawn;
+    for (const Subject& each : subjects) made_.who.push_back(each.name);
+    if (!request_.at.empty()) made_.at.resize(count);
+    if (!request_.quantiles.empty()) made_.quantiles.resize(count);
+    made_.curves.resize(kept);
+    const bool read = !request_.at.empty() || !request_.quantiles.empty();
+    const std::size_t wanted = read ? count : kept;
+    for (std::size_t begin = 0; begin < wanted; begin += kBatch) {
+      progress_.at(static_cast<double>(begin) / static_cast<double>(wanted));
+      numerics::inParallel(std::min(kBatch, wanted - begin), [&](std::size_t i) {
+        takeCurve(hazard, subjects[begin + i], begin + i);
+      });
     }
   }
 
   // The curve of a row or subject: kept as it is, read at times, its quantiles.
-  void takeCurve(const cox::BaselineHazard& hazard, const std::vector<cox::Stay>& stays,
-                 std::size_t i, const std::string& name) {
-    made_.who.push_back(name);
-    const bool kept = request_.curves || made_.curves.size() < kDrawnCurves;
-    if (!kept && request_.at.empty() && request_.quantiles.empty()) return;
-    const cox::CumulativeHazard whole = hazard.along(stays);
-    const double last = request_.id.empty() ? lastTime(i) : stays.back().exit;
-    if (!request_.at.empty()) made_.at.push_back(readings(whole, last));
-    if (!kept) {
-      if (!request_.quantiles.empty()) made_.quantiles.push_back(quantiles(curveOf(whole), last));
+  void takeCurve(const cox::BaselineHazard& hazard, const Subject& subject, std::size_t place) {
+    const bool kept = place < made_.curves.size();
+    if (!kept && request_.quantiles.empty() && request_.subject.empty()) {
+      const cox::Stay& always = subject.stays.front();
+      made_.at[place] =
+          curves_.readings(hazard.at(always.x, always.offset, always.stratum, request_.at));
       return;
     }
-    std::vector<CoxSurvival> points;
-    points.reserve(whole.time.size());
-    for (std::size_t k = 0; k < whole.time.size(); ++k) {
-      points.push_back(survival(whole.time[k], whole.hazard[k], whole.standardError[k]));
+    const cox::CumulativeHazard whole = hazard.along(subject.stays);
+    if (!request_.at.empty()) made_.at[place] = curves_.readings(whole, subject.last);
+    if (!request_.quantiles.empty()) {
+      made_.quantiles[place] = curves_.quantiles(whole, subject.last);
     }
-    if (!request_.quantiles.empty()) made_.quantiles.push_back(quantiles(curveOf(points), last));
-    made_.curves.push_back(
-        {name, made_.stratum.empty() ? "" : made_.stratum[i], std::move(points)});
-  }
-
-  CoxSurvival survival(double time, double hazard, double error) const {
-    CoxSurvival point{time, hazard, error};
-    point.survival = numerics::exp(-hazard);
-    point.error = point.survival * error;
-    const curves::Interval limits =
-        curves::survivalLimits(point.survival, z_ * error, request_.limits);
-    point.lower = limits.lower;
-    point.upper = limits.upper;
-    point.hazardLower = 0 - numerics::log(limits.upper);
-    point.hazardUpper = 0 - numerics::log(limits.lower);
-    return point;
-  }
-
-  std::vector<CoxSurvival> readings(const cox::CumulativeHazard& curve, double last) const {
-    std::vector<CoxSurvival> values;
-    for (const double time : request_.at) {
-      if (time > last) {
-        values.push_back({.time = time});
-        continue;
-      }
-      const auto next = std::upper_bound(curve.time.begin(), curve.time.end(), time);
-      const auto k = static_cast<std::size_t>(next - curve.time.begin());
-      values.push_back(k == 0 ? survival(time, 0, 0)
-                              : survival(time, curve.hazard[k - 1], curve.standardError[k - 1]));
-    }
-    return values;
-  }
-
-  static curves::Curve curveOf(const std::vector<CoxSurvival>& points) {
-    curves::Curve curve;
-    for (const CoxSurvival& point : points) {
-      curve.time.push_back(point.time);
-      curve.survival.push_back(point.survival);
-      curve.lower.push_back(point.lower);
-      curve.upper.push_back(point.upper);
-    }
-    return curve;
-  }
-
-  // The same of a curve of which nothing else is wanted, in arrays: curves of many rows at very many
-  // times. Limits are those of curves::survivalLimits but for their last digits.
-  curves::Curve curveOf(const cox::CumulativeHazard& whole) const {
-    const std::size_t n = whole.time.size();
-    curves::Curve curve;
-    curve.time = whole.time;
-    std::vector<double> exponent(n);
-    const auto exponential = [&](const auto& of, std::vector<double>& to) {
-      for (std::size_t k = 0; k < n; ++k) exponent[k] = of(k);
-      to.resize(n);
-      numerics::expArray(exponent, to);
-    };
-    const auto hazard = [&whole](std::size_t k) { return whole.hazard[k]; };
-    const auto spread = [&](std::size_t k) { return z_ * whole.standardError[k]; };
-    exponential([&](std::size_t k) { return -hazard(k); }, curve.survival);
-    switch (request_.limits) {
-      case curves::Scale::kPlain:
-        for (std::size_t k = 0; k < n; ++k) {
-          curve.lower.push_back(std::max(0.0, curve.survival[k] * (1 - spread(k))));
-          curve.upper.push_back(std::min(1.0, curve.survival[k] * (1 + spread(k))));
-        }
-        break;
-      case curves::Scale::kLog:
-        exponential([&](std::size_t k) { return -(hazard(k) + spread(k)); }, curve.lower);
-        exponential([&](std::size_t k) { return std::min(0.0, spread(k) - hazard(k)); },
-                    curve.upper);
-        break;
-      default: {
-        std::vector<double> factor;
-        exponential([&](std::size_t k) { return spread(k) / hazard(k); }, factor);
-        exponential([&](std::size_t k) { return -hazard(k) * factor[k]; }, curve.lower);
-        exponential([&](std::size_t k) { return -hazard(k) / factor[k]; }, curve.upper);
-      }
-    }
-    for (std::size_t k = 0; k < n; ++k) {
-      if (curve.survival[k] == 0) curve.lower[k] = curve.upper[k] = kNone;
-    }
-    return curve;
-  }
-
-  // A curve that runs at the wanted level ends at its last time, event or not.
-  std::vector<curves::Quantile> quantiles(curves::Curve curve, double last) const {
-    if (!curve.time.empty() && last > curve.time.back()) {
-      curve.time.push_back(last);
-      for (std::vector<double>* values : {&curve.survival, &curve.lower, &curve.upper}) {
-        values->push_back(values->back());
-      }
-    }
-    return curves::quantiles(curve, request_.quantiles);
+    if (!kept) return;
+    made_.curves[place] = {subject.name,
+                           made_.stratum.empty() ? "" : made_.stratum[subject.firstRow],
+                           curves_.points(whole)};
   }
 
   const CoxSaved& fit_;
@@ -310,7 +249,7 @@ class Predicting {
   numerics::Progress& progress_;
   model::ModelData model_;
   std::vector<std::uint32_t> codes_;
-  double z_;
+  CoxCurves curves_;
   std::vector<double> x_;  // rows x p
   CoxPredictions made_;
 };

@@ -95,18 +95,6 @@ struct Drawn {
   }
 };
 
-// The rows of each unit: of each cluster, or each row by itself.
-std::vector<std::vector<std::uint32_t>> unitsOf(const CoxInput& input) {
-  const std::size_t rows = input.model.event.size();
-  std::vector<std::vector<std::uint32_t>> units(input.rows.cluster.empty() ? rows
-                                                                           : input.rows.clusters);
-  for (std::uint32_t i = 0; i < rows; ++i) {
-    units[input.rows.cluster.empty() ? i : input.rows.cluster[i]].push_back(i);
-  }
-  std::erase_if(units, [](const auto& each) { return each.empty(); });
-  return units;
-}
-
 }  // namespace
 
 procedures::Selection selectCoxTerms(const CoxRequest& request, const CoxInput& input,
@@ -134,18 +122,48 @@ procedures::Selection selectCoxTerms(const CoxRequest& request, const CoxInput& 
   return procedures::select(family, options, progress);
 }
 
+std::vector<std::vector<std::uint32_t>> coxUnits(const CoxInput& input) {
+  const std::size_t rows = input.model.event.size();
+  const auto& cluster = input.rows.cluster;
+  std::vector<std::vector<std::uint32_t>> units(cluster.empty() ? rows : input.rows.clusters);
+  for (std::uint32_t i = 0; i < rows; ++i) units[cluster.empty() ? i : cluster[i]].push_back(i);
+  std::erase_if(units, [](const auto& each) { return each.empty(); });
+  return units;
+}
+
+std::vector<std::uint32_t> coxRowsOf(const std::vector<std::vector<std::uint32_t>>& units,
+                                     std::span<const std::uint32_t> drawn) {
+  std::vector<std::uint32_t> rows;
+  for (const std::uint32_t unit : drawn) {
+    rows.insert(rows.end(), units[unit].begin(), units[unit].end());
+  }
+  return rows;
+}
+
+procedures::BootstrapOptions coxBootstrapOptions(const CoxRequest& request) {
+  procedures::BootstrapOptions options;
+  options.replicates = static_cast<std::size_t>(*request.bootstrap);
+  options.seed = static_cast<std::uint64_t>(request.seed.value_or(1));
+  options.accelerated = coxBootstrapLimits(request) == procedures::BootstrapLimits::kBca;
+  return options;
+}
+
+procedures::BootstrapLimits coxBootstrapLimits(const CoxRequest& request) {
+  using procedures::BootstrapLimits;
+  return request.bootstrapLimits == "bca"     ? BootstrapLimits::kBca
+         : request.bootstrapLimits == "basic" ? BootstrapLimits::kBasic
+                                              : BootstrapLimits::kPercentile;
+}
+
 procedures::Bootstrap bootstrapCox(const CoxRequest& request, const CoxInput& input,
-                                   const cox::Fit& fit, numerics::Progress& progress) {
-  const auto units = unitsOf(input);
+                                   const cox::Fit& fit,
+                                   const std::vector<std::vector<std::uint32_t>>& units,
+                                   numerics::Progress& progress) {
   cox::Options options = input.options;
   options.robust = false;
   engine::Design names = input.model.design.design;
   const auto statistic = [&](std::span<const std::uint32_t> drawn) -> std::vector<double> {
-    std::vector<std::uint32_t> rows;
-    for (const std::uint32_t unit : drawn) {
-      rows.insert(rows.end(), units[unit].begin(), units[unit].end());
-    }
-    const Drawn data(input, rows);
+    const Drawn data(input, coxRowsOf(units, drawn));
     engine::Design design = names;
     for (std::size_t j = 0; j < design.size(); ++j) design.columns[j] = data.columns[j];
     engine::Rows carried = input.rows;
@@ -164,11 +182,7 @@ procedures::Bootstrap bootstrapCox(const CoxRequest& request, const CoxInput& in
     }
     return values;
   };
-  procedures::BootstrapOptions wanted;
-  wanted.replicates = static_cast<std::size_t>(*request.bootstrap);
-  wanted.seed = static_cast<std::uint64_t>(request.seed.value_or(1));
-  wanted.accelerated = request.bootstrapLimits == "bca";
-  return procedures::bootstrap(units.size(), statistic, wanted, progress);
+  return procedures::bootstrap(units.size(), statistic, coxBootstrapOptions(request), progress);
 }
 
 }  // namespace survmeth::analysis

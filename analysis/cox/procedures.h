@@ -2,6 +2,10 @@
 #ifndef ANALYSIS_COX_PROCEDURES_H_
 #define ANALYSIS_COX_PROCEDURES_H_
 
+#include <cstdint>
+#include <span>
+#include <vector>
+
 #include "analysis/cox/run.h"
 #include "procedures/bootstrap.h"
 #include "procedures/selection.h"
@@ -13,10 +17,25 @@ namespace survmeth::analysis {
 procedures::Selection selectCoxTerms(const CoxRequest& request, const CoxInput& input,
                                      const engine::cox::Fit& full, numerics::Progress& progress);
 
+// The rows of each unit that a bootstrap draws: of each cluster, or each row by itself.
+std::vector<std::vector<std::uint32_t>> coxUnits(const CoxInput& input);
+
+// The rows of units that are drawn.
+std::vector<std::uint32_t> coxRowsOf(const std::vector<std::vector<std::uint32_t>>& units,
+                                     std::span<const std::uint32_t> drawn);
+
+// In   request   with a bootstrap
+procedures::BootstrapOptions coxBootstrapOptions(const CoxRequest& request);
+procedures::BootstrapLimits coxBootstrapLimits(const CoxRequest& request);
+
 // The coefficients of rows drawn with replacement, clusters whole; those that the fit estimates. A
 // replicate counts where the same coefficients are estimated.
+//
+// In   units   of the input's rows
 procedures::Bootstrap bootstrapCox(const CoxRequest& request, const CoxInput& input,
-                                   const engine::cox::Fit& fit, numerics::Progress& progress);
+                                   const engine::cox::Fit& fit,
+                                   const std::vector<std::vector<std::uint32_t>>& units,
+                                   numerics::Progress& progress);
 
 }  // namespace survmeth::analysis
 

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "analysis/cox/wishes.h"
 #include "engine/cox/proportionality.h"
 #include "frame/frame.h"
 #include "frame/wanted.h"
@@ -20,7 +21,7 @@ enum class CoxLimits { kWald, kProfile };
 enum class CoxAliased { kRefuse, kDrop };
 enum class CoxOrigin { kMeans, kZero };
 
-struct CoxRequest {
+struct CoxRequest : CoxWishes {
   std::string formula;
   // The parts of a formula in options of their own; either they or the formula.
   std::string time, event, entry, strata;
@@ -54,7 +55,8 @@ struct CoxRequest {
   bool firth = false;           // penalised by the determinant
   std::optional<double> ridge;  // its theta
   bool ridgeRaw = false;
-  bool cases = false;  // clogit: the left side says which rows are cases
+  std::string newData;  // what the wishes are of; empty: there are none
+  bool cases = false;   // clogit: the left side says which rows are cases
 
   bool isPenalised() const { return firth || ridge; }
   double tolerance() const { return tieTolerance.value_or(engine::risk::kTieTolerance); }

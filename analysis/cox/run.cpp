@@ -6,16 +6,17 @@
 #include <utility>
 
 #include "analysis/cox/procedures.h"
+#include "analysis/cox/profile.h"
 #include "analysis/cox/subjects.h"
 #include "analysis/option.h"
 #include "frame/labels.h"
 #include "numerics/elementary.h"
+#include "numerics/partOfProgress.h"
 
 namespace survmeth::analysis {
 namespace {
 
 namespace cox = engine::cox;
-using engine::Outcome;
 using engine::Refusal;
 using engine::Role;
 
@@ -48,17 +49,28 @@ class Run {
     }
     if (request_.bootstrap) {
       const std::size_t from = std::exchange(part_, parts_);
-      PartOfProgress rest(progress_, from, parts_, parts_);
-      answer_.bootstrap = bootstrapCox(request_, input_, answer_.fit, rest);
+      numerics::PartOfProgress rest(progress_, from, parts_, parts_);
+      answer_.units = coxUnits(input_);
+      answer_.bootstrap = bootstrapCox(request_, input_, answer_.fit, answer_.units, rest);
     }
     followUp(data_, request_, input_, answer_);
+    return std::move(answer_);
+  }
+
+  CoxAnswer again(const model::Formula& formula) {
+    input_.formula = formula;
+    takeModel();
+    requireEvents();
+    takeRows();
+    fit();
+    describeCoxColumns(input_, answer_);
     return std::move(answer_);
   }
 
  private:
   std::unique_ptr<numerics::Progress> nextPart() {
     part_ = std::min(part_ + 1, parts_);
-    return std::make_unique<PartOfProgress>(progress_, part_ - 1, parts_);
+    return std::make_unique<numerics::PartOfProgress>(progress_, part_ - 1, parts_);
   }
 
   void takeModel() {
@@ -196,12 +208,12 @@ class Run {
   void findProfiles() {
     for (std::size_t j = 0; j < answer_.columns.size(); ++j) {
       const double level = 1 - request_.alpha;
-      answer_.profile.push_back(
-          answer_.penalised ? cox::penalisedLimits(*answer_.penalised, j, level, *nextPart())
-                            : cox::profileLimits(answer_.fit, j, level, *nextPart()));
-      const std::optional<Outcome>& outcome = answer_.profile.back().outcome;
-      if (!outcome || answer_.fit.column[j] == cox::Column::kAliased) continue;
-      answer_.notes.push_back({outcome->code, outcome->text, outcome->names});
+      answer_.profile.push_back(coxProfileLimits(
+          answer_.fit, answer_.penalised ? &*answer_.penalised : nullptr, j, level, *nextPart()));
+      if (answer_.profile.back().found || answer_.fit.column[j] == cox::Column::kAliased) continue;
+      const std::string& name = answer_.columns[j].name;
+      answer_.notes.push_back(
+          {"notConverged", "the profile of " + name + " has no maximum", {name}});
     }
   }
 
@@ -219,6 +231,12 @@ class Run {
 CoxAnswer fitCox(const frame::Frame& data, const CoxRequest& request,
                  numerics::Progress& progress) {
   return Run(data, request, progress).answer();
+}
+
+CoxAnswer refitCox(const frame::Frame& data, const CoxRequest& request,
+                   const model::Formula& formula) {
+  numerics::Progress none;
+  return Run(data, request, none).again(formula);
 }
 
 }  // namespace survmeth::analysis

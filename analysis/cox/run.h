@@ -14,25 +14,14 @@ namespace survmeth::analysis {
 // Throws engine::Refusal, BadOption, frame::ExpressionError, numerics::Cancelled
 CoxAnswer fitCox(const frame::Frame& data, const CoxRequest& request, numerics::Progress& progress);
 
+// The model of a formula alone, of rows that a bootstrap has drawn: what the request asks besides is left
+// out, and a fit that is no answer is not refused.
+//
+// Throws engine::Refusal: no event, too few values for a basis, columns without numbers
+CoxAnswer refitCox(const frame::Frame& data, const CoxRequest& request,
+                   const model::Formula& formula);
+
 // --- Parts of the run ----------------------------------------------------------------------------
-
-// Parts `part` .. `end` - 1 of the `parts` of a long work, all of one length.
-class PartOfProgress : public numerics::Progress {
- public:
-  PartOfProgress(numerics::Progress& whole, std::size_t part, std::size_t parts)
-      : PartOfProgress(whole, part, part + 1, parts) {}
-  PartOfProgress(numerics::Progress& whole, std::size_t part, std::size_t end, std::size_t parts)
-      : whole_(whole),
-        part_(static_cast<double>(part)),
-        length_(static_cast<double>(end - part)),
-        parts_(static_cast<double>(parts)) {}
-
- private:
-  void show(double done) override { whole_.at((part_ + done * length_) / parts_); }
-
-  numerics::Progress& whole_;
-  double part_, length_, parts_;
-};
 
 // What a fit takes, with the storage behind it.
 struct CoxInput {

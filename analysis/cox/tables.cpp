@@ -6,6 +6,7 @@
 
 #include "Dist/Dist"
 #include "analysis/cox/describe.h"
+#include "analysis/cox/procedures.h"
 #include "numerics/elementary.h"
 #include "report/build.h"
 #include "report/keys.h"
@@ -171,10 +172,7 @@ report::Table versusTable(const CoxAnswer& answer) {
 }
 
 report::Table bootstrapTable(const CoxAnswer& answer, const CoxRequest& request) {
-  const procedures::BootstrapLimits kind =
-      request.bootstrapLimits == "bca"     ? procedures::BootstrapLimits::kBca
-      : request.bootstrapLimits == "basic" ? procedures::BootstrapLimits::kBasic
-                                           : procedures::BootstrapLimits::kPercentile;
+  const procedures::BootstrapLimits kind = coxBootstrapLimits(request);
   const procedures::Bootstrap& made = *answer.bootstrap;
   std::vector<std::string> names;
   std::vector<double> coef, bias, error, ratio, lower, upper;

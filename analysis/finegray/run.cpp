@@ -8,6 +8,7 @@
 #include "engine/curves/limits.h"
 #include "engine/finegray/hazards.h"
 #include "frame/labels.h"
+#include "numerics/partOfProgress.h"
 #include "text/words.h"
 
 namespace survmeth::analysis {
@@ -190,7 +191,7 @@ FineGrayAnswer fitFineGray(const frame::Frame& data, const FineGrayRequest& requ
   answer.alpha = request.alpha;
   const std::size_t count = answer.event.types.size();
   for (std::size_t i = 0; i < count; ++i) {
-    PartOfProgress part(progress, i, count);
+    numerics::PartOfProgress part(progress, i, count);
     FineGrayOfType& type = answer.types.emplace_back();
     type.label = answer.event.status.labels[answer.event.types[i]];
     finegray::Options options;

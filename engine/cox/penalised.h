@@ -7,7 +7,6 @@
 #include <vector>
 
 #include "engine/cox/fit.h"
-#include "engine/cox/profile.h"
 
 namespace survmeth::engine::cox {
 
@@ -50,14 +49,6 @@ struct PenalisedFit {
 PenalisedFit fitPenalised(const Response& response, const Rows& rows, const Design& design,
                           const Options& options, const Penalty& penalty,
                           numerics::Progress& progress);
-
-// Limits from the profile of the likelihood that is penalised by the determinant; all columns stay in
-// the determinant.
-//
-// In   level  in (0, 1)
-// Edge absent for an aliased column, a ridge, and a fit that has not converged
-ProfileLimits penalisedLimits(const PenalisedFit& penalised, std::size_t column, double level,
-                              numerics::Progress& progress);
 
 }  // namespace survmeth::engine::cox
 

@@ -1,31 +1,45 @@
-// Limits of a coefficient from the profile likelihood.
+// The likelihood of a fit with one of its coefficients held: what a profile is made of.
 #ifndef ENGINE_COX_PROFILE_H_
 #define ENGINE_COX_PROFILE_H_
 
 #include <cstddef>
-#include <optional>
+#include <memory>
 
 #include "engine/cox/fit.h"
+#include "engine/cox/penalised.h"
 
 namespace survmeth::engine::cox {
 
-struct ProfileLimits {
-  double lower = kAbsent;  // -infinity where the likelihood never falls far enough
-  double upper = kAbsent;
-  std::optional<Outcome> outcome;  // why a limit is absent
+// The log-likelihood, maximised over the other coefficients, and its derivative with respect to the one
+// that is held.
+struct Held {
+  bool exists = false;
+  double logLikelihood = kAbsent, slope = kAbsent;
 };
 
-// The values b of coefficient `column` at which twice the log-likelihood, maximised over the other
-// coefficients, is below its maximum by the chi-square quantile of `level` on one degree of
-// freedom; to 1e-9 of the distance in standard errors.
-//
-// In   level  in (0, 1)
-// Edge absent for an aliased column and for a fit that has not converged; an infinite coefficient
-//      is its own limit on that side
-// Cost some five fits of the other coefficients a side
-// Source Venzon & Moolgavkar, Applied Statistics 37 (1988) 87-94
-ProfileLimits profileLimits(const Fit& fit, std::size_t column, double level,
-                            numerics::Progress& progress);
+class Profile {
+ public:
+  Profile() = default;
+  Profile(const Profile&) = delete;
+  Profile& operator=(const Profile&) = delete;
+  virtual ~Profile() = default;
+
+  // Starts where the last value ended, the first time at the fit's maximum.
+  // Cost one fit of the other coefficients
+  virtual Held at(double value) = 0;
+};
+
+// Predictors that a coefficient moves further apart than this change no likelihood any more.
+inline constexpr double kFarApart = 600.0;
+
+// In   fit      converged; outlives the profile
+//      column   not aliased; other infinite coefficients stay where they are
+std::unique_ptr<Profile> profileOf(const Fit& fit, std::size_t column,
+                                   numerics::Progress& progress);
+
+// Of the penalised likelihood; all columns stay in the penalty.
+std::unique_ptr<Profile> profileOf(const PenalisedFit& penalised, std::size_t column,
+                                   numerics::Progress& progress);
 
 }  // namespace survmeth::engine::cox
 

@@ -12,6 +12,11 @@ SHARED = {
 }
 
 
+def names_of_data(analysis):
+    """The arguments that take data beside the first; each has another for what reports call them."""
+    return [option["name"] for option in analysis["options"] if option["type"] == "data"]
+
+
 def default_of(option):
     """What the argument is where it is not given; None also where nothing holds."""
     if option["type"] == "flag":

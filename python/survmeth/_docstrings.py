@@ -2,7 +2,7 @@
 
 import re
 
-from survmeth._declared import SHARED
+from survmeth._declared import SHARED, names_of_data
 from survmeth._examples import EXAMPLES, SOURCES
 from survmeth._names import argument_of, in_python
 
@@ -14,6 +14,7 @@ TYPES = {
     "formula": "str",
     "numbers": "list of float",
     "texts": "list of str",
+    "data": "columns or a table, like data",
 }
 
 
@@ -52,6 +53,8 @@ def parameters_of(analysis):
         required = "" if option["required"] else ", optional"
         lines.append(f"{argument_of(option['name'])} : {type_of(option)}{required}")
         lines.append("    " + help_of(option) + ".")
+    for name in names_of_data(analysis):
+        lines += [f"{name}_name : optional", "    What reports call these data."]
     for name, (_, text) in SHARED.items():
         lines += [f"{name} : optional", "    " + text + "."]
     return lines

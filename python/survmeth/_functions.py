@@ -6,10 +6,12 @@ import json
 import numpy as np
 
 from survmeth import _core, _data, _progress
-from survmeth._declared import SHARED, default_of
+from survmeth._declared import SHARED, default_of, names_of_data
 from survmeth._docstrings import docstring_of
+from survmeth._errors import RefusedInput
 from survmeth._names import argument_of
 from survmeth._result import Result
+
 
 def signature_of(analysis):
     """data, then everything by name, what is required first."""
@@ -19,6 +21,8 @@ def signature_of(analysis):
     for option in options:
         default = inspect.Parameter.empty if option["required"] else default_of(option)
         parameters.append(inspect.Parameter(argument_of(option["name"]), kind, default=default))
+    for name in names_of_data(analysis):
+        parameters.append(inspect.Parameter(name + "_name", kind, default=name))
     for name, (default, _) in SHARED.items():
         parameters.append(inspect.Parameter(name, kind, default=default))
     return inspect.Signature(parameters)
@@ -29,6 +33,8 @@ def settings_of(analysis, arguments):
     settings = {}
     for option in analysis["options"]:
         value = arguments[argument_of(option["name"])]
+        if option["type"] == "data" and value is not None:
+            value = str(arguments[option["name"] + "_name"])
         # A default that is passed on would count as a wish.
         if value is None or (np.isscalar(value) and value == default_of(option)):
             continue
@@ -43,12 +49,27 @@ def reading_of(arguments):
         | ({} if arguments["where"] is None else {"where": arguments["where"]})
 
 
+def give_new(made, names, name, arguments):
+    """Hands over data beside the first, with the columns that may be asked for."""
+    try:
+        new = _data.table_of(arguments[name])
+        columns = new.columns(made.wanted_of_new(names, new.names))
+    except RefusedInput as bad:
+        if bad.argument != "data":
+            raise
+        raise RefusedInput(name, *bad._parts[1:]) from None
+    made.give_new(str(arguments[name + "_name"]), new.names, columns, new.rows)
+
+
 def runner_of(analysis):
     """What makes a call of bound arguments; `start` takes the settings."""
     def run(arguments, start):
         made = start(settings_of(analysis, arguments) | reading_of(arguments))
         table = _data.table_of(arguments["data"])
         columns = table.columns(made.wanted(table.names))
+        for name in names_of_data(analysis):
+            if arguments[name] is not None:
+                give_new(made, table.names, name, arguments)
         with _progress.telling(arguments["progress"], analysis["name"]) as tell:
             return Result(made.run(str(arguments["data_name"]), table.names, columns, table.rows,
                                    tell))

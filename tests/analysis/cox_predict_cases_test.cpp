@@ -81,7 +81,7 @@ class Predicted : public ::testing::TestWithParam<Case> {
 
   CoxPredictions predicted(CoxPredictRequest request, bool bySubject = false) const {
     request.fit = fit_;
-    if (bySubject) request.id = "who";
+    if (bySubject) request.subject = "who";
     const std::string file = kFolder + "cases/" + GetParam().at("case") + "_new.csv";
     const frame::Frame data = dataOf(declaration_, &request, file);
     numerics::Progress progress;
@@ -131,8 +131,8 @@ TEST_P(Predicted, PredictorsAndTermsAreRs) {
     const std::vector<std::size_t> predictors = lines(std::string("predictor ") + name);
     if (predictors.empty()) continue;  // without strata
     CoxPredictRequest request;
-    request.reference = reference;
-    request.terms = true;
+    request.centre = reference;
+    request.parts = true;
     const CoxPredictions made = predicted(request);
     for (const std::size_t line : predictors) {
       const auto row = static_cast<std::size_t>(table_.number("who", line)) - 1;
@@ -159,7 +159,7 @@ TEST_P(Predicted, CurvesAndQuantilesAreRs) {
                                      {"log", engine::curves::Scale::kLog},
                                      {"plain", engine::curves::Scale::kPlain}}) {
     CoxPredictRequest request;
-    request.limits = limits;
+    request.survivalLimits = limits;
     request.quantiles = {0.1, 0.25, 0.5};
     std::stringstream times(GetParam().at("times"));
     for (std::string time; std::getline(times, time, ';');) request.at.push_back(std::stod(time));

@@ -8,44 +8,12 @@
 #include <utility>
 #include <vector>
 
-#include "analysis/all.h"
 #include "analysis/cox/predict.h"
-#include "analysis/savedFit.h"
-#include "frame/reader.h"
-#include "report/json.h"
+#include "tests/analysis/coxFits.h"
 #include "tests/support/csv.h"
 
 namespace survmeth::analysis {
 namespace {
-
-using Options = std::vector<std::pair<std::string, Setting>>;
-
-// What perform() of the command line does, without files.
-struct Made {
-  Fitted fitted;
-  std::shared_ptr<const CoxSaved> lasting;
-  std::string text;
-};
-
-frame::Frame dataOf(const Declaration& declaration, const void* request, const std::string& file) {
-  return frame::readFrame(file, [&](const std::vector<std::string>& header) {
-    return wantedColumns(declaration, request, header);
-  });
-}
-
-Made fitted(const std::string& data, const Options& options) {
-  static const Declaration kCox = coxDeclaration();
-  const auto request = kCox.request();
-  for (const auto& [name, setting] : options) kCox.find(name)->set(request.get(), setting);
-  const frame::Frame frame = dataOf(kCox, request.get(), SURVMETH_DATA "/" + data);
-  numerics::Progress progress;
-  Made made;
-  made.fitted = analyse(kCox, frame, request.get(), progress);
-  made.lasting = std::static_pointer_cast<const CoxSaved>(
-      kCox.lasting->of(frame, made.fitted.result.get(), request.get()));
-  made.text = savedFit(kCox, made.fitted.report, made.lasting.get(), "test");
-  return made;
-}
 
 CoxPredictions predicted(std::shared_ptr<const CoxSaved> fit, const std::string& file,
                          const std::vector<double>& at, engine::curves::Scale limits) {
@@ -54,13 +22,9 @@ CoxPredictions predicted(std::shared_ptr<const CoxSaved> fit, const std::string&
   declaration.follow(request.get(), fit);
   auto& typed = *static_cast<CoxPredictRequest*>(request.get());
   typed.at = at;
-  typed.limits = limits;
+  typed.survivalLimits = limits;
   numerics::Progress progress;
   return predictCox(*fit, dataOf(declaration, request.get(), file), typed, progress);
-}
-
-std::string reference(const std::string& file) {
-  return std::string(SURVMETH_REFERENCE) + "/predict/" + file;
 }
 
 // Both estimates are at most 1e-10 standard errors from the maximum; the errors of what follows are
@@ -103,15 +67,6 @@ void expectAsInR(const Made& made, const std::string& name, const std::vector<do
     }
   }
   EXPECT_EQ(compared, curve.numbers("row").size());
-}
-
-Made lung() {
-  return fitted("lung.csv", {{"formula", std::string("Surv(time, status) ~ age + sex + ph.ecog")}});
-}
-Made veteran() {
-  return fitted("veteran.csv", {{"formula", std::string("Surv(time, status) ~ karno * trt + "
-                                                        "ns(age, 3) + strata(celltype)")},
-                                {"ties", std::string("breslow")}});
 }
 
 TEST(CoxPredict, EfronsFitPredictsAsR) { expectAsInR(lung(), "lung", {90, 180, 365, 700}); }
@@ -193,37 +148,68 @@ TEST(CoxPredict, UnitsOfHazardsAreSaved) {
   EXPECT_TRUE(sameBits(read->hazard->scale, far.hazard->scale));
 }
 
-// Curves of which nothing but quantiles is wanted are formed in arrays.
-TEST(CoxPredict, QuantilesOfManyRowsAreThoseOfTheirCurves) {
+// Curves are formed in arrays for their quantiles, and no further than these need.
+TEST(CoxPredict, QuantilesAreThoseOfTheWholeCurves) {
   const Made made = lung();
   const Declaration declaration = coxPredictDeclaration();
+  std::size_t compared = 0;
   for (const engine::curves::Scale scale :
        {engine::curves::Scale::kLogLog, engine::curves::Scale::kLog,
         engine::curves::Scale::kPlain}) {
-    std::vector<CoxPredictions> both;
-    for (const bool curves : {true, false}) {
-      CoxPredictRequest request;
-      request.fit = made.lasting;
-      request.limits = scale;
-      request.quantiles = {0.2, 0.5, 0.8};
-      request.curves = curves;
-      numerics::Progress progress;
-      both.push_back(predictCox(
-          *made.lasting, dataOf(declaration, &request, std::string(SURVMETH_DATA) + "/lung.csv"),
-          request, progress));
-    }
-    ASSERT_GT(both[0].quantiles.size(), 200u);
-    ASSERT_EQ(both[0].quantiles.size(), both[1].quantiles.size());
-    for (std::size_t i = 0; i < both[0].quantiles.size(); ++i) {
+    CoxPredictRequest request;
+    request.fit = made.lasting;
+    request.survivalLimits = scale;
+    request.quantiles = {0.2, 0.5, 0.8};
+    request.curves = true;
+    numerics::Progress progress;
+    const CoxPredictions all = predictCox(
+        *made.lasting, dataOf(declaration, &request, std::string(SURVMETH_DATA) + "/lung.csv"),
+        request, progress);
+    ASSERT_GT(all.quantiles.size(), 200u);
+    for (std::size_t i = 0; i < all.quantiles.size(); ++i) {
+      engine::curves::Curve curve;
+      for (const CoxSurvival& point : all.curves[i].points) {
+        curve.time.push_back(point.time);
+        curve.survival.push_back(point.survival);
+        curve.lower.push_back(point.lower);
+        curve.upper.push_back(point.upper);
+      }
+      // The last time, 1022, is that of a row that is censored.
+      curve.time.push_back(1022);
+      for (auto* values : {&curve.survival, &curve.lower, &curve.upper}) {
+        values->push_back(values->back());
+      }
+      const auto expected = engine::curves::quantiles(curve, request.quantiles);
       std::vector<double> one, other;
       for (std::size_t q = 0; q < 3; ++q) {
-        const auto &a = both[0].quantiles[i][q], &b = both[1].quantiles[i][q];
+        const auto &a = all.quantiles[i][q], &b = expected[q];
         one.insert(one.end(), {a.time, a.lower, a.upper});
         other.insert(other.end(), {b.time, b.lower, b.upper});
+        ++compared;
       }
       EXPECT_TRUE(sameBits(one, other)) << i;
     }
   }
+  EXPECT_GT(compared, 1800u);
+}
+
+// Where nothing else is wanted, hazards are looked up at the times alone.
+TEST(CoxPredict, SurvivalsOfManyRowsAreThoseOnTheirCurves) {
+  const Made made = lung();
+  const Declaration declaration = coxPredictDeclaration();
+  std::vector<CoxPredictions> both;
+  for (const bool curves : {true, false}) {
+    CoxPredictRequest request;
+    request.fit = made.lasting;
+    request.at = {0, 5, 180, 1022, 1023};
+    request.curves = curves;
+    numerics::Progress progress;
+    both.push_back(predictCox(
+        *made.lasting, dataOf(declaration, &request, std::string(SURVMETH_DATA) + "/lung.csv"),
+        request, progress));
+  }
+  ASSERT_GT(both[0].at.size(), 200u);
+  EXPECT_TRUE(sameBits(survivals(both[0]), survivals(both[1])));
 }
 
 TEST(CoxPredict, SurvivalIsOneBeforeTheFirstEventAndUnknownAfterTheLastTime) {
@@ -231,89 +217,10 @@ TEST(CoxPredict, SurvivalIsOneBeforeTheFirstEventAndUnknownAfterTheLastTime) {
                                         engine::curves::Scale::kLogLog);
   EXPECT_EQ(made.at[0][0].survival, 1);
   EXPECT_EQ(made.at[0][0].error, 0);
+  EXPECT_TRUE(std::isnan(made.at[0][0].lower));  // 1 has no log-log limits
   EXPECT_FALSE(std::isnan(made.at[0][1].survival));
   EXPECT_TRUE(std::isnan(made.at[0][2].survival));
   EXPECT_TRUE(std::isnan(made.at[0][2].upper));
-}
-
-std::string refusalOf(const std::string& text) {
-  try {
-    readSavedFit(text);
-  } catch (const NoSavedFit& none) {
-    return none.what();
-  }
-  return "none";
-}
-
-bool isDigit(char c) { return c >= '0' && c <= '9'; }
-
-TEST(SavedFit, EveryChangedDigitIsFound) {
-  const std::string text = lung().text;
-  EXPECT_EQ(refusalOf(text), "none");
-  const std::size_t from = text.find("\"fit\": ");
-  std::size_t changed = 0;
-  for (std::size_t i = from; i < text.size(); i += 41) {
-    // The last digits of two numbers may name one double.
-    if (!isDigit(text[i]) || !isDigit(text[i + 1])) continue;
-    std::string other = text;
-    other[i] = text[i] == '7' ? '8' : '7';
-    EXPECT_NE(refusalOf(other), "none") << i;
-    ++changed;
-  }
-  EXPECT_GT(changed, 100u);
-}
-
-TEST(SavedFit, EveryShorterTextIsRefused) {
-  const std::string text = lung().text;
-  for (std::size_t size = 0; size + 2 < text.size(); size += 97) {
-    EXPECT_EQ(
-        refusalOf(text.substr(0, size)).rfind("the file is cut off or no saved fit: line ", 0), 0u)
-        << size;
-  }
-}
-
-TEST(SavedFit, SpacesBetweenValuesAreNoDamage) {
-  std::string text = lung().text;
-  for (std::size_t at = 0; (at = text.find(",\n", at)) != std::string::npos; at += 2) {
-    text.replace(at, 2, ", ");
-  }
-  EXPECT_EQ(refusalOf(text), "none");
-}
-
-TEST(SavedFit, OtherLayoutsAndOtherAnalysesAreNamed) {
-  std::string text = lung().text;
-  text.replace(text.find("survmeth-fit/1"), 14, "survmeth-fit/2");
-  EXPECT_EQ(refusalOf(text),
-            "the fit has the layout \"survmeth-fit/2\"; this program reads \"survmeth-fit/1\"");
-  EXPECT_EQ(refusalOf("{\"schema\": \"survmeth-report/1\"}"),
-            "the file is no saved fit; expected one that --save wrote");
-  EXPECT_EQ(refusalOf("[1]"), "the file is no saved fit; expected one that --save wrote");
-  EXPECT_EQ(refusalOf(sealed("{\"analysis\": \"life\", \"model\": {}}")),
-            "the fit is of the analysis \"life\", of which this program keeps none");
-}
-
-TEST(SavedFit, AContentThatDoesNotFitTogetherIsRefused) {
-  const JsonNode root = parseJson(lung().text);
-  const std::string text = lung().text;
-  const std::size_t from = text.find("\"fit\": ") + 7;
-  const std::string fit = text.substr(from, text.rfind('}') - from);
-  const auto spoilt = [&](const std::string& what, const std::string& by) {
-    std::string other = fit;
-    const std::size_t at = other.find(what);
-    EXPECT_NE(at, std::string::npos) << what;
-    return refusalOf(sealed(other.replace(at, what.size(), by)));
-  };
-  EXPECT_NE(
-      spoilt("\"names\": [\"age\",", "\"names\": [\"rage\",").find("the model contradicts itself"),
-      std::string::npos);
-  EXPECT_NE(spoilt("\"variables\": [2]", "\"variables\": [3]")
-                .find("a variable's number is out of range"),
-            std::string::npos);
-  EXPECT_NE(
-      spoilt("\"firstTime\": [0,", "\"firstTime\": [5000,").find("a time's number is out of range"),
-      std::string::npos);
-  EXPECT_NE(spoilt("\"shift\": [", "\"shift\": [0,").find("the shifts has 2 elements; expected 1"),
-            std::string::npos);
 }
 
 }  // namespace

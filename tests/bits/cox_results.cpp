@@ -1,4 +1,5 @@
 // Fits of the reference data sets, and all that follows from a fit.
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <set>
@@ -123,8 +124,9 @@ void takeCase(const TakeNumbers& take, const CoxCase& one) {
     takeHazards(taken, fit, one.data.columns.size());
     if (isSmall(one.data)) {
       numerics::Progress progress;
-      const auto limits = engine::cox::profileLimits(fit, 0, 0.95, progress);
-      taken.numbers("profile limits", {limits.lower, limits.upper});
+      const auto held =
+          profileOf(fit, 0, progress)->at(fit.working[0] + 2 * std::sqrt(fit.covariance(0, 0)));
+      taken.numbers("profile", {held.logLikelihood, held.slope});
     }
   }
 }

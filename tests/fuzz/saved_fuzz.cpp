@@ -31,7 +31,7 @@ void predict(const CoxSaved& fit) {
   survmeth::analysis::CoxPredictRequest request;
   request.at = {0, 2, 1e9};
   request.quantiles = {0.5};
-  request.terms = true;
+  request.parts = true;
   try {
     survmeth::numerics::Progress progress;
     const auto made = predictCox(fit, kPatients, request, progress);

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <limits>
 #include <set>
 #include <string>
 #include <vector>
@@ -50,6 +51,20 @@ TEST(BootstrapLimits, BiasAndErrorAreMomentsOfTheReplicates) {
   const BootstrapSummary summary = summarise(made, 0, 0.5, BootstrapLimits::kPercentile);
   EXPECT_EQ(summary.bias, 1.0);                             // mean 3
   EXPECT_DOUBLE_EQ(summary.standardError, std::sqrt(7.0));  // (4 + 1 + 9) / 2
+}
+
+TEST(BootstrapLimits, ReplicatesWithoutTheNumberDoNotCount) {
+  constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
+  Bootstrap made;
+  made.estimate = {2.0, kNone};
+  made.replicates = {{1.0, 1.0}, {kNone, 2.0}, {2.0, 3.0}, {6.0, 4.0}};
+  const BootstrapSummary summary = summarise(made, 0, 0.5, BootstrapLimits::kPercentile);
+  EXPECT_EQ(summary.replicates, 3u);
+  EXPECT_EQ(summary.bias, 1.0);  // mean 3
+  const BootstrapSummary unknown = summarise(made, 1, 0.5, BootstrapLimits::kPercentile);
+  EXPECT_EQ(unknown.replicates, 4u);
+  EXPECT_TRUE(std::isnan(unknown.bias));
+  EXPECT_TRUE(std::isnan(unknown.lower));
 }
 
 TEST(BootstrapLimits, WhatDoesNotExistIsNotANumber) {

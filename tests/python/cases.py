@@ -33,6 +33,10 @@ class Case:
         self.path = input_of(folder, self.file)
         self.analysis = ANALYSES[words[0]]
         self.arguments = arguments_of(self.analysis, words[2:])
+        for name in _functions.names_of_data(self.analysis):
+            if name in self.arguments:
+                file = self.arguments[name]
+                self.arguments |= {name: columns_of(input_of(folder, file)), name + "_name": file}
         self.printed = of_memory(
             (folder / "stdout").read_text().replace("@VERSION@", survmeth.__version__))
 

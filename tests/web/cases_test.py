@@ -52,6 +52,8 @@ class Case:
         wanted = {"json": {}} if self.is_json else {"text": {"width": 0, "notes": False}}
         self.call = {"analysis": words[0], "options": options, "file": str(file),
                      "name": words[1], "wanted": wanted}
+        if "newdata" in options:
+            self.call["newdata"] = str(input_of(folder, options["newdata"]))
 
 
 def cases_of(declared):

@@ -10,9 +10,10 @@ import { pathToFileURL } from "node:url";
 const { load, RefusedInput } = await import(pathToFileURL(resolve(process.argv[2], "survmeth.mjs")));
 const survmeth = await load();
 
-function outcome({ analysis, options, file, name, wanted }) {
+function outcome({ analysis, options, file, newdata, name, wanted }) {
   try {
-    return survmeth[analysis](readFileSync(file), options, { name, wanted });
+    return survmeth[analysis](readFileSync(file), options,
+      { name, wanted, newdata: newdata ? readFileSync(newdata) : null });
   } catch (refused) {
     if (!(refused instanceof RefusedInput)) throw refused;
     return { refused: refused.message, option: refused.option };

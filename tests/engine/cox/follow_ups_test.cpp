@@ -1,4 +1,4 @@
-// What is asked of a fit afterwards: residuals, hazards, profiles, tests of terms.
+// What is asked of a fit afterwards: residuals, hazards, tests of terms.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -6,7 +6,6 @@
 
 #include "Dist/Dist"
 #include "engine/cox/baseline.h"
-#include "engine/cox/profile.h"
 #include "engine/cox/proportionality.h"
 #include "engine/cox/residuals.h"
 #include "tests/engine/cox/data.h"
@@ -17,7 +16,6 @@ namespace {
 using engine::Refusal;
 using engine::cox::Fit;
 using engine::cox::Options;
-using engine::cox::ProfileLimits;
 using engine::cox::ResidualOptions;
 using engine::cox::Ties;
 using test::CoxData;
@@ -171,56 +169,6 @@ TEST(CoxTerms, DroppingATermIsTheDifferenceOfTwoFits) {
   EXPECT_NEAR(tests[1].test.chiSquare, expected, 1e-9);
   EXPECT_EQ(tests[1].test.degreesOfFreedom, 2U);
   EXPECT_NEAR(tests[1].test.pValue, pValChiSq(expected, 2.0), 1e-12);
-}
-
-TEST(CoxProfile, TwiceTheFallAtTheLimitsIsTheQuantile) {
-  const CoxData data = lung();
-  const Fit fit = data.fit();
-  numerics::Progress progress;
-  for (std::size_t j = 0; j < 3; ++j) {
-    const ProfileLimits limits = profileLimits(fit, j, 0.95, progress);
-    EXPECT_FALSE(limits.outcome.has_value());
-    for (const double limit : {limits.lower, limits.upper}) {
-      // The column with its coefficient as an offset, the others estimated.
-      CoxData held = data;
-      held.offset = data.columns[j];
-      for (double& value : held.offset) value *= limit;
-      held.columns.erase(held.columns.begin() + static_cast<std::ptrdiff_t>(j));
-      held.names.clear();
-      held.term = {0, 1};
-      EXPECT_NEAR(2 * (fit.logLikelihood - held.fit().logLikelihood), 3.841458820694124, 1e-8);
-    }
-    EXPECT_LT(limits.lower, fit.coefficients[j]);
-    EXPECT_GT(limits.upper, fit.coefficients[j]);
-  }
-}
-
-TEST(CoxProfile, AnInfiniteCoefficientHasOneFiniteLimit) {
-  CoxData data;
-  data.exit = {1, 2, 3, 4, 5, 6};
-  data.event = {1, 1, 1, 0, 0, 0};
-  data.columns = {{1, 1, 1, 0, 0, 0}};
-  const Fit fit = data.fit();
-  ASSERT_EQ(fit.column[0], engine::cox::Column::kInfinite);
-  numerics::Progress progress;
-  const ProfileLimits limits = profileLimits(fit, 0, 0.95, progress);
-  EXPECT_EQ(limits.upper, std::numeric_limits<double>::infinity());
-  // Every event is certain in the limit but for its place among the treated: log(1/3 1/2 1).
-  const double r = std::exp(limits.lower);
-  const double logLikelihood =
-      std::log(r / (3 * r + 3)) + std::log(r / (2 * r + 3)) + std::log(r / (r + 3));
-  EXPECT_NEAR(2 * (std::log(1.0 / 6) - logLikelihood), 3.841458820694124, 1e-8);
-}
-
-TEST(CoxProfile, AliasedColumnsHaveNoLimits) {
-  CoxData data = lung();
-  data.columns[2] = data.columns[0];
-  Options options;
-  options.dropAliased = true;
-  numerics::Progress progress;
-  const ProfileLimits limits = profileLimits(data.fit(options), 2, 0.95, progress);
-  EXPECT_TRUE(std::isnan(limits.lower));
-  EXPECT_EQ(limits.outcome->text, "karno has no estimate to take limits around");
 }
 
 TEST(CoxPairs, FiftyThousandMatchedPairsAreMcNemars) {

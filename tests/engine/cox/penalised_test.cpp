@@ -9,6 +9,7 @@
 
 #include "engine/cox/determinant.h"
 #include "engine/cox/likelihood.h"
+#include "engine/cox/profile.h"
 #include "numerics/cholesky.h"
 #include "tests/engine/cox/data.h"
 
@@ -16,6 +17,7 @@ namespace survmeth {
 namespace {
 
 using engine::cox::Column;
+using engine::cox::Held;
 using engine::cox::Options;
 using engine::cox::PenalisedFit;
 using engine::cox::Penalty;
@@ -87,9 +89,12 @@ TEST_P(Determinant, IsThatOfItsDefinition) {
     expectNear(made.fit.logLikelihood, expected("logLikelihood"), 30.0, "likelihood");
     // A difference of likelihoods of size 30.
     expectNear(made.fit.terms[j].test.chiSquare, expected("chiSquare"), 30.0, "chi-square");
-    const auto limits = penalisedLimits(made, j, 0.95, progress);
-    expectNear(limits.lower, expected("lower"), error, "lower");
-    expectNear(limits.upper, expected("upper"), error, "upper");
+    // The limits of the profile, where the penalised likelihood has fallen as far as they say.
+    for (const char* side : {"lower", "upper"}) {
+      const Held held = profileOf(made, j, progress)->at(expected(side));
+      ASSERT_TRUE(held.exists);
+      expectNear(2 * (made.logLikelihood - held.logLikelihood), 3.841458820694124, 30.0, side);
+    }
   }
 }
 

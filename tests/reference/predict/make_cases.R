@@ -10,6 +10,14 @@
 # stratum's first event: in heart_breslow 0.223 and 0.117 for 0.0746, which differences of the hazard
 # with respect to the coefficients confirm. Their errors are therefore formed below from sums over
 # each risk set; the hazards are those of survfit.
+#
+# Other numbers of R contradict its own, and are formed from these: linear predictors of a fit with an
+# offset have its mean taken off or not, as the fit keeps x or not and by the reference; here it is
+# added as it is. predict(type = "expected") of such a fit is not the hazard that survfit has for the
+# row (0.516 for 0.342 in burn_offset). quantile() takes limits that rise for limits that fall, and
+# gives a lower limit of 12 beside a quantile of 7 where the limit has crossed at 7 (bladder_gaps).
+# Log-log limits of a survival of 1 are 1 before the first time of a curve, and NA from there on; here
+# there are none.
 suppressMessages(library(survival))
 library(splines)
 cases <- read.delim("cases.txt", colClasses = "character", quote = "")
@@ -85,10 +93,15 @@ for (i in seq_len(nrow(cases))) {
                                     value = value, error = error, lower = lower, upper = upper))
   }
   stratified <- grepl("strata", case$formula)
+  offset <- model.offset(model.frame(fit))
   for (reference in c("sample", if (stratified) "strata", "zero")) {
     lp <- predict(fit, newdata = new, type = "lp", se.fit = TRUE, reference = reference)
-    add(seq_len(nrow(new)), paste("predictor", reference), "", "", lp$fit, lp$se.fit)
     terms <- predict(fit, newdata = new, type = "terms", se.fit = TRUE, reference = reference)
+    if (!is.null(offset)) {
+      lp$fit <- rowSums(terms$fit) +
+        model.offset(model.frame(delete.response(fit$terms), data = new))
+    }
+    add(seq_len(nrow(new)), paste("predictor", reference), "", "", lp$fit, lp$se.fit)
     for (term in colnames(terms$fit)) {
       add(seq_len(nrow(new)), paste("term", reference), "", gsub("[ ,]", "", term), terms$fit[, term],
           terms$se.fit[, term])
@@ -101,19 +114,30 @@ for (i in seq_len(nrow(cases))) {
         curve <- survfit(fit, newdata = new[row, ], conf.type = type)
         at <- times[times <= max(curve$time)]
         s <- summary(curve, times = at)
+        if (type == "log-log") s$lower[s$surv == 1] <- s$upper[s$surv == 1] <- NA
         add(row, "survival", type, at, s$surv, s$std.err, s$lower, s$upper)
         if (type == "log") add(row, "hazard", "", at, s$cumhaz, s$std.chaz)
-        q <- quantile(curve, c(0.1, 0.25, 0.5))
-        add(row, "quantile", type, c(0.1, 0.25, 0.5), as.vector(q$quantile), NA,
-            as.vector(q$lower), as.vector(q$upper))
+        shares <- c(0.1, 0.25, 0.5)
+        q <- quantile(curve, shares)
+        crossed <- function(limit, theirs) {
+          if (!is.unsorted(-limit[!is.na(limit)])) return(as.vector(theirs))
+          sapply(shares, function(p) curve$time[which(limit <= 1 - p)[1]])
+        }
+        add(row, "quantile", type, shares, as.vector(q$quantile), NA, crossed(curve$lower, q$lower),
+            crossed(curve$upper, q$upper))
       }
       if (late) next
       expected <- predict(fit, newdata = new[row, ], type = "expected", se.fit = TRUE)
+      if (!is.null(offset)) {
+        whole <- summary(survfit(fit, newdata = new[row, ]), times = new$time[row])
+        expected <- list(fit = whole$cumhaz, se.fit = whole$std.chaz)
+      }
       add(row, "expected", "", "", expected$fit, expected$se.fit)
     }
     if (late) {
       new$x <- model.matrix(fit, data = new)
-      strata <- if (stratified) list(old = data$male, new = new$male)
+      column <- sub(".*strata\\((\\w+)\\).*", "\\1", case$formula)
+      strata <- if (stratified) list(old = data[[column]], new = new[[column]])
                 else list(old = rep(0, nrow(data)), new = rep(0, nrow(new)))
       of <- function(rows) {
         path <- along(fit, data, rep(1, nrow(data)), new[rows, ],
