@@ -1,7 +1,6 @@
 #include "cli/perform.h"
 
 #include <cstdint>
-#include <optional>
 
 #include "analysis/savedFit.h"
 #include "cli/shell/problem.h"
@@ -18,28 +17,23 @@ namespace engine = survmeth::engine;
 namespace frame = survmeth::frame;
 
 frame::Frame read(const Job& job) {
-  std::optional<Progress> progress;
+  Progress progress("reading " + (job.file == "-" ? "standard input" : job.file));
   return frame::readFrame(
       job.file,
       [&](const std::vector<std::string>& header) {
         return analysis::wantedColumns(job.declaration, job.request, header);
       },
       job.reading.frame(),
-      [&](std::uint64_t done, std::uint64_t total) {
-        if (!progress) {
-          progress.emplace("reading " + (job.file == "-" ? "standard input" : job.file), total);
-        }
-        progress->at(done);
-      });
+      [&](std::uint64_t done, std::uint64_t total) { progress.at(done, total); });
 }
 
 // The work after reading, on the same progress line.
 class Working : public survmeth::numerics::Progress {
  public:
-  explicit Working(const std::string& what) : line_(what, kParts) {}
+  explicit Working(const std::string& what) : line_(what) {}
 
  private:
-  void show(double done) override { line_.at(static_cast<std::uint64_t>(done * kParts)); }
+  void show(double done) override { line_.at(static_cast<std::uint64_t>(done * kParts), kParts); }
 
   static constexpr std::uint64_t kParts = 10000;
   cli::Progress line_;
