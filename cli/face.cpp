@@ -14,6 +14,7 @@
 #include "cli/perform.h"
 #include "cli/run.h"
 #include "cli/shell/problem.h"
+#include "cli/shell/progress.h"
 #include "cli/version.h"
 #include "report/csv.h"
 #include "report/html.h"
@@ -171,6 +172,7 @@ void run(const Declaration& declaration, const Typed& typed, Session& session,
     throw problemOf(bad);
   }
   const report::Report& report = fitted.report;
+  const Progress progress("writing " + declaration.name + " of " + report.data.name);
   if (!typed.save.empty()) session.output.file(typed.save, std::move(saved));
   writeTables(declaration, typed, report, session);
   plot(typed.looks, report, session);

@@ -8,6 +8,8 @@
 #include <new>
 #include <sstream>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "analysis/declaration.h"
 #include "cli/face.h"
@@ -32,13 +34,16 @@ void say(const std::string& who, const std::string& what) {
 }
 
 // The library's message, or a better one where it only says that something was not expected.
-std::string usageMessage(const CLI::App& app, const CLI::ParseError& error) {
+std::string usageMessage(const CLI::App& app, const CLI::ParseError& error,
+                         const std::vector<std::string>& arguments) {
   const auto commands = app.get_subcommands();
   const CLI::App& at = commands.empty() ? app : *commands.front();
   std::vector<std::string> known, extra = app.remaining(true);
   for (const CLI::Option* option : at.get_options()) {
     if (!option->get_lnames().empty()) known.push_back("--" + option->get_lnames().front());
   }
+  const std::string lacking = cli::lackingValue(at, arguments);
+  if (!lacking.empty()) return lacking;
   for (const std::string& argument : extra) {
     if (argument.size() > 1 && argument.front() == '-') {
       return "there is no option " + cli::quote(argument) + "; expected one of " +
@@ -55,8 +60,10 @@ std::string usageMessage(const CLI::App& app, const CLI::ParseError& error) {
   if (!extra.empty()) {
     return "the argument " + cli::quote(extra.front()) + " is one too many; expected one file";
   }
-  const std::string repeated = cli::repeatedOption(at);
-  return repeated.empty() ? error.what() : repeated;
+  for (const std::string& message : {cli::repeatedOption(at), cli::lackingArgument(at)}) {
+    if (!message.empty()) return message;
+  }
+  return error.what();
 }
 
 int usageError(const std::string& who, const std::string& message) {
@@ -113,8 +120,11 @@ int main(int argc, char** argv) {
   }
   if (called != &app) who += " " + called->get_name();
   try {
-    const std::string empty = cli::emptyValue(*called, {argv + 1, argv + argc});
-    if (!empty.empty()) return usageError(who, empty);
+    const std::vector<std::string> arguments(argv + 1, argv + argc);
+    for (const std::string& message :
+         {cli::emptyValue(*called, arguments), cli::valueOfFlag(*called, arguments)}) {
+      if (!message.empty()) return usageError(who, message);
+    }
     app.parse(argc, argv);
     for (const auto& [sub, run] : runs) {
       if (!sub->parsed()) continue;
@@ -133,7 +143,7 @@ int main(int argc, char** argv) {
     output.text() = text.str();
     return finish(who, output.write());
   } catch (const CLI::ParseError& error) {
-    return usageError(who, usageMessage(app, error));
+    return usageError(who, usageMessage(app, error, {argv + 1, argv + argc}));
   } catch (const Problem& problem) {
     say(who, problem.what());
     return problem.exitCode();

@@ -1,7 +1,6 @@
 #include "cli/perform.h"
 
 #include <cstdint>
-#include <optional>
 
 #include "analysis/savedFit.h"
 #include "cli/shell/problem.h"
@@ -25,28 +24,22 @@ struct Asked {
 };
 
 frame::Frame read(const Asked& asked, const frame::Reading& reading) {
-  std::optional<Progress> progress;
+  Progress progress("reading " + (asked.file == "-" ? "standard input" : asked.file));
   return frame::readFrame(
       asked.file,
       [&](const std::vector<std::string>& header) {
         return analysis::wantedColumns(asked.declaration, asked.request, header);
       },
-      reading,
-      [&](std::uint64_t done, std::uint64_t total) {
-        if (!progress) {
-          progress.emplace("reading " + (asked.file == "-" ? "standard input" : asked.file), total);
-        }
-        progress->at(done);
-      });
+      reading, [&](std::uint64_t done, std::uint64_t total) { progress.at(done, total); });
 }
 
 // The work after reading, on the same progress line.
 class Working : public survmeth::numerics::Progress {
  public:
-  explicit Working(const std::string& what) : line_(what, kParts) {}
+  explicit Working(const std::string& what) : line_(what) {}
 
  private:
-  void show(double done) override { line_.at(static_cast<std::uint64_t>(done * kParts)); }
+  void show(double done) override { line_.at(static_cast<std::uint64_t>(done * kParts), kParts); }
 
   static constexpr std::uint64_t kParts = 10000;
   cli::Progress line_;

@@ -14,6 +14,7 @@
 #include "cli/outputs.h"
 #include "cli/perform.h"
 #include "cli/shell/problem.h"
+#include "cli/shell/progress.h"
 #include "cli/version.h"
 #include "report/csv.h"
 #include "report/html.h"
@@ -87,6 +88,7 @@ void run(const Typed& typed, Session& session) {
   reserve(plan, typed, session);
   const std::vector<report::Report> reports = performPlan(plan, typed.plan);
   const std::string title = plan.title.empty() ? "Reports of a plan" : plan.title;
+  const Progress progress("writing " + title);
   if (!typed.out.empty()) session.output.folder(typed.out);
   for (std::size_t i = 0; i < reports.size() && !typed.out.empty(); ++i) {
     const std::string folder = folderOf(typed, plan.analyses[i]);

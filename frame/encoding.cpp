@@ -17,13 +17,16 @@ constexpr std::size_t kLooked = 4096;  // bytes that are looked at for UTF-16 wi
 struct Container {
   std::string_view start, name;
 };
-constexpr std::array<Container, 6> kContainers = {
+constexpr std::array<Container, 9> kContainers = {
     {{"PK\x03\x04", "a zip archive, as .xlsx and .ods workbooks are"},
      {"\xD0\xCF\x11\xE0", "an .xls workbook or another compound file"},
      {"BZh", "packed by bzip2"},
      {"\xFD\x37zXZ", "packed by xz"},
      {"\x28\xB5\x2F\xFD", "packed by zstd"},
-     {"%PDF-", "a PDF"}}};
+     {"%PDF-", "a PDF"},
+     {"PAR1", "a Parquet file"},
+     {"$FL2", "a data file of SPSS"},
+     {"<stata_dta>", "a data file of Stata"}}};
 
 // Windows-1252 from 0x80 to 0x9F; 0 where it has no character. Above that it is Latin-1, which is
 // the beginning of Unicode.
@@ -93,12 +96,10 @@ Start startOf(std::string_view bytes) {
   return {};
 }
 
-void Utf16Decoder::unit(unsigned value, std::string& text) {
+bool Utf16Decoder::unit(unsigned value, std::string& text) {
   const bool isHigh = value >= 0xD800 && value < 0xDC00;
   const bool isLow = value >= 0xDC00 && value < 0xE000;
-  if (isLow != (high_ != 0)) {
-    throw Damage("a character of the UTF-16 text is broken", "whole UTF-16, or text in UTF-8");
-  }
+  if (isLow != (high_ != 0)) return false;
   if (isHigh) {
     high_ = value;
   } else if (isLow) {
@@ -107,21 +108,30 @@ void Utf16Decoder::unit(unsigned value, std::string& text) {
   } else {
     append(text, value);
   }
+  return true;
 }
 
 void Utf16Decoder::decode(std::string_view bytes, std::string& text) {
+  requireWhole();
   for (const char c : bytes) {
     const auto byte = static_cast<unsigned char>(c);
     if (!half_) {
       half_ = byte;
       continue;
     }
-    unit(isBig_ ? *half_ * 256U + byte : byte * 256U + *half_, text);
+    isBroken_ = !unit(isBig_ ? *half_ * 256U + byte : byte * 256U + *half_, text);
     half_.reset();
+    if (isBroken_) return;
   }
 }
 
+void Utf16Decoder::requireWhole() const {
+  if (!isBroken_) return;
+  throw Damage("a character of the UTF-16 text is broken", "whole UTF-16, or text in UTF-8");
+}
+
 void Utf16Decoder::finish() const {
+  requireWhole();
   if (half_ || high_ != 0) {
     throw Damage("the UTF-16 text ends within a character", "whole UTF-16, or text in UTF-8");
   }

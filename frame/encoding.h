@@ -29,17 +29,21 @@ Start startOf(std::string_view bytes);
 class Utf16Decoder {
  public:
   explicit Utf16Decoder(bool isBig) : isBig_(isBig) {}
-  // Appends to `text`. Throws Damage: half of a surrogate pair.
+  // Appends to `text` what stands before half of a surrogate pair; then that throws Damage, so that
+  // the reader knows its line.
   void decode(std::string_view bytes, std::string& text);
-  // Throws Damage where the text ends within a character.
+  // Throws Damage, also where the text ends within a character.
   void finish() const;
 
  private:
-  void unit(unsigned value, std::string& text);
+  // False: half of a pair.
+  bool unit(unsigned value, std::string& text);
+  void requireWhole() const;
 
   bool isBig_;
   std::optional<unsigned char> half_;  // of a unit
   unsigned high_ = 0;                  // of a surrogate pair
+  bool isBroken_ = false;
 };
 
 // Names and labels of a file that does not say its encoding. Where they are not UTF-8 they are

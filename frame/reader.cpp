@@ -83,7 +83,8 @@ class Parser {
       const std::string_view before =
           block.substr(0, static_cast<std::size_t>(zero - block.data()));
       const auto lines = static_cast<std::size_t>(std::count(before.begin(), before.end(), '\n'));
-      throw Unreadable({table_.source, sink_.line() + lines, {}}, "the file is not text",
+      throw Unreadable({table_.source, sink_.line() + lines, {}},
+                       "the file is not text: a byte of 0 stands here",
                        "comma- or tab-separated text");
     }
     if (!cells_.parse(block)) refuse();

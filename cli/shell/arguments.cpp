@@ -3,6 +3,8 @@
 
 #include <CLI/CLI.hpp>
 
+#include "cli/shell/problem.h"
+
 namespace cli {
 namespace {
 
@@ -30,6 +32,44 @@ std::string emptyValue(const CLI::App& app, const std::vector<std::string>& argu
     if (argument.back() != '=') continue;
     const CLI::Option* option = named(app, argument.substr(0, argument.size() - 1));
     if (option != nullptr) return emptyMessage(*option);
+  }
+  return {};
+}
+
+std::string valueOfFlag(const CLI::App& app, const std::vector<std::string>& arguments) {
+  for (const std::string& argument : arguments) {
+    const std::size_t equals = argument.find('=');
+    if (equals == std::string::npos) continue;
+    const std::string name = argument.substr(0, equals);
+    const CLI::Option* option = named(app, name);
+    if (option == nullptr || option->get_items_expected_max() > 0) continue;
+    return name + " takes no value; expected it without " + quote(argument.substr(equals));
+  }
+  return {};
+}
+
+std::string lackingArgument(const CLI::App& app) {
+  const auto withinSentence = [](std::string text) {  // but not "cSV or TSV file"
+    const bool word = text.size() > 1 && text[1] >= 'a' && text[1] <= 'z';
+    if (word && text[0] >= 'A' && text[0] <= 'Z') text[0] = static_cast<char>(text[0] - 'A' + 'a');
+    return text;
+  };
+  for (const CLI::Option* option : app.get_options()) {
+    if (!option->get_required() || option->count() > 0) continue;
+    const bool file = option->get_positional();
+    return (file ? option->get_name(true) : "--" + option->get_lnames().front()) +
+           " is missing; expected " +
+           (file ? withinSentence(option->get_description()) : option->get_type_name());
+  }
+  return {};
+}
+
+std::string lackingValue(const CLI::App& app, const std::vector<std::string>& arguments) {
+  for (std::size_t i = 0; i < arguments.size(); ++i) {
+    const CLI::Option* option = named(app, arguments[i]);
+    if (option == nullptr || option->get_items_expected_max() == 0) continue;
+    if (i + 1 < arguments.size() && named(app, arguments[i + 1]) == nullptr) continue;
+    return arguments[i] + " has no value; expected " + option->get_type_name();
   }
   return {};
 }

@@ -15,6 +15,17 @@ namespace cli {
 // library would take for an option that is not given; empty if there is none.
 std::string emptyValue(const CLI::App& app, const std::vector<std::string>& arguments);
 
+// The message about the first flag with a value ("--json=no"), which the library would take for the
+// flag; empty if there is none.
+std::string valueOfFlag(const CLI::App& app, const std::vector<std::string>& arguments);
+
+// The message about the first file or option that has to be there and is not; empty if all are.
+std::string lackingArgument(const CLI::App& app);
+
+// The message about the first option that wants a value and stands before another one, or last;
+// empty if none does.
+std::string lackingValue(const CLI::App& app, const std::vector<std::string>& arguments);
+
 // The message about an option that stands more often than it may; empty if none does.
 std::string repeatedOption(const CLI::App& app);
 

@@ -2,6 +2,8 @@
 """How the command line ends when it is stopped, nobody reads on, or there is no room."""
 
 import os
+import pty
+import select
 import signal
 import subprocess
 import time
@@ -67,6 +69,30 @@ class Endings(Folder):
                 process.send_signal(number)
                 self.assertEqual(process.wait(PATIENCE), -number)
                 self.assertEqual(self.names(), ["fifo", "trial.csv"])
+
+    def test_long_work_shows_that_it_goes_on_and_ends_on_control_c(self):
+        # Data that come to a stop: nothing but the time moves.
+        os.mkfifo(self.folder / "slow.csv")
+        data = os.open(self.folder / "slow.csv", os.O_RDWR)
+        self.addCleanup(os.close, data)
+        os.write(data, b"t,e\n" + b"1,1\n" * 1000)
+        child, terminal = pty.fork()
+        if child == 0:
+            os.chdir(self.folder)
+            os.execv(self.program, [self.program, "life", "slow.csv", "--time", "t", "--event", "e",
+                                    "--out", "new"])
+        self.addCleanup(os.close, terminal)
+        shown = b""
+        end = time.monotonic() + PATIENCE
+        while b", 3 s" not in shown and time.monotonic() < end:
+            if select.select([terminal], [], [], 0.1)[0]:
+                shown += os.read(terminal, 1 << 16)
+        os.write(terminal, b"\x03")
+        _, status = os.waitpid(child, 0)
+        self.assertIn(b"reading slow.csv", shown)
+        self.assertIn(b", 3 s", shown)
+        self.assertEqual(os.waitstatus_to_exitcode(status), -signal.SIGINT)
+        self.assertEqual(self.names(), ["slow.csv", "trial.csv"])
 
     def test_a_signal_takes_new_folders_away(self):
         os.mkfifo(self.folder / "fifo.svg")

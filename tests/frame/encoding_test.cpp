@@ -89,8 +89,9 @@ TEST(Utf16, BecomesUtf8) {
 TEST(Utf16, IsRefusedWhereACharacterIsBroken) {
   const std::string broken =
       ": a character of the UTF-16 text is broken; expected whole UTF-16, or text in UTF-8";
-  EXPECT_EQ(refusal("\xFF\xFEt\0\n\0\x34\xD8x\0"s, {number("t")}), "x" + broken);
-  EXPECT_EQ(refusal("\xFF\xFEt\0\n\0\x1E\xDD"s, {number("t")}), "x" + broken);
+  EXPECT_EQ(refusal("\xFF\xFEt\0\n\0\x34\xD8x\0"s, {number("t")}), "x, line 2" + broken);
+  EXPECT_EQ(refusal("\xFF\xFEt\0\n\0001\0\n\0\x1E\xDD"s, {number("t")}), "x, line 3" + broken);
+  EXPECT_EQ(refusal("\xFF\xFE\x1E\xDD"s, {number("t")}), "x" + broken);
   EXPECT_EQ(refusal("\xFF\xFEt\0\n\0001\0\n"s, {number("t")}),
             "x, line 2: the UTF-16 text ends within a character; expected whole UTF-16, or text in "
             "UTF-8");
@@ -117,6 +118,10 @@ TEST(Containers, AreRefusedByTheirNames) {
   EXPECT_EQ(refusal("\x28\xB5\x2F\xFD..", {number("t")}),
             "x: the file is packed by zstd" + expected);
   EXPECT_EQ(refusal("%PDF-1.4", {number("t")}), "x: the file is a PDF" + expected);
+  EXPECT_EQ(refusal("PAR1\x15\x04", {number("t")}), "x: the file is a Parquet file" + expected);
+  EXPECT_EQ(refusal("$FL2@(#)", {number("t")}), "x: the file is a data file of SPSS" + expected);
+  EXPECT_EQ(refusal("<stata_dta><header>", {number("t")}),
+            "x: the file is a data file of Stata" + expected);
   EXPECT_EQ(refusal("\xFF\xFE\0\0t\0\0\0"s, {number("t")}),
             "x: the file is UTF-32; expected text in UTF-8 encoding");
 }

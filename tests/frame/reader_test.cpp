@@ -211,7 +211,8 @@ TEST(Reader, ReadsTenThousandColumnsAndALongCell) {
 TEST(Reader, RefusesZerosWithTheirLine) {
   using namespace std::string_view_literals;
   using namespace std::string_literals;
-  const std::string expected = ": the file is not text; expected comma- or tab-separated text";
+  const std::string expected =
+      ": the file is not text: a byte of 0 stands here; expected comma- or tab-separated text";
   EXPECT_EQ(refusal("t,e\n1,1\n2,\0\n"sv, {number("t")}), "x, line 3" + expected);
   std::string text = "t,e\n";
   for (int i = 0; i < 100000; ++i) text += "1,1\n";
