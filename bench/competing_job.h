@@ -32,9 +32,10 @@ struct EngineGray : Analysis {
     const engine::Response response{{}, time, event, 2};
     const engine::incidence::Groups groups{group, 3};
     const std::uint32_t types[] = {1, 2};
-    const auto tests = engine::incidence::grayTests(response, {}, groups, types, {});
+    const engine::incidence::Ordered ordered(response, {}, groups);
+    const auto tests = engine::incidence::grayTests(ordered, types, {});
     for (std::size_t i = 0; i < tests.size(); ++i) statistic[i] = tests[i].chiSquare;
-    const engine::incidence::Causes sorted(response, {}, groups);
+    const engine::incidence::Causes sorted(ordered);
     curves = engine::incidence::estimate(sorted, {}, engine::incidence::Variance::kAalen);
   }
   Results results() const override { return {{"type1", statistic[0]}, {"type2", statistic[1]}}; }

@@ -79,7 +79,7 @@ IncidenceAnswer beginning(const frame::Frame& data, const IncidenceRequest& requ
 }
 
 // The tests of all types of event that are asked for.
-void test(const Input& input, const IncidenceRequest& request,
+void test(const incidence::Ordered& ordered, const IncidenceRequest& request,
           std::vector<IncidenceOfType>& types) {
   incidence::GrayOptions options;
   options.rho = request.rho;
@@ -87,14 +87,12 @@ void test(const Input& input, const IncidenceRequest& request,
   for (const IncidenceOfType& type : types) {
     causes.push_back(static_cast<std::uint32_t>(type.cause) + 1);
   }
-  std::vector<incidence::GrayTest> tests =
-      incidence::grayTests(input.response, input.rows, input.groups, causes, options);
+  std::vector<incidence::GrayTest> tests = incidence::grayTests(ordered, causes, options);
   for (std::size_t i = 0; i < types.size(); ++i) {
     types[i].test = std::move(tests[i]);
     if (request.pairs == Pairs::kNone) continue;
     options.cause = causes[i];
-    types[i].pairs = incidence::grayPairs(input.response, input.rows, input.groups, options,
-                                          adjustmentOf(request.pairs));
+    types[i].pairs = incidence::grayPairs(ordered, options, adjustmentOf(request.pairs));
   }
 }
 
@@ -146,14 +144,15 @@ IncidenceAnswer fitIncidence(const frame::Frame& data, const IncidenceRequest& r
   if (answer.several()) requireSeveral(answer.group, kMostGroups);
   answer.robust =
       incidence::varianceFor(input.rows, request.variance) == incidence::Variance::kRobust;
-  const incidence::Causes sorted(input.response, input.rows, input.groups);
+  const incidence::Ordered ordered(input.response, input.rows, input.groups);
+  const incidence::Causes sorted(ordered);
   answer.curves = incidence::estimate(sorted, input.rows, request.variance);
   answer.at = request.at;
   if (answer.at.empty()) answer.at = {commonEnd(answer.curves)};
   const bool testable =
       answer.several() && input.response.entry.empty() && input.rows.cluster.empty() &&
       (input.rows.weight.empty() || input.rows.weightKind == engine::WeightKind::kFrequencies);
-  if (testable) test(input, request, answer.types);
+  if (testable) test(ordered, request, answer.types);
   for (std::size_t i = 0; i < answer.types.size(); ++i) {
     progress.at(static_cast<double>(i) / static_cast<double>(answer.types.size()));
     read(sorted, input, request, answer, answer.types[i]);
@@ -166,10 +165,11 @@ IncidenceAnswer fitGray(const frame::Frame& data, const IncidenceRequest& reques
   Input input;
   IncidenceAnswer answer = beginning(data, request, input);
   requireSeveral(answer.group, kMostGroups);
-  const incidence::Causes sorted(input.response, input.rows, input.groups);
+  const incidence::Ordered ordered(input.response, input.rows, input.groups);
+  const incidence::Causes sorted(ordered);
   answer.curves = incidence::estimate(sorted, input.rows, request.variance);
   progress.at(0.5);
-  test(input, request, answer.types);
+  test(ordered, request, answer.types);
   return answer;
 }
 

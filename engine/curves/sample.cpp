@@ -35,6 +35,11 @@ void check(const Response& response, const Rows& rows, const Groups& groups, con
   if (response.causes != 1) {
     throw Refusal(Role::kEvent, Refusal::kNone, std::string(who) + " take one kind of event");
   }
+  checkGroups(response, rows, groups, who);
+}
+
+void checkGroups(const Response& response, const Rows& rows, const Groups& groups,
+                 const char* who) {
   if (!rows.offset.empty()) {
     throw Refusal(Role::kOffset, Refusal::kNone, std::string(who) + " take no offset");
   }
@@ -91,15 +96,26 @@ Sample::Sample(const risk::TimeCodes& codes, const Response& response, const Row
     for (std::size_t i = 0; i < n; ++i) entryAt[i] = entryOfRow[source[i]];
   }
   timeCode_ = {};
-  countAtRisk();
+  const std::size_t m = times();
+  atRisk.resize(m);
+  surviving.resize(m);
+  events.resize(m);
+  censored.resize(m);
+  eventRows.assign(m, 0);
+  weight.empty() ? countRows() : countAtRisk();
 }
 
 void Sample::findTimes(const risk::TimeCodes& codes) {
   exitAt.resize(rows());
+  for (std::size_t i = 0; i < rows(); ++i) exitAt[i] = codes.exit[source[i]];
+  std::size_t changes = 0;
+  for (std::size_t i = 1; i < rows(); ++i) changes += exitAt[i] != exitAt[i - 1] ? 1 : 0;
+  time.reserve(changes + firstRow.size());
+  timeCode_.reserve(time.capacity());
   for (std::size_t g = 0; g + 1 < firstRow.size(); ++g) {
     first.push_back(time.size());
     for (std::size_t i = firstRow[g]; i < firstRow[g + 1]; ++i) {
-      const std::uint32_t code = codes.exit[source[i]];
+      const std::uint32_t code = exitAt[i];
       if (time.size() == first.back() || timeCode_.back() != code) {
         time.push_back(codes.time[code]);
         timeCode_.push_back(code);
@@ -111,15 +127,33 @@ void Sample::findTimes(const risk::TimeCodes& codes) {
 }
 
 // From the last time of each group to its first: rows join at their exit and leave before their
-// entry. In twice the precision, so that what has left takes nothing from those that stay.
+// entry.
+void Sample::countRows() {
+  const std::size_t m = times();
+  std::vector<std::uint32_t> entering(entryAt.empty() ? 0 : m);
+  for (const std::uint32_t at : entryAt) ++entering[at];
+  for (std::size_t g = 0; g < groups(); ++g) {
+    std::uint32_t count = 0;
+    std::size_t row = firstRow[g + 1];
+    for (std::size_t k = first[g + 1]; k-- > first[g];) {
+      const std::size_t stop = row;
+      std::uint32_t failing = 0;
+      for (; row > firstRow[g] && exitAt[row - 1] == k; --row) failing += event[row - 1];
+      const auto ending = static_cast<std::uint32_t>(stop - row);
+      count += ending;
+      eventRows[k] = failing;
+      events[k] = failing;
+      censored[k] = ending - failing;
+      atRisk[k] = count;
+      surviving[k] = count - failing;
+      if (!entering.empty()) count -= entering[k];
+    }
+  }
+}
+
+// The same in twice the precision, so that what has left takes nothing from those that stay.
 void Sample::countAtRisk() {
   const std::size_t m = times();
-  atRisk.resize(m);
-  surviving.resize(m);
-  events.assign(m, 0.0);
-  censored.assign(m, 0.0);
-  eventRows.assign(m, 0);
-  rowsAtRisk.resize(m);
   // What enters just before time k leaves the sum behind time k - 1, on the way down.
   std::vector<DoubleDouble> entering(entryAt.empty() ? 0 : m);
   std::vector<std::uint32_t> rowsEntering(entryAt.empty() ? 0 : m);
@@ -145,7 +179,6 @@ void Sample::countAtRisk() {
       events[k] = failing.hi;
       censored[k] = leaving.hi;
       atRisk[k] = sum.hi;
-      rowsAtRisk[k] = count;
       surviving[k] = others.hi;
       if (eventRows[k] == count) {
         surviving[k] = 0.0;

@@ -27,6 +27,8 @@ struct Groups {
 // Throws a Refusal where risk::check does; further for causes other than 1, offsets, and group
 // codes outside their range. `who` begins the sentences: "Curves".
 void check(const Response& response, const Rows& rows, const Groups& groups, const char* who);
+// The group codes and the lack of an offset alone, whatever the causes.
+void checkGroups(const Response& response, const Rows& rows, const Groups& groups, const char* who);
 
 // The codes of the response, once all this is checked: for curves and tests that share one sort.
 risk::TimeCodes checkedCodes(const Response& response, const Rows& rows, const Groups& groups,
@@ -41,8 +43,7 @@ enum class Ending { kEvent, kCensoring };
 struct Sample {
   Sample(const Response& response, const Rows& rows, const Groups& groups,
          double tieTolerance = risk::kTieTolerance, Ending ending = Ending::kEvent);
-
-  // In the order of the response's checkedCodes.
+  // In the order of the response's checkedCodes. Any cause is an event.
   Sample(const risk::TimeCodes& codes, const Response& response, const Rows& rows,
          const Groups& groups, Ending ending = Ending::kEvent);
 
@@ -53,11 +54,10 @@ struct Sample {
   std::vector<std::size_t> first;  // groups + 1
   // Of each time.
   std::vector<double> time;
-  std::vector<double> atRisk;             // weight of the rows with entry < time <= exit
-  std::vector<double> events, censored;   // weights that end here
-  std::vector<double> surviving;          // atRisk - events, 0 where all at risk fail
-  std::vector<std::uint32_t> eventRows;   // rows that fail
-  std::vector<std::uint32_t> rowsAtRisk;  // rows at risk
+  std::vector<double> atRisk;            // weight of the rows with entry < time <= exit
+  std::vector<double> events, censored;  // weights that end here
+  std::vector<double> surviving;         // atRisk - events, 0 where all at risk fail
+  std::vector<std::uint32_t> eventRows;  // rows that fail
 
   // Of each row that takes part, by group, then by exit.
   std::vector<std::size_t> firstRow;   // groups + 1
@@ -74,7 +74,8 @@ struct Sample {
 
  private:
   void findTimes(const risk::TimeCodes& codes);
-  void countAtRisk();
+  void countRows();    // without weights
+  void countAtRisk();  // with them
 
   std::vector<std::uint32_t> timeCode_;  // only while it is being made
 };

@@ -3,25 +3,28 @@
 #include "numerics/doubleDouble.h"
 
 namespace survmeth::engine::incidence {
+namespace {
 
-Response ofAnyCause(const Response& response, std::vector<std::uint32_t>& event) {
-  risk::check(response, {}, {});
-  event.resize(response.rows());
-  for (std::size_t i = 0; i < event.size(); ++i) event[i] = response.event[i] != 0 ? 1 : 0;
-  return {response.entry, response.exit, event, 1};
+risk::TimeCodes checked(const Response& response, const Rows& rows, const Groups& groups,
+                        double tieTolerance) {
+  risk::check(response, rows, {});
+  curves::checkGroups(response, rows, groups, "Incidences");
+  return {response, tieTolerance};
 }
 
-Causes::Causes(const Response& response, const Rows& rows, const Groups& groups,
-               double tieTolerance)
-    : Causes(response, rows, groups, tieTolerance, {}) {}
+}  // namespace
 
-Causes::Causes(const Response& response, const Rows& rows, const Groups& groups,
-               double tieTolerance, std::vector<std::uint32_t> event)
-    : sample(ofAnyCause(response, event), rows, groups, tieTolerance) {
+Ordered::Ordered(const Response& of, const Rows& with, const Groups& by, double tieTolerance)
+    : response(of), rows(with), groups(by), codes(checked(of, with, by, tieTolerance)) {}
+
+Causes::Causes(const Ordered& ordered)
+    : sample(ordered.codes, ordered.response, ordered.rows, ordered.groups) {
+  const Response& response = ordered.response;
   cause.resize(sample.rows());
   for (std::size_t i = 0; i < cause.size(); ++i) cause[i] = response.event[sample.source[i]];
-  events.assign(response.causes, std::vector<double>(sample.times(), 0.0));
-  if (rows.weight.empty()) {
+  events.resize(response.causes);
+  for (std::vector<double>& each : events) each.assign(sample.times(), 0.0);
+  if (sample.weight.empty()) {
     for (std::size_t i = 0; i < cause.size(); ++i) {
       if (cause[i] != 0) events[cause[i] - 1][sample.exitAt[i]] += 1.0;
     }

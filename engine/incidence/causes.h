@@ -13,26 +13,33 @@ namespace survmeth::engine::incidence {
 using curves::Groups;
 using curves::kAbsent;
 
-// The response with all causes made one event, which is kept in `event`.
-Response ofAnyCause(const Response& response, std::vector<std::uint32_t>& event);
-
-struct Causes {
-  // Throws a Refusal where curves::check does, and for a cause above response.causes.
+// The caller's rows, checked, and the order of their times, which curves and tests share.
+struct Ordered {
+  // Throws a Refusal where risk::check does, further for offsets and group codes out of range.
   //
   // In   tieTolerance   0: only equal times are one
-  // Cost O(n) in radix passes; memory of a number for each time and cause
+  // Cost O(n) in radix passes
+  Ordered(const Response& response, const Rows& rows, const Groups& groups,
+          double tieTolerance = 0.0);
+
+  Response response;
+  Rows rows;
+  Groups groups;
+  risk::TimeCodes codes;
+};
+
+struct Causes {
+  // Cost O(n); memory of a number for each time and cause
+  explicit Causes(const Ordered& ordered);
   Causes(const Response& response, const Rows& rows, const Groups& groups,
-         double tieTolerance = 0.0);
+         double tieTolerance = 0.0)
+      : Causes(Ordered(response, rows, groups, tieTolerance)) {}
 
   std::size_t causes() const { return events.size(); }
 
   curves::Sample sample;                    // all causes are its event
   std::vector<std::uint32_t> cause;         // of each row of the sample, 0 censored
   std::vector<std::vector<double>> events;  // of cause c + 1 at each time of the sample: weight
-
- private:
-  Causes(const Response& response, const Rows& rows, const Groups& groups, double tieTolerance,
-         std::vector<std::uint32_t> event);
 };
 
 }  // namespace survmeth::engine::incidence

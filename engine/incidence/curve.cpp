@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "engine/incidence/robust.h"
 #include "numerics/runningSum.h"
@@ -52,55 +53,92 @@ Curve frameOf(const curves::Sample& sample, std::size_t group) {
 //   dF' = dF + S (own - (d / n) L),   L' = L + any / (1 - e / n),
 //
 // so that no sum over the past is formed anew and what cancels is of the size of the result.
-CauseCurve causeOf(const Causes& data, std::size_t group, const Curve& frame, std::size_t cause,
-                   Variance variance) {
-  const curves::Sample& sample = data.sample;
-  CauseCurve curve;
-  curve.eventsAt = part(data.events[cause], sample, group);
-  const std::size_t m = curve.eventsAt.size();
-  for (auto* column : {&curve.incidence, &curve.variance, &curve.hazard, &curve.hazardVariance}) {
-    column->resize(m);
+class CauseSums {
+ public:
+  CauseSums(const Causes& data, std::size_t group, std::size_t cause, Variance variance)
+      : data_(data), cause_(cause), variance_(variance) {
+    curve_.eventsAt = part(data.events[cause], data.sample, group);
+    for (auto* column :
+         {&curve_.incidence, &curve_.variance, &curve_.hazard, &curve_.hazardVariance}) {
+      column->resize(curve_.eventsAt.size());
+    }
   }
-  RunningSum events;
-  RunningSum incidence;
-  RunningSum hazard;
-  RunningSum hazardVariance;
-  double varF = 0.0;
-  double covFL = 0.0;
-  RunningSum varL;
+
+  // Somebody has an event at time i of the group, k of the sample. `stay` is the share of those at
+  // risk who have none, `alone` what L gains where none of the events is of the cause.
+  void addEvents(std::size_t i, std::size_t k, double survival, double stay, double alone) {
+    const double d = curve_.eventsAt[i];
+    if (!(d > 0.0)) {
+      varL_.add(alone);
+      return;
+    }
+    const double n = data_.sample.atRisk[k];
+    const double share = d / n;
+    events_.add(d);
+    incidence_.add(survival * share);
+    hazard_.add(share);
+    hazardVariance_.add(share / n);
+    if (variance_ == Variance::kRobust) return;
+    const Spread spread = spreadAt(data_, cause_, k, variance_);
+    const double step = survival * share;
+    varF_ = std::max(varF_ + survival * survival * spread.own - 2.0 * step * covFL_ +
+                         step * step * varL_.value(),
+                     0.0);
+    if (!(stay > 0.0)) return;
+    covFL_ += survival * (spread.covariance / stay) - step * varL_.value();
+    varL_.add(spread.any / stay / stay);
+  }
+
+  void keep(std::size_t i) {
+    curve_.incidence[i] = incidence_.value();
+    curve_.variance[i] = varF_;
+    curve_.hazard[i] = hazard_.value();
+    curve_.hazardVariance[i] = hazardVariance_.value();
+  }
+
+  CauseCurve curve() {
+    curve_.events = events_.value();
+    return std::move(curve_);
+  }
+
+ private:
+  const Causes& data_;
+  std::size_t cause_;
+  Variance variance_;
+  CauseCurve curve_;
+  RunningSum events_, incidence_, hazard_, hazardVariance_, varL_;
+  double varF_ = 0.0;
+  double covFL_ = 0.0;
+};
+
+// What L gains by e events of other causes.
+double aloneAt(double e, double n, double stay, Variance variance) {
+  if (variance == Variance::kRobust || !(stay > 0.0)) return 0.0;
+  return (variance == Variance::kDelta ? e / n * stay / n : tied(e, n)) / stay / stay;
+}
+
+std::vector<CauseCurve> causesOf(const Causes& data, std::size_t group, const Curve& frame,
+                                 Variance variance) {
+  const curves::Sample& sample = data.sample;
+  std::vector<CauseSums> sums;
+  sums.reserve(data.causes());
+  for (std::size_t c = 0; c < data.causes(); ++c) sums.emplace_back(data, group, c, variance);
   double survival = 1.0;
-  for (std::size_t i = 0; i < m; ++i) {
+  for (std::size_t i = 0; i < frame.time.size(); ++i) {
     const std::size_t k = sample.first[group] + i;
-    if (sample.events[k] > 0.0) {
+    const double e = sample.events[k];
+    if (e > 0.0) {
       const double n = sample.atRisk[k];
-      const double d = curve.eventsAt[i];
-      if (d > 0.0) {
-        events.add(d);
-        incidence.add(survival * (d / n));
-        hazard.add(d / n);
-        hazardVariance.add(d / n / n);
-      }
-      if (variance != Variance::kRobust) {
-        const Spread spread = spreadAt(data, cause, k, variance);
-        const double step = survival * (d / n);
-        varF = std::max(varF + survival * survival * spread.own - 2.0 * step * covFL +
-                            step * step * varL.value(),
-                        0.0);
-        if (sample.surviving[k] > 0.0) {
-          const double stay = sample.surviving[k] / n;
-          covFL += survival * (spread.covariance / stay) - step * varL.value();
-          varL.add(spread.any / stay / stay);
-        }
-      }
+      const double stay = sample.surviving[k] / n;
+      const double alone = aloneAt(e, n, stay, variance);
+      for (CauseSums& each : sums) each.addEvents(i, k, survival, stay, alone);
       survival = frame.survival[i];
     }
-    curve.incidence[i] = incidence.value();
-    curve.variance[i] = varF;
-    curve.hazard[i] = hazard.value();
-    curve.hazardVariance[i] = hazardVariance.value();
+    for (CauseSums& each : sums) each.keep(i);
   }
-  curve.events = events.value();
-  return curve;
+  std::vector<CauseCurve> causes;
+  for (CauseSums& each : sums) causes.push_back(each.curve());
+  return causes;
 }
 
 }  // namespace
@@ -132,9 +170,9 @@ std::vector<Curve> estimate(const Causes& data, const Rows& rows, Variance asked
   Robust robust(data, rows);
   for (std::size_t g = 0; g < data.sample.groups(); ++g) {
     Curve curve = frameOf(data.sample, g);
-    for (std::size_t c = 0; c < data.causes(); ++c) {
-      curve.causes.push_back(causeOf(data, g, curve, c, variance));
-      if (variance == Variance::kRobust) robust.addVariances(g, c, curve);
+    curve.causes = causesOf(data, g, curve, variance);
+    for (std::size_t c = 0; variance == Variance::kRobust && c < data.causes(); ++c) {
+      robust.addVariances(g, c, curve);
     }
     result.push_back(std::move(curve));
   }

@@ -10,7 +10,8 @@
 namespace survmeth::engine::incidence {
 namespace {
 
-void requireTestable(const Response& response, const Rows& rows, const GrayOptions& options) {
+void requireTestable(const Response& response, const Rows& rows,
+                     std::span<const std::uint32_t> causes, const GrayOptions& options) {
   const auto refuse = [](Role role, const char* text) {
     throw Refusal(role, Refusal::kNone, text);
   };
@@ -19,7 +20,8 @@ void requireTestable(const Response& response, const Rows& rows, const GrayOptio
     refuse(Role::kWeight, "Gray's test takes no sampling weights");
   }
   if (!rows.cluster.empty()) refuse(Role::kCluster, "Gray's test takes no clusters");
-  if (options.cause < 1 || options.cause > response.causes) {
+  for (const std::uint32_t cause : causes) {
+    if (cause >= 1 && cause <= response.causes) continue;
     refuse(Role::kEvent, "the cause that is tested is none of the causes");
   }
   if (!std::isfinite(options.rho)) refuse(Role::kRho, "rho is not finite");
@@ -51,30 +53,21 @@ std::vector<std::size_t> independent(const std::vector<std::vector<std::uint32_t
   return chosen;
 }
 
-std::vector<std::uint32_t> causesOf(const curves::Pooled& pooled, const Response& response) {
-  std::vector<std::uint32_t> causes;
-  causes.reserve(pooled.rows());
-  for (const std::uint32_t row : pooled.source) causes.push_back(response.event[row]);
-  return causes;
-}
-
-// Rows in the order of strata and times.
-GrayTest test(const curves::Pooled& pooled, std::span<const std::uint32_t> order,
-              std::span<const std::uint32_t> cause, const GrayOptions& options) {
-  const std::size_t count = pooled.groupCount;
+GrayTest test(const GrayRows& rows, const GrayOptions& options) {
+  const std::size_t count = rows.groups;
   GrayTest result;
   result.included.assign(count, false);
   GraySums sums(count);
   std::vector<std::vector<std::uint32_t>> compared;
   bool anyEvent = false;
   bool singular = true;
-  for (curves::StratumRows rest{order, {}}; !rest.byExit.empty();) {
-    const std::span<const std::uint32_t> rows = nextStratum(pooled, rest).byExit;
-    GrayPart part = grayPart(pooled, rows, cause, options.cause);
+  for (std::size_t s = 0; s < rows.strata(); ++s) {
+    const GrayStratum stratum = rows.stratum(s);
+    GrayPart part = grayPart(stratum, count, options.cause);
     anyEvent = anyEvent || part.anyEvent;
     for (const std::uint32_t group : part.groups) result.included[group] = true;
     if (part.groups.size() < 2) continue;
-    addGrayStratum(pooled, rows, cause, options, part, sums);
+    addGrayStratum(stratum, options, part, sums);
     singular = singular && part.singular;
     compared.push_back(std::move(part.groups));
   }
@@ -118,17 +111,18 @@ GrayTest grayTest(const Response& response, const Rows& rows, const Groups& grou
 
 std::vector<GrayTest> grayTests(const Response& response, const Rows& rows, const Groups& groups,
                                 std::span<const std::uint32_t> causes, GrayOptions options) {
-  for (const std::uint32_t cause : causes) {
-    options.cause = cause;
-    requireTestable(response, rows, options);
-  }
-  std::vector<std::uint32_t> event;
-  const curves::Pooled pooled(ofAnyCause(response, event), rows, groups, options.tieTolerance);
-  const std::vector<std::uint32_t> causeOf = causesOf(pooled, response);
+  requireTestable(response, rows, causes, options);
+  return grayTests(Ordered(response, rows, groups, options.tieTolerance), causes, options);
+}
+
+std::vector<GrayTest> grayTests(const Ordered& ordered, std::span<const std::uint32_t> causes,
+                                GrayOptions options) {
+  requireTestable(ordered.response, ordered.rows, causes, options);
+  const GrayRows rows(ordered);
   std::vector<GrayTest> result;
   for (const std::uint32_t cause : causes) {
     options.cause = cause;
-    result.push_back(test(pooled, pooled.byExit, causeOf, options));
+    result.push_back(test(rows, options));
   }
   return result;
 }
@@ -136,19 +130,19 @@ std::vector<GrayTest> grayTests(const Response& response, const Rows& rows, cons
 std::vector<curves::PairTest> grayPairs(const Response& response, const Rows& rows,
                                         const Groups& groups, const GrayOptions& options,
                                         curves::Adjustment adjustment) {
-  requireTestable(response, rows, options);
-  std::vector<std::uint32_t> event;
-  const curves::Pooled pooled(ofAnyCause(response, event), rows, groups, options.tieTolerance);
-  const std::vector<std::uint32_t> causeOf = causesOf(pooled, response);
+  requireTestable(response, rows, {&options.cause, 1}, options);
+  return grayPairs(Ordered(response, rows, groups, options.tieTolerance), options, adjustment);
+}
+
+std::vector<curves::PairTest> grayPairs(const Ordered& ordered, const GrayOptions& options,
+                                        curves::Adjustment adjustment) {
+  requireTestable(ordered.response, ordered.rows, {&options.cause, 1}, options);
+  const GrayRows all(ordered);
   std::vector<curves::PairTest> result;
   std::vector<double> pValues;
-  for (std::uint32_t g = 0; g < groups.size(); ++g) {
-    for (std::uint32_t h = g + 1; h < groups.size(); ++h) {
-      std::vector<std::uint32_t> order;
-      for (const std::uint32_t row : pooled.byExit) {
-        if (pooled.group[row] == g || pooled.group[row] == h) order.push_back(row);
-      }
-      const GrayTest found = test(pooled, order, causeOf, options);
+  for (std::uint32_t g = 0; g < all.groups; ++g) {
+    for (std::uint32_t h = g + 1; h < all.groups; ++h) {
+      const GrayTest found = test(GrayRows(all, g, h), options);
       result.push_back({g, h, found.chiSquare, found.pValue});
       pValues.push_back(found.pValue);
     }

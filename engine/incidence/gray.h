@@ -50,6 +50,9 @@ GrayTest grayTest(const Response& response, const Rows& rows, const Groups& grou
 // once.
 std::vector<GrayTest> grayTests(const Response& response, const Rows& rows, const Groups& groups,
                                 std::span<const std::uint32_t> causes, GrayOptions options);
+// Of rows whose order is known; the tolerance of ties is theirs.
+std::vector<GrayTest> grayTests(const Ordered& ordered, std::span<const std::uint32_t> causes,
+                                GrayOptions options);
 
 // Every pair of groups: only their rows are looked at.
 //
@@ -57,6 +60,8 @@ std::vector<GrayTest> grayTests(const Response& response, const Rows& rows, cons
 // Cost O(n) for each pair, besides the sort
 std::vector<curves::PairTest> grayPairs(const Response& response, const Rows& rows,
                                         const Groups& groups, const GrayOptions& options,
+                                        curves::Adjustment adjustment);
+std::vector<curves::PairTest> grayPairs(const Ordered& ordered, const GrayOptions& options,
                                         curves::Adjustment adjustment);
 
 }  // namespace survmeth::engine::incidence

@@ -7,11 +7,35 @@
 #include <span>
 #include <vector>
 
-#include "engine/curves/pooled.h"
 #include "engine/incidence/gray.h"
 #include "numerics/squareMatrix.h"
 
 namespace survmeth::engine::incidence {
+
+// Rows of positive weight by stratum, then time, one after the other in memory: every cause, and
+// every pair of groups, runs over them.
+struct GrayRow {
+  std::uint32_t code, group, cause;  // code of its time
+};
+struct GrayStratum {
+  std::span<const GrayRow> rows;
+  std::span<const double> weight;  // empty: 1
+  double weightOf(std::size_t row) const { return weight.empty() ? 1.0 : weight[row]; }
+};
+struct GrayRows {
+  // Cost O(n)
+  explicit GrayRows(const Ordered& ordered);
+  // Those of two groups.
+  GrayRows(const GrayRows& all, std::uint32_t first, std::uint32_t second);
+
+  std::size_t strata() const { return first.size() - 1; }
+  GrayStratum stratum(std::size_t s) const;
+
+  std::vector<GrayRow> rows;
+  std::vector<double> weight;
+  std::vector<std::size_t> first;  // strata + 1
+  std::size_t groups;              // of the caller
+};
 
 // Which groups of a stratum can be compared.
 struct GrayPart {
@@ -29,11 +53,8 @@ struct GrayPart {
 // at risk have it, and each competing event with an event of the cause after it, adds d c c' for a
 // vector c in the direction of its own group; K groups need K - 1 such directions.
 //
-// In   rows   of the stratum in the order of time
-//      cause  of each of `pooled`'s rows
 // Cost O(rows)
-GrayPart grayPart(const curves::Pooled& pooled, std::span<const std::uint32_t> rows,
-                  std::span<const std::uint32_t> cause, std::uint32_t tested);
+GrayPart grayPart(const GrayStratum& stratum, std::size_t groups, std::uint32_t tested);
 
 // Sums over strata, by the caller's groups.
 struct GraySums {
@@ -43,9 +64,8 @@ struct GraySums {
 };
 
 // Cost O(rows + K^2) for each event time, K the part's groups
-void addGrayStratum(const curves::Pooled& pooled, std::span<const std::uint32_t> rows,
-                    std::span<const std::uint32_t> cause, const GrayOptions& options,
-                    const GrayPart& part, GraySums& sums);
+void addGrayStratum(const GrayStratum& stratum, const GrayOptions& options, const GrayPart& part,
+                    GraySums& sums);
 
 }  // namespace survmeth::engine::incidence
 

@@ -26,7 +26,7 @@ std::vector<double> distinctTimes(const std::vector<double>& exits,
 }
 
 // The first time of every chain of neighbours that are tied.
-std::vector<double> chains(const std::vector<double>& distinct, double tolerance) {
+std::vector<double> chains(std::vector<double> distinct, double tolerance) {
   if (tolerance <= 0.0) return distinct;
   double mean = 0.0;
   for (const double time : distinct) mean += std::fabs(time);

@@ -284,6 +284,28 @@ TEST(Gray, RefusesWhatItCannotTake) {
        {std::numeric_limits<double>::quiet_NaN(), std::numeric_limits<double>::infinity()}) {
     EXPECT_EQ(refusalOf(response, {}, {.rho = rho}), "rho: rho is not finite");
   }
+  rows = {};
+  rows.offset = weight;
+  EXPECT_EQ(refusalOf(response, rows, {}), "offset: Incidences take no offset");
+}
+
+TEST(Gray, OneOrderServesTestsPairsAndCurves) {
+  const Data data = liverTrial("stage");
+  const engine::incidence::Groups groups{data.group, data.groups};
+  const engine::incidence::Ordered ordered(data.response(), data.rows(), groups);
+  const std::vector<std::uint32_t> causes{2, 1};
+  const std::vector<GrayTest> tests = engine::incidence::grayTests(ordered, causes, {});
+  Data second = data;
+  second.options.cause = 2;
+  EXPECT_EQ(tests[0].chiSquare, second.test().chiSquare);
+  EXPECT_EQ(tests[1].chiSquare, data.test().chiSquare);
+  EXPECT_EQ(engine::incidence::Causes(ordered).sample.time,
+            engine::incidence::Causes(data.response(), data.rows(), groups).sample.time);
+  const auto pairs = engine::incidence::grayPairs(ordered, {}, engine::curves::Adjustment::kNone);
+  const auto apart = engine::incidence::grayPairs(data.response(), data.rows(), groups, {},
+                                                  engine::curves::Adjustment::kNone);
+  ASSERT_EQ(pairs.size(), 6u);
+  for (std::size_t i = 0; i < 6; ++i) EXPECT_EQ(pairs[i].chiSquare, apart[i].chiSquare);
 }
 
 }  // namespace
