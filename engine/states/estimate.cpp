@@ -5,97 +5,17 @@
 #include <string>
 
 #include "engine/risk/arrangement.h"
+#include "engine/states/path.h"
+#include "engine/states/process.h"
+#include "engine/states/robust.h"
 #include "numerics/doubleDouble.h"
 #include "numerics/runningSum.h"
 #include "numerics/sizes.h"
-#include "numerics/squareMatrix.h"
 
 namespace survmeth::engine::states {
 namespace {
 
 using numerics::DoubleDouble;
-using numerics::SquareMatrix;
-
-// What happens at one time: numbers of transitions by from and to.
-struct Jumps {
-  std::vector<std::uint32_t> from, to;  // those that happen, each once
-  std::vector<double> events;           // weight of each
-};
-
-// Probabilities and times in states with their covariances.
-class Process {
- public:
-  Process(std::vector<double> initial, double start)
-      : p_(std::move(initial)),
-        time_(start),
-        stay_(p_.size()),
-        pp_(p_.size()),
-        lp_(p_.size()),
-        ll_(p_.size()),
-        moved_(p_.size()) {}
-
-  void moveTo(double time) {
-    const double length = time - time_;
-    time_ = time;
-    const std::size_t k = p_.size();
-    for (std::size_t i = 0; i < k; ++i) {
-      stay_[i] += length * p_[i];
-      for (std::size_t j = 0; j < k; ++j) {
-        ll_(i, j) += length * (lp_(i, j) + lp_(j, i) + length * pp_(i, j));
-      }
-    }
-    for (std::size_t i = 0; i < k; ++i) {
-      for (std::size_t j = 0; j < k; ++j) lp_(i, j) += length * pp_(i, j);
-    }
-  }
-
-  // The jumps of one time; n[e] at risk in the state that jump e leaves, stay[h] the share of those
-  // in state h who remain.
-  void jump(const Jumps& jumps, const std::vector<double>& n, const std::vector<double>& stay) {
-    const std::size_t k = p_.size();
-    const std::size_t count = jumps.from.size();
-    share_.resize(count);
-    for (std::size_t e = 0; e < count; ++e) share_[e] = jumps.events[e] / n[e];
-    // x (I + dA), x standing `step` apart.
-    const auto through = [&](double* x, std::size_t step) {
-      for (std::size_t h = 0; h < k; ++h) moved_[h] = x[h * step] * stay[h];
-      for (std::size_t e = 0; e < count; ++e) {
-        moved_[jumps.to[e]] += x[jumps.from[e] * step] * share_[e];
-      }
-      for (std::size_t h = 0; h < k; ++h) x[h * step] = moved_[h];
-    };
-    for (std::size_t i = 0; i < k; ++i) {
-      through(&pp_(i, 0), 1);
-      through(&lp_(i, 0), 1);
-    }
-    for (std::size_t j = 0; j < k; ++j) through(&pp_(0, j), k);
-    // The multinomial covariance of the shares; that of those who remain is minus the others' sum.
-    for (std::size_t e = 0; e < count; ++e) {
-      const std::uint32_t h = jumps.from[e];
-      const double scale = p_[h] * p_[h] / n[e] * share_[e];
-      for (std::size_t f = 0; f < count; ++f) {
-        if (jumps.from[f] == h) pp_(jumps.to[e], jumps.to[f]) -= scale * share_[f];
-      }
-      pp_(jumps.to[e], jumps.to[e]) += scale;
-      pp_(jumps.to[e], h) -= scale * stay[h];
-      pp_(h, jumps.to[e]) -= scale * stay[h];
-      pp_(h, h) += scale * stay[h];
-    }
-    through(p_.data(), 1);
-  }
-
-  double probability(std::size_t j) const { return p_[j]; }
-  double variance(std::size_t j) const { return std::max(pp_(j, j), 0.0); }
-  Stay stay(std::size_t j) const { return {stay_[j], std::sqrt(std::max(ll_(j, j), 0.0))}; }
-
- private:
-  std::vector<double> p_;
-  double time_;
-  std::vector<double> stay_;
-  SquareMatrix pp_, lp_, ll_;  // covariances; lp of times (rows) and probabilities
-  std::vector<double> share_;  // of each jump
-  std::vector<double> moved_;
-};
 
 class Estimation {
  public:
@@ -106,6 +26,7 @@ class Estimation {
         codes_({histories.entry, histories.exit, none_, 1}, 0.0),
         atRisk_(histories.states),
         rows_(histories.states, 0),
+        path_(histories.states),
         place_(histories.states * histories.states, 0) {}
 
   Estimates run() {
@@ -114,6 +35,8 @@ class Estimation {
       throw Refusal(Role::kValue, Refusal::kNone, "the horizon is not after the start");
     }
     findTransitions();
+    const bool sampling = !h_.weight.empty() && h_.weightKind == WeightKind::kSampling;
+    result_.robust = options_.robust || sampling || !h_.cluster.empty();
     result_.states.resize(h_.states);
     result_.initial = initial();
     Process process(result_.initial, options_.start);
@@ -138,6 +61,7 @@ class Estimation {
       result_.extended =
           !codes_.exitOrder.empty() && lastFollowed() < options_.horizon && anyLeft(process);
     }
+    if (result_.robust) setRobust();
     return std::move(result_);
   }
 
@@ -256,11 +180,26 @@ class Estimation {
       transition.hazard.push_back(sum.hazard.add(jumps_.events[e] / n));
       transition.hazardVariance.push_back(sum.variance.add(jumps_.events[e] / n / n));
     }
+    if (result_.robust) {
+      for (std::size_t e = 0; e < happening_.size(); ++e) {
+        const std::uint32_t from = jumps_.from[e];
+        path_.add(from, jumps_.to[e], jumps_.events[e] / jumpers_[e], stay_[from],
+                  process.probability(from), jumpers_[e]);
+      }
+      path_.endStep();
+    }
     process.jump(jumps_, jumpers_, stay_);
     for (std::size_t j = 0; j < h_.states; ++j) {
       result_.states[j].probability.push_back(process.probability(j));
       result_.states[j].variance.push_back(process.variance(j));
     }
+  }
+
+  void setRobust() {
+    Robust robust(h_, options_, result_, path_);
+    robust.setVariances(result_);
+    if (!result_.stays.empty()) robust.setStayErrors(options_.horizon, result_);
+    for (Transition& each : result_.transitions) robust.setVariances(each);
   }
 
   void endAt(Process process) {
@@ -275,6 +214,7 @@ class Estimation {
   std::vector<DoubleDouble> atRisk_;  // of each state
   std::vector<std::size_t> rows_;
   std::size_t entering_ = 0;
+  Path path_;                       // where errors are robust
   std::vector<std::size_t> place_;  // of from and to: the transition
   struct Sum {
     numerics::RunningSum hazard, variance;

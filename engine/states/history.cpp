@@ -20,6 +20,8 @@ void requireColumns(const Histories& h) {
   }
   Rows rows;
   rows.weight = h.weight;
+  rows.cluster = h.cluster;
+  rows.clusters = h.clusters;
   const std::vector<std::uint32_t> none(n, 0);
   risk::check({h.entry, h.exit, none, 1}, rows, {});
   for (std::size_t i = 0; i < n; ++i) {

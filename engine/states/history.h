@@ -25,7 +25,10 @@ struct Histories {
   std::span<const std::uint32_t> to;       // n, 0 .. states - 1 or kNowhere, not from
   std::span<const std::uint32_t> subject;  // n, 0 .. subjects - 1; or empty: every row another one
   std::size_t states = 0, subjects = 0;
-  std::span<const double> weight;  // n, frequencies; or empty
+  std::span<const double> weight;  // n; or empty
+  WeightKind weightKind = WeightKind::kFrequencies;
+  std::span<const std::uint32_t> cluster = {};  // n, 0 .. clusters - 1; or empty: the subjects
+  std::size_t clusters = 0;
   std::size_t rows() const { return exit.size(); }
 };
 

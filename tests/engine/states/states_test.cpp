@@ -5,8 +5,7 @@
 #include <cmath>
 #include <map>
 
-#include "engine/states/estimate.h"
-#include "tests/engine/curves/data.h"
+#include "tests/engine/states/data.h"
 #include "tests/support/role.h"
 
 namespace survmeth {
@@ -20,51 +19,11 @@ using engine::states::kNowhere;
 using engine::states::Options;
 using test::Csv;
 
-using Numbers = std::vector<double>;
-using Codes = std::vector<std::uint32_t>;
-
-struct Data {
-  Numbers entry, exit;
-  Codes from, to, subject;  // states from 1, 0 nowhere
-  std::size_t states = 0;
-  Numbers weight = {};
-
-  Estimates estimate(const Options& options) const {
-    const Coded coded(*this);
-    return engine::states::estimate(coded.histories, options);
-  }
-  std::vector<Fault> check() const {
-    const Coded coded(*this);
-    return engine::states::check(coded.histories);
-  }
-
- private:
-  struct Coded {
-    explicit Coded(const Data& data) {
-      for (const std::uint32_t state : data.from) from.push_back(state - 1);
-      for (const std::uint32_t state : data.to) to.push_back(state == 0 ? kNowhere : state - 1);
-      histories = {data.entry, data.exit, from, to, data.subject, data.states, 100, data.weight};
-    }
-    Codes from, to;
-    Histories histories;
-  };
-};
-
-const std::string kFolder = std::string(SURVMETH_REFERENCE) + "/incidence/";
-
-Data dataSet(const std::string& name) {
-  const Csv file(kFolder + "states_data.csv");
-  Data data;
-  for (std::size_t i = 0; i < file.rows(); ++i) {
-    if (file.text("set", i) != name) continue;
-    data.entry.push_back(file.number("entry", i));
-    data.exit.push_back(file.number("exit", i));
-    data.from.push_back(static_cast<std::uint32_t>(file.number("from", i)));
-    data.to.push_back(static_cast<std::uint32_t>(file.number("to", i)));
-    data.states = std::max<std::size_t>({data.states, data.from.back(), data.to.back()});
-  }
-  return data;
-}
+using test::states::Codes;
+using test::states::Data;
+using test::states::dataSet;
+using test::states::kFolder;
+using test::states::Numbers;
 
 // Sums of some hundred terms on either side: 1e-11 of the value; of a variance that is 0 rounding
 // leaves the last place of its terms, which are below 0.01.
