@@ -152,7 +152,7 @@ void Robust::setVariances(Estimates& estimates) {
   std::vector<double> change(k, 0.0);
   const std::vector<double> none(k, 0.0);
   for (std::size_t c = 0; c < clusters_; ++c) {
-    change.assign(&u[c * k], &u[c * k] + k);
+    std::copy_n(&u[c * k], k, change.begin());
     moments.change(none.data(), none.data(), change);
   }
   const auto advance = [&](std::uint32_t cluster, std::size_t to) {

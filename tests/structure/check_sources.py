@@ -50,7 +50,7 @@ TOTAL = {
     "Klikro/vector.cpp": "numbers alone, of two zeros the negative one first",
     "analysis/cox/subjects.cpp": "row numbers last",
     "analysis/life/fewer.cpp": "row numbers last",
-    "analysis/states/run.cpp": "the spelling last",
+    "analysis/states/stays.cpp": "the spelling last",
     "frame/labels.cpp": "the spelling last",
     "survival/exports/apart.cpp": "sorted again by place",
     "survival/methcomp/orderStatistics.cpp": "numbers of one rank have the same bits",

@@ -286,7 +286,13 @@ TEST(Gray, RefusesWhatItCannotTake) {
   }
   rows = {};
   rows.offset = weight;
-  EXPECT_EQ(refusalOf(response, rows, {}), "offset: Incidences take no offset");
+  try {
+    engine::incidence::Ordered(response, rows, {});
+    ADD_FAILURE() << "taken";
+  } catch (const Refusal& refused) {
+    EXPECT_EQ(refused.role(), engine::Role::kOffset);
+    EXPECT_STREQ(refused.what(), "Incidences take no offset");
+  }
 }
 
 TEST(Gray, OneOrderServesTestsPairsAndCurves) {
