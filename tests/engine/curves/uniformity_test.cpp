@@ -1,11 +1,12 @@
-// P-values of groups that do not differ are uniform: simulated samples with fixed seeds. The
-// distances that are found stand in docs/statistics/curves.md.
+// P-values of groups that do not differ are uniform, and bands cover the curve as often as they say:
+// simulated samples with fixed seeds. What is found stands in docs/statistics/curves.md.
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cmath>
 #include <vector>
 
+#include "engine/curves/bands.h"
 #include "engine/curves/permutation.h"
 #include "numerics/elementary.h"
 #include "numerics/random.h"
@@ -83,6 +84,42 @@ TEST(Uniformity, OfTheTestsWithoutADifference) {
       "log-rank test %.3f, the permutation test %.3f, the maximum combination (100 of them) %.3f",
       kolmogorovDistance(logRank), kolmogorovDistance(permutation),
       kolmogorovDistance(combination));
+}
+
+// Whether the band holds exp(-t), which falls from one time of the curve to the next while the band
+// is level.
+bool covers(const engine::curves::Curve& curve, const engine::curves::Band& band) {
+  for (std::size_t i = 0; i < curve.time.size(); ++i) {
+    if (std::isnan(band.lower[i])) continue;
+    const double end = i + 1 < curve.time.size() ? curve.time[i + 1] : curve.time[i];
+    if (numerics::exp(-curve.time[i]) > band.upper[i]) return false;
+    if (numerics::exp(-std::min(end, band.to)) < band.lower[i]) return false;
+  }
+  return true;
+}
+
+TEST(Coverage, OfTheBands) {
+  using engine::curves::BandKind;
+  constexpr int kSamples = 200;
+  int hallWellner = 0;
+  int equalPrecision = 0;
+  for (std::uint64_t i = 0; i < kSamples; ++i) {
+    CurveData data = simulated(20'000 + i, 200, 0.0, 1.0);
+    data.groupCount = 1;
+    const auto curve = data.curves()[0];
+    const auto held = [&](BandKind kind) {
+      return covers(curve, engine::curves::band(curve, data.rows(), {}, kind, 0.2, 1.5));
+    };
+    hallWellner += held(BandKind::kHallWellner) ? 1 : 0;
+    equalPrecision += held(BandKind::kEqualPrecision) ? 1 : 0;
+  }
+  // Three standard errors of a share of 19/20.
+  const double within = 3 * std::sqrt(0.05 * 0.95 / kSamples);
+  EXPECT_NEAR(1.0 * hallWellner / kSamples, 0.95, within);
+  EXPECT_NEAR(1.0 * equalPrecision / kSamples, 0.95, within);
+  const test::Page page("curves");
+  page.says("%.1f %% of Hall and Wellner's and %.1f %% of those of equal precision",
+            100.0 * hallWellner / kSamples, 100.0 * equalPrecision / kSamples);
 }
 
 TEST(Uniformity, IsLostToPermutationsWhereCensoringDiffers) {

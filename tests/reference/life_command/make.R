@@ -31,6 +31,16 @@ l <- survival::lung
 begin <- as.Date("1990-01-01") + (seq_len(nrow(l)) * 37) %% 2000
 write(data.frame(begin, end = begin + l$time, dead = l$status == 2, sex = ifelse(l$sex == 1, "m", "f")), "dates.csv")
 
+# Small ones of the author's: nobody at risk in between, entries at others' exits, times of 0, curves that end at 0, ties only, rows of weight 0.
+odd <- list(hole = data.frame(entry = c(0, 0, 0, 0, 5, 5, 6, 6, 5.5, 5), time = c(1, 2, 2, 3, 7, 8, 8, 9, 10, 11), event = c(1, 1, 0, 1, 1, 0, 1, 1, 0, 1), g = rep(1:2, 5)),
+  touch = data.frame(entry = c(0, 1, 2, 0, 3, 2, 1, 4, 0), time = c(1, 2, 3, 3, 5, 4, 4, 6, 2), event = c(1, 1, 1, 0, 1, 1, 0, 1, 1), g = c(1, 2, 1, 2, 1, 2, 1, 2, 1)),
+  zero = data.frame(time = c(0, 0, 0, 1, 2, 2, 3, 5, 5, 0, 4, 6), event = c(1, 0, 1, 1, 0, 1, 1, 0, 1, 0, 1, 0), g = rep(1:2, 6)),
+  uncensored = data.frame(time = c(3, 1, 4, 1, 5, 9, 2, 6, 5, 3, 5, 8), event = 1, g = rep(1:3, 4)),
+  single = data.frame(time = 1:12, event = as.integer(1:12 == 5), g = rep(1:2, 6)),
+  tied = data.frame(time = rep(c(2, 4), each = 10), event = rep(c(1, 0, 1, 1, 0), 4), g = rep(1:2, 10)),
+  nothing = data.frame(time = 1:8, event = c(1, 1, 0, 1, 1, 0, 1, 1), g = rep(1:2, 4), w = c(2, 0, 3, 1, 0, 4, 2, 1)))
+for (each in names(odd)) write(odd[[each]], paste0(each, ".csv"))
+
 cox <- function(name) sprintf("tests/reference/cox/data/%s.csv", name)
 own <- function(name) sprintf("tests/reference/life_command/%s.csv", name)
 read <- function(file) read.csv(file.path("../../..", file), stringsAsFactors = FALSE)
@@ -39,6 +49,7 @@ read <- function(file) read.csv(file.path("../../..", file), stringsAsFactors = 
 life <- function(case, file, time = "time", event = "event", group = "", entry = "", options = "", weights = "", cluster = "",
                  stype = 1, ctype = 1, conf = "log-log", lower = "usual", level = 0.95, robust = FALSE, time_of = NULL, says = NULL) {
   d <- read(file); if (is.null(time_of)) d$..t <- d[[time]] else d$..t <- time_of(d)
+  if (weights != "") d <- d[d[[weights]] > 0, ]
   d$..e <- if (is.logical(d[[event]])) d[[event]] + 0 else d[[event]]; if (entry != "") d$..s <- d[[entry]]
   d$..g <- if (group == "") rep("all", nrow(d)) else as.character(d[[group]])
   f <- as.formula(paste0("Surv(", if (entry != "") "..s, ", "..t, ..e) ~ ", if (group == "") "1" else "..g"))
@@ -81,7 +92,8 @@ life <- function(case, file, time = "time", event = "event", group = "", entry =
     x <- summary(s, times = at, extend = TRUE); beyond <- at > max(s$time) & tail(s$surv, 1) > 0; id <- paste0(g, "|", key(at))
     add(case, "survivalAt", id, "survival", ifelse(beyond, NA, x$surv))
     if (!swapped && entry == "") add(case, "survivalAt", id, "atRisk", x$n.risk)
-    rm <- summary(s, rmean = tau)$table
+    # R refuses a horizon before the first time, where the mean is the horizon itself.
+    rm <- if (tau < s$time[1]) c(rmean = tau, "se(rmean)" = 0) else summary(s, rmean = tau)$table
     add(case, "restrictedMeans", g, "mean", rm[["rmean"]]); add(case, "restrictedMeans", g, "timeLost", tau - rm[["rmean"]])
     if (stype == 1 && !sandwich) { z <- qnorm(1 - (1 - level) / 2); se <- rm[["se(rmean)"]]
       add(case, "restrictedMeans", g, "standardError", se); add(case, "restrictedMeans", g, "lower", rm[["rmean"]] - z * se); add(case, "restrictedMeans", g, "timeLostUpper", tau - rm[["rmean"]] + z * se) }
@@ -135,6 +147,12 @@ tests("cells", life("cells", cox("veteran"), group = "cell", options = paste(usu
 tests("bmt", life("bmt", cox("bmt"), group = "fab", options = paste(usual, "--strata hospital")), strata = "hospital"); tests("pneumon", life("pneumon", cox("pneumon"), group = "smoke", options = usual))
 tests("gbsg", life("gbsg", cox("gbsg"), group = "grade", options = paste(usual, "--strata meno --pairs bonferroni")), strata = "meno", pairs = "bonferroni")
 tests("kidtran", life("kidtran", cox("kidtran"), group = "black", options = paste(usual, "--strata female")), strata = "female"); tests("ovarian", life("ovarian", cox("ovarian"), group = "rx", options = usual))
+
+# The odd ones, as R sees the rows whose weight is above 0.
+for (each in names(odd)) { late <- "entry" %in% names(odd[[each]]); weights <- if (each == "nothing") "w" else ""
+  made <- life(each, own(each), entry = if (late) "entry" else "", group = "g", weights = weights, options = if (late || weights != "") "" else usual, conf = "plain")
+  if (!late && weights == "") tests(each, made)
+  for (ctype in 1:2) life(paste0(each, "_h", ctype), own(each), entry = if (late) "entry" else "", group = "g", weights = weights, stype = 2, ctype = ctype) }
 
 # What survdiff does not do, by the definitions over a table of everybody.
 weigh <- list("Gehan-Breslow" = function(N, S, T) N, "Tarone-Ware" = function(N, S, T) sqrt(N), "Peto-Peto" = function(N, S, T) T, "Modified Peto-Peto" = function(N, S, T) T * N / (N + 1),
