@@ -1,63 +1,151 @@
 #!/usr/bin/env python3
-"""The sides of lifelines and scikit-survival of the comparisons: the same jobs on the same columns as
-bench_jobs.
+"""One side of the comparison of Python packages: an analysis of columns in memory, timed.
 
-    peers.py PACKAGE JOB FILE COLUMNS RUNS
+    peers.py PACKAGE JOB FILE RUNS     FILE: the columns that bench/python made (npz)
 
-Prints what `bench_jobs time` prints. Leaves with 3 for a job that the package has no part in, with 4
-where the package is not installed.
+Prints "seconds" of processor time for each run, "peak" bytes, and the "result"s that every side has to
+have alike. Leaves with 3 for a job that the package has no part in, with 4 where the package is not
+installed.
 """
 
-import array
 import importlib
-import pathlib
 import resource
 import sys
 import time
 
 
-def lifelines_fit(columns):
-    import pandas
-    from lifelines import CoxPHFitter
-
-    data = pandas.DataFrame({f"c{j}": column for j, column in enumerate(columns)})
+def survmeth_life(columns):
+    import survmeth
 
     def run():
-        fit = CoxPHFitter().fit(data, "c0", "c1")
-        return {"beta": float(fit.params_.iloc[0]), "logLik": float(fit.log_likelihood_)}
+        fit = survmeth.life(columns, time="time", event="event", group="group", tests=["logrank"])
+        return {"chiSquare": fit.arrays["tests"]["chiSquare"][0],
+                "median": fit.arrays["summary"]["median"][0]}
 
     return run
 
 
-def sksurv_fit(columns):
+def lifelines_life(columns):
+    import numpy
+    import pandas
+    from lifelines import KaplanMeierFitter
+    from lifelines.statistics import multivariate_logrank_test
+
+    data = pandas.DataFrame(columns)
+
+    def run():
+        medians = []
+        for group in numpy.unique(data["group"]):
+            rows = data[data["group"] == group]
+            fit = KaplanMeierFitter().fit(rows["time"], rows["event"])
+            medians.append(fit.median_survival_time_)
+        test = multivariate_logrank_test(data["time"], data["group"], data["event"])
+        return {"chiSquare": test.test_statistic, "median": medians[0]}
+
+    return run
+
+
+def sksurv_life(columns):
+    import numpy
+    from sksurv.compare import compare_survival
+    from sksurv.nonparametric import kaplan_meier_estimator
+    from sksurv.util import Surv
+
+    event = columns["event"] == 1
+    response = Surv.from_arrays(event, columns["time"])
+
+    def run():
+        medians = []
+        for group in numpy.unique(columns["group"]):
+            rows = columns["group"] == group
+            times, survival, _ = kaplan_meier_estimator(event[rows], columns["time"][rows],
+                                                        conf_type="log-log")
+            medians.append(times[numpy.argmax(survival <= 0.5)])
+        return {"chiSquare": compare_survival(response, columns["group"])[0],
+                "median": medians[0]}
+
+    return run
+
+
+def covariates_of(columns):
+    return [name for name in columns if name not in ("time", "event")]
+
+
+def survmeth_cox(columns):
+    import survmeth
+
+    def run():
+        fit = survmeth.cox(columns, time="time", event="event", covariates=covariates_of(columns))
+        return {"coef": fit.arrays["coefficients"]["coef"][0], "logLik": fit.facts["logLikelihood"]}
+
+    return run
+
+
+def lifelines_cox(columns):
+    import pandas
+    from lifelines import CoxPHFitter
+
+    data = pandas.DataFrame(columns)
+
+    def run():
+        fit = CoxPHFitter().fit(data, "time", "event")
+        return {"coef": fit.params_.iloc[0], "logLik": fit.log_likelihood_}
+
+    return run
+
+
+def sksurv_cox(columns):
     import numpy
     from sksurv.linear_model import CoxPHSurvivalAnalysis
     from sksurv.util import Surv
 
-    covariates = numpy.column_stack(columns[2:])
-    response = Surv.from_arrays(numpy.array(columns[1]) != 0, numpy.array(columns[0]))
+    covariates = numpy.column_stack([columns[name] for name in covariates_of(columns)])
+    response = Surv.from_arrays(columns["event"] == 1, columns["time"])
 
     def run():
         fit = CoxPHSurvivalAnalysis(ties="efron", tol=1e-9).fit(covariates, response)
-        return {"beta": float(fit.coef_[0])}
+        return {"coef": fit.coef_[0]}
 
     return run
 
 
-JOBS = {("lifelines", "hazards_fit"): lifelines_fit, ("sksurv", "hazards_fit"): sksurv_fit}
+def survmeth_concordance(columns):
+    import numpy
+    from survmeth.sklearn import concordance_index
+
+    y = numpy.column_stack([columns["time"], columns["event"]])
+    return lambda: {"concordance": concordance_index(y, columns["score"])}
+
+
+def lifelines_concordance(columns):
+    from lifelines.utils import concordance_index
+
+    return lambda: {"concordance": concordance_index(columns["time"], -columns["score"],
+                                                     columns["event"])}
+
+
+def sksurv_concordance(columns):
+    from sksurv.metrics import concordance_index_censored
+
+    return lambda: {"concordance": concordance_index_censored(columns["event"] == 1,
+                                                              columns["time"],
+                                                              columns["score"])[0]}
 
 
 def main():
-    package, job, path, count, runs = sys.argv[1:]
+    package, job, path, runs = sys.argv[1:]
     try:
         importlib.import_module(package)
     except ImportError:
         return 4
-    if (package, job) not in JOBS:
+    prepare = globals().get(f"{package}_{job}")
+    if prepare is None:
         return 3
-    values = array.array("d", pathlib.Path(path).read_bytes())
-    rows = len(values) // int(count)
-    run = JOBS[package, job]([values[j * rows:(j + 1) * rows] for j in range(int(count))])
+    import numpy
+
+    with numpy.load(path) as file:
+        columns = {name: file[name] for name in file.files}
+    run = prepare(columns)
     results, seconds = run(), []
     for _ in range(int(runs)):
         start = time.process_time()
@@ -66,7 +154,7 @@ def main():
     print("seconds", *seconds)
     print("peak", resource.getrusage(resource.RUSAGE_SELF).ru_maxrss * 1024)
     for name, value in results.items():
-        print("result", name, repr(value))
+        print("result", name, repr(float(value)))
     return 0
 
 

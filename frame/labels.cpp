@@ -37,7 +37,7 @@ void labelNumbers(const Column& column, std::vector<std::string>& labels,
     const double value = number + 0.0;
     std::uint64_t bits;
     std::memcpy(&bits, &value, sizeof bits);
-    const auto [place, isNew] = known.emplace(bits, static_cast<std::uint32_t>(labels.size()));
+    const auto [place, isNew] = known.try_emplace(bits, static_cast<std::uint32_t>(labels.size()));
     if (isNew) labels.push_back(text::exact(value));
     codes.push_back(place->second);
   }

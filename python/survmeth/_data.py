@@ -1,5 +1,8 @@
 """Data of callers as columns of numbers, or of codes into labels."""
 
+import datetime
+import decimal
+import numbers
 import sys
 
 import numpy as np
@@ -27,6 +30,8 @@ class Table:
 def table_of(data):
     if hasattr(data, "iloc") and hasattr(data, "columns"):  # a pandas DataFrame
         by_name = {str(name): position for position, name in enumerate(data.columns)}
+        if not by_name:
+            raise refused("there is no column", "a dict of columns or a DataFrame")
         if len(by_name) < data.shape[1]:
             raise refused("two columns have the same name", "a different name for each")
         return Table(list(by_name), lambda name: column_of(name, data.iloc[:, by_name[name]]),
@@ -39,7 +44,9 @@ def table_of(data):
         if len(set(names)) < len(names):
             raise refused("two columns have the same name", "a different name for each")
         return Table(names, lambda name: of_arrow(name, table, names.index(name)), table.rows)
-    if hasattr(data, "keys") and hasattr(data, "__getitem__"):
+    if getattr(getattr(data, "dtype", None), "names", None) and data.ndim == 1:  # numpy's records
+        return table_of_dict({name: data[name] for name in data.dtype.names}, len(data.dtype.names))
+    if hasattr(data, "keys") and hasattr(data, "__getitem__") and not hasattr(data, "iloc"):
         return table_of_dict({str(name): data[name] for name in data.keys()}, len(data.keys()))
     raise refused(f"the data are a {type(data).__name__}",
                   "a dict of columns or a DataFrame")
@@ -49,11 +56,15 @@ def table_of_dict(columns, count):
     if len(columns) < count:  # 1 and "1"
         raise refused("two columns have the same name", "a different name for each")
     lengths = {}
+    if not columns:
+        raise refused("there is no column", "a dict of columns or a DataFrame")
     for name, cells in columns.items():
         try:
+            if isinstance(cells, (set, frozenset, dict, str, bytes)):
+                raise TypeError
             lengths[name] = len(cells)
         except TypeError:
-            raise refused(f"the column is a single {type(cells).__name__}",
+            raise refused(f"the column is a {type(cells).__name__}",
                           "an array or a list of its cells", name) from None
     first = next(iter(lengths), None)
     for name, length in lengths.items():
@@ -113,7 +124,7 @@ def column_of(name, values):
     if isinstance(values, np.ma.MaskedArray):
         values = np.where(np.ma.getmaskarray(values), None, values.data.astype(object))
     if not isinstance(values, np.ndarray):
-        values = array_of(values)
+        values = array_of(name, values)
     if values.ndim != 1:
         raise refused(f"the column has {values.ndim} dimensions", "one", name)
     kind = values.dtype.kind
@@ -130,11 +141,15 @@ def column_of(name, values):
     raise refused(f"the column is of the type {values.dtype}", "numbers or texts", name)
 
 
-def array_of(values):
+def array_of(name, values):
     """Of lists and of what pandas has; texts stay objects of Python."""
     if hasattr(values, "to_numpy"):
+        if getattr(values.dtype, "kind", "O") in "iu" and getattr(values, "hasnans", False):
+            require_doubles(name, values.dropna().to_numpy())
         if getattr(values.dtype, "kind", "O") in "iuf" and getattr(values, "hasnans", False):
             return values.to_numpy(dtype=np.float64, na_value=np.nan)
+        if getattr(values.dtype, "tz", None) is not None and hasattr(values, "dt"):
+            return values.dt.tz_convert("UTC").dt.tz_localize(None).to_numpy()
         return values.to_numpy()
     values = list(values)
     made = np.empty(len(values), dtype=object)
@@ -157,37 +172,59 @@ def is_missing(value):
     pandas = sys.modules.get("pandas")
     if pandas is not None and (value is pandas.NA or value is pandas.NaT):
         return True
-    return isinstance(value, (float, np.floating)) and value != value
+    return isinstance(value, (float, np.floating, decimal.Decimal)) and value != value
 
 
 def is_number(value):
-    return (isinstance(value, (int, float, np.integer, np.floating))
+    return (isinstance(value, (numbers.Real, decimal.Decimal))
             and not isinstance(value, (bool, np.bool_)))
 
 
+def days_of(value):
+    """Of dates since 1970-01-01, those with a time zone in UTC; of durations."""
+    if isinstance(value, datetime.timedelta):
+        return value / datetime.timedelta(days=1)
+    if not isinstance(value, datetime.datetime):
+        return float((value - datetime.date(1970, 1, 1)).days)
+    zone = None if value.tzinfo is None else datetime.timezone.utc
+    return (value - datetime.datetime(1970, 1, 1, tzinfo=zone)) / datetime.timedelta(days=1)
+
+
+def kind_of(value):
+    """How a cell is read, or None."""
+    if is_number(value):
+        return "numbers"
+    if isinstance(value, (str, bool, np.bool_, bytes)):
+        return "texts"
+    if isinstance(value, datetime.timedelta):
+        return "durations"
+    return "dates" if isinstance(value, datetime.date) else None
+
+
 def column_of_objects(name, values):
-    """Numbers where all cells are, else labels; what is neither, and a mixture, is refused."""
-    numbers = first_text = None
-    cells = values.tolist()
+    """Numbers where all cells are, days of dates or durations, else labels; what is none of these,
+    and a mixture, is refused."""
+    cells = [None if is_missing(value) else value for value in values.tolist()]
+    kinds = {}
     for row, value in enumerate(cells):
-        if is_missing(value):
+        if value is None:
             continue
-        if is_number(value):
-            numbers = row if numbers is None else numbers
-        elif isinstance(value, (str, bool, np.bool_, bytes)):
-            first_text = row if first_text is None else first_text
-        else:
+        kind = kind_of(value)
+        if kind is None:
             raise refused(f"{value!r} is neither a number nor a text", "numbers or texts", name,
                           row)
-        if numbers is not None and first_text is not None:
-            raise refused(f"{value!r} stands among {'texts' if row == numbers else 'numbers'}",
+        if kinds.setdefault(kind, row) == row and len(kinds) > 1:
+            raise refused(f"{value!r} stands among {next(iter(kinds))}",
                           "all numbers or all texts", name, row)
-    if first_text is not None or numbers is None:
+    kind = next(iter(kinds), "texts")
+    if kind == "texts":
         return labelled(name, cells)
+    if kind != "numbers":
+        return name, np.array([np.nan if value is None else days_of(value) for value in cells])
     if any(isinstance(value, int) and abs(value) > LARGEST_WHOLE for value in cells):
         raise refused("there are whole numbers beyond 2**53", "numbers that doubles tell apart",
                       name)
-    return name, np.array([np.nan if is_missing(value) else value for value in cells],
+    return name, np.array([np.nan if value is None else float(value) for value in cells],
                           dtype=np.float64)
 
 
@@ -203,6 +240,12 @@ def labelled(name, cells):
     seen = {}
     codes = np.fromiter((MISSING if is_missing(value) else seen.setdefault(value, len(seen))
                          for value in cells), dtype=np.uint32, count=len(cells))
+    for value in seen:
+        try:
+            label_of(value).encode()
+        except UnicodeError:
+            raise refused(f"{value!r} is no text that UTF-8 can hold", "texts", name,
+                          cells.index(value)) from None
     return name, codes, [label_of(value) for value in seen], False
 
 

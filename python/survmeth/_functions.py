@@ -1,5 +1,6 @@
 """The functions that a person calls, made from the declarations of the analyses."""
 
+import difflib
 import inspect
 import json
 
@@ -38,8 +39,18 @@ def settings_of(analysis, arguments):
         # A default that is passed on would count as a wish.
         if value is None or (np.isscalar(value) and value == default_of(option)):
             continue
-        settings[option["name"]] = value
+        settings[option["name"]] = named_of(option, value)
     return settings
+
+
+def named_of(option, value):
+    """Columns that are named by numbers or tuples, as of a MultiIndex, by their text."""
+    if option["type"] == "column" and isinstance(value, (int, tuple, np.integer)):
+        return str(value)
+    if option["type"] == "columns" and isinstance(value, list):
+        return [str(each) if isinstance(each, (int, tuple, np.integer)) else each
+                for each in value]
+    return value
 
 
 def reading_of(arguments):
@@ -77,8 +88,14 @@ def runner_of(analysis):
     return run
 
 
-def bound(signature, positional, named):
-    arguments = signature.bind(*positional, **named)
+def bound(name, signature, positional, named):
+    try:
+        arguments = signature.bind(*positional, **named)
+    except TypeError as wrong:
+        unknown = next((each for each in named if each not in signature.parameters), None)
+        near = difflib.get_close_matches(unknown or "", signature.parameters, 1)
+        raise TypeError(f"{name}() {wrong}"
+                        + (f"; did you mean {near[0]!r}?" if near else "")) from None
     arguments.apply_defaults()
     return arguments.arguments
 
@@ -92,7 +109,7 @@ def function_of(analysis, module):
         # cox("Surv(time, status) ~ age", data) as well as cox(data, formula=...)
         if has_formula and positional and isinstance(positional[0], str):
             named["formula"], positional = positional[0], positional[1:]
-        return run(bound(signature, positional, named),
+        return run(bound(analysis["name"], signature, positional, named),
                    lambda settings: _core.Call(analysis["name"], settings))
 
     call.__name__ = call.__qualname__ = analysis["name"]
@@ -107,7 +124,7 @@ def follow_up_of(analysis):
     signature, run = signature_of(analysis), runner_of(analysis)
 
     def predict(self, *positional, **named):
-        return run(bound(signature, positional, named),
+        return run(bound("predict", signature, positional, named),
                    lambda settings: _core.Call(self._fit, settings))
 
     predict.__doc__ = docstring_of(analysis)

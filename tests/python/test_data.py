@@ -1,6 +1,8 @@
 """What columns may hold, and what is refused in which words."""
 
 import datetime
+import decimal
+import fractions
 
 import numpy as np
 import pandas
@@ -143,10 +145,78 @@ def test_columns_of_different_lengths():
     assert str(error) == 'data: the column "e" has 2 cells; expected 6, as "t" has'
 
 
-@pytest.mark.parametrize("cell, kind", [(3, "int"), (np.array(3.0), "ndarray"), (None, "NoneType")])
-def test_a_single_value_is_no_column(cell, kind):
-    assert str(refused(life, t=cell)) == \
-        f'data, column "t": the column is a single {kind}; expected an array or a list of its cells'
+@pytest.mark.parametrize("cells, kind", [
+    (3, "int"), (np.array(3.0), "ndarray"), (None, "NoneType"), (iter(TIME), "list_iterator"),
+    ({1, 2, 3, 4, 5, 6}, "set"), (dict(enumerate(TIME)), "dict"), ("abcdef", "str")])
+def test_what_has_no_cells_in_an_order_is_no_column(cells, kind):
+    assert str(refused(life, t=cells)) == \
+        f'data, column "t": the column is a {kind}; expected an array or a list of its cells'
+
+
+@pytest.mark.parametrize("time", [
+    [datetime.date(1970, 1, 1 + day) for day in TIME],
+    [datetime.datetime(1970, 1, 1 + day) for day in TIME],
+    [pandas.Timestamp(1970, 1, 1 + day, tz="UTC") for day in TIME],
+    pandas.to_datetime([f"1970-01-{1 + day:02}T01:00" for day in TIME]).to_series()
+    .dt.tz_localize("+01:00"),
+    [datetime.timedelta(days=day) for day in TIME],
+    [decimal.Decimal(day) for day in TIME], [fractions.Fraction(day) for day in TIME],
+    np.array(TIME, dtype=">f8"), np.array(TIME, dtype=">i4"), np.repeat(TIME, 2)[::2],
+    pandas.arrays.SparseArray(TIME), range(2, 8)])
+def test_dates_durations_decimals_and_foreign_layouts(time):
+    expected = life(t=list(time)) if isinstance(time, range) else life()
+    assert life(t=time).to_json() == expected.to_json()
+
+
+def test_missing_dates_and_mixtures():
+    times = [pandas.NaT, *(datetime.date(1970, 1, 1 + day) for day in TIME[1:])]
+    assert life(t=times).notes[0]["text"] == '1 of 6 rows left out: missing in "t" (1)'
+    error = refused(life, t=[3, datetime.date(1970, 1, 2), 3, 3, 3, 3])
+    assert (error.what, error.index) == ("datetime.date(1970, 1, 2) stands among numbers", 1)
+
+
+def test_whole_numbers_beside_missing_ones_are_looked_at_too():
+    times = pandas.Series([2**60 + 1, None, 8, 2, 9, 4], dtype="Int64")
+    assert refused(life, t=times).what == "there are whole numbers beyond 2**53"
+
+
+@pytest.mark.parametrize("bad", [b"\xff", "\ud800"])
+def test_what_is_no_text_is_refused(bad):
+    error = refused(life, g=["a", bad, "a", "a", "a", "a"])
+    assert (error.what, error.column, error.index) == (
+        f"{bad!r} is no text that UTF-8 can hold", "g", 1)
+
+
+def test_columns_named_by_numbers_and_tuples():
+    by_number = pandas.DataFrame({0: TIME, 1: EVENT, 2: ARM})
+    fit = survmeth.life(by_number, time=0, event=1, group=[2])
+    assert fit.tables["summary"].equals(life().tables["summary"])
+    nested = pandas.DataFrame({("a", "t"): TIME, ("a", "e"): EVENT})
+    assert nested.columns.nlevels == 2
+    fit = survmeth.life(nested, time=("a", "t"), event=("a", "e"))
+    assert fit.plan["time"] == "('a', 't')"
+
+
+def test_structured_arrays_are_tables():
+    rows = np.array([*zip(TIME, EVENT, ARM)], dtype=[("t", float), ("e", int), ("g", "U1")])
+    assert survmeth.life(rows, time="t", event="e", group="g").to_json() == EXPECTED
+
+
+@pytest.mark.parametrize("data", [{}, pandas.DataFrame()])
+def test_data_without_columns(data):
+    assert str(refused(survmeth.life, data, time="t", event="e")) == \
+        "data: there is no column; expected a dict of columns or a DataFrame"
+
+
+def test_data_without_rows():
+    empty = pandas.DataFrame({"t": TIME, "e": EVENT}).iloc[:0]
+    assert str(refused(survmeth.life, empty, time="t", event="e")).startswith(
+        "there are no rows of data; expected at least")
+
+
+def test_a_single_column_is_no_table():
+    assert refused(survmeth.life, pandas.Series(TIME), time="t", event="e").what \
+        == "the data are a Series"
 
 
 def test_two_keys_of_one_name():
@@ -206,6 +276,8 @@ def test_names_that_are_words_of_python_end_in_an_underscore():
 def test_an_argument_that_there_is_not():
     with pytest.raises(TypeError, match="got an unexpected keyword argument 'groups'"):
         survmeth.life({}, time="t", event="e", groups="g")
+    with pytest.raises(TypeError, match=r"life\(\) got .*; did you mean 'group'\?"):
+        survmeth.life({}, time="t", event="e", grup="g")
     with pytest.raises(TypeError, match="missing a required argument: 'group'"):
         survmeth.gray({}, time="t", status="s")
 
