@@ -64,7 +64,7 @@ std::shared_ptr<CoxPredictRequest> newDataOf(const frame::Frame& data, const Cox
   static_cast<CoxWishes&>(*made) = request;
   made->alpha = request.alpha;
   made->fit = std::make_shared<const CoxSaved>(coxSaved(data, answer, request));
-  if (answer.bootstrap && !request.at.empty()) {
+  if (request.bootstrap && !request.at.empty()) {
     made->bootstrapLimits = coxBootstrapLimits(request);
     // The request lasts no longer than the fit and its data.
     made->bootstrap = [&data, &answer, &request](const frame::Frame& newData,

@@ -51,7 +51,10 @@ class Run {
       const std::size_t from = std::exchange(part_, parts_);
       numerics::PartOfProgress rest(progress_, from, parts_, parts_);
       answer_.units = coxUnits(input_);
-      answer_.bootstrap = bootstrapCox(request_, input_, answer_.fit, answer_.units, rest);
+      const auto& columns = answer_.fit.column;
+      if (std::find(columns.begin(), columns.end(), cox::Column::kEstimated) != columns.end()) {
+        answer_.bootstrap = bootstrapCox(request_, input_, answer_.fit, answer_.units, rest);
+      }
     }
     followUp(data_, request_, input_, answer_);
     return std::move(answer_);

@@ -64,7 +64,9 @@ def arguments_of(name):
     if declared is None:
         declared = next(each for each in DECLARED["analyses"] if each["name"] == "cox")["predict"]
     options = [argument_of(option["name"]) for option in declared["options"]]
-    return ["data", *options, "data_name", "missing", "where", "progress"]
+    others = [option["name"] + "_name" for option in declared["options"]
+              if option["type"] == "data"]
+    return ["data", *options, *others, "data_name", "missing", "where", "progress"]
 
 
 @pytest.mark.parametrize("name", ALL)

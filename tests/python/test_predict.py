@@ -44,6 +44,28 @@ def test_linear_predictors_are_those_of_the_coefficients(fit):
     assert shown[1] - shown[0] == pytest.approx(difference, abs=1e-14)
 
 
+def test_new_data_beside_the_first_are_told_the_same(fit):
+    new = {"age": [60.0, None, 70.0], "sex": ["female", "male", "male"], "ph.ecog": [1.0, 0.0, 2.0]}
+    both = survmeth.cox(FORMULA, LUNG, newdata=new, newdata_name="new", at=[180, 365], terms=True)
+    alone = fit.predict(new, at=[180, 365], terms=True)
+    assert both.plan["newdata"] == "new" and both.facts["newRows"] == 2
+    for name, table in alone.arrays.items():
+        ours = both.arrays["predictedTerms" if name == "terms" else name]
+        assert {key: list(ours[key]) for key in ours} == {key: list(table[key]) for key in table}
+
+
+@pytest.mark.parametrize("new, column, index", [
+    ({"age": [60.0, 50.0], "sex": ["male", "none"], "ph.ecog": [1.0, 1.0]}, None, 1),
+    ({"age": [60.0], "sex": ["male"]}, None, None),
+    ({"age": [60.0, 50.0], "sex": ["male"]}, None, None),
+    ({"age": ["old"], "sex": ["male"], "ph.ecog": [1.0]}, "age", 0)])
+def test_what_is_refused_of_new_data_is_said_of_them(new, column, index):
+    with pytest.raises(survmeth.RefusedInput) as refused:
+        survmeth.cox(FORMULA, LUNG, newdata=new)
+    assert (refused.value.argument, refused.value.index) == ("newdata", index)
+    assert column is None or refused.value.column == column
+
+
 def test_the_file_is_the_command_lines(fit, tmp_path):
     fit.save(tmp_path / "lung.fit")
     saved = json.loads((tmp_path / "lung.fit").read_text())
