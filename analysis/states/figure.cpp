@@ -31,10 +31,12 @@ std::vector<std::size_t> corners(const Estimates& found) {
 std::optional<report::Figure> stateFigure(const StatesAnswer& answer,
                                           const StatesRequest& request) {
   double last = request.start;
+  bool any = false;
   for (const Estimates& found : answer.found) {
-    if (!found.time.empty()) last = std::fmax(last, found.time.back());
+    last = std::fmax(last, found.followed);
+    any = any || !found.time.empty();
   }
-  if (!(last > request.start)) return {};
+  if (!any) return {};
   report::Figure figure;
   figure.id = "states";
   figure.title = "Probabilities of the states";
@@ -63,6 +65,12 @@ std::optional<report::Figure> stateFigure(const StatesAnswer& answer,
       for (const std::size_t i : at) {
         area.x.push_back(found.time[i]);
         area.y.push_back(found.states[j].probability[i]);
+      }
+      // Level to the end of follow-up.
+      if (found.followed > area.x.back()) {
+        const double y = area.y.back();
+        area.x.push_back(found.followed);
+        area.y.push_back(y);
       }
     }
     figure.panels.push_back(std::move(panel));

@@ -19,8 +19,7 @@ struct Ordered {
   //
   // In   tieTolerance   0: only equal times are one
   // Cost O(n) in radix passes
-  Ordered(const Response& response, const Rows& rows, const Groups& groups,
-          double tieTolerance = 0.0);
+  Ordered(const Response& of, const Rows& with, const Groups& by, double tieTolerance = 0.0);
 
   Response response;
   Rows rows;

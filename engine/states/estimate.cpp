@@ -57,9 +57,9 @@ class Estimation {
       for (std::size_t i = begin; i < end; ++i) leave(codes_.exitOrder[i]);
     }
     if (horizon) endAt(process);
+    if (!codes_.exitOrder.empty()) result_.followed = h_.exit[codes_.exitOrder.back()];
     if (!std::isnan(options_.horizon)) {
-      result_.extended =
-          !codes_.exitOrder.empty() && lastFollowed() < options_.horizon && anyLeft(process);
+      result_.extended = result_.followed < options_.horizon && anyLeft(process);
     }
     if (result_.robust) setRobust();
     return std::move(result_);
@@ -67,7 +67,6 @@ class Estimation {
 
  private:
   double weightOf(std::uint32_t row) const { return h_.weight.empty() ? 1.0 : h_.weight[row]; }
-  double lastFollowed() const { return h_.exit[codes_.exitOrder.back()]; }
   // Whether anybody is in a state that is left at all.
   bool anyLeft(const Process& process) const {
     return std::any_of(h_.from.begin(), h_.from.end(),

@@ -45,6 +45,7 @@ struct Estimates {
   std::vector<State> states;
   std::vector<Transition> transitions;  // by from, then to
   std::vector<Stay> stays;              // of each state; empty without a horizon
+  double followed = kAbsent;            // the last exit
   // Nobody is followed to the horizon, and somebody is where others leave: carried on level.
   bool extended = false;
   bool robust = false;

@@ -100,6 +100,7 @@ TEST(States, AreSharesWhereNobodyIsCensored) {
   EXPECT_EQ(found.stays[1].time, 1);
   EXPECT_EQ(found.stays[2].time, 0.5);
   EXPECT_FALSE(found.extended);
+  EXPECT_EQ(found.followed, 4);
   ASSERT_EQ(found.transitions.size(), 2u);
   EXPECT_EQ(found.transitions[1].from, 1u);
   EXPECT_EQ(found.transitions[1].time, Numbers{3});
