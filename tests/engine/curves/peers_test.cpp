@@ -24,15 +24,19 @@ const std::string kFolder = std::string(SURVMETH_REFERENCE) + "/curves/";
 std::map<std::string, CurveData> allSets() {
   const Csv file(kFolder + "peers_data.csv");
   std::map<std::string, CurveData> sets;
-  std::map<std::string, std::vector<double>> groups;
+  std::map<std::string, std::vector<double>> groups, strata;
   for (std::size_t i = 0; i < file.rows(); ++i) {
     const std::string name = file.text("set", i);
     CurveData& data = sets[name];
     data.exit.push_back(file.number("time", i));
     data.event.push_back(file.number("event", i) != 0.0 ? 1 : 0);
     groups[name].push_back(file.number("group", i));
+    strata[name].push_back(file.number("stratum", i));
   }
-  for (auto& [name, data] : sets) data.group = test::codesOf(groups[name], data.groupCount);
+  for (auto& [name, data] : sets) {
+    data.group = test::codesOf(groups[name], data.groupCount);
+    data.stratum = test::codesOf(strata[name], data.stratumCount);
+  }
   return sets;
 }
 
@@ -44,6 +48,7 @@ TEST(Peers, TestsAndPairsAreTheirs) {
       {"petoPeto", {Kind::kPetoPeto}},
       {"modifiedPetoPeto", {Kind::kModifiedPetoPeto}},
       {"fh10", {Kind::kFlemingHarrington, 1, 0}},
+      {"fhHalf", {Kind::kFlemingHarrington, 0.5, 0}},
       {"fh11", {Kind::kFlemingHarrington, 1, 1}}};
   const std::map<std::string, Adjustment> adjustments = {
       {"pairs-none", Adjustment::kNone},
@@ -56,7 +61,8 @@ TEST(Peers, TestsAndPairsAreTheirs) {
   for (std::size_t i = 0; i < file.rows(); ++i) {
     const std::string item = file.text("item", i);
     const std::string where = file.text("set", i) + " " + file.text("test", i) + " " + item;
-    const CurveData& data = sets.at(file.text("set", i));
+    CurveData data = sets.at(file.text("set", i));
+    if (item != "survdiff") data.stratum.clear();
     const Weighting& weighting = weightings.at(file.text("test", i));
     const auto index = static_cast<std::size_t>(file.number("index", i));
     double actual = 0.0;
@@ -65,7 +71,7 @@ TEST(Peers, TestsAndPairsAreTheirs) {
                                        std::span(&weighting, 1), {.count = 1})
                    .tests[0]
                    .chiSquare;
-    } else if (item == "chiSquare") {
+    } else if (item == "chiSquare" || item == "survdiff") {
       actual = engine::curves::compare(data.response(), data.rows(), data.groups(),
                                        std::span(&weighting, 1))
                    .tests[0]
@@ -85,6 +91,7 @@ TEST(Peers, TestsAndPairsAreTheirs) {
   EXPECT_GE(compared["permu"], 45U);
   EXPECT_GE(compared["chiSq"], 30U);
   EXPECT_GE(compared["pairs"], 60U);
+  EXPECT_GE(compared["survd"], 18U);
 }
 
 }  // namespace
