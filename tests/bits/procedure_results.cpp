@@ -41,8 +41,13 @@ void takePenalised(const TakeNumbers& take, const CoxCase& one) {
   if (one.options.ties != cox::Ties::kDiscrete && one.data.exit.size() < 2000) {
     const cox::PenalisedFit firth = fitted({});
     takeFit(", determinant", firth);
-    const cox::ProfileLimits limits = cox::penalisedLimits(firth, 0, 0.9, progress);
-    take(one.name + ", penalised limits", Numbers{limits.lower, limits.upper});
+    const auto profile = cox::profileOf(firth, 0, progress);
+    const double step = firth.fit.standardError(0);
+    for (const double away : {-1.5, 0.25}) {
+      const cox::Held held = profile->at(firth.fit.coefficients[0] + away * step);
+      take(one.name + ", penalised profile " + (away < 0.0 ? "below" : "above"),
+           Numbers{held.logLikelihood, held.slope});
+    }
   }
   if (one.options.ties != cox::Ties::kDiscrete) {
     takeFit(", ridge", fitted({cox::Penalty::Kind::kRidge, 3.0}));
