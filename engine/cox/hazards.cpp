@@ -1,8 +1,11 @@
 // Sums of risks over risk sets and the increments of the cumulative hazard.
+#include <algorithm>
+
 #include "engine/cox/chunks.h"
 #include "engine/cox/problem.h"
 #include "engine/cox/risks.h"
 #include "numerics/elementary.h"
+#include "numerics/hot.h"
 #include "numerics/runningSum.h"
 
 namespace survmeth::engine::cox {
@@ -14,24 +17,42 @@ class LogSum {
   void add(double weight, double value) {
     weight_[count_] = weight;
     value_[count_] = value;
-    if (++count_ == kGroup) flush();
+    if (++count_ == kMost) flush();
+  }
+  // weight[i] log(value[i]) for i = 0 .. count - 1.
+  //
+  // In   count  at most kMost
+  // Out  value  changed
+  void add(const double* weight, double* value, std::size_t count) {
+    flush();
+    numerics::logArray({value, count}, {value, count});
+    for (std::size_t i = 0; i < count; ++i) sum_.add(weight[i] * value[i]);
   }
   double total() {
     flush();
     return sum_.value();
   }
+  static constexpr std::size_t kMost = 256;
 
  private:
-  static constexpr std::size_t kGroup = 256;
   void flush() {
     numerics::logArray({value_, count_}, {value_, count_});
     for (std::size_t i = 0; i < count_; ++i) sum_.add(weight_[i] * value_[i]);
     count_ = 0;
   }
-  double weight_[kGroup], value_[kGroup];
+  double weight_[kMost], value_[kMost];
   std::size_t count_ = 0;
   numerics::RunningSum sum_;
 };
+
+// Of times at which one row fails; whole[k] gets the sum over the risk set.
+SURVMETH_HOT void incrementsOf(const double* weight, const double* others, const double* failing,
+                               std::size_t count, double* whole, double* increment) {
+  for (std::size_t k = 0; k < count; ++k) {
+    whole[k] = others[k] + failing[k];
+    increment[k] = weight[k] / whole[k];
+  }
+}
 
 bool exactTies(Ties ties) { return ties == Ties::kDiscrete || ties == Ties::kMarginal; }
 
@@ -66,7 +87,21 @@ double formIncrements(const Problem& problem, Ties ties, std::size_t begin, std:
                       Hazards& hazards) {
   const risk::Arrangement& a = problem.arrangement;
   LogSum logs;
+  constexpr std::size_t kWorthIt = 16;
   for (std::size_t k = begin; k < end; ++k) {
+    // Neighbours at which one row fails are taken at once.
+    const std::size_t limit = std::min(end - k, LogSum::kMost);
+    std::size_t run = 0;
+    while (run < limit && (a.events[k + run] == 1 || ties == Ties::kBreslow)) ++run;
+    if (run >= kWorthIt) {
+      double sums[LogSum::kMost];
+      incrementsOf(a.eventWeight.data() + k, hazards.others.data() + k, hazards.failing.data() + k,
+                   run, sums, hazards.increment.data() + k);
+      std::copy_n(hazards.increment.data() + k, run, hazards.own.data() + k);
+      logs.add(a.eventWeight.data() + k, sums, run);
+      k += run - 1;
+      continue;
+    }
     const double whole = hazards.all(k);
     const std::uint32_t d = a.events[k];
     if (d == 1 || ties == Ties::kBreslow) {

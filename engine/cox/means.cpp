@@ -23,6 +23,12 @@ SURVMETH_HOT void gatherRows(const double* sums, const double* scale, const std:
   for (std::size_t m = 0; m < count; ++m) out[m] = sums[row[m]] * scale[m];
 }
 
+// out[k] = 1 / (others[k] + failing[k]).
+SURVMETH_HOT void reciprocals(const double* others, const double* failing, std::size_t count,
+                              double* out) {
+  for (std::size_t k = 0; k < count; ++k) out[k] = 1.0 / (others[k] + failing[k]);
+}
+
 }  // namespace
 
 MeanTerms meanTerms(const TieMoments& moments) {
@@ -62,10 +68,16 @@ void BackwardMeans::holdBehind(std::size_t stop) {
 
 void BackwardMeans::subtract(std::size_t block, SquareMatrix& information) {
   const std::size_t p = problem_.columns();
-  findActions(block);
-  placeMeans(problem_.x.rowsOf(block));
+  if (!findSingles(block)) {
+    findActions(block);
+    placeMeans(problem_.x.rowsOf(block));
+  }
   byColumns(p, [&](std::size_t j, std::size_t columns) {
-    sumsToEnd(problem_, hazards_, block, j, columns, sums_.data());
+    if (dense_ && actions_.empty()) {
+      sumsToEnd(problem_, hazards_, block, j, columns, scale_, means_.data() + j * kBlock);
+      return;
+    }
+    sumsToEnd(problem_, hazards_, block, j, columns, nullptr, sums_.data());
     for (std::size_t c = 0; c < columns; ++c) formMeans(sums_.data() + c * kBlock, j + c);
   });
   const std::size_t rows = std::min(count_, kBlock);
@@ -78,14 +90,51 @@ void BackwardMeans::subtract(std::size_t block, SquareMatrix& information) {
   }
 }
 
+bool BackwardMeans::tied(std::size_t k) const {
+  return problem_.arrangement.events[k] > 1 && ties_ != Ties::kBreslow;
+}
+
+// The usual block, whose events all fail alone; false, with nothing done, where one has company.
+bool BackwardMeans::findSingles(std::size_t block) {
+  const risk::Arrangement& a = problem_.arrangement;
+  const std::size_t from = block * kBlock;
+  const std::size_t stop = time_;
+  if (held_) return false;
+  std::size_t begin = stop;
+  while (begin > 0 && a.firstEvent[begin - 1] >= from) {
+    if (tied(--begin)) return false;
+  }
+  // Those that fail together before the block may want a sum from within it.
+  if (begin > 0 && tied(begin - 1) && a.firstEvent[begin - 1] + a.events[begin - 1] >= from) {
+    return false;
+  }
+  actions_.clear();
+  time_ = begin;
+  count_ = singles_ = stop - begin;
+  double scale[kBlock];
+  reciprocals(hazards_.others.data() + begin, hazards_.failing.data() + begin, count_, scale);
+  spreadOut(problem_.x.rowsOf(block));
+  for (std::size_t m = 0; m < singles_; ++m) {
+    // Side by side they come in descending order.
+    const std::size_t k = begin + m;
+    const std::size_t row = a.firstEvent[k] - from;
+    const std::size_t slot = dense_ ? row : singles_ - 1 - m;
+    weight_[slot] = factor_.empty() ? a.eventWeight[k] : factor_[k] * a.eventWeight[k];
+    scale_[slot] = scale[m];
+    if (!dense_) row_[slot] = static_cast<std::uint32_t>(row);
+  }
+  if (dense_) count_ = problem_.x.rowsOf(block);
+  return true;
+}
+
 void BackwardMeans::findActions(std::size_t block) {
   const risk::Arrangement& a = problem_.arrangement;
   const std::size_t from = block * kBlock;
   actions_.clear();
   while (time_ > 0) {
     const std::size_t k = time_ - 1;
-    const bool tied = a.events[k] > 1 && ties_ != Ties::kBreslow;
-    if (tied && !held_) {
+    const bool together = tied(k);
+    if (together && !held_) {
       const std::size_t row = a.firstEvent[k] + a.events[k];
       if (row == a.stratumRow[a.timeStratum[k] + std::size_t{1}]) {
         actions_.push_back({Kind::kHoldNothing, 0, 0.0, 0.0, 0.0, 0.0, 0});
@@ -97,16 +146,16 @@ void BackwardMeans::findActions(std::size_t block) {
       held_ = true;
     }
     if (a.firstEvent[k] < from) return;
-    addTerms(k, tied, a.firstEvent[k] - from);
+    addTerms(k, together, a.firstEvent[k] - from);
     held_ = false;
     --time_;
   }
 }
 
-void BackwardMeans::addTerms(std::size_t k, bool tied, std::size_t row) {
+void BackwardMeans::addTerms(std::size_t k, bool together, std::size_t row) {
   const double times = factor_.empty() ? 1.0 : factor_[k];
   const double scale = 1.0 / hazards_.all(k);
-  if (!tied) {
+  if (!together) {
     const double weight = times * problem_.arrangement.eventWeight[k];
     actions_.push_back({Kind::kSingle, row, scale, 1.0, weight, 0.0, 0});
     return;
@@ -117,8 +166,15 @@ void BackwardMeans::addTerms(std::size_t k, bool tied, std::size_t row) {
       {Kind::kTied, row, scale, terms.mean, times * terms.weight, times * terms.failingWeight, 0});
 }
 
-// Where the means stand: at their rows, or side by side where that saves more of their outer products
-// than it takes to bring them there.
+// Whether the means stand at their rows, or side by side where that saves more of their outer products
+// than it takes to bring them there; at their rows, all weights are 0 for now.
+void BackwardMeans::spreadOut(std::size_t rows) {
+  dense_ = 3 * count_ > rows && (rows - std::min(rows, count_)) * problem_.columns() < 16 * rows;
+  if (!dense_) return;
+  std::fill(scale_, scale_ + kBlock, 0.0);
+  std::fill(weight_, weight_ + kBlock + 1, 0.0);
+}
+
 void BackwardMeans::placeMeans(std::size_t rows) {
   singles_ = 0;
   count_ = 0;
@@ -127,11 +183,7 @@ void BackwardMeans::placeMeans(std::size_t rows) {
     if (action.kind == Kind::kTied) count_ += 2;
   }
   count_ += singles_;
-  dense_ = 3 * count_ > rows && (rows - std::min(rows, count_)) * problem_.columns() < 16 * rows;
-  if (dense_) {
-    std::fill(scale_, scale_ + kBlock, 0.0);
-    std::fill(weight_, weight_ + kBlock + 1, 0.0);
-  }
+  spreadOut(rows);
   std::size_t single = 0;
   std::size_t tied = singles_;
   for (Action& action : actions_) {

@@ -48,9 +48,12 @@ class BackwardMeans {
   };
 
   void holdBehind(std::size_t stop);
+  bool tied(std::size_t k) const;
+  bool findSingles(std::size_t block);
   void findActions(std::size_t block);
-  void addTerms(std::size_t k, bool tied, std::size_t row);
+  void addTerms(std::size_t k, bool together, std::size_t row);
   void placeMeans(std::size_t rows);
+  void spreadOut(std::size_t rows);
   void formMeans(const double* sums, std::size_t j);
 
   const Problem& problem_;

@@ -20,14 +20,9 @@ const Response& checked(const Response& response, const Rows& rows, const Design
 
 constexpr std::size_t kBlock = numerics::BlockedColumns::kBlock;
 
-struct Extent {
-  double sum = 0.0;
-  double low = std::numeric_limits<double>::infinity();
-  double high = -std::numeric_limits<double>::infinity();
-};
-
 // Adds finite numbers, eight at once.
-SURVMETH_HOT void addRows(const double* rows, std::size_t count, Extent* extent) {
+SURVMETH_HOT void addRows(const double* rows, std::size_t count, double* total, double* least,
+                          double* most) {
   constexpr std::size_t kLanes = 8;
   double sum[kLanes] = {};
   double low[kLanes];
@@ -48,14 +43,22 @@ SURVMETH_HOT void addRows(const double* rows, std::size_t count, Extent* extent)
     low[0] = std::min(low[0], rows[i]);
     high[0] = std::max(high[0], rows[i]);
   }
-  extent->sum += ((sum[0] + sum[4]) + (sum[2] + sum[6])) + ((sum[1] + sum[5]) + (sum[3] + sum[7]));
+  *total += ((sum[0] + sum[4]) + (sum[2] + sum[6])) + ((sum[1] + sum[5]) + (sum[3] + sum[7]));
   for (std::size_t m = 0; m < kLanes; ++m) {
-    extent->low = std::min(extent->low, low[m]);
-    extent->high = std::max(extent->high, high[m]);
+    *least = std::min(*least, low[m]);
+    *most = std::max(*most, high[m]);
   }
 }
 
 }  // namespace
+
+// Of some rows of a column.
+struct Problem::Extent {
+  double sum = 0.0;
+  double low = std::numeric_limits<double>::infinity();
+  double high = -std::numeric_limits<double>::infinity();
+  void add(const double* rows, std::size_t count) { addRows(rows, count, &sum, &low, &high); }
+};
 
 Problem::Problem(const Response& response, const Rows& rows, const Design& design,
                  double tieTolerance)
@@ -73,40 +76,57 @@ Problem::Problem(const Response& response, const Rows& rows, const Design& desig
       term(design.term) {
   numerics::inParallel(design.size(), [&](std::size_t j) {
     const double* from = design.columns[j].data();
+    Extent whole;
     for (std::size_t block = 0; block < x.blocks(); ++block) {
       const std::uint32_t* source = arrangement.source.data() + block * kBlock;
       double* to = x.column(block, j);
       for (std::size_t i = 0; i < x.rowsOf(block); ++i) to[i] = from[source[i]];
+      // While they are at hand.
+      if (arrangement.strata() == 1) whole.add(to, x.rowsOf(block));
     }
-    centreColumn(j);
+    for (std::size_t s = 0; s < arrangement.strata(); ++s) {
+      centreColumn(j, s, arrangement.strata() == 1 ? whole : extentOf(j, s));
+    }
   });
 }
 
-void Problem::centreColumn(std::size_t j) {
-  const risk::Arrangement& a = arrangement;
-  for (std::size_t s = 0; s < a.strata(); ++s) {
-    const std::size_t stop = a.stratumRow[s + 1];
-    // The stratum's rows, block after block.
-    const auto parts = [&](const auto& work) {
-      for (std::size_t i = a.stratumRow[s]; i < stop;) {
-        const std::size_t count = std::min(kBlock - i % kBlock, stop - i);
-        work(x.column(i / kBlock, j) + i % kBlock, count);
-        i += count;
-      }
-    };
-    Extent extent;
-    parts([&](const double* rows, std::size_t count) { addRows(rows, count, &extent); });
-    // The centre need not be the exact mean; a constant is taken off exactly, so that what is left
-    // is 0.
-    const double mean = extent.sum / static_cast<double>(stop - a.stratumRow[s]);
-    const double centre = std::clamp(mean, extent.low, extent.high);
-    parts([&](double* rows, std::size_t count) {
-      for (std::size_t i = 0; i < count; ++i) rows[i] -= centre;
-    });
-    centres[s * columns() + j] = centre;
-    size[j] = std::max({size[j], std::fabs(extent.low), std::fabs(extent.high)});
-    spread[j] = std::max({spread[j], extent.high - centre, centre - extent.low});
+namespace {
+
+// Calls work(block, first, count) for the rows begin .. stop - 1, block after block.
+template <typename Work>
+void inBlocks(std::size_t begin, std::size_t stop, const Work& work) {
+  for (std::size_t i = begin; i < stop;) {
+    const std::size_t count = std::min(kBlock - i % kBlock, stop - i);
+    work(i / kBlock, i % kBlock, count);
+    i += count;
   }
+}
+
+}  // namespace
+
+Problem::Extent Problem::extentOf(std::size_t j, std::size_t s) const {
+  Extent extent;
+  inBlocks(arrangement.stratumRow[s], arrangement.stratumRow[s + 1],
+           [&](std::size_t block, std::size_t first, std::size_t count) {
+             extent.add(x.column(block, j) + first, count);
+           });
+  return extent;
+}
+
+void Problem::centreColumn(std::size_t j, std::size_t s, const Extent& extent) {
+  const std::size_t begin = arrangement.stratumRow[s];
+  const std::size_t stop = arrangement.stratumRow[s + 1];
+  // The centre need not be the exact mean; a constant is taken off exactly, so that what is left
+  // is 0.
+  const double mean = extent.sum / static_cast<double>(stop - begin);
+  const double centre = std::clamp(mean, extent.low, extent.high);
+  inBlocks(begin, stop, [&](std::size_t block, std::size_t first, std::size_t count) {
+    double* rows = x.column(block, j) + first;
+    for (std::size_t i = 0; i < count; ++i) rows[i] -= centre;
+  });
+  centres[s * columns() + j] = centre;
+  size[j] = std::max({size[j], std::fabs(extent.low), std::fabs(extent.high)});
+  spread[j] = std::max({spread[j], extent.high - centre, centre - extent.low});
 }
 
 std::size_t continuedRows(const Problem& problem, std::size_t block) {

@@ -48,7 +48,9 @@ struct Problem {
   std::vector<std::size_t> term;
 
  private:
-  void centreColumn(std::size_t j);
+  struct Extent;
+  Extent extentOf(std::size_t j, std::size_t s) const;
+  void centreColumn(std::size_t j, std::size_t s, const Extent& extent);
 };
 
 // The events of one time as a sum of d terms, the l-th with the share f of the failing rows' risk

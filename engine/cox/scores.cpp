@@ -4,10 +4,15 @@
 
 #include "engine/cox/stratumSums.h"
 #include "numerics/hot.h"
+#include "numerics/pairs.h"
 
 namespace survmeth::engine::cox {
 namespace {
 
+using numerics::firsts;
+using numerics::Pair;
+using numerics::pairAt;
+using numerics::seconds;
 constexpr std::size_t kBlock = ForwardScores::kBlock;
 
 SURVMETH_HOT void meansOf(const double* sums, const double* scale, const double* increment,
@@ -26,23 +31,44 @@ SURVMETH_HOT void scoresOf(const double* x, const double* mean, const double* su
   }
 }
 
-// Sums up to each row on top of `running`, in place, of kColumns columns at once.
-template <std::size_t kColumns>
+// Sums up to each row on top of `running`, of kColumns columns at once, two rows of two columns at
+// a time; in place, if they are kept. A last column without a partner is its own.
+template <std::size_t kColumns, bool kKept>
 void prefixSums(double* values, std::size_t begin, std::size_t stop, double* running) {
-  double sums[kColumns];
-  std::copy_n(running, kColumns, sums);
-  for (std::size_t i = begin; i < stop; ++i) {
-    for (std::size_t c = 0; c < kColumns; ++c) {
-      values[c * kBlock + i] = sums[c] += values[c * kBlock + i];
+  constexpr std::size_t kPairs = (kColumns + 1) / 2;
+  Pair sums[kPairs];
+  for (std::size_t q = 0; q < kPairs; ++q) {
+    sums[q] = Pair{running[2 * q], running[std::min(2 * q + 1, kColumns - 1)]};
+  }
+  std::size_t i = begin;
+  for (; i + 1 < stop; i += 2) {
+    for (std::size_t q = 0; q < kPairs; ++q) {
+      double* a = values + 2 * q * kBlock + i;
+      double* b = values + std::min(2 * q + 1, kColumns - 1) * kBlock + i;
+      const Pair left = pairAt(a);
+      const Pair right = pairAt(b);
+      const Pair first = sums[q] + firsts(left, right);
+      sums[q] = first + seconds(left, right);
+      if constexpr (kKept) {
+        pairAt(a) = firsts(first, sums[q]);
+        pairAt(b) = seconds(first, sums[q]);
+      }
     }
   }
-  std::copy_n(sums, kColumns, running);
+  for (std::size_t c = 0; c < kColumns; ++c) {
+    running[c] = sums[c / 2][c % 2];
+    if (i < stop) running[c] += values[c * kBlock + i];
+    if (kKept && i < stop) values[c * kBlock + i] = running[c];
+  }
 }
 
 using PrefixSums = void (*)(double*, std::size_t, std::size_t, double*);
-constexpr PrefixSums kPrefixSums[] = {prefixSums<1>, prefixSums<2>, prefixSums<3>, prefixSums<4>,
-                                      prefixSums<5>, prefixSums<6>, prefixSums<7>, prefixSums<8>};
-static_assert(sizeof kPrefixSums / sizeof *kPrefixSums == kAbreast);
+template <bool kKept>
+constexpr PrefixSums kPrefixSums[] = {
+    prefixSums<1, kKept>, prefixSums<2, kKept>, prefixSums<3, kKept>, prefixSums<4, kKept>,
+    prefixSums<5, kKept>, prefixSums<6, kKept>, prefixSums<7, kKept>, prefixSums<8, kKept>,
+    prefixSums<9, kKept>, prefixSums<10, kKept>};
+static_assert(sizeof kPrefixSums<true> / sizeof *kPrefixSums<true> == kAbreast);
 
 }  // namespace
 
@@ -63,7 +89,7 @@ void ForwardScores::work(std::size_t block, double* scores) {
   findRows(block);
   findGroups(block);
   byColumns(problem_.columns(), [&](std::size_t j, std::size_t columns) {
-    sumsToEnd(problem_, hazards_, block, j, columns, sums_.data());
+    sumsToEnd(problem_, hazards_, block, j, columns, nullptr, sums_.data());
     for (std::size_t c = 0; c < columns; ++c) {
       const double* sums = sums_.data() + c * kBlock;
       double* mean = means_.data() + c * kBlock;
@@ -71,7 +97,7 @@ void ForwardScores::work(std::size_t block, double* scores) {
       meansOf(sums, scale_, increment_, rows, mean, grows);
       addGroups(sums, j + c, mean, grows);
     }
-    runForward(block, j, columns);
+    runForward(block, j, columns, scores != nullptr);
     if (scores == nullptr) return;
     const double* cumulative = hazards_.cumulative.data() + block * kBlock;
     for (std::size_t c = 0; c < columns; ++c) {
@@ -167,8 +193,8 @@ void ForwardScores::addGroups(const double* sums, std::size_t j, double* mean,
   }
 }
 
-// From what B grows by to B itself.
-void ForwardScores::runForward(std::size_t block, std::size_t j, std::size_t columns) {
+// From what B grows by to B itself, or to what is carried on alone.
+void ForwardScores::runForward(std::size_t block, std::size_t j, std::size_t columns, bool kept) {
   const risk::Arrangement& a = problem_.arrangement;
   const std::size_t from = block * kBlock;
   const std::size_t stop = from + problem_.x.rowsOf(block);
@@ -178,7 +204,8 @@ void ForwardScores::runForward(std::size_t block, std::size_t j, std::size_t col
     if (begin == a.stratumRow[a.rowStratum[begin]]) std::fill(running, running + columns, 0.0);
     const std::size_t end =
         std::min<std::size_t>(stop, a.stratumRow[a.rowStratum[begin] + std::size_t{1}]);
-    kPrefixSums[columns - 1](grows_.data(), begin - from, end - from, running);
+    const PrefixSums add = kept ? kPrefixSums<true>[columns - 1] : kPrefixSums<false>[columns - 1];
+    add(grows_.data(), begin - from, end - from, running);
     begin = end;
   }
   std::copy_n(running, columns, carried_.data() + j);

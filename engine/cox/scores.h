@@ -8,6 +8,7 @@
 
 #include "engine/cox/problem.h"
 #include "numerics/gram.h"
+#include "numerics/largeArray.h"
 
 namespace survmeth::engine::cox {
 
@@ -47,7 +48,7 @@ class ForwardScores {
   void findGroups(std::size_t block);
   void addGroup(std::size_t block, std::size_t k);
   void addGroups(const double* sums, std::size_t j, double* mean, double* grows) const;
-  void runForward(std::size_t block, std::size_t j, std::size_t columns);
+  void runForward(std::size_t block, std::size_t j, std::size_t columns, bool kept);
 
   const Problem& problem_;
   const Hazards& hazards_;
@@ -57,7 +58,8 @@ class ForwardScores {
   // Of each column: the sums from the first row and from behind the last row of the events that
   // reach into the block, and from behind those that reach out of it.
   std::vector<double> wholeBefore_, othersBefore_, othersBehind_;
-  std::vector<double> sums_, means_, grows_;  // of the columns that are at work
+  // Of the columns that are at work.
+  numerics::LargeArray<double> sums_, means_, grows_;
   // Of the block's rows: what sums are multiplied with for the mean, and the mean for the growth
   // of B, of rows that fail alone; the risk without the weight.
   double scale_[kBlock], increment_[kBlock], event_[kBlock], risk_[kBlock];

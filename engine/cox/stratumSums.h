@@ -10,10 +10,10 @@
 namespace survmeth::engine::cox {
 
 // Columns that are summed up side by side, each a chain of additions that waits for itself.
-inline constexpr std::size_t kAbreast = 8;
+inline constexpr std::size_t kAbreast = 10;
 
 // Calls work(j, columns) for neighbouring columns, at most kAbreast at once and groups of like
-// size: ten columns are five and five.
+// size: eleven columns are five and six.
 template <typename Work>
 void byColumns(std::size_t p, const Work& work) {
   const std::size_t groups = (p + kAbreast - 1) / kAbreast;
@@ -26,9 +26,10 @@ void byColumns(std::size_t p, const Work& work) {
 // For every row of the block and `columns` columns from j on. Not where sums are formed column by
 // column.
 //
+// In   scale  none, or one number for each row of the block that multiplies its sums
 // Out  sums[columns * kBlock]
 void sumsToEnd(const Problem& problem, const Hazards& hazards, std::size_t block, std::size_t j,
-               std::size_t columns, double* sums);
+               std::size_t columns, const double* scale, double* sums);
 
 // For one row, of all columns.
 //

@@ -57,6 +57,7 @@ Arrangement::Arrangement(const Response& response, const Rows& rows, double tieT
     offset.resize(n);
     inParts(n, [&](std::size_t i) { offset[i] = rows.offset[source[i]]; });
   }
+  reserveTimes(codes.time.size(), starts.size() - 1);
   for (std::size_t s = 0; s + 1 < starts.size(); ++s) {
     if (starts[s] == starts[s + 1]) continue;
     const auto stratum = static_cast<std::uint32_t>(stratumCode.size());
@@ -106,6 +107,19 @@ Arrangement::Arrangement(const Response& response, const Rows& rows, double tieT
     }
   }
   if (!late) first.clear();
+}
+
+// For as many event times as there can be, so that none is moved on the way.
+void Arrangement::reserveTimes(std::size_t distinct, std::size_t strataCodes) {
+  std::size_t most = 0;
+  for (const std::uint8_t one : event) most += one;
+  if (strataCodes == 1) most = std::min(most, distinct);
+  time.reserve(most);
+  timeCode.reserve(most);
+  timeStratum.reserve(most);
+  firstEvent.reserve(most);
+  events.reserve(most);
+  eventWeight.reserve(most);
 }
 
 // Events before the others of their time and stratum, both in their order.

@@ -82,6 +82,7 @@ struct Arrangement {
   }
 
  private:
+  void reserveTimes(std::size_t distinct, std::size_t strataCodes);
   void eventsFirst(const Response& response, const std::vector<std::uint32_t>& starts);
 };
 
