@@ -14,6 +14,7 @@
 #include "bench/life_job.h"
 #include "bench/timing.h"
 #include "engine/curves/comparison.h"
+#include "engine/curves/pooled.h"
 #include "engine/curves/quantiles.h"
 
 namespace survmeth::bench {
@@ -42,8 +43,10 @@ struct Curves : Analysis {
     constexpr std::array<double, 3> kQuartiles = {0.25, 0.5, 0.75};
     const engine::Response response = {entry, time, event, 1};
     const curves::Groups groups = {group, kGroups};
+    const engine::risk::TimeCodes codes =
+        curves::checkedCodes(response, {}, groups, engine::risk::kTieTolerance, "Curves");
     {
-      const curves::Sample sample(response, {}, groups);
+      const curves::Sample sample(codes, response, {}, groups);
       const auto all = curves::estimate(sample, {}, {});
       for (const curves::Curve& curve : all) {
         quartiles.push_back(curves::quantiles(curve, kQuartiles)[1].time);
@@ -51,7 +54,8 @@ struct Curves : Analysis {
       }
     }
     const std::vector<curves::Weighting> weights = {{kLogRank}, {kGehanBreslow}, {kTaroneWare}};
-    logRank = curves::compare(response, {}, groups, weights).tests[0].chiSquare;
+    const curves::Pooled pooled(codes, response, {}, groups);
+    logRank = curves::compare(pooled, weights).tests[0].chiSquare;
   }
   Results results() const override {
     if (!entry.empty()) return {{"median", quartiles[0]}};
