@@ -30,8 +30,9 @@ struct Counts {
   std::vector<double> events, rows, atRisk;
 };
 
-// g by the code of the time.
-std::vector<double> transformed(const risk::Arrangement& a, TimeTransform transform) {
+}  // namespace
+
+std::vector<double> timeTransform(const risk::Arrangement& a, TimeTransform transform) {
   const Counts counts(a);
   std::vector<double> g(a.codeTime.size(), 0.0);
   double survival = 1.0;
@@ -60,21 +61,56 @@ std::vector<double> transformed(const risk::Arrangement& a, TimeTransform transf
   return g;
 }
 
-// The score test of theta over the columns `chosen`, given all columns' coefficients.
-ChiSquareTest scoreTest(const std::vector<double>& score, const SquareMatrix& variance,
-                        const std::vector<std::size_t>& chosen) {
-  std::vector<double> u;
-  for (const std::size_t j : chosen) u.push_back(score[j]);
-  const numerics::Cholesky factor(numerics::part(variance, chosen));
-  return chiSquareTest(factor.quadraticForm(u), factor.rank());
+std::vector<double> centredAtEvents(const risk::Arrangement& a, std::span<const double> byCode) {
+  double sum = 0.0;
+  double weights = 0.0;
+  for (std::size_t k = 0; k < a.times(); ++k) {
+    sum += a.eventWeight[k] * byCode[a.timeCode[k]];
+    weights += a.eventWeight[k];
+  }
+  std::vector<double> g(a.times());
+  for (std::size_t k = 0; k < a.times(); ++k) g[k] = byCode[a.timeCode[k]] - sum / weights;
+  return g;
 }
 
-// Each estimated column's coefficient in its term's one column.
-std::vector<TermResiduals> residualsOfTerms(const Fit& fit,
-                                            const std::vector<std::size_t>& estimated,
-                                            const SquareMatrix& information,
-                                            const SchoenfeldResiduals& raw) {
-  const Problem& problem = *fit.problem;
+TermTests scoreTests(const Problem& problem, const std::vector<std::size_t>& estimated,
+                     std::span<const double> score, const SquareMatrix& variance) {
+  const auto test = [&](const std::vector<std::size_t>& chosen) {
+    std::vector<double> u;
+    for (const std::size_t m : chosen) u.push_back(score[m]);
+    const numerics::Cholesky factor(numerics::part(variance, chosen));
+    return chiSquareTest(factor.quadraticForm(u), factor.rank());
+  };
+  std::vector<std::size_t> all;
+  std::vector<std::vector<std::size_t>> ofTerm(problem.termNames.size());
+  for (std::size_t m = 0; m < estimated.size(); ++m) {
+    all.push_back(m);
+    ofTerm[problem.term[estimated[m]]].push_back(m);
+  }
+  TermTests tests;
+  for (std::size_t term = 0; term < ofTerm.size(); ++term) {
+    tests.terms.push_back({term, ofTerm[term].empty() ? ChiSquareTest{} : test(ofTerm[term])});
+  }
+  if (!all.empty()) tests.global = test(all);
+  return tests;
+}
+
+SquareMatrix givenCoefficients(SquareMatrix variance, const SquareMatrix& mixed,
+                               const numerics::Cholesky& information) {
+  for (std::size_t j = 0; j < variance.size(); ++j) {
+    const std::vector<double> solved = information.solve(mixed.row(j));
+    for (std::size_t k = 0; k < variance.size(); ++k) {
+      variance(j, k) -= numerics::dot(mixed.row(k), solved);
+    }
+  }
+  return variance;
+}
+
+std::vector<TermResiduals> termResiduals(const Problem& problem,
+                                         std::span<const double> coefficients,
+                                         const std::vector<std::size_t>& estimated,
+                                         const SquareMatrix& information, double events,
+                                         const std::vector<std::vector<double>>& raw) {
   std::vector<std::vector<std::size_t>> ofTerm(problem.termNames.size());
   for (std::size_t m = 0; m < estimated.size(); ++m) {
     ofTerm[problem.term[estimated[m]]].push_back(m);
@@ -86,12 +122,12 @@ std::vector<TermResiduals> residualsOfTerms(const Fit& fit,
     std::vector<double> loading(estimated.size(), 0.0);
     const bool one = ofTerm[term].size() == 1;
     for (const std::size_t m : ofTerm[term]) {
-      loading[m] = one ? 1.0 : fit.coefficients[estimated[m]];
+      loading[m] = one ? 1.0 : coefficients[estimated[m]];
     }
     loadings.push_back(std::move(loading));
     TermResiduals made;
     made.term = term;
-    made.coefficient = one ? fit.coefficients[estimated[ofTerm[term][0]]] : 1.0;
+    made.coefficient = one ? coefficients[estimated[ofTerm[term][0]]] : 1.0;
     terms.push_back(std::move(made));
   }
   SquareMatrix joint(terms.size());
@@ -105,7 +141,6 @@ std::vector<TermResiduals> residualsOfTerms(const Fit& fit,
   const numerics::Cholesky factor(joint);
   if (!factor.fullRank()) return {};
   const SquareMatrix covariance = factor.inverse();
-  const auto events = static_cast<double>(fit.events);
   // What each column's residuals are multiplied with for the residuals of term t.
   for (std::size_t t = 0; t < terms.size(); ++t) {
     std::vector<double> scale(estimated.size(), 0.0);
@@ -115,39 +150,28 @@ std::vector<TermResiduals> residualsOfTerms(const Fit& fit,
       }
     }
     terms[t].variance = events * covariance(t, t);
-    terms[t].value.assign(raw.row.size(), terms[t].coefficient);
+    terms[t].value.assign(raw[estimated[0]].size(), terms[t].coefficient);
     for (std::size_t m = 0; m < estimated.size(); ++m) {
-      const std::vector<double>& column = raw.column[estimated[m]];
+      const std::vector<double>& column = raw[estimated[m]];
       for (std::size_t i = 0; i < column.size(); ++i) terms[t].value[i] += scale[m] * column[i];
     }
   }
   return terms;
 }
 
-}  // namespace
-
 Proportionality testProportionality(const Fit& fit, TimeTransform transform) {
   refuseExactTies(fit.ties, "tests of proportional hazards");
   const Problem& problem = *fit.problem;
   const risk::Arrangement& a = problem.arrangement;
-  const std::vector<double> byCode = transformed(a, transform);
+  const std::vector<double> byCode = timeTransform(a, transform);
   Proportionality result;
   result.scaled = scaledSchoenfeldResiduals(fit, false);
-  double sum = 0.0;
-  double weights = 0.0;
   for (std::size_t k = 0; k < a.times(); ++k) {
     result.transformed.insert(result.transformed.end(), a.events[k], byCode[a.timeCode[k]]);
-    sum += a.eventWeight[k] * byCode[a.timeCode[k]];
-    weights += a.eventWeight[k];
   }
-  // A constant in g changes nothing, as the score of the coefficients is 0; without it the two
-  // parts of the variance do not cancel.
-  std::vector<double> g(a.times());
-  std::vector<double> square(a.times());
-  for (std::size_t k = 0; k < a.times(); ++k) {
-    g[k] = byCode[a.timeCode[k]] - sum / weights;
-    square[k] = g[k] * g[k];
-  }
+  const std::vector<double> g = centredAtEvents(a, byCode);
+  std::vector<double> square(g);
+  for (double& each : square) each *= each;
   Hazards hazards;
   hazardsAt(problem, fit.ties, fit.working, hazards);
   std::vector<double> score;
@@ -165,29 +189,15 @@ Proportionality testProportionality(const Fit& fit, TimeTransform transform) {
   }
   const SquareMatrix kept = numerics::part(information, estimated);
   const numerics::Cholesky factor(kept);
-  result.scaledTerms = residualsOfTerms(fit, estimated, kept, schoenfeldResiduals(fit, false));
-  const SquareMatrix cross = numerics::part(mixed, estimated);
-  SquareMatrix rest = numerics::part(variance, estimated);
-  for (std::size_t j = 0; j < estimated.size(); ++j) {
-    const std::vector<double> solved = factor.solve(cross.row(j));
-    for (std::size_t k = 0; k < estimated.size(); ++k) {
-      rest(j, k) -= numerics::dot(cross.row(k), solved);
-    }
-  }
+  result.scaledTerms =
+      termResiduals(problem, fit.coefficients, estimated, kept, static_cast<double>(fit.events),
+                    schoenfeldResiduals(fit, false).column);
   std::vector<double> u;
   for (const std::size_t j : estimated) u.push_back(score[j]);
-
-  std::vector<std::size_t> all;
-  std::vector<std::vector<std::size_t>> ofTerm(problem.termNames.size());
-  for (std::size_t m = 0; m < estimated.size(); ++m) {
-    all.push_back(m);
-    ofTerm[problem.term[estimated[m]]].push_back(m);
-  }
-  for (std::size_t term = 0; term < ofTerm.size(); ++term) {
-    result.terms.push_back(
-        {term, ofTerm[term].empty() ? ChiSquareTest{} : scoreTest(u, rest, ofTerm[term])});
-  }
-  if (!all.empty()) result.global = scoreTest(u, rest, all);
+  static_cast<TermTests&>(result) =
+      scoreTests(problem, estimated, u,
+                 givenCoefficients(numerics::part(variance, estimated),
+                                   numerics::part(mixed, estimated), factor));
   return result;
 }
 

@@ -11,8 +11,8 @@ using numerics::RunningSum;
 // What psi needs of one censoring group.
 class CensoringTerms {
  public:
-  CensoringTerms(const Problem& problem, const Sums& sums)
-      : problem_(problem), sums_(sums), arranged_(problem.own.size(), 0) {
+  CensoringTerms(const Problem& problem, const Sums& sums, std::span<const double> increment)
+      : problem_(problem), sums_(sums), increment_(increment), arranged_(problem.own.size(), 0) {
     const risk::Arrangement& a = problem.rows.arrangement;
     for (std::uint32_t i = 0; i < a.rows(); ++i) arranged_[a.source[i]] = i;
   }
@@ -44,7 +44,7 @@ class CensoringTerms {
     RunningSum hazard;
     RunningSum means;
     for (std::size_t k = stop; k-- > begin;) {
-      const double weighted = problem_.weightAt(group, k) * sums_.increment[k];
+      const double weighted = problem_.weightAt(group, k) * increment_[k];
       hazard_[k - begin] = hazard.add(weighted);
       means_[k - begin] = means.add(weighted * sums_.mean(k, j));
     }
@@ -91,36 +91,51 @@ class CensoringTerms {
 
   const Problem& problem_;
   const Sums& sums_;
+  std::span<const double> increment_;    // of the baseline, times g
   std::vector<std::uint32_t> arranged_;  // of the caller's rows
   std::size_t first_ = 0;                // time of the group
   std::vector<double> q_;                // at each of them
   std::vector<double> hazard_, means_;   // sums from each event time of a stratum on
 };
 
+std::vector<double> timesG(const std::vector<double>& increment, std::span<const double> g) {
+  std::vector<double> result(increment);
+  for (std::size_t k = 0; k < g.size(); ++k) result[k] *= g[k];
+  return result;
+}
+
 }  // namespace
 
-BlockedColumns scoreResiduals(const Problem& problem, const Sums& sums) {
+BlockedColumns scoreResiduals(const Problem& problem, const Sums& sums, std::span<const double> g) {
   const risk::Arrangement& a = problem.rows.arrangement;
   BlockedColumns result(a.rows(), problem.columns());
+  const std::vector<double> increment = timesG(sums.increment, g);
   std::vector<double> at(a.times());
   std::vector<double> exposure(a.rows());
+  std::vector<double> exposed(sums.exposure);
+  if (!g.empty()) overTimes(problem, increment, exposed);
   for (std::size_t j = 0; j < problem.columns(); ++j) {
-    for (std::size_t k = 0; k < a.times(); ++k) at[k] = sums.increment[k] * sums.mean(k, j);
+    for (std::size_t k = 0; k < a.times(); ++k) at[k] = increment[k] * sums.mean(k, j);
     overTimes(problem, at, exposure);
     for (std::size_t i = 0; i < a.rows(); ++i) {
       const double x = problem.rows.x(i, j);
-      double score = -sums.risk[i] * (x * sums.exposure[i] - exposure[i]);
-      if (a.event[i] != 0) score += a.weight[i] * (x - sums.mean(a.end[i] - std::size_t{1}, j));
+      double score = -sums.risk[i] * (x * exposed[i] - exposure[i]);
+      if (a.event[i] != 0) {
+        const std::size_t k = a.end[i] - std::size_t{1};
+        score += a.weight[i] * (g.empty() ? 1.0 : g[k]) * (x - sums.mean(k, j));
+      }
       result(i, j) = score;
     }
   }
   return result;
 }
 
-void addCensoring(const Problem& problem, const Sums& sums, BlockedColumns& residuals) {
-  CensoringTerms terms(problem, sums);
-  for (std::size_t g = 0; g < problem.censoring.size(); ++g) {
-    for (std::size_t j = 0; j < problem.columns(); ++j) terms.add(g, j, residuals);
+void addCensoring(const Problem& problem, const Sums& sums, BlockedColumns& residuals,
+                  std::span<const double> g) {
+  const std::vector<double> increment = timesG(sums.increment, g);
+  CensoringTerms terms(problem, sums, increment);
+  for (std::size_t group = 0; group < problem.censoring.size(); ++group) {
+    for (std::size_t j = 0; j < problem.columns(); ++j) terms.add(group, j, residuals);
   }
 }
 

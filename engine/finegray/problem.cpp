@@ -145,6 +145,27 @@ void overTimes(const Problem& problem, std::span<const double> at, std::span<dou
   });
 }
 
+numerics::SquareMatrix informationOf(const Problem& problem, const Sums& sums,
+                                     std::span<const double> g) {
+  const risk::Arrangement& a = problem.rows.arrangement;
+  std::vector<double> exposed(sums.exposure);
+  std::vector<double> events(a.eventWeight);
+  if (!g.empty()) {
+    std::vector<double> increment(sums.increment);
+    for (std::size_t k = 0; k < a.times(); ++k) {
+      increment[k] *= g[k];
+      events[k] *= g[k];
+    }
+    overTimes(problem, increment, exposed);
+  }
+  for (std::size_t i = 0; i < a.rows(); ++i) exposed[i] *= sums.risk[i];
+  numerics::SquareMatrix information(problem.columns());
+  addGram(problem.rows.x, exposed, 1.0, information);
+  addGram(sums.mean, events, -1.0, information);
+  numerics::mirror(information);
+  return information;
+}
+
 bool evaluate(const Problem& problem, std::span<const double> coefficients, Sums& sums,
               numerics::NewtonPoint& point) {
   const risk::Arrangement& a = problem.rows.arrangement;
@@ -180,11 +201,9 @@ bool evaluate(const Problem& problem, std::span<const double> coefficients, Sums
     overRiskSets(problem, columnTimes(problem.rows.x, j, sums.risk), mean);
     for (std::size_t k = 0; k < a.times(); ++k) sums.mean(k, j) = mean[k] / sums.total[k];
   }
-  std::vector<double> exposed(a.rows());
   std::vector<double> residual(a.rows());
   for (std::size_t i = 0; i < a.rows(); ++i) {
-    exposed[i] = sums.risk[i] * sums.exposure[i];
-    residual[i] = (a.event[i] != 0 ? a.weight[i] : 0.0) - exposed[i];
+    residual[i] = (a.event[i] != 0 ? a.weight[i] : 0.0) - sums.risk[i] * sums.exposure[i];
   }
   point.gradient.assign(p, 0.0);
   for (std::size_t block = 0; block < problem.rows.x.blocks(); ++block) {
@@ -192,10 +211,7 @@ bool evaluate(const Problem& problem, std::span<const double> coefficients, Sums
                               residual.data() + block * BlockedColumns::kBlock,
                               problem.rows.x.rowsOf(block), point.gradient);
   }
-  point.information = numerics::SquareMatrix(p);
-  addGram(problem.rows.x, exposed, 1.0, point.information);
-  addGram(sums.mean, a.eventWeight, -1.0, point.information);
-  numerics::mirror(point.information);
+  point.information = informationOf(problem, sums);
   return true;
 }
 

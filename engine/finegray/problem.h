@@ -52,6 +52,13 @@ void overRiskSets(const Problem& problem, std::span<const double> value, std::sp
 // The sum of at[k], weighted, over the event times of which each row is in the risk set.
 void overTimes(const Problem& problem, std::span<const double> at, std::span<double> sum);
 
+// The information, each event time counting `g` of its part.
+//
+// In   g   times, or empty: 1
+// Cost O(n p^2)
+numerics::SquareMatrix informationOf(const Problem& problem, const Sums& sums,
+                                     std::span<const double> g = {});
+
 // Log-likelihood, gradient and information: events of one time each against the whole risk set
 // (Breslow).
 //

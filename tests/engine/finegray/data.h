@@ -2,6 +2,7 @@
 #ifndef TESTS_ENGINE_FINEGRAY_DATA_H_
 #define TESTS_ENGINE_FINEGRAY_DATA_H_
 
+#include <algorithm>
 #include <cmath>
 #include <string>
 #include <vector>
@@ -15,7 +16,11 @@ namespace survmeth::test {
 // columns of weights, clusters and strata.
 struct FineGrayCase {
   FineGrayCase(const Csv& cases, std::size_t at) {
-    const auto text = [&](const char* column) { return cases.text(column, at); };
+    const auto& names = cases.names();
+    const auto text = [&](const char* column) {
+      return std::count(names.begin(), names.end(), column) > 0 ? cases.text(column, at)
+                                                                : std::string();
+    };
     data = causeData(text("data"), "", text("weight"), text("cluster"), text("strata"));
     const Csv file(std::string(SURVMETH_REFERENCE) + "/incidence/data/" + text("data") + ".csv");
     for (const std::string& name : file.names()) {

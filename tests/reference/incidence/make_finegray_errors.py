@@ -1,4 +1,4 @@
-"""Writes finegray_errors_cases.csv and finegray_errors.csv: cumulative subdistribution hazards of rows of the data sets in data/ with
+"""Writes finegray_errors_cases.csv, finegray_errors.csv and finegray_score_tests.csv: cumulative subdistribution hazards of rows of the data sets in data/ with
 their standard errors, by the definition: of every row the integrals over its martingale and over that of its censoring, each a sum over
 pairs of rows and times, squared and added up over rows or clusters. Run in this folder:  python3 make_finegray_errors.py
 Python 3.11, numpy 2.4. With --bootstrap it writes nothing and compares standard errors with those of 2,000 resamples of melanoma.
@@ -9,6 +9,8 @@ Of a row i at time t, for covariates x (Fine & Gray, JASA 94 (1999) 496-509, sec
   q(u)   = sum over j that fail of another cause before u and event times s >= u of (x_j - mean(s)) w_j(s) e_j dL(s)
   v_t(u) = the same over u <= s <= t of w_j(s) e_j dL(s) / S0(s)
   what the row does to the hazard:  exp(x'b) ((sum to t of (x - mean) dL)' I^-1 (eta + psi) + phi0 + phic)
+The tests: U' V^-1 U with U the score of theta in coefficients b + theta g(t), V the sum of squares of what each row does to it: its
+eta + psi with g in the integrals, less (information with g) I^-1 (eta + psi).
 Rows of a frequency count as often; with offset "far" row 4 (from 0), which fails first, has exp(27.5) times its risk; weights of late entry are taken as known."""
 import csv
 import sys
@@ -96,38 +98,37 @@ class Data:
             b = b + step
         return b, np.linalg.inv(information)
 
+    def censored(self, value):
+        """The integral of the sum over j, s of value[j, s] (columns) over u's martingales: value has shape n x K x c."""
+        result = np.zeros((len(self.time), value.shape[2]))
+        for g, (u, c, size, there) in self.u.items():
+            rows = np.flatnonzero(self.other & (self.group == g))
+            for m in np.flatnonzero(c > 0):
+                early = rows[self.time[rows] < u[m]]
+                late = np.flatnonzero(self.k >= u[m])
+                q = value[np.ix_(early, late)].sum((0, 1))
+                ends = (self.group == g) & (self.status == 0) & (self.time == u[m])
+                martingale = self.f * (ends / size[m] - there[:, m] * c[m] / size[m] ** 2)
+                result += martingale[:, None] * q
+        return result
+
     def errors(self, times, x, stratum, cluster=None, estimated=True):
         """Hazard and standard error at each of the times, of each row of x."""
         b, inverse = self.fit()
         risk, s0, mean = self.sums(b)
         dl = self.d / s0
         dm = self.f[:, None] * self.events - risk[:, None] * self.w * dl
-        n, p = self.x.shape
         score = (dm.sum(1)[:, None] * self.x) - dm @ mean
-
-        def censored(value):
-            """The integral of the sum over j, s of value[j, s] (columns) over u's martingales: value has shape n x K x c."""
-            result = np.zeros((n, value.shape[2]))
-            for g, (u, c, size, there) in self.u.items():
-                rows = np.flatnonzero(self.other & (self.group == g))
-                for m in np.flatnonzero(c > 0):
-                    early = rows[self.time[rows] < u[m]]
-                    late = np.flatnonzero(self.k >= u[m])
-                    q = value[np.ix_(early, late)].sum((0, 1))
-                    ends = (self.group == g) & (self.status == 0) & (self.time == u[m])
-                    martingale = self.f * (ends / size[m] - there[:, m] * c[m] / size[m] ** 2)
-                    result += martingale[:, None] * q
-            return result
 
         exposed = risk[:, None] * self.w * dl
         if estimated:
-            score = score + censored(exposed[:, :, None] * (self.x[:, None, :] - mean[None, :, :]))
+            score = score + self.censored(exposed[:, :, None] * (self.x[:, None, :] - mean[None, :, :]))
         made = []
         for t in times:
             until = (self.k <= t) & (self.ks == stratum)
             phi = (dm[:, until] / s0[until]).sum(1)
             if estimated:
-                phi = phi + censored((exposed * until / s0)[:, :, None])[:, 0]
+                phi = phi + self.censored((exposed * until / s0)[:, :, None])[:, 0]
             for each in x:
                 scale = np.exp(each @ b)
                 away = ((each - mean[until]) * dl[until, None]).sum(0)
@@ -138,6 +139,31 @@ class Data:
                     variance = sum(change[cluster == c].sum() ** 2 for c in np.unique(cluster))
                 made.append((t, scale * dl[until].sum(), variance**0.5))
         return made
+
+
+    def tests(self, g, cluster=None, estimated=True):
+        """Score tests of theta in b + theta g of each column, and of all: of the influences on the score."""
+        b, inverse = self.fit()
+        risk, s0, mean = self.sums(b)
+        dl = self.d / s0
+        dm = self.f[:, None] * self.events - risk[:, None] * self.w * dl
+        exposed = risk[:, None] * self.w * dl
+        away = self.x[:, None, :] - mean[None, :, :]
+        influence = []
+        for weight in (np.ones(len(g)), g):
+            score = np.einsum("ik,ikj->ij", dm * weight, away)
+            if estimated:
+                score = score + self.censored((exposed * weight)[:, :, None] * away)
+            influence.append(score)
+        mixed = np.einsum("ik,ikj,ikl->jl", exposed * g, away, away)
+        rest = influence[1] - influence[0] @ inverse @ mixed
+        if cluster is not None:
+            rest = np.array([rest[cluster == c].sum(0) for c in np.unique(cluster)])
+            variance = rest.T @ rest
+        else:
+            variance = (rest / self.f[:, None]).T @ rest
+        u = np.einsum("ik,ikj->j", self.f[:, None] * self.events * g, away)
+        return [*(u**2 / np.diag(variance)), u @ np.linalg.solve(variance, u)]
 
 
 def cases():
@@ -158,7 +184,9 @@ def cases():
 
 
 def write():
-    with open("finegray_errors_cases.csv", "w") as listed, open("finegray_errors.csv", "w") as values:
+    names = ("finegray_errors_cases.csv", "finegray_errors.csv", "finegray_score_tests.csv")
+    with open(names[0], "w") as listed, open(names[1], "w") as values, open(names[2], "w") as tests:
+        tests.write("case,transform,term,chiSquare\n")
         listed.write("case,data,cause,censoring,strata,weight,cluster,ties,errors,offset\n")
         values.write("case,stratum,row,time,hazard,standardError\n")
         count = {}
@@ -181,6 +209,11 @@ def write():
                 made = data.errors(times, data.x[rows], stratum, by, how.get("estimated", True))
                 for m, (t, hazard, error) in enumerate(made):
                     values.write(f"{case},{code},{rows[m % 2]},{t:.17g},{hazard:.17g},{error:.17g}\n")
+            for transform, g in (("identity", data.k - data.k.mean()), ("log", np.log(data.k))):
+                made = data.tests(g, by, how.get("estimated", True))
+                for m, chi in enumerate(made):
+                    term = "GLOBAL" if m + 1 == len(made) else f"x{m + 1}"
+                    tests.write(f"{case},{transform},{term},{chi:.17g}\n")
             print(case, flush=True)
 
 
