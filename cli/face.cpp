@@ -59,6 +59,7 @@ std::string helpOf(const Option& option) {
 
 void addOwn(CLI::App& app, const Declaration& declaration, Typed& typed) {
   for (const Option& option : declaration.options) {
+    if (typed.options.count(option.name) > 0) continue;  // of another follow-up too
     const std::string name = "--" + option.name;
     std::vector<std::string>& texts = typed.options[option.name];
     if (option.type == analysis::Type::kFlag && option.table.empty()) {
@@ -93,11 +94,25 @@ void addOutputs(CLI::App& app, const Declaration& declaration, Typed& typed) {
   app.add_flag("--quiet", typed.quiet, "Leave out the notes on standard error");
 }
 
+// Follow-ups share a command; not every one of them has every option.
+void requireKnown(const Declaration& declaration, const Typed& typed) {
+  for (const auto& [name, texts] : typed.options) {
+    const auto has = [&name = name](const Option& option) { return option.name == name; };
+    if (texts.empty() || std::any_of(declaration.options.begin(), declaration.options.end(), has)) {
+      continue;
+    }
+    throw analysis::BadOption(name, "predictions from such a fit have no such option");
+  }
+}
+
 // The request, of what was typed.
 std::shared_ptr<void> requestOf(const Declaration& declaration, const Typed& typed,
                                 std::shared_ptr<const void> followed) {
   std::shared_ptr<void> request = declaration.request();
-  if (followed) declaration.follow(request.get(), std::move(followed));
+  if (followed) {
+    declaration.follow(request.get(), std::move(followed));
+    requireKnown(declaration, typed);
+  }
   for (const Option& option : declaration.options) {
     const std::vector<std::string>& texts = typed.options.at(option.name);
     if (texts.empty()) continue;
@@ -222,8 +237,7 @@ Run addPredict(CLI::App& app) {
   const Declaration* first = nullptr;
   for (const Declaration& each : analysis::declarations()) {
     if (!each.lasting) continue;
-    // All of them take the same options.
-    if (first == nullptr) addOwn(app, each.lasting->predict, *typed);
+    addOwn(app, each.lasting->predict, *typed);
     if (first == nullptr) first = &each.lasting->predict;
   }
   addOutputs(app, *first, *typed);

@@ -2,6 +2,8 @@
 #ifndef ANALYSIS_COX_DESCRIBE_H_
 #define ANALYSIS_COX_DESCRIBE_H_
 
+#include <cstddef>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -35,6 +37,17 @@ report::Table coxResidualTable(const CoxAnswer& answer, const CoxRequest& reques
 report::Figure coxForest(const CoxAnswer& answer, const CoxRequest& request);
 // Scaled Schoenfeld residuals against transformed time, a panel for each coefficient.
 report::Figure coxSchoenfeld(const CoxAnswer& answer, const CoxRequest& request);
+
+// Scaled residuals of one term against transformed time, their smooth and the coefficient.
+//
+// In   time   what the axis of time shows
+report::Panel schoenfeldPanel(std::string title, const std::string& time,
+                              const engine::cox::TermResiduals& residuals,
+                              std::span<const double> transformed, const Smooth& smooth);
+// Of how many residuals such a panel shows one.
+std::size_t schoenfeldStep(std::size_t residuals);
+// What its time is, but for the first of the transforms.
+std::string transformedTime(engine::cox::TimeTransform transform);
 
 std::vector<report::Method> coxMethods(const CoxAnswer& answer, const CoxRequest& request);
 

@@ -71,20 +71,6 @@ class Forest {
   std::string group_;
 };
 
-std::string transformed(engine::cox::TimeTransform transform) {
-  switch (transform) {
-    case engine::cox::TimeTransform::kKaplanMeier:
-      return "1 - Kaplan-Meier";
-    case engine::cox::TimeTransform::kRank:
-      return "rank of the time";
-    case engine::cox::TimeTransform::kIdentity:
-      return "time";
-    case engine::cox::TimeTransform::kLog:
-      break;
-  }
-  return "log of the time";
-}
-
 // The column's name where the term has one estimated column, else the term's.
 std::string titleOf(const CoxAnswer& answer, std::size_t term, bool& several) {
   std::string title;
@@ -118,6 +104,53 @@ report::Figure coxForest(const CoxAnswer& answer, const CoxRequest& request) {
   return figure;
 }
 
+std::string transformedTime(engine::cox::TimeTransform transform) {
+  switch (transform) {
+    case engine::cox::TimeTransform::kKaplanMeier:
+      return "1 - Kaplan-Meier";
+    case engine::cox::TimeTransform::kRank:
+      return "rank of the time";
+    case engine::cox::TimeTransform::kIdentity:
+      return "time";
+    case engine::cox::TimeTransform::kLog:
+      break;
+  }
+  return "log of the time";
+}
+
+std::size_t schoenfeldStep(std::size_t residuals) { return 1 + residuals / kMostPoints; }
+
+report::Panel schoenfeldPanel(std::string title, const std::string& time,
+                              const engine::cox::TermResiduals& residuals,
+                              std::span<const double> transformed, const Smooth& smooth) {
+  report::Panel panel;
+  panel.title = std::move(title);
+  panel.x.label = time;
+  panel.y.label = "coefficient at the time";
+  if (!smooth.x.empty()) {
+    report::Series band;
+    band.kind = SeriesKind::kBand;
+    band.x = smooth.x;
+    band.lower = smooth.lower;
+    band.upper = smooth.upper;
+    panel.series.push_back(std::move(band));
+    report::Series line;
+    line.kind = SeriesKind::kLine;
+    line.x = smooth.x;
+    line.y = smooth.fit;
+    panel.series.push_back(std::move(line));
+  }
+  report::Series points;
+  points.kind = SeriesKind::kPoints;
+  for (std::size_t k = 0; k < transformed.size(); k += schoenfeldStep(transformed.size())) {
+    points.x.push_back(transformed[k]);
+    points.y.push_back(residuals.value[k]);
+  }
+  panel.series.push_back(std::move(points));
+  panel.references.push_back({false, residuals.coefficient, ""});
+  return panel;
+}
+
 report::Figure coxSchoenfeld(const CoxAnswer& answer, const CoxRequest& request) {
   const CoxProportionality& zph = *answer.zph;
   report::Figure figure;
@@ -127,38 +160,14 @@ report::Figure coxSchoenfeld(const CoxAnswer& answer, const CoxRequest& request)
       "Scaled Schoenfeld residuals, a natural spline of 4 degrees of freedom with its "
       "pointwise " +
       report::confidence(request.alpha) + " band, and the coefficient";
-  const std::size_t step = 1 + zph.test.transformed.size() / kMostPoints;
+  const std::size_t step = schoenfeldStep(zph.test.transformed.size());
   if (step > 1) figure.caption += "; one residual of " + std::to_string(step) + " is drawn";
   bool several = false;
   for (std::size_t t = 0; t < zph.test.scaledTerms.size(); ++t) {
     const engine::cox::TermResiduals& residuals = zph.test.scaledTerms[t];
-    report::Panel panel;
-    panel.title = titleOf(answer, residuals.term, several);
-    panel.x.label = transformed(*request.zph);
-    panel.y.label = "coefficient at the time";
-    const Smooth& smooth = zph.smooth[t];
-    if (!smooth.x.empty()) {
-      report::Series band;
-      band.kind = SeriesKind::kBand;
-      band.x = smooth.x;
-      band.lower = smooth.lower;
-      band.upper = smooth.upper;
-      panel.series.push_back(std::move(band));
-      report::Series line;
-      line.kind = SeriesKind::kLine;
-      line.x = smooth.x;
-      line.y = smooth.fit;
-      panel.series.push_back(std::move(line));
-    }
-    report::Series points;
-    points.kind = SeriesKind::kPoints;
-    for (std::size_t k = 0; k < zph.test.transformed.size(); k += step) {
-      points.x.push_back(zph.test.transformed[k]);
-      points.y.push_back(residuals.value[k]);
-    }
-    panel.series.push_back(std::move(points));
-    panel.references.push_back({false, residuals.coefficient, ""});
-    figure.panels.push_back(std::move(panel));
+    const std::string title = titleOf(answer, residuals.term, several);
+    figure.panels.push_back(schoenfeldPanel(title, transformedTime(*request.zph), residuals,
+                                            zph.test.transformed, zph.smooth[t]));
   }
   if (several) {
     figure.caption +=

@@ -67,12 +67,11 @@ std::vector<frame::Wanted> columnsOf(const model::Coding& coding, const frame::F
   return columns;
 }
 
-// Weighted means of the columns in each stratum; those of a stratum without rows are NaN.
-std::vector<std::vector<double>> stratumMeans(const CoxAnswer& answer) {
-  const cox::Problem& problem = *answer.fit.problem;
+}  // namespace
+
+std::vector<std::vector<double>> stratumMeans(const cox::Problem& problem, std::size_t strata) {
   const engine::risk::Arrangement& a = problem.arrangement;
-  std::vector<std::vector<double>> means(answer.strata.size(),
-                                         std::vector<double>(problem.columns(), kNone));
+  std::vector<std::vector<double>> means(strata, std::vector<double>(problem.columns(), kNone));
   for (std::size_t s = 0; s < a.strata() && !means.empty(); ++s) {
     for (std::size_t j = 0; j < problem.columns(); ++j) {
       double weights = 0, sum = 0;
@@ -86,7 +85,14 @@ std::vector<std::vector<double>> stratumMeans(const CoxAnswer& answer) {
   return means;
 }
 
-}  // namespace
+CoxSaved savedCoding(const frame::Frame& data, const model::Coding& coding) {
+  CoxSaved saved;
+  saved.coding = codingOf(coding);
+  saved.entry = coding.formula().entry;
+  saved.exit = coding.formula().exit;
+  saved.columns = columnsOf(saved.coding, data);
+  return saved;
+}
 
 CoxSaved coxSaved(const frame::Frame& data, const CoxAnswer& answer, const CoxRequest&) {
   const cox::Fit& fit = answer.fit;
@@ -96,11 +102,7 @@ CoxSaved coxSaved(const frame::Frame& data, const CoxAnswer& answer, const CoxRe
                                 " is infinite, so that there are no predictions; expected a "
                                 "model without it, or --firth");
   }
-  CoxSaved saved;
-  saved.coding = codingOf(answer.coding);
-  saved.entry = answer.coding.formula().entry;
-  saved.exit = answer.coding.formula().exit;
-  saved.columns = columnsOf(saved.coding, data);
+  CoxSaved saved = savedCoding(data, answer.coding);
   for (const CoxColumn& column : answer.columns) {
     saved.names.push_back(column.name);
     saved.mean.push_back(column.mean);
@@ -108,7 +110,7 @@ CoxSaved coxSaved(const frame::Frame& data, const CoxAnswer& answer, const CoxRe
   saved.coefficients = fit.coefficients;
   saved.covariance = fit.inference();
   saved.strata = answer.strata;
-  saved.stratumMean = stratumMeans(answer);
+  saved.stratumMean = stratumMeans(*fit.problem, saved.strata.size());
   if (fit.ties == cox::Ties::kEfron || fit.ties == cox::Ties::kBreslow) {
     saved.hazard = cox::BaselineHazard(fit).sums();
   }

@@ -33,6 +33,12 @@ struct CoxSaved {
   std::optional<engine::cox::HazardSums> hazard;
 };
 
+// What codes new data as those of the fit were; nothing of the coefficients yet.
+CoxSaved savedCoding(const frame::Frame& data, const model::Coding& coding);
+// Weighted means of the columns in each stratum; those of a stratum without rows are NaN.
+std::vector<std::vector<double>> stratumMeans(const engine::cox::Problem& problem,
+                                              std::size_t strata);
+
 // In   data   those of the fit
 // Throws BadOption (save) where a coefficient is infinite
 CoxSaved coxSaved(const frame::Frame& data, const CoxAnswer& answer, const CoxRequest& request);

@@ -1,14 +1,17 @@
 // The declaration of survmeth finegray.
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "analysis/all.h"
 #include "analysis/finegray/finegray.h"
+#include "analysis/finegray/predict.h"
 
 namespace survmeth::analysis {
 
 using engine::Role;
 using engine::WeightKind;
+using engine::cox::TimeTransform;
 using engine::finegray::CensoringTies;
 using engine::finegray::Errors;
 
@@ -44,6 +47,14 @@ Declaration finegrayDeclaration() {
               "Column of rows that belong together")
       .flag("cause-specific", &FineGrayRequest::causeSpecific,
             "Also proportional hazards of each type, the others censored")
+      .choice<std::optional<TimeTransform>>("zph", &FineGrayRequest::zph,
+                                            {{"none", std::nullopt},
+                                             {"incidence", TimeTransform::kKaplanMeier},
+                                             {"rank", TimeTransform::kRank},
+                                             {"identity", TimeTransform::kIdentity},
+                                             {"log", TimeTransform::kLog}},
+                                            "Test of proportional subdistribution hazards against "
+                                            "this function of time")
       .numbers("at", &FineGrayRequest::incidenceTimes,
                {.least = 0, .ascending = true, .expected = "ascending numbers not below 0"},
                "Times of the incidence at the covariates' means")
@@ -56,10 +67,13 @@ Declaration finegrayDeclaration() {
       .example(
           "survmeth finegray data/pbc.csv --formula 'Surv(time, status) ~ age + log(bili) + "
           "edema' --event 2")
-      .tables({"fits", "coefficients", "tests", "causeSpecific", "incidenceAt"})
+      .tables({"fits", "coefficients", "tests", "proportionality", "incidenceAt", "causeSpecific"})
       .longTable("baseline", fineGrayBaseline)
       .longTable("residuals", fineGrayResiduals)
       .figure("incidence", fineGrayFigure)
+      .figure("schoenfeld", fineGraySchoenfeld)
+      .save<FineGraySaved>(fineGraySaved, writeFineGraySaved, readFineGraySaved,
+                           fineGrayPredictDeclaration())
       .leastRows(2)
       .adjustColumns(wantFineGrayColumns)
       .completeRows(fineGrayRows)

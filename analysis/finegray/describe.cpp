@@ -123,11 +123,16 @@ std::vector<report::Method> methodsOf(const FineGrayRequest& request) {
                            : "standard errors: sandwich, the censoring weights taken as known";
   if (!request.cluster.empty()) errors += ", by cluster of " + request.cluster;
   methods.push_back({std::move(errors), ""});
-  methods.push_back(
-      {"incidence: 1 - exp(-H), H the cumulative subdistribution hazard; its standard error counts "
-       "those of coefficients and increments together; limits: " +
-           report::confidence(request.alpha) + " " + nameOf(request.incidenceScale),
-       "Fine & Gray, section 4"});
+  methods.push_back(incidenceMethod(request.alpha, request.incidenceScale));
+  if (request.zph) {
+    methods.push_back(
+        {"proportional subdistribution hazards: score test of coefficients that change with " +
+             fineGrayTime(*request.zph) +
+             ", its variance from what each row does to the score; beside it by the information "
+             "alone",
+         "Zhou, Fine & Laird, Stat Med 32 (2013) 3804-3811; Grambsch & Therneau, Biometrika 81 "
+         "(1994) 515-526"});
+  }
   if (request.causeSpecific) {
     methods.push_back(
         {"cause-specific: proportional hazards of each type with the others censored, "
@@ -209,6 +214,7 @@ report::Report describeFineGray(const FineGrayAnswer& answer, const FineGrayRequ
                                                        type.fit.standardError(j));
                                     }),
                    testTable(answer)};
+  if (request.zph) report.tables.push_back(fineGrayProportionality(answer));
   if (!request.incidenceTimes.empty()) report.tables.push_back(readingTable(answer, request));
   if (request.causeSpecific) {
     report.tables.push_back(coefficientTable(

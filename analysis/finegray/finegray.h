@@ -7,9 +7,12 @@
 #include <vector>
 
 #include "analysis/cox/request.h"
+#include "analysis/cox/smooth.h"
 #include "analysis/finegray/incidence.h"
 #include "engine/finegray/fit.h"
+#include "engine/finegray/proportionality.h"
 #include "frame/frame.h"
+#include "model/design.h"
 #include "model/eventTypes.h"
 #include "numerics/progress.h"
 #include "report/report.h"
@@ -27,11 +30,18 @@ struct FineGrayRequest : CoxRequest {
   IncidenceScale incidenceScale = IncidenceScale::kComplementary;
 };
 
+// The test of proportional subdistribution hazards, with the residuals' smooth of each term.
+struct FineGrayProportionality {
+  engine::finegray::Proportionality test;
+  std::vector<Smooth> smooth;
+};
+
 // The fits of one type of event.
 struct FineGrayOfType {
   std::string label;
   engine::finegray::Fit fit;
   std::optional<engine::cox::Fit> causeSpecific;  // the others censored
+  std::optional<FineGrayProportionality> zph;
   // Of each stratum with rows, at the times asked for and the covariates' means.
   std::vector<std::vector<IncidenceAtTime>> at;
 };
@@ -43,6 +53,7 @@ struct FineGrayAnswer {
   std::vector<std::string> terms;
   std::vector<double> means;        // of the columns, weighted
   std::vector<std::string> strata;  // by code; empty without strata
+  model::Coding coding;             // without the status
   std::vector<FineGrayOfType> types;
   double alpha = 0.05;
 };
@@ -70,6 +81,13 @@ std::optional<report::Table> fineGrayBaseline(const FineGrayAnswer& answer,
 // "residuals": of the kind of Schoenfeld's, a row for each event time.
 std::optional<report::Table> fineGrayResiduals(const FineGrayAnswer& answer,
                                                const FineGrayRequest& request);
+// "the incidence before the time", "the rank of the time", ...
+std::string fineGrayTime(engine::cox::TimeTransform transform);
+// "proportionality": for each type of event the tests of its terms.
+report::Table fineGrayProportionality(const FineGrayAnswer& answer);
+// "schoenfeld": scaled residuals against transformed time, a panel for each type and term.
+std::optional<report::Figure> fineGraySchoenfeld(const FineGrayAnswer& answer,
+                                                 const FineGrayRequest& request);
 // "incidence": that baseline, a curve for each type of event, a panel for each stratum.
 std::optional<report::Figure> fineGrayFigure(const FineGrayAnswer& answer,
                                              const FineGrayRequest& request);

@@ -91,6 +91,14 @@ void addIncidenceColumns(const std::vector<IncidenceAtTime>& points, double alph
   add(report::key::kUpper, level + " upper", &IncidenceAtTime::upper);
 }
 
+report::Method incidenceMethod(double alpha, IncidenceScale scale) {
+  return {
+      "incidence: 1 - exp(-H), H the cumulative subdistribution hazard; its standard error counts "
+      "those of coefficients and increments together; limits: " +
+          report::confidence(alpha) + " " + nameOf(scale),
+      "Fine & Gray, JASA 94 (1999) 496-509, section 4"};
+}
+
 report::Panel incidencePanel(const std::vector<IncidenceCurve>& curves, double end) {
   struct Drawn {
     std::vector<double> time, level, lower, upper, none;

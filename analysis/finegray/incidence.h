@@ -44,6 +44,9 @@ std::vector<IncidenceAtTime> incidencesOf(const engine::cox::CumulativeHazard& h
 void addIncidenceColumns(const std::vector<IncidenceAtTime>& points, double alpha,
                          report::Table& table);
 
+// What incidences, their errors and limits are.
+report::Method incidenceMethod(double alpha, IncidenceScale scale);
+
 // A curve with its band, as a figure has it.
 struct IncidenceCurve {
   std::string name;  // in the legend; may be empty

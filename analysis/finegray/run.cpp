@@ -146,6 +146,17 @@ std::vector<double> meansOf(const Input& input) {
   return means;
 }
 
+FineGrayProportionality proportionalityOf(const FineGrayRequest& request,
+                                          const finegray::Fit& fit) {
+  FineGrayProportionality result;
+  result.test = finegray::testProportionality(fit, *request.zph);
+  const double z = engine::curves::normalQuantile(1 - request.alpha);
+  for (const engine::cox::TermResiduals& term : result.test.scaledTerms) {
+    result.smooth.push_back(smoothOf(result.test.transformed, term.value, term.variance, z));
+  }
+  return result;
+}
+
 void takeIncidences(const FineGrayRequest& request, const FineGrayAnswer& answer,
                     FineGrayOfType& type, numerics::Progress& progress) {
   const engine::cox::BaselineHazard hazard(finegray::hazardSums(type.fit, progress));
@@ -188,6 +199,7 @@ FineGrayAnswer fitFineGray(const frame::Frame& data, const FineGrayRequest& requ
   answer.terms = input.model.design.design.termNames;
   answer.strata = input.model.strataNames;
   answer.means = meansOf(input);
+  answer.coding = input.coding;
   answer.alpha = request.alpha;
   const std::size_t count = answer.event.types.size();
   for (std::size_t i = 0; i < count; ++i) {
@@ -201,6 +213,7 @@ FineGrayAnswer fitFineGray(const frame::Frame& data, const FineGrayRequest& requ
     type.fit = finegray::fit(input.response, input.rows, input.model.design.design, input.groups,
                              options, part);
     requireAnswer(type.label, type.fit.outcomes);
+    if (request.zph) type.zph = proportionalityOf(request, type.fit);
     if (!request.incidenceTimes.empty()) takeIncidences(request, answer, type, part);
     if (request.causeSpecific) type.causeSpecific = causeSpecific(input, options.cause, part);
   }

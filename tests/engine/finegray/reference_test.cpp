@@ -9,6 +9,7 @@
 #include <map>
 
 #include "tests/engine/finegray/data.h"
+#include "tests/support/page.h"
 
 namespace survmeth {
 namespace {
@@ -97,6 +98,22 @@ TEST_P(FineGrayReference, HasTheSameNumbers) {
       EXPECT_NEAR(-std::expm1(-predicted.hazard[k]), expected, 1e-8 * expected);
     }
   }
+}
+
+TEST(FineGrayPage, HoldsTheNumbersOfBothPrograms) {
+  const test::Page page("incidence");
+  const auto number = [](const char* name, const char* item, std::size_t at) {
+    return allItems().at(name).at(item)[at];
+  };
+  const auto error = [&](const char* name, std::size_t j) {
+    return std::sqrt(number(name, "var", 4 * j));
+  };
+  page.says("of hgb is %.6f (standard error %.6f) in crr, and %.6f (%.6f) by finegray and coxph",
+            number("crr_mgus_1", "coef", 1), error("crr_mgus_1", 1),
+            number("finegray_mgus_1", "coef", 1), error("finegray_mgus_1", 1));
+  page.says("of age %.7f, with %.7f and %.7f", number("crr_melanoma_1", "coef", 0),
+            error("crr_melanoma_1", 0), error("finegray_melanoma_1", 0));
+  EXPECT_NEAR(number("finegray_melanoma_1", "coef", 0), number("crr_melanoma_1", "coef", 0), 1e-10);
 }
 
 INSTANTIATE_TEST_SUITE_P(Cases, FineGrayReference, testing::Range<std::size_t>(0, cases().rows()),
