@@ -74,8 +74,8 @@ TEST(Ticks, ThatAreWantedOfLargeAndSmallNumbersAreMultiples) {
   EXPECT_EQ(textsOf(small), (Texts{"0", "50", "250"}));
   EXPECT_EQ(small.remark, "×10⁻⁹");
   // Those that differ by less than a multiple shows stay as they are.
-  const Ticks near = ticksAt({report::Scale::kLinear, 0, 2e9}, {1e9, 1e9 + 1}, false);
-  EXPECT_EQ(textsOf(near), (Texts{"1000000000", "1000000001"}));
+  const Ticks near = ticksAt({report::Scale::kLinear, 0, 2e9}, {1e9 + 1, 1e9 + 2}, false);
+  EXPECT_EQ(textsOf(near), (Texts{"1000000001", "1000000002"}));
   EXPECT_EQ(near.remark, "");
 }
 

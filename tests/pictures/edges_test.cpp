@@ -121,13 +121,16 @@ TEST(Numbers, PanelsWithoutAnyAreEmptyFrames) {
   EXPECT_EQ(pageOf(empty).plots("x axis"), 2u);
 }
 
-TEST(Numbers, ThoseThatAreNoneAreCountedInANote) {
+TEST(Numbers, ThoseThatAreNoneAreCountedInNotes) {
   const double none = std::numeric_limits<double>::quiet_NaN();
   const Drawing drawing =
       compose(test::scatter({1, 2, none, 4, kInfinity}, {1, none, 3, 4, 5}), Style{}, Format::kSvg);
-  ASSERT_EQ(drawing.notes.size(), 1u);
-  EXPECT_EQ(drawing.notes[0].code, "valuesLeftOut");
-  EXPECT_EQ(drawing.notes[0].text, "3 values of a series have no place in the figure");
+  ASSERT_EQ(drawing.notes.size(), 2u);
+  EXPECT_EQ(drawing.notes[0].code, "beyondFrame");
+  EXPECT_EQ(drawing.notes[0].text,
+            "1 infinite value lies beyond the figure's frame and is an arrow");
+  EXPECT_EQ(drawing.notes[1].code, "valuesLeftOut");
+  EXPECT_EQ(drawing.notes[1].text, "2 values of a series have no place in the figure");
   EXPECT_EQ(Page(draw(drawing)).markers("points").size(), 2u);
 }
 
