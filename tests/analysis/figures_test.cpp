@@ -9,6 +9,8 @@
 #include <vector>
 
 #include "analysis/declare.h"
+#include "analysis/stepFigure.h"
+#include "report/build.h"
 
 namespace {
 
@@ -39,23 +41,27 @@ report::Figure figureOf(const std::string& name, const frame::Frame& data, const
   return {};
 }
 
-TEST(IncidenceFigure, PanelsOfCausesShareTheirLevels) {
-  // Three of six fail of 1, one of 2: the limits of the first reach higher.
-  const frame::Frame data = dataOf(
-      {frame::numberColumn("t", {1, 2, 3, 4, 5, 6}), frame::numberColumn("s", {1, 2, 1, 0, 1, 0})});
-  const report::Figure figure = figureOf(
-      "incidence", data, {{"time", std::string("t")}, {"status", std::string("s")}}, "incidence");
-  ASSERT_EQ(figure.panels.size(), 2u);
-  ASSERT_TRUE(figure.panels[0].y.most);
+TEST(ShareLevels, EveryPanelHoldsTheHighestLevelAndLimit) {
+  report::Figure figure;
+  figure.panels.resize(2);
+  figure.panels[0].series = {report::lineOf("curve", {0, 1}, {0, 0.25})};
+  figure.panels[1].series = {report::lineOf("curve", {0, 1}, {0, 0.1})};
+  figure.panels[1].series[0].upper = {std::nan(""), 0.5};
+  analysis::shareLevels(figure);
+  EXPECT_DOUBLE_EQ(figure.panels[0].y.most.value(), 0.52);
   EXPECT_EQ(figure.panels[0].y.most, figure.panels[1].y.most);
-  EXPECT_LE(*figure.panels[0].y.most, 1);
-  for (const report::Panel& panel : figure.panels) {
-    for (const report::Series& series : panel.series) {
-      for (const double upper : series.upper) {
-        EXPECT_FALSE(upper > *panel.y.most) << upper;
-      }
-    }
-  }
+  // Probabilities end at 1.
+  figure.panels[1].series[0].upper = {0.99, 0.99};
+  analysis::shareLevels(figure);
+  EXPECT_EQ(figure.panels[0].y.most, 1);
+}
+
+TEST(ShareLevels, ASinglePanelKeepsItsOwnAxis) {
+  report::Figure figure;
+  figure.panels.resize(1);
+  figure.panels[0].series = {report::lineOf("curve", {0, 1}, {0, 0.25})};
+  analysis::shareLevels(figure);
+  EXPECT_FALSE(figure.panels[0].y.most);
 }
 
 TEST(ForestFigure, NarrowLimitsHaveTheDecimalsThatTellThemApart) {

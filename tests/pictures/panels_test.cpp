@@ -35,7 +35,8 @@ TEST(Panels, FramesOfARowStandAtOneHeightWhateverTheirTitles) {
   // A title stands over its own frame, not at the height of the longest.
   ASSERT_NE(page.find("short"), nullptr);
   double top = page.height;
-  for (const auto& [x, y] : page.paths("y axis")[0]) top = std::min(top, y);
+  const test::Corners yAxis = page.paths("y axis")[0];
+  for (const auto& [x, y] : yAxis) top = std::min(top, y);
   EXPECT_LT(top - page.find("short")->bottom, 20);
   EXPECT_EQ(test::misplaced(page), std::vector<std::string>{});
 }
