@@ -21,12 +21,11 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <type_traits>
 #include <utility>
 #include <vector>
 
 #include "analysis/declaration.h"
-#include "analysis/option.h"
+#include "analysis/declareOptions.h"
 #include "frame/frame.h"
 #include "numerics/progress.h"
 #include "report/report.h"

@@ -26,6 +26,10 @@ inline frame::Wanted numbers() { return {.name = {}, .cells = frame::Cells::kNum
 inline frame::Wanted numbersFrom(double least) {
   return {.name = {}, .cells = frame::Cells::kNumbers, .least = least};
 }
+inline frame::Wanted mayBeMissing(frame::Wanted wanted) {
+  wanted.mayBeMissing = true;
+  return wanted;
+}
 inline frame::Wanted labels() { return {.name = {}, .cells = frame::Cells::kText}; }
 inline frame::Wanted either() { return {.name = {}, .cells = frame::Cells::kEither}; }
 
