@@ -162,6 +162,7 @@ class DeclaringOptions {
   // It is part of the plan only where it has a meaning.
   Self& plannedWhere(std::function<bool(const Request&)> has) {
     Option& option = made_.options.back();
+    option.unplanned = option.get;
     option.get = [has = std::move(has),
                   get = option.get](const void* request) -> std::optional<Setting> {
       return has(*static_cast<const Request*>(request)) ? get(request) : std::nullopt;

@@ -206,7 +206,8 @@ std::vector<report::Choice> choices(const std::vector<Option>& options, const vo
   std::vector<report::Choice> made;
   for (const Option& option : options) {
     if (std::optional<Setting> setting = option.get(request)) {
-      const bool asUsual = option.get(usual) == setting;
+      const auto& get = option.unplanned ? option.unplanned : option.get;
+      const bool asUsual = get(usual) == setting;
       made.push_back({option.name, std::move(*setting), asUsual});
     }
   }

@@ -68,6 +68,8 @@ struct Option {
   std::function<void(void* request, const Setting& value)> set = {};
   // The value, as the plan says it: nothing where there is none.
   std::function<std::optional<Setting>(const void* request)> get = {};
+  // The same where the plan may pass over it; empty: it never does.
+  std::function<std::optional<Setting>(const void* request)> unplanned = {};
 };
 
 // A value that an option does not take; the text begins after the option's name.

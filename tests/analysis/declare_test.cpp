@@ -26,6 +26,7 @@ struct SumRequest {
   double scale = 1;
   std::optional<double> floor;
   bool twice = false;
+  double pace = 1;
   Rounding rounding = Rounding::kNone;
 };
 struct Sum {
@@ -57,6 +58,8 @@ analysis::Declaration sumDeclaration() {
       .number("scale", &SumRequest::scale, analysis::above(0), "Factor")
       .number("floor", &SumRequest::floor, analysis::anyNumber(), "Least")
       .flag("twice", &SumRequest::twice, "Adds twice")
+      .number("pace", &SumRequest::pace, analysis::anyNumber(), "Of the second time")
+      .plannedWhere([](const SumRequest& request) { return request.twice; })
       .choice("rounding", &SumRequest::rounding,
               {{"none", Rounding::kNone}, {"down", Rounding::kDown}}, "How to round")
       .leastRows(2)
@@ -131,6 +134,18 @@ TEST(Analyse, WhatIsAsUsualIsMarkedInThePlan) {
   EXPECT_FALSE(fitted.report.plan[0].usual);  // time
   EXPECT_FALSE(fitted.report.plan[1].usual);  // scale
   EXPECT_TRUE(fitted.report.plan[2].usual);   // rounding
+}
+
+TEST(Analyse, WhatIsPlannedForAnotherSettingsSakeIsAsUsualNonetheless) {
+  SumRequest request = requestOf("t");
+  request.twice = true;
+  numerics::Progress progress;
+  const auto fitted = analysis::analyse(sumDeclaration(), dataOf({1, 2}), &request, progress);
+  ASSERT_EQ(fitted.report.plan.size(), 5u);
+  EXPECT_EQ(fitted.report.plan[2].name, "twice");
+  EXPECT_FALSE(fitted.report.plan[2].usual);
+  EXPECT_EQ(fitted.report.plan[3].name, "pace");
+  EXPECT_TRUE(fitted.report.plan[3].usual);
 }
 
 // An analysis of a short table, a long one, a figure and, last, another short table.
