@@ -9,8 +9,6 @@
 #include <vector>
 
 #include "analysis/declare.h"
-#include "analysis/stepFigure.h"
-#include "report/build.h"
 
 namespace {
 
@@ -39,29 +37,6 @@ report::Figure figureOf(const std::string& name, const frame::Frame& data, const
     if (figure.id == id) return figure;
   }
   return {};
-}
-
-TEST(ShareLevels, EveryPanelHoldsTheHighestLevelAndLimit) {
-  report::Figure figure;
-  figure.panels.resize(2);
-  figure.panels[0].series = {report::lineOf("curve", {0, 1}, {0, 0.25})};
-  figure.panels[1].series = {report::lineOf("curve", {0, 1}, {0, 0.1})};
-  figure.panels[1].series[0].upper = {std::nan(""), 0.5};
-  analysis::shareLevels(figure);
-  EXPECT_DOUBLE_EQ(figure.panels[0].y.most.value(), 0.52);
-  EXPECT_EQ(figure.panels[0].y.most, figure.panels[1].y.most);
-  // Probabilities end at 1.
-  figure.panels[1].series[0].upper = {0.99, 0.99};
-  analysis::shareLevels(figure);
-  EXPECT_EQ(figure.panels[0].y.most, 1);
-}
-
-TEST(ShareLevels, ASinglePanelKeepsItsOwnAxis) {
-  report::Figure figure;
-  figure.panels.resize(1);
-  figure.panels[0].series = {report::lineOf("curve", {0, 1}, {0, 0.25})};
-  analysis::shareLevels(figure);
-  EXPECT_FALSE(figure.panels[0].y.most);
 }
 
 TEST(ForestFigure, NarrowLimitsHaveTheDecimalsThatTellThemApart) {
