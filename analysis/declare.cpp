@@ -228,11 +228,7 @@ Fitted analyse(const Declaration& declaration, const frame::Frame& data, const v
   inDeclaredOrder(report.figures, declaration.figures, declaration.name);
   report.analysis = declaration.name;
   report.data = {used.source, digest(used), used.rowsRead, used.rows};
-  for (const Option& option : declaration.options) {
-    if (const std::optional<Setting> setting = option.get(request)) {
-      report.plan.emplace_back(option.name, *setting);
-    }
-  }
+  report.plan = choices(declaration.options, request, declaration.request().get());
   std::vector<report::Note> notes;
   for (const frame::Remark& remark : data.remarks) {
     notes.push_back({remark.code, remark.text, remark.names});

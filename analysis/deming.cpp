@@ -102,6 +102,9 @@ report::Table residualTable(const Result& result, const Request&) {
        report::borrowedColumn(key::kResidual, "residual", Kind::kEstimate, result.line.residuals)});
 }
 
+// Ranges of two methods, one over the other, from which on their units are not the same.
+constexpr double kFarApart = 20;
+
 // The pairs with the line over the range of the first method, beside the line of identity.
 report::Figure figureOf(const Result& result, const Request& request) {
   const std::span<const double> x = result.pairs.first.numbers, y = result.pairs.second.numbers;
@@ -110,12 +113,13 @@ report::Figure figureOf(const Result& result, const Request& request) {
   const auto [bottom, top] = extentOf(y);
   const double least = std::min(left, bottom), most = std::max(right, top);
   report::Panel panel = report::panelOf(request.first, request.second);
-  panel.equalUnits = true;
-  panel.series = {
-      lineFrom("identity", least, least, most, most),
-      lineFrom("Deming line", left, intercept + slope * left, right, intercept + slope * right),
-      pointsAt(x, y)};
-  panel.series.front().guide = true;
+  // Methods in units far apart would be a line along an axis.
+  const double wide = right - left, tall = top - bottom;
+  panel.equalUnits = wide < kFarApart * tall && tall < kFarApart * wide;
+  panel.series = {report::guideOf("identity", {least, most}, {least, most}),
+                  report::lineOf("Deming line", {left, right},
+                                 {intercept + slope * left, intercept + slope * right}),
+                  pointsAt(x, y)};
   return report::figureOf("deming",
                           "Deming regression of " + request.second + " on " + request.first, "",
                           std::move(panel));

@@ -74,6 +74,10 @@ void requireNumbers(const Option& option, const std::vector<double>& list) {
                                        expectedNumber(option.range));
     }
   }
+  if (option.range.count == 0 || option.range.count == list.size()) return;
+  throw BadOption(option.name, (list.size() == 1 ? "there is " : "there are ") +
+                                   text::counted(list.size(), "number", "numbers") + "; expected " +
+                                   option.range.counted);
 }
 
 void requireChoice(const Option& option, const std::string& text) {
@@ -195,6 +199,19 @@ Setting checked(const Option& option, const Setting& value) {
       return value;
   }
   return value;
+}
+
+std::vector<report::Choice> choices(const std::vector<Option>& options, const void* request,
+                                    const void* usual) {
+  std::vector<report::Choice> made;
+  for (const Option& option : options) {
+    if (std::optional<Setting> setting = option.get(request)) {
+      const auto& get = option.unplanned ? option.unplanned : option.get;
+      const bool asUsual = get(usual) == setting;
+      made.push_back({option.name, std::move(*setting), asUsual});
+    }
+  }
+  return made;
 }
 
 }  // namespace survmeth::analysis

@@ -41,7 +41,14 @@ struct Range {
   bool whole = false;
   bool ascending = false;     // of lists
   std::string expected = {};  // ends the message: "a number above 0 and below 1"
+  std::size_t count = 0;      // of lists: as many and no others; 0: any number
+  std::string counted = {};   // "two", "four: of ..."
 };
+
+// A list of so many numbers; `counted` says it: "two".
+inline Range numbersOf(std::size_t count, const char* counted) {
+  return {.expected = "a number", .count = count, .counted = counted};
+}
 
 struct Option {
   std::string name = {};  // "event-value": --event-value, and event_value in Python
@@ -61,6 +68,8 @@ struct Option {
   std::function<void(void* request, const Setting& value)> set = {};
   // The value, as the plan says it: nothing where there is none.
   std::function<std::optional<Setting>(const void* request)> get = {};
+  // The same where the plan may pass over it; empty: it never does.
+  std::function<std::optional<Setting>(const void* request)> unplanned = {};
 };
 
 // A value that an option does not take; the text begins after the option's name.
@@ -95,6 +104,10 @@ Setting settingOf(const Option& option, const std::vector<std::string>& texts);
 // Checks a value that came from elsewhere (a plan, Python) and brings it to the option's type: a
 // single element for a list, a number for a label. Throws BadOption.
 Setting checked(const Option& option, const Setting& value);
+
+// What `request` sets the options to, beside `usual`, a request of nothing.
+std::vector<report::Choice> choices(const std::vector<Option>& options, const void* request,
+                                    const void* usual);
 
 }  // namespace survmeth::analysis
 

@@ -99,10 +99,9 @@ const Option* findReadingOption(const std::string& name) {
 }
 
 void echo(const Reading& reading, report::Report& report) {
-  for (const Option& option : readingOptions()) {
-    if (const std::optional<Setting> setting = option.get(&reading)) {
-      report.plan.emplace_back(option.name, *setting);
-    }
+  const Reading usual;
+  for (report::Choice& choice : choices(readingOptions(), &reading, &usual)) {
+    report.plan.push_back(std::move(choice));
   }
 }
 

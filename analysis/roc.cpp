@@ -7,6 +7,7 @@
 
 #include "analysis/all.h"
 #include "analysis/classes.h"
+#include "analysis/weights.h"
 #include "engine/roc/curves.h"
 #include "report/build.h"
 #include "report/numbers.h"
@@ -32,7 +33,6 @@ struct Request {
   std::optional<double> prevalence;
   std::vector<double> cost;
   bool table = false;
-
   std::string level() const { return report::confidence(alpha); }
 };
 
@@ -41,25 +41,13 @@ struct Result {
   roc::Result found;
 };
 
-void check(const Request& request) {
-  if (!request.cost.empty() && request.cost.size() != 4) {
-    throw BadOption("cost", "there are " + std::to_string(request.cost.size()) +
-                                " numbers; expected four: of a true positive, a false positive, a "
-                                "false negative, a true negative");
-  }
-  requireAmong(request.lower, request.markers, "lower-is-positive", "marker");
-}
-
 Result fit(const frame::Frame& data, const Request& request, numerics::Progress& progress) {
   Result result{classesOf(*data.labels(request.classColumn), request.positive), {}};
   roc::Request asked{result.classes.positive, {}, {}, request.alpha, request.interval,
                      request.prevalence,      {}};
-  if (const auto& cost = request.cost; !cost.empty()) {
-    asked.costs = {cost[0], cost[1], cost[2], cost[3]};
-  }
+  if (const auto& c = request.cost; !c.empty()) asked.costs = {c[0], c[1], c[2], c[3]};
   for (const std::string& name : request.markers) {
-    const bool lower =
-        std::find(request.lower.begin(), request.lower.end(), name) != request.lower.end();
+    const bool lower = std::count(request.lower.begin(), request.lower.end(), name) > 0;
     asked.markers.push_back({data.numbers(name)->numbers, lower});
   }
   if (!request.weight.empty()) asked.weight = data.numbers(request.weight)->numbers;
@@ -68,49 +56,46 @@ Result fit(const frame::Frame& data, const Request& request, numerics::Progress&
   return result;
 }
 
+// What the curve of `name` lacks.
+void noteCurve(const Curve& curve, const std::string& name, const Result& result,
+               std::vector<report::Note>& notes) {
+  if (const std::size_t missing = result.found.rows - curve.rows) {
+    notes.push_back({"markerMissing",
+                     quote(name) + " is missing in " + grouped(missing) + " of " +
+                         counted(result.found.rows, "row", "rows") + ": no part in its curve",
+                     {name}});
+  }
+  if (!curve.belowHalf()) return;
+  const std::string side = curve.lowerIsPositive ? "high" : "low";
+  const std::string but = curve.lowerIsPositive
+                              ? ", although --lower-is-positive names it"
+                              : "; --lower-is-positive " + quote(name) + " turns its curve round";
+  notes.push_back({"areaBelowHalf",
+                   "the area of " + quote(name) + " is below 0.5: " + side + " values go with " +
+                       quote(result.classes.name()) + but,
+                   {name}});
+}
+
 std::vector<report::Note> notesOf(const Result& result, const Request& request) {
   const roc::Result& found = result.found;
   std::vector<report::Note> notes = result.classes.notes;
-  const auto add = [&](const char* code, std::string text, std::vector<std::string> names = {}) {
-    notes.push_back({code, std::move(text), std::move(names)});
+  noteZeroWeights(result.classes.positive.size() - found.rows, notes);
+  constexpr const char* kLost =
+      ": areas and rates are weighted, standard errors, intervals and tests do not exist";
+  if (!found.weightsAreCounts) notes.push_back({"weightsAreNoCounts", found.reason + kLost});
+  const auto noLimits = [&](const auto& its, std::string of, std::vector<std::string> names) {
+    if (its.reason.empty() || !found.weightsAreCounts) return;
+    of = "no limits and no test of the " + of + " exist: " + its.reason;
+    notes.push_back({"noLimits", std::move(of), std::move(names)});
   };
-  if (const std::size_t zeros = result.classes.positive.size() - found.rows) {
-    add("zeroWeights", counted(zeros, "row has", "rows have") + " weight 0 and no effect");
-  }
-  if (!found.weightsAreCounts) {
-    add("weightsAreNoCounts", found.reason +
-                                  ": areas and rates are weighted, standard errors, "
-                                  "intervals and tests do not exist");
-  }
-  const auto noLimits = [&](const std::string& of, const std::string& reason,
-                            std::vector<std::string> names) {
-    if (reason.empty() || !found.weightsAreCounts) return;
-    add("noLimits", "no limits and no test of the " + of + " exist: " + reason, std::move(names));
-  };
-  for (std::size_t m = 0; m < found.curves.size(); ++m) {
-    const Curve& curve = found.curves[m];
-    const std::string &marker = request.markers[m], name = quote(marker);
-    const std::string with = " values go with " + quote(result.classes.name());
-    if (curve.rows < found.rows) {
-      add("markerMissing",
-          name + " is missing in " + grouped(found.rows - curve.rows) + " of " +
-              counted(found.rows, "row", "rows") + ": no part in its curve",
-          {marker});
-    }
-    if (curve.belowHalf()) {
-      add("areaBelowHalf",
-          "the area of " + name + " is below 0.5: " +
-              (curve.lowerIsPositive
-                   ? "high" + with + ", although --lower-is-positive names it"
-                   : "low" + with + "; --lower-is-positive " + name + " turns its curve round"),
-          {marker});
-    }
-    noLimits("area of " + name, curve.reason, {marker});
+  const auto& names = request.markers;
+  for (std::size_t m = 0; m < names.size(); ++m) {
+    noteCurve(found.curves[m], names[m], result, notes);
+    noLimits(found.curves[m], "area of " + quote(names[m]), {names[m]});
   }
   for (const Comparison& pair : found.comparisons) {
-    const std::string &first = request.markers[pair.first], &second = request.markers[pair.second];
-    noLimits("difference of " + quote(first) + " and " + quote(second), pair.reason,
-             {first, second});
+    const std::string &first = names[pair.first], &second = names[pair.second];
+    noLimits(pair, "difference of " + quote(first) + " and " + quote(second), {first, second});
   }
   return notes;
 }
@@ -118,8 +103,8 @@ std::vector<report::Note> notesOf(const Result& result, const Request& request) 
 std::vector<report::Method> methodsOf(const Result& result, const Request& request) {
   constexpr const char* kDeLong = "DeLong, DeLong & Clarke-Pearson, Biometrics 44 (1988) 837-845";
   const bool counts = result.found.weightsAreCounts;
-  const std::string prevalence =
-      request.prevalence ? "prevalence " + brief(*request.prevalence) : "";
+  const std::string prevalence = request.prevalence ? "prevalence " + brief(*request.prevalence)
+                                                    : "the prevalence of the rows";
   std::vector<report::Method> methods;
   const auto add = [&](bool holds, std::string text, const char* source = "") {
     if (holds) methods.push_back({std::move(text), source});
@@ -130,73 +115,71 @@ std::vector<report::Method> methodsOf(const Result& result, const Request& reque
   add(counts, "standard error: DeLong; test: area 0.5, normal", kDeLong);
   add(counts, "sensitivity and specificity: " + request.level() + " " +
                   intervalName(request.interval) + " limits");
-  add(true,
-      "predictive values: at " + (request.prevalence ? prevalence : "the prevalence of the rows"));
+  add(true, "predictive values: at " + prevalence);
   add(true, "cuts: sensitivity + specificity - 1, chosen on these rows and so optimistic",
       "Youden, Cancer 3 (1950) 32-35");
   add(counts && request.markers.size() > 1,
       "comparison: DeLong's paired test on the rows that have both markers; limits are not "
       "adjusted for the number of pairs",
       kDeLong);
-  if (const auto& cost = request.cost; !cost.empty()) {
-    add(true, "cost: of " +
-                  (request.prevalence ? "as many subjects as there are rows, at " + prevalence
-                                      : "all rows") +
-                  ", tp " + brief(cost[0]) + ", fp " + brief(cost[1]) + ", fn " + brief(cost[2]) +
-                  ", tn " + brief(cost[3]));
+  if (const auto& c = request.cost; !c.empty()) {
+    const std::string whom =
+        request.prevalence ? "as many subjects as there are rows, at " + prevalence : "all rows";
+    add(true, "cost: of " + whom + ", tp " + brief(c[0]) + ", fp " + brief(c[1]) + ", fn " +
+                  brief(c[2]) + ", tn " + brief(c[3]));
   }
   add(!request.weight.empty(), counts ? "weights: frequencies, a row of weight w counts as w rows"
                                       : "weights: areas and rates are weighted");
   return methods;
 }
 
-const char* direction(const Curve& curve) { return curve.lowerIsPositive ? "low" : "high"; }
-
-report::Column directions(const Result& result) {
+report::Column directions(const Result& result, bool cheapest = false) {
   return report::columnOf(key::kPositiveWhen, "positive when", kLabel, result.found.curves,
-                          direction);
+                          [cheapest](const Curve& curve) {
+                            if (cheapest && curve.cheapest.empty()) return "nobody";
+                            return curve.lowerIsPositive ? "low" : "high";
+                          });
 }
 
-report::Column markers(const Request& request) {
-  return report::labelColumn(key::kMarker, "marker", request.markers);
-}
-
-// The cuts that `cuts` gives of each curve, with their counts or without.
+// Cuts of each curve, and what stands beside them.
+enum class Beside { kAll, kRates, kCost };
 template <class Cuts>
 report::Table cutTable(const char* id, const char* caption, const Result& result,
-                       const Request& request, Cuts cuts, bool counts) {
-  const std::string level = request.level();
-  auto rows = report::partedRowsOf(id, caption, markers(request), result.found.curves, cuts);
-  rows.with(directions(result)).column(key::kThreshold, "cut", kTime, &Threshold::threshold);
-  if (counts) {
+                       const Request& request, Cuts cuts, Beside beside) {
+  const report::Column markers = report::labelColumn(key::kMarker, "marker", request.markers);
+  auto rows = report::partedRowsOf(id, caption, markers, result.found.curves, cuts);
+  rows.with(directions(result, beside == Beside::kCost))
+      .column(key::kThreshold, "cut", kTime, &Threshold::threshold);
+  if (beside == Beside::kAll) {
     rows.column(key::kTruePositives, "tp", kCount, &Threshold::tp)
         .column(key::kFalsePositives, "fp", kCount, &Threshold::fp)
         .column(key::kFalseNegatives, "fn", kCount, &Threshold::fn)
         .column(key::kTrueNegatives, "tn", kCount, &Threshold::tn);
   }
-  rows.column(key::kYouden, "Youden", kProbability, &Threshold::youden)
-      .column(key::kSensitivity, "sensitivity", kProbability, &Threshold::sensitivity)
-      .limits(level, kProbability, &Threshold::sensitivity, key::kSensitivityLower,
-              key::kSensitivityUpper)
-      .column(key::kSpecificity, "specificity", kProbability, &Threshold::specificity)
-      .limits(level, kProbability, &Threshold::specificity, key::kSpecificityLower,
-              key::kSpecificityUpper)
-      .column(key::kPositivePredictiveValue, "PPV", kProbability, &Threshold::positiveValue)
-      .column(key::kNegativePredictiveValue, "NPV", kProbability, &Threshold::negativeValue)
-      .column(key::kPositiveLikelihoodRatio, "LR+", kEstimate, &Threshold::positiveRatio)
-      .column(key::kNegativeLikelihoodRatio, "LR-", kEstimate, &Threshold::negativeRatio);
-  if (counts && !request.cost.empty()) rows.column(key::kCost, "cost", kEstimate, &Threshold::cost);
-  return rows.table();
+  if (beside != Beside::kCost) {
+    rows.column(key::kYouden, "Youden", kProbability, &Threshold::youden)
+        .estimated(key::kSensitivity, "sensitivity", request.level(), kProbability,
+                   &Threshold::sensitivity, key::kSensitivityLower, key::kSensitivityUpper)
+        .estimated(key::kSpecificity, "specificity", request.level(), kProbability,
+                   &Threshold::specificity, key::kSpecificityLower, key::kSpecificityUpper)
+        .column(key::kPositivePredictiveValue, "PPV", kProbability, &Threshold::positiveValue)
+        .column(key::kNegativePredictiveValue, "NPV", kProbability, &Threshold::negativeValue)
+        .column(key::kPositiveLikelihoodRatio, "LR+", kEstimate, &Threshold::positiveRatio)
+        .column(key::kNegativeLikelihoodRatio, "LR-", kEstimate, &Threshold::negativeRatio);
+  }
+  if (beside != Beside::kRates && !request.cost.empty()) {
+    rows.column(key::kCost, "cost", kEstimate, &Threshold::cost);
+  }
+  return beside == Beside::kAll ? rows.table() : rows.unparted();
 }
 
 report::Table thresholdTable(const Result& result, const Request& request) {
-  return cutTable("thresholds", "Thresholds", result, request, &Curve::thresholds, true);
+  return cutTable("thresholds", "Thresholds", result, request, &Curve::thresholds, Beside::kAll);
 }
 
 report::Table bestTable(const Result& result, const Request& request) {
-  report::Table table =
-      cutTable("best", "Best cut by Youden's index", result, request, &Curve::bestCuts, false);
-  table.partedBy.clear();
+  report::Table table = cutTable("best", "Best cut by Youden's index", result, request,
+                                 &Curve::bestCuts, Beside::kRates);
   for (std::size_t m = 0; m < request.markers.size(); ++m) {
     if (!result.found.curves[m].best.empty()) continue;
     table.remarks.push_back("No cut of " + request.markers[m] + " has an index above 0.");
@@ -204,22 +187,9 @@ report::Table bestTable(const Result& result, const Request& request) {
   return table;
 }
 
-report::Table costTable(const Result& result, const Request& request) {
-  const auto when = [](const Curve& curve) {
-    return curve.cheapest.empty() ? "nobody" : direction(curve);
-  };
-  const auto& curves = result.found.curves;
-  return report::partedRowsOf("leastCost", "Least cost", markers(request), curves,
-                              &Curve::cheapestCuts)
-      .with(report::columnOf(key::kPositiveWhen, "positive when", kLabel, curves, when))
-      .column(key::kThreshold, "cut", kTime, &Threshold::threshold)
-      .column(key::kCost, "cost", kEstimate, &Threshold::cost)
-      .unparted();
-}
-
 report::Table areaTable(const Result& result, const Request& request) {
   return report::rowsOf("areas", "Area under the curve", result.found.curves)
-      .with(markers(request))
+      .with(report::labelColumn(key::kMarker, "marker", request.markers))
       .with(directions(result))
       .column(key::kRows, "rows", kCount, &Curve::rows)
       .column(key::kPositives, "positives", kCount, &Curve::positives)
@@ -229,12 +199,9 @@ report::Table areaTable(const Result& result, const Request& request) {
 }
 
 report::Table comparisonTable(const Result& result, const Request& request) {
-  const auto nameOf = [&](std::size_t Comparison::*marker) {
-    return [&request, marker](const Comparison& pair) { return request.markers[pair.*marker]; };
-  };
   return report::rowsOf("comparisons", "Equal areas?", result.found.comparisons)
-      .column(key::kFirst, "first", kLabel, nameOf(&Comparison::first))
-      .column(key::kSecond, "second", kLabel, nameOf(&Comparison::second))
+      .label(key::kFirst, "first", request.markers, &Comparison::first)
+      .label(key::kSecond, "second", request.markers, &Comparison::second)
       .column(key::kRows, "rows", kCount, &Comparison::rows)
       .column(key::kPositives, "positives", kCount, &Comparison::positives)
       .column(key::kNegatives, "negatives", kCount, &Comparison::negatives)
@@ -245,41 +212,34 @@ report::Table comparisonTable(const Result& result, const Request& request) {
       .table();
 }
 
-// The curves on equal axes with the line of chance.
+// The curves, with the line of chance.
 report::Figure figureOf(const Result& result, const Request& request) {
-  // Steps closer than this part of the axes are one in print; large data are thinned to that.
-  constexpr double kStep = 1.0 / 2000;
-  report::Panel panel = report::panelOf("1 - specificity", "sensitivity");
-  panel.equalUnits = true;
-  panel.x.least = panel.y.least = 0;
-  panel.x.most = panel.y.most = 1;
-  for (const Curve& curve : result.found.curves) {
-    report::Series& series = panel.series.emplace_back();
-    series.name = request.markers[panel.series.size() - 1] + ", area " +
-                  report::fixedWithLimits(curve.area, request.level(), 3);
-    auto [x, y] = curve.points(kStep);
-    series.x = std::move(x);
-    series.y = std::move(y);
+  report::Panel panel = report::unitSquare("1 - specificity", "sensitivity");
+  for (std::size_t m = 0; m < request.markers.size(); ++m) {
+    const Curve& curve = result.found.curves[m];
+    const std::string area = ", area " + report::fixedWithLimits(curve.area, request.level(), 3);
+    auto [x, y] = curve.points();
+    panel.series.push_back(report::lineOf(request.markers[m] + area, std::move(x), std::move(y)));
   }
-  report::Series& chance = panel.series.emplace_back();
-  chance.guide = true;
-  chance.x = chance.y = {0, 1};
-  return report::figureOf(
-      "roc", "ROC curves, positive: " + request.classColumn + " = " + result.classes.name(), "",
-      std::move(panel));
+  panel.series.push_back(report::guideOf("", {0, 1}, {0, 1}));
+  const std::string positive = request.classColumn + " = " + result.classes.name();
+  return report::figureOf("roc", "ROC curves, positive: " + positive, "", std::move(panel));
 }
 
 report::Report describe(const Result& result, const Request& request) {
   report::Report report;
   report.title = "ROC curves of " + counted(request.markers.size(), "marker", "markers");
   for (std::size_t m = 0; m < request.markers.size(); ++m) {
-    report.summary +=
-        (m > 0 ? " " : "") + request.markers[m] + ": " + "area " +
-        report::fixedWithLimits(result.found.curves[m].area, request.level() + " limits", 3) + ".";
+    const std::string limits = request.level() + " limits";
+    const std::string area = report::fixedWithLimits(result.found.curves[m].area, limits, 3);
+    report.summary += (m > 0 ? " " : "") + request.markers[m] + ": area " + area + ".";
   }
   report.facts = result.classes.facts();
   report.tables = {areaTable(result, request), bestTable(result, request)};
-  if (!request.cost.empty()) report.tables.push_back(costTable(result, request));
+  if (!request.cost.empty()) {
+    report.tables.push_back(
+        cutTable("leastCost", "Least cost", result, request, &Curve::cheapestCuts, Beside::kCost));
+  }
   if (request.markers.size() > 1) report.tables.push_back(comparisonTable(result, request));
   report.methods = methodsOf(result, request);
   report.notes = notesOf(result, request);
@@ -289,8 +249,6 @@ report::Report describe(const Result& result, const Request& request) {
 }  // namespace
 
 Declaration rocDeclaration() {
-  frame::Wanted marker = numbers();
-  marker.mayBeMissing = true;
   return declare<Request, Result>(
              "roc", "ROC curves of markers, the areas under them and their comparison")
       .column("class", &Request::classColumn, Role::kClass, labels(),
@@ -299,7 +257,8 @@ Declaration rocDeclaration() {
       .label("positive", &Request::positive, "class",
              "The label of the positives, all others negative")
       .without("1, true, yes or dead; or 2 against 1")
-      .columns("marker", &Request::markers, Role::kMarker, marker, "Columns of the markers")
+      .columns("marker", &Request::markers, Role::kMarker, mayBeMissing(numbers()),
+               "Columns of the markers")
       .required()
       .texts("lower-is-positive", &Request::lower, Role::kValue,
              "Markers whose low values speak for positive")
@@ -315,9 +274,11 @@ Declaration rocDeclaration() {
       .number("prevalence", &Request::prevalence, between(0, 1),
               "Prevalence for predictive values and costs", "P")
       .without("that of the rows")
-      .numbers("cost", &Request::cost, anyNumber(),
-               "Costs of a true positive, false positive, false negative, true negative",
-               "TP,FP,FN,TN")
+      .numbers(
+          "cost", &Request::cost,
+          numbersOf(
+              4, "four: of a true positive, a false positive, a false negative, a true negative"),
+          "Costs of a true positive, false positive, false negative, true negative", "TP,FP,FN,TN")
       .flag("table", &Request::table, "Also print the table of thresholds")
       .details(
           "A row is called positive at or above a threshold, or at or below it for a marker "
@@ -328,7 +289,9 @@ Declaration rocDeclaration() {
       .longTable("thresholds", thresholdTable, [](const Request& request) { return request.table; })
       .figure("roc", figureOf)
       .leastRows(2)
-      .check(check)
+      .check([](const Request& request) {
+        requireAmong(request.lower, request.markers, "lower-is-positive", "marker");
+      })
       .fit(fit)
       .describe(describe);
 }

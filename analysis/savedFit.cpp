@@ -134,9 +134,9 @@ std::string savedFit(const Declaration& declaration, const report::Report& repor
   json.member("digest", report.data.digest);
   json.key("plan");
   json.beginObject();
-  for (const auto& [name, setting] : report.plan) {
-    json.key(name);
-    std::visit([&json](const auto& value) { json.value(value); }, setting);
+  for (const report::Choice& each : report.plan) {
+    json.key(each.name);
+    std::visit([&json](const auto& value) { json.value(value); }, each.setting);
   }
   json.endObject();
   json.key("model");

@@ -80,17 +80,9 @@ report::Series pointsAt(std::span<const double> x, std::span<const double> y) {
   return series;
 }
 
-report::Series lineFrom(std::string name, double x0, double y0, double x1, double y1) {
-  report::Series series;
-  series.name = std::move(name);
-  series.x = {x0, x1};
-  series.y = {y0, y1};
-  return series;
-}
-
 void addLevel(const char* name, const Estimate& level, std::pair<double, double> ends,
               report::Panel& panel) {
-  report::Series line = lineFrom(name, ends.first, level.value, ends.second, level.value);
+  report::Series line = report::lineOf(name, {ends.first, ends.second}, {level.value, level.value});
   report::Series band;
   band.name = name;
   band.kind = report::SeriesKind::kBand;

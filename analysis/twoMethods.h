@@ -42,9 +42,6 @@ std::pair<double, double> widthOf(std::span<const double> values);
 // Markers at (x, y), those without one of the two left out.
 report::Series pointsAt(std::span<const double> x, std::span<const double> y);
 
-// A straight line from one end to the other, under a name of its own.
-report::Series lineFrom(std::string name, double x0, double y0, double x1, double y1);
-
 // A horizontal line at the estimate from `ends.first` to `ends.second`, with its limits as a band.
 void addLevel(const char* name, const Estimate& level, std::pair<double, double> ends,
               report::Panel& panel);

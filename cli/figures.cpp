@@ -17,12 +17,9 @@ namespace report = survmeth::report;
 using analysis::Setting;
 using analysis::Type;
 
-std::pair<double, double> pairOf(const char* option, const Setting& setting) {
-  const auto& numbers = std::get<std::vector<double>>(setting);
-  if (numbers.size() == 2) return {numbers[0], numbers[1]};
-  throw analysis::BadOption(
-      option, "there " + std::string(numbers.size() == 1 ? "is " : "are ") +
-                  survmeth::text::counted(numbers.size(), "number", "numbers") + "; expected two");
+std::pair<double, double> pairOf(const Setting& value) {
+  const auto& numbers = std::get<std::vector<double>>(value);
+  return {numbers[0], numbers[1]};
 }
 
 Problem problemOf(const pictures::Refusal& refusal) {
@@ -95,8 +92,9 @@ void addLooks(CLI::App& app, const std::vector<std::string>& figures, Looks& loo
   text("ylabel", "Label of its y axis", style.yLabel);
   const auto limits = [&app](const char* name, const char* help,
                              std::optional<std::pair<double, double>>& member) {
-    addShared(app, optionOf(name, Type::kNumbers, "A,B", help),
-              [name, &member](const Setting& value) { member = pairOf(name, value); });
+    analysis::Option option = optionOf(name, Type::kNumbers, "A,B", help);
+    option.range = analysis::numbersOf(2, "two");
+    addShared(app, option, [&member](const Setting& value) { member = pairOf(value); });
   };
   limits("xlim", "Limits of its x axis", style.xLimits);
   limits("ylim", "Limits of its y axis", style.yLimits);
@@ -109,12 +107,13 @@ void addLooks(CLI::App& app, const std::vector<std::string>& figures, Looks& loo
   });
   analysis::Option size =
       optionOf("size", Type::kNumbers, "W,H", "Width and height of the figure in points");
+  size.range = analysis::numbersOf(2, "two");
   size.range.least = 1;
   size.range.most = 10000;
   size.range.whole = true;
   size.range.expected = "two whole numbers from 1 to 10000";
   addShared(app, size, [&style](const Setting& value) {
-    const auto [width, height] = pairOf("size", value);
+    const auto [width, height] = pairOf(value);
     style.size = {static_cast<int>(width), static_cast<int>(height)};
   });
   analysis::Option scale =

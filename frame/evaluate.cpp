@@ -9,7 +9,7 @@
 
 #include "frame/date.h"
 #include "frame/labels.h"
-#include "numerics/elementary.h"
+#include "frame/operators.h"
 #include "text/numbers.h"
 #include "text/words.h"
 
@@ -17,62 +17,6 @@ namespace survmeth::frame {
 namespace {
 
 constexpr double kMissing = std::numeric_limits<double>::quiet_NaN();
-
-struct Function {
-  std::string_view name;
-  double (*value)(double);
-};
-double identity(double x) { return x; }
-double squareRoot(double x) { return std::sqrt(x); }
-double absolute(double x) { return std::fabs(x); }
-// Powers of the base are exact, as people expect of log10(1000).
-double logTen(double x) {
-  constexpr double kLogOfTen = 0x1.26bb1bbb55516p+1;
-  const double value = numerics::log(x) / kLogOfTen, whole = std::nearbyint(value);
-  return numerics::pow(10, whole) == x ? whole : value;
-}
-double logTwo(double x) {
-  constexpr double kLogOfTwo = 0x1.62e42fefa39efp-1;
-  const double value = numerics::log(x) / kLogOfTwo, whole = std::nearbyint(value);
-  return numerics::pow(2, whole) == x ? whole : value;
-}
-constexpr Function kFunctions[] = {
-    {"I", identity},        {"(", identity},
-    {"log", numerics::log}, {"log2", logTwo},
-    {"log10", logTen},      {"log1p", numerics::log1p},
-    {"exp", numerics::exp}, {"expm1", numerics::expm1},
-    {"sqrt", squareRoot},   {"abs", absolute},
-};
-
-double logicalAnd(double a, double b) {
-  if (a == 0 || b == 0) return 0;
-  return std::isnan(a) || std::isnan(b) ? kMissing : 1;
-}
-double logicalOr(double a, double b) {
-  if ((a != 0 && !std::isnan(a)) || (b != 0 && !std::isnan(b))) return 1;
-  return std::isnan(a) || std::isnan(b) ? kMissing : 0;
-}
-
-struct Binary {
-  std::string_view name;
-  double (*value)(double, double);
-  bool isLogical;
-};
-constexpr Binary kBinaries[] = {
-    {"+", [](double a, double b) { return a + b; }, false},
-    {"-", [](double a, double b) { return a - b; }, false},
-    {"*", [](double a, double b) { return a * b; }, false},
-    {"/", [](double a, double b) { return a / b; }, false},
-    {"^", numerics::pow, false},
-    {"==", [](double a, double b) { return a == b ? 1.0 : 0.0; }, true},
-    {"!=", [](double a, double b) { return a != b ? 1.0 : 0.0; }, true},
-    {"<", [](double a, double b) { return a < b ? 1.0 : 0.0; }, true},
-    {">", [](double a, double b) { return a > b ? 1.0 : 0.0; }, true},
-    {"<=", [](double a, double b) { return a <= b ? 1.0 : 0.0; }, true},
-    {">=", [](double a, double b) { return a >= b ? 1.0 : 0.0; }, true},
-    {"&", logicalAnd, true},
-    {"|", logicalOr, true},
-};
 
 bool isLiteral(const Expression& expression) {
   return expression.kind == Expression::Kind::kText || expression.kind == Expression::Kind::kNumber;
@@ -203,10 +147,8 @@ class Evaluator {
   Values binary(const Expression& expression) const {
     if (expression.text == "%in%") return in(expression);
     const Expression &left = expression.arguments[0], &right = expression.arguments[1];
-    const auto* found =
-        std::find_if(std::begin(kBinaries), std::end(kBinaries),
-                     [&](const Binary& each) { return each.name == expression.text; });
-    if (found == std::end(kBinaries)) {
+    const Binary* found = findBinary(expression.text);
+    if (found == nullptr) {
       fail(expression, text::quote(expression.text) +
                            " does not fit here; expected arithmetic, a comparison, & or |");
     }
@@ -291,16 +233,11 @@ class Evaluator {
   }
 
   Values call(const Expression& expression) const {
-    const auto* found =
-        std::find_if(std::begin(kFunctions), std::end(kFunctions),
-                     [&](const Function& each) { return each.name == expression.text; });
-    if (found == std::end(kFunctions)) {
-      std::vector<std::string> names;
-      for (const Function& each : kFunctions) {
-        if (each.name != "(") names.emplace_back(each.name);
-      }
+    const Function* found = findFunction(expression.text);
+    if (found == nullptr) {
       fail(expression, "there is no function " + text::quote(expression.text) +
-                           " here; expected one of " + text::nearestFirst(expression.text, names));
+                           " here; expected one of " +
+                           text::nearestFirst(expression.text, functionNames()));
     }
     if (expression.arguments.size() != 1 || !expression.argumentNames[0].empty()) {
       fail(expression, expression.text + "() has " +
@@ -308,7 +245,7 @@ class Evaluator {
                            "; expected one, without a name");
     }
     Values inner = values(expression.arguments[0]);
-    if (found->value == identity) return inner;
+    if (found->value == nullptr) return inner;
     std::vector<double> own(data_.rows);
     std::transform(inner.numbers.begin(), inner.numbers.end(), own.begin(), found->value);
     return owned(std::move(own));

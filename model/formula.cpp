@@ -269,25 +269,6 @@ Formula parsed(std::string_view text, const std::vector<std::string>& allColumns
 
 }  // namespace
 
-std::vector<std::string> Formula::columns() const {
-  std::vector<std::string> names;
-  const auto add = [&names](const Expression& expression) {
-    for (std::string& name : namesIn(expression)) {
-      if (std::find(names.begin(), names.end(), name) == names.end()) {
-        names.push_back(std::move(name));
-      }
-    }
-  };
-  for (const auto* each : {&entry, &exit, &event}) {
-    if (*each) add(**each);
-  }
-  for (const Variable& variable : variables) add(variable.expression);
-  for (const Expression& each : strata) add(each);
-  if (cluster) add(*cluster);
-  for (const Expression& each : offsets) add(each);
-  return names;
-}
-
 Formula parseFormula(std::string_view text, const std::vector<std::string>& allColumns) {
   return parsed(text, allColumns, "Surv(time, status) ~ terms", readResponse);
 }
@@ -300,34 +281,6 @@ Formula parseCaseFormula(std::string_view text, const std::vector<std::string>& 
                   time.number = 1;
                   formula.event = left;
                 });
-}
-
-std::string textOf(const Formula& formula) {
-  std::string text;
-  const auto list = [](const std::vector<Expression>& expressions) {
-    std::string all;
-    for (const Expression& each : expressions) all += (all.empty() ? "" : ", ") + deparse(each);
-    return all;
-  };
-  if (formula.exit && formula.event) {
-    if (formula.exit->kind == Expression::Kind::kNumber) {
-      text = deparse(*formula.event) + " ";  // of cases
-    } else {
-      std::vector<Expression> response = {*formula.exit, *formula.event};
-      if (formula.entry) response.insert(response.begin(), *formula.entry);
-      text = "Surv(" + list(response) + ") ";
-    }
-  }
-  std::string right;
-  const auto add = [&right](const std::string& part) {
-    right += (right.empty() ? "" : " + ") + part;
-  };
-  for (const Term& term : formula.terms) add(term.name);
-  if (right.empty()) add("1");
-  if (!formula.strata.empty()) add("strata(" + list(formula.strata) + ")");
-  if (formula.cluster) add("cluster(" + deparse(*formula.cluster) + ")");
-  for (const Expression& each : formula.offsets) add("offset(" + deparse(each) + ")");
-  return text + "~ " + right;
 }
 
 bool hasDot(std::string_view text) { return containsDot(frame::parseExpression(text)); }

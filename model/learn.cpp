@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "frame/labels.h"
+#include "model/callArguments.h"
 #include "text/numbers.h"
 #include "text/words.h"
 
@@ -117,73 +118,6 @@ class Learner {
     }
   }
 
-  // --- Arguments of bases ---
-
-  // The argument named `name`, or the one at `place` where it has no name; nullptr if absent.
-  static const Expression* argument(const Expression& call, const char* name, std::size_t place) {
-    for (std::size_t i = 0; i < call.arguments.size(); ++i) {
-      if (call.argumentNames[i] == name) return &call.arguments[i];
-    }
-    if (place < call.arguments.size() && call.argumentNames[place].empty()) {
-      return &call.arguments[place];
-    }
-    return nullptr;
-  }
-
-  void requireArguments(const Expression& call, std::size_t most,
-                        const std::vector<std::string>& names) const {
-    if (!call.argumentNames[0].empty()) {
-      fail(call.arguments[0], "the first argument of " + call.text + "() is " +
-                                  text::quote(call.argumentNames[0]) + "; expected a column");
-    }
-    for (std::size_t i = 1; i < call.arguments.size(); ++i) {
-      const std::string& name = call.argumentNames[i];
-      const bool known =
-          name.empty() ? i < most : std::find(names.begin(), names.end(), name) != names.end();
-      if (!known) {
-        fail(call.arguments[i], name.empty() ? call.text + "() has too many arguments"
-                                             : "there is no argument " + text::quote(name) +
-                                                   " of " + call.text + "(); expected one of " +
-                                                   text::nearestFirst(name, names));
-      }
-    }
-  }
-
-  std::size_t count(const Expression& call, const Expression* at, std::size_t least,
-                    std::size_t most, const char* what) const {
-    if (at->kind != Expression::Kind::kNumber || at->number < static_cast<double>(least) ||
-        at->number > static_cast<double>(most) || at->number != std::trunc(at->number)) {
-      fail(*at, text::quote(deparse(*at)) + " is no " + what + " of " + call.text +
-                    "(); expected a whole number from " + std::to_string(least) + " to " +
-                    std::to_string(most));
-    }
-    return static_cast<std::size_t>(at->number);
-  }
-
-  // c(1, 2, 3) or a single number, ascending.
-  std::vector<double> numberList(const Expression& list) const {
-    std::vector<const Expression*> all;
-    if (list.isCall("c")) {
-      for (const Expression& each : list.arguments) all.push_back(&each);
-    } else {
-      all.push_back(&list);
-    }
-    std::vector<double> numbers;
-    for (const Expression* each : all) {
-      const bool negative = each->isOperator("-") && each->arguments.size() == 1;
-      const Expression& literal = negative ? each->arguments[0] : *each;
-      if (literal.kind != Expression::Kind::kNumber) {
-        fail(*each, text::quote(deparse(*each)) + " is not a number; expected c(...) of numbers");
-      }
-      numbers.push_back(negative ? -literal.number : literal.number);
-      if (numbers.size() > 1 && !(numbers[numbers.size() - 2] < numbers.back())) {
-        fail(*each, "the knots do not ascend; expected each above the one before");
-      }
-    }
-    if (numbers.empty()) fail(list, "there are no knots; expected c(...) of numbers");
-    return numbers;
-  }
-
   static std::size_t differentValues(std::span<const double> numbers) {
     std::vector<double> order(numbers.begin(), numbers.end());
     std::sort(order.begin(), order.end());
@@ -217,21 +151,20 @@ class Learner {
   }
 
   NaturalSpline naturalSpline(const Variable& variable, std::span<const double> numbers) const {
-    const Expression& call = variable.expression;
-    requireArguments(call, 2, {"df", "knots"});
-    const Expression* knots = argument(call, "knots", kMostColumns);
-    const Expression* df = argument(call, "df", 1);
+    const CallArguments call(variable.expression, text_, 2, {"df", "knots"});
+    const Expression* knots = call.find("knots", kMostColumns);
+    const Expression* df = call.find("df", 1);
     requireValues(variable, numbers, 2);
     NaturalSpline basis;
     if (knots != nullptr) {
       if (df != nullptr) fail(*df, "ns() has both df and knots; expected one of them");
       const auto [low, high] = std::minmax_element(numbers.begin(), numbers.end());
-      std::vector<double> list = numberList(*knots);
+      std::vector<double> list = call.numberList(*knots);
       requireKnots(variable, list, *low, *high);
       basis = naturalSplineAt(numbers, std::move(list));
     } else {
       const std::size_t columns =
-          df == nullptr ? 1 : count(call, df, 1, kMostColumns, "number of columns");
+          df == nullptr ? 1 : call.count(df, 1, kMostColumns, "number of columns");
       requireValues(variable, numbers, columns + 1);
       std::vector<double> inner = naturalKnots(numbers, columns);
       const auto [low, high] = std::minmax_element(numbers.begin(), numbers.end());
@@ -243,20 +176,19 @@ class Learner {
 
   RestrictedSpline restrictedSpline(const Variable& variable,
                                     std::span<const double> numbers) const {
-    const Expression& call = variable.expression;
-    requireArguments(call, 2, {"knots"});
-    const Expression* knots = argument(call, "knots", 1);
+    const CallArguments call(variable.expression, text_, 2, {"knots"});
+    const Expression* knots = call.find("knots", 1);
     if (knots == nullptr || knots->kind == Expression::Kind::kNumber) {
       constexpr std::size_t kFewest = 3, kMost = 7, kUsual = 5;
       const std::size_t wanted =
-          knots == nullptr ? kUsual : count(call, knots, kFewest, kMost, "number of knots");
+          knots == nullptr ? kUsual : call.count(knots, kFewest, kMost, "number of knots");
       requireValues(variable, numbers, wanted + 1);
       RestrictedSpline basis = learnRestrictedSpline(numbers, wanted);
       requireKnots(variable, basis.knots, -HUGE_VAL, HUGE_VAL);
       return basis;
     }
     RestrictedSpline basis;
-    basis.knots = numberList(*knots);
+    basis.knots = call.numberList(*knots);
     if (basis.knots.size() < 3) {
       fail(*knots, "rcs() has " + text::counted(basis.knots.size(), "knot", "knots") +
                        "; expected 3 or more");
@@ -265,14 +197,13 @@ class Learner {
   }
 
   Polynomial polynomial(const Variable& variable, std::span<const double> numbers) const {
-    const Expression& call = variable.expression;
-    requireArguments(call, 2, {"degree", "raw"});
-    const Expression* degree = argument(call, "degree", 1);
-    const Expression* raw = argument(call, "raw", kMostColumns);
+    const CallArguments call(variable.expression, text_, 2, {"degree", "raw"});
+    const Expression* degree = call.find("degree", 1);
+    const Expression* raw = call.find("raw", kMostColumns);
     if (raw != nullptr && raw->text != "TRUE" && raw->text != "FALSE") {
       fail(*raw, text::quote(deparse(*raw)) + " is no answer; expected TRUE or FALSE");
     }
-    const std::size_t wanted = degree == nullptr ? 1 : count(call, degree, 1, 20, "degree");
+    const std::size_t wanted = degree == nullptr ? 1 : call.count(degree, 1, 20, "degree");
     requireValues(variable, numbers, wanted + 1);
     return learnPolynomial(numbers, wanted, raw != nullptr && raw->text == "TRUE");
   }

@@ -82,4 +82,9 @@ Path clippedArea(Path outline, const Box& frame) {
   return outline;
 }
 
+bool isBeyond(const Point& point) {
+  return (std::isinf(point.x) && std::isfinite(point.y)) ||
+         (std::isfinite(point.x) && std::isinf(point.y));
+}
+
 }  // namespace survmeth::pictures

@@ -16,6 +16,9 @@ Path clippedArea(Path outline, const Box& frame);
 
 bool inside(const Point& point, const Box& frame);
 
+// Infinitely far to one side, above or below.
+bool isBeyond(const Point& point);
+
 }  // namespace survmeth::pictures
 
 #endif  // PICTURES_CLIP_H_

@@ -9,6 +9,7 @@
 #include "pictures/lettering.h"
 #include "pictures/pictures.h"
 #include "pictures/plan.h"
+#include "pictures/range.h"
 #include "pictures/riskTable.h"
 #include "pictures/series.h"
 #include "pictures/svg.h"
@@ -98,7 +99,17 @@ std::string idOf(const std::string& wanted) {
   return first >= 'a' && first <= 'z' ? id : "f" + id;
 }
 
-// Panels in rows; returns where the last row ends. `frameHeight` as planOf has it.
+// The panel under which the table stands: the first of the last row, where the numbers are of its
+// axis too.
+std::size_t tabledPanel(const report::Figure& figure) {
+  const std::size_t last = (figure.panels.size() - 1) / columnsOf(figure) * columnsOf(figure);
+  const Range first = rangeOf(figure.panels[0]), its = rangeOf(figure.panels[last]);
+  const bool same = first.x.least() == its.x.least() && first.x.most() == its.x.most();
+  return same ? last : 0;
+}
+
+// Panels in rows, the frames of a row at one height; returns where the last row ends. `frameHeight`
+// as planOf has it.
 double planPanels(const report::Figure& figure, const Style& style, double width, double top,
                   const RiskRows* table, std::optional<double> frameHeight,
                   std::vector<Plan>& plans) {
@@ -109,10 +120,16 @@ double planPanels(const report::Figure& figure, const Style& style, double width
     double bottom = top;
     for (std::size_t c = 0; c < columns && i + c < figure.panels.size(); ++c) {
       const double left = kMargin + static_cast<double>(c) * (wide + kBetween);
-      const bool first = i + c == 0 && table != nullptr;
+      const bool tabled = table != nullptr && i + c == tabledPanel(figure);
       plans.push_back(planOf(figure.panels[i + c], style, {left, top, left + wide, top},
-                             first ? table->left() : 0, frameHeight));
-      bottom = std::max(bottom, plans.back().outer.bottom + (first ? table->height() : 0));
+                             tabled ? table->left() : 0, frameHeight));
+    }
+    double above = 0;
+    for (std::size_t k = i; k < plans.size(); ++k) above = std::max(above, plans[k].above);
+    for (std::size_t k = i; k < plans.size(); ++k) {
+      plans[k].lower(above - plans[k].above);
+      const bool tabled = table != nullptr && k == tabledPanel(figure);
+      bottom = std::max(bottom, plans[k].outer.bottom + (tabled ? table->height() : 0));
     }
     top = bottom + kBetween;
   }
@@ -175,7 +192,10 @@ Drawing composed(const report::Figure& figure, const Style& style, Format format
     drawAxes(canvas, plan);
     drawSeries(canvas, plan, palette, notes);
   }
-  if (table) table->draw(canvas, plans[0], palette, plans[0].outer.bottom, notes);
+  if (table) {
+    const Plan& over = plans[tabledPanel(figure)];
+    table->draw(canvas, over, palette, over.outer.bottom, notes);
+  }
 
   Drawing drawing;
   drawing.format = format;

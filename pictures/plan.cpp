@@ -146,6 +146,10 @@ void planSide(Plan& plan, double width, double tall) {
 
 double Plan::atX(double value) const { return frame.left + x.place(value) * frame.width(); }
 
+void Plan::lower(double by) {
+  for (double* each : {&outer.top, &outer.bottom, &frame.top, &frame.bottom}) *each += by;
+}
+
 double Plan::atY(double value) const {
   if (!rows()) return frame.bottom - y.place(value) * frame.height();
   if (rowCentres.empty() || !std::isfinite(value)) return NAN;

@@ -47,6 +47,8 @@ struct Plan {
   double atX(double value) const;
   double atY(double value) const;
   Point at(double xValue, double yValue) const { return {atX(xValue), atY(yValue)}; }
+  // Down by so much.
+  void lower(double by);
   bool rows() const { return panel.y.scale == report::Scale::kCategory; }
 };
 

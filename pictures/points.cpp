@@ -106,7 +106,7 @@ void drawOne(Canvas& canvas, const Plan& plan, const Palette& palette, const Ser
   const Stroke stroke = palette.of(series);
   Bars bars(plan.frame);
   Path centres, without;  // points, and those that have no limits where others do
-  std::size_t outside = 0;
+  std::size_t outside = 0, infinite = 0;
   const auto limitAt = [](const std::vector<double>& limits, std::size_t i) {
     return i < limits.size() ? limits[i] : NAN;
   };
@@ -114,7 +114,14 @@ void drawOne(Canvas& canvas, const Plan& plan, const Palette& palette, const Ser
                        !series.upper.empty();
   for (std::size_t i = 0; i < std::min(series.x.size(), series.y.size()); ++i) {
     const Point at = plan.at(series.x[i], series.y[i]);
-    if (!std::isfinite(at.x) || !std::isfinite(at.y)) continue;
+    if (isBeyond(at)) {
+      bars.add({std::clamp(at.x, plan.frame.left, plan.frame.right),
+                std::clamp(at.y, plan.frame.top, plan.frame.bottom)},
+               at);
+      ++infinite;
+    } else if (!std::isfinite(at.x) || !std::isfinite(at.y)) {
+      continue;
+    }
     bool any = false;
     for (const double limit : {limitAt(series.left, i), limitAt(series.right, i)}) {
       const double x = plan.atX(limit);
@@ -128,6 +135,7 @@ void drawOne(Canvas& canvas, const Plan& plan, const Palette& palette, const Ser
       bars.add({at.x, std::clamp(at.y, plan.frame.top, plan.frame.bottom)}, {at.x, y});
       any = true;
     }
+    if (isBeyond(at)) continue;
     if (!inside(at, plan.frame)) {
       ++outside;
     } else {
@@ -143,11 +151,13 @@ void drawOne(Canvas& canvas, const Plan& plan, const Palette& palette, const Ser
   canvas.markers(without, Marker::kOpenSquare, look.radius, stroke.colour, 1,
                  series.name.empty() ? "reference level" : series.name + ", reference level");
   if (!plan.rows()) drawLabels(canvas, plan, series, notes);
-  if (bars.arrows() > 0) {
-    notes.add("beyondFrame", text::counted(bars.arrows(), "limit lies", "limits lie") +
-                                 " beyond the figure's frame and " +
-                                 (bars.arrows() == 1 ? "is an arrow" : "are arrows"));
-  }
+  const auto noteArrows = [&notes](std::size_t arrows, const char* one, const char* many) {
+    if (arrows == 0) return;
+    notes.add("beyondFrame", text::counted(arrows, one, many) + " beyond the figure's frame and " +
+                                 (arrows == 1 ? "is an arrow" : "are arrows"));
+  };
+  noteArrows(infinite, "infinite value lies", "infinite values lie");
+  noteArrows(bars.arrows() - infinite, "limit lies", "limits lie");
   if (outside > 0) {
     notes.add("beyondFrame", text::counted(outside, "point", "points") + " of " + nameOf(series) +
                                  (outside == 1 ? " lies" : " lie") + " outside the figure's frame");

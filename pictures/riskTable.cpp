@@ -33,7 +33,7 @@ RiskRows::RiskRows(const report::RiskTable& table, double width) : table_(table)
     for (const double count : row) first = std::max(first, textWidth(countText(count), kSmallSize));
   }
   names_width_ = kSample + 6 + widest;
-  left_ = names_width_ + 8 + first / 2;
+  left_ = names_width_ + 12 + first / 2;
 }
 
 void RiskRows::draw(Canvas& canvas, const Plan& plan, const Palette& palette, double top,

@@ -16,6 +16,7 @@ using report::SeriesKind;
 constexpr double kCurve = 1.7, kThin = 1.1;  // widths of lines
 constexpr double kCensored = 7;              // height of the tick at a censoring
 constexpr double kNearest = 2;               // points between ticks that are still two
+constexpr double kLonely = 3.4;              // radius of a curve that is one point
 constexpr double kFinest = 0.05;             // of a point: no print shows less
 
 // Where each censoring meets its curve, those that would stand on one another once.
@@ -108,6 +109,25 @@ void drawSegments(Canvas& canvas, const Plan& plan, const Pen& pen, const Series
   canvas.lines(paths, pen, series.name);
 }
 
+// A curve all of whose corners are one place has no length; a marker shows where it is.
+void drawCurve(Canvas& canvas, const Plan& plan, const Stroke& stroke, const Series& series,
+               const Path& path, Notes& notes) {
+  const Path kept = thinned(path);
+  canvas.lines(clippedLine(kept, plan.frame),
+               {stroke.colour, series.guide ? kThin : kCurve, stroke.dash}, series.name);
+  const Point* first = nullptr;
+  for (const Point& p : kept) {
+    if (!std::isfinite(p.x) || !std::isfinite(p.y)) continue;
+    if (first == nullptr) first = &p;
+    if (std::abs(p.x - first->x) >= kFinest || std::abs(p.y - first->y) >= kFinest) return;
+  }
+  if (first == nullptr || series.guide || !inside(*first, plan.frame)) return;
+  canvas.markers({*first}, stroke.marker, kLonely, stroke.colour, 1, series.name);
+  notes.add("curveOfOnePoint",
+            "the curve of " + nameOf(series) + " is one point: there is nothing to join it to",
+            {series.name});
+}
+
 // Numbers that the scales have no place for, and pairs without a partner.
 void countLeftOut(const Plan& plan, const Series& series, Notes& notes) {
   if (series.kind == SeriesKind::kBand) return;
@@ -115,6 +135,7 @@ void countLeftOut(const Plan& plan, const Series& series, Notes& notes) {
   const std::size_t n = std::min(series.x.size(), series.y.size());
   for (std::size_t i = 0; i < n; ++i) {
     const Point at = plan.at(series.x[i], series.y[i]);
+    if (series.kind == SeriesKind::kPoints && isBeyond(at)) continue;  // an arrow
     if (!std::isfinite(at.x) || !std::isfinite(at.y)) ++left;
   }
   if (left > 0) {
@@ -179,18 +200,18 @@ void drawSeries(Canvas& canvas, const Plan& plan, const Palette& palette, Notes&
   for (const Series& series : plan.panel.series) {
     countLeftOut(plan, series, notes);
     const Stroke stroke = palette.of(series);
-    const Pen pen{stroke.colour, series.guide ? kThin : kCurve, stroke.dash};
     switch (series.kind) {
       case SeriesKind::kStep:
-        canvas.lines(clippedAll(stepPath(plan, series.x, series.y), plan), pen, series.name);
+        drawCurve(canvas, plan, stroke, series, stepPath(plan, series.x, series.y), notes);
         canvas.lines(censoringTicks(plan, series), {stroke.colour, 1.1, ""},
                      series.name.empty() ? "censored" : series.name + ", censored");
         break;
       case SeriesKind::kLine:
-        canvas.lines(clippedAll(linePath(plan, series.x, series.y), plan), pen, series.name);
+        drawCurve(canvas, plan, stroke, series, linePath(plan, series.x, series.y), notes);
         break;
       case SeriesKind::kSegments:
-        drawSegments(canvas, plan, pen, series);
+        drawSegments(canvas, plan, {stroke.colour, series.guide ? kThin : kCurve, stroke.dash},
+                     series);
         break;
       case SeriesKind::kBars:
         drawBars(canvas, plan, palette, series);

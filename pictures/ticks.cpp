@@ -186,16 +186,28 @@ Ticks ticksOf(const Scale& scale, std::size_t wanted, bool percent) {
 
 Ticks ticksAt(const Scale& scale, const std::vector<double>& values, bool percent) {
   Ticks ticks;
-  std::set<std::string> texts;
+  double largest = 0;
   for (const double value : values) {
     const double place = scale.place(value);
     if (!(place >= -kSlack && place <= 1 + kSlack)) continue;
-    ticks.marks.push_back({value, shortText(value, percent)});
-    texts.insert(ticks.marks.back().text);
+    ticks.marks.push_back({value, {}});
+    largest = std::max(largest, std::abs(value));
+  }
+  int unit = 0;
+  if (scale.kind() == report::Scale::kLinear && !percent && largest > 0 &&
+      (largest >= kMostInFull || largest < std::pow(10, -kMostDecimals))) {
+    unit = 3 * static_cast<int>(std::floor((std::log10(largest) + kSlack) / 3));
+    ticks.remark = "×" + powerOfTen(unit);
+  }
+  std::set<std::string> texts;
+  for (Tick& tick : ticks.marks) {
+    tick.text = shortText(scaledByTen(tick.value, -unit), percent);
+    texts.insert(tick.text);
   }
   std::sort(ticks.marks.begin(), ticks.marks.end(),
             [](const Tick& a, const Tick& b) { return a.value < b.value; });
   if (texts.size() < ticks.marks.size()) {
+    ticks.remark.clear();
     for (Tick& tick : ticks.marks) tick.text = report::exact(tick.value);
   }
   return ticks;

@@ -26,7 +26,7 @@ struct Ticks {
 // In   percent  numbers in percent
 Ticks ticksOf(const Scale& scale, std::size_t wanted, bool percent);
 
-// Ticks at these values, those outside the limits left out.
+// Ticks at these values, those outside the limits left out; large and small numbers as multiples.
 Ticks ticksAt(const Scale& scale, const std::vector<double>& values, bool percent);
 
 }  // namespace survmeth::pictures

@@ -115,8 +115,9 @@ nb::dict tablesOf(const report::Report& report, nb::handle owner) {
 
 nb::dict planOf(const report::Report& report) {
   nb::dict plan;
-  for (const auto& [name, setting] : report.plan) {
-    plan[name.c_str()] = std::visit([](const auto& value) { return nb::cast(value); }, setting);
+  for (const report::Choice& each : report.plan) {
+    plan[each.name.c_str()] =
+        std::visit([](const auto& value) { return nb::cast(value); }, each.setting);
   }
   return plan;
 }

@@ -117,6 +117,13 @@ class Rows {
     return column(upper, level + " upper", kind,
                   [&](const auto& item) { return std::invoke(cell, item).upper; });
   }
+  // The one of `names` whose place `cell` gives.
+  template <class Cell>
+  Rows& label(std::string key, std::string heading, const std::vector<std::string>& names,
+              Cell cell) {
+    return column(std::move(key), std::move(heading), Kind::kLabel,
+                  [&](const auto& item) { return names[std::invoke(cell, item)]; });
+  }
   // Statistic, degrees of freedom and p-value of the chi-square test that `cell` gives.
   template <class Cell>
   Rows& test(Cell cell) {
@@ -208,6 +215,13 @@ class PartedRows {
     return column(upper, level + " upper", kind,
                   [&](const auto& row) { return std::invoke(cell, row).upper; });
   }
+  // The estimate that `cell` gives, with its limits.
+  template <class Cell>
+  PartedRows& estimated(std::string key, std::string heading, const std::string& level, Kind kind,
+                        Cell cell, const char* lower, const char* upper) {
+    return column(std::move(key), std::move(heading), kind, cell)
+        .limits(level, kind, cell, lower, upper);
+  }
   // Numbers that stand together for all rows of a group: a vector of it, or what a function makes.
   template <class Values>
   PartedRows& numbers(std::string key, std::string heading, Kind kind, Values ofGroup) {
@@ -252,6 +266,31 @@ inline Panel panelOf(std::string xLabel, std::string yLabel) {
   panel.x.label = std::move(xLabel);
   panel.y.label = std::move(yLabel);
   return panel;
+}
+
+// Probabilities by probabilities, one unit as long on x as on y.
+inline Panel unitSquare(std::string xLabel, std::string yLabel) {
+  Panel panel = panelOf(std::move(xLabel), std::move(yLabel));
+  panel.equalUnits = true;
+  panel.x.least = panel.y.least = 0;
+  panel.x.most = panel.y.most = 1;
+  return panel;
+}
+
+// Straight between the points.
+inline Series lineOf(std::string name, std::vector<double> x, std::vector<double> y) {
+  Series series;
+  series.name = std::move(name);
+  series.x = std::move(x);
+  series.y = std::move(y);
+  return series;
+}
+
+// A line to compare with.
+inline Series guideOf(std::string name, std::vector<double> x, std::vector<double> y) {
+  Series series = lineOf(std::move(name), std::move(x), std::move(y));
+  series.guide = true;
+  return series;
 }
 
 // Of one panel.

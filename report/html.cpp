@@ -199,10 +199,7 @@ void Writer::settings(const Report& report) {
     if (!value.empty()) out_ += "<dt>" + escaped(name) + "</dt><dd>" + escaped(value) + "</dd>\n";
   };
   add("analysis", report.analysis);
-  for (const auto& [name, setting] : report.plan) {
-    const bool* flag = std::get_if<bool>(&setting);
-    add(name, flag == nullptr ? settingText(setting) : *flag ? "yes" : "no");
-  }
+  for (const Choice& each : report.plan) add(each.name, settingText(each.setting));
   add("data", report.data.name);
   add("digest", report.data.digest);
   out_ += "</dl>\n</section>\n";

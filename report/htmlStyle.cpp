@@ -113,6 +113,7 @@ code, pre { font: 0.85rem/1.5 ui-monospace, SFMono-Regular, Menlo, Consolas, "De
   body > footer { margin-top: 1.5rem; padding: 0; }
   .facts, pre { background: none; border: 1px solid var(--line); }
   figure .picture { border: 0; padding: 0; }
+  figure svg { max-height: 21cm; margin: 0 auto; }
   a { color: inherit; text-decoration: none; }
 }
 )css";

@@ -190,9 +190,9 @@ void report(JsonWriter& json, const Report& report, const JsonOptions& options) 
   data(json, report.data);
   json.key("plan");
   json.beginObject();
-  for (const auto& [name, setting] : report.plan) {
-    json.key(name);
-    std::visit([&json](const auto& value) { json.value(value); }, setting);
+  for (const Choice& each : report.plan) {
+    json.key(each.name);
+    std::visit([&json](const auto& value) { json.value(value); }, each.setting);
   }
   json.endObject();
   facts(json, report.facts);

@@ -19,6 +19,7 @@ std::string dataText(const Data& data) {
 std::string settingText(const Setting& setting) {
   if (const std::string* word = std::get_if<std::string>(&setting)) return *word;
   if (const double* number = std::get_if<double>(&setting)) return exact(*number);
+  if (const bool* flag = std::get_if<bool>(&setting)) return *flag ? "yes" : "no";
   std::string list;
   if (const auto* numbers = std::get_if<std::vector<double>>(&setting)) {
     for (const double each : *numbers) list += (list.empty() ? "" : ", ") + exact(each);

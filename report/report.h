@@ -196,13 +196,20 @@ struct Data {
 using Setting =
     std::variant<bool, double, std::string, std::vector<double>, std::vector<std::string>>;
 
+// An option of a request and what it is set to. Programs get every one, so that the run can be
+// repeated; people read past those that are as `usual`, where nobody says otherwise.
+struct Choice {
+  std::string name;
+  Setting setting;
+  bool usual = false;
+};
+
 struct Report {
   std::string analysis;  // "life"
   std::string title;     // "Survival by treatment"
   std::string summary;   // a sentence or two in plain words
   Data data;
-  // The normalised request: options and their values, so that the run can be repeated.
-  std::vector<std::pair<std::string, Setting>> plan;
+  std::vector<Choice> plan;  // the normalised request
   std::vector<Fact> facts;
   std::vector<Table> tables;
   std::vector<Figure> figures;

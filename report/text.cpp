@@ -70,13 +70,14 @@ class Writer {
   std::string out_;
 };
 
+// What the caller chose; the settings that always hold would bury it.
 std::string planLine(const Report& report) {
   std::string line;
-  for (const auto& [name, setting] : report.plan) {
-    const bool* flag = std::get_if<bool>(&setting);
-    if (flag != nullptr && !*flag) continue;
+  for (const Choice& each : report.plan) {
+    if (each.usual) continue;
     if (!line.empty()) line += "; ";
-    line += flag != nullptr ? name : name + ": " + settingText(setting);
+    const bool* flag = std::get_if<bool>(&each.setting);
+    line += flag != nullptr && *flag ? each.name : each.name + ": " + settingText(each.setting);
   }
   return line;
 }

@@ -1,4 +1,5 @@
 // The forest plot and the residuals against time.
+#include <cmath>
 #include <string>
 #include <utility>
 #include <vector>
@@ -19,6 +20,19 @@ constexpr std::size_t kMostPoints = 5000;
 std::string counts(const CoxCount& count) {
   return " (n " + report::brief(count.rows) + ", " + report::brief(count.events) +
          (count.events == 1 ? " event)" : " events)");
+}
+
+// "1.47 (0.766 to 2.82)"; narrow limits with the decimals that tell them apart.
+std::string ratioInWords(double ratio, double lower, double upper) {
+  if (std::isinf(ratio)) return "infinite";
+  const double width = upper - lower;
+  const int decimals = 1 - static_cast<int>(std::floor(std::log10(width)));
+  const auto text = [&](double value) {
+    return width > 0 && width < ratio / 10 && decimals > 0 ? report::fixed(value, decimals)
+                                                           : report::brief(value, 3);
+  };
+  return lower == lower ? text(ratio) + " (" + text(lower) + " to " + text(upper) + ")"
+                        : text(ratio);
 }
 
 // The rows of a forest plot, factors headed by their name and begun with their reference.
@@ -58,10 +72,7 @@ class Forest {
     points_.y.push_back(static_cast<double>(panel_.y.categories.size()));
     points_.left.push_back(lower);
     points_.right.push_back(upper);
-    points_.labels.push_back(lower == lower
-                                 ? report::brief(ratio, 3) + " (" + report::brief(lower, 3) +
-                                       " to " + report::brief(upper, 3) + ")"
-                                 : report::brief(ratio, 3));
+    points_.labels.push_back(ratioInWords(ratio, lower, upper));
     panel_.y.categories.push_back(category);
     panel_.y.categoryGroups.push_back(group_);
   }
@@ -92,7 +103,7 @@ report::Figure coxForest(const CoxAnswer& answer, const CoxRequest& request) {
   const std::vector<CoxEstimate> estimates = coxEstimates(answer, request);
   Forest forest;
   for (std::size_t j = 0; j < answer.columns.size(); ++j) {
-    // An infinite one has a row and its number, though no place on the axis.
+    // An infinite one is an arrow at the axis's end.
     if (answer.fit.column[j] == engine::cox::Column::kAliased) continue;
     forest.add(answer.columns[j], estimates[j]);
   }

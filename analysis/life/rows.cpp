@@ -8,6 +8,7 @@
 #include "analysis/cox/subjects.h"
 #include "analysis/groups.h"
 #include "analysis/option.h"
+#include "analysis/weights.h"
 #include "engine/risk/arrangement.h"
 #include "model/coding.h"
 #include "report/keys.h"
@@ -175,10 +176,7 @@ void LifeRows::noteWeights(std::vector<report::Note>& notes) const {
     notes.push_back(
         {"fractionalWeights", "weights are not all whole numbers; they are taken as frequencies"});
   }
-  if (zeroWeights > 0) {
-    notes.push_back({"zeroWeights", text::counted(zeroWeights, "row has", "rows have") +
-                                        " weight 0 and no effect"});
-  }
+  noteZeroWeights(zeroWeights, notes);
 }
 
 }  // namespace survmeth::analysis

@@ -90,11 +90,11 @@ struct Curve {
   bool belowHalf() const;
 
   // 1 - specificity and sensitivity from (0, 0) to (1, 1); points closer than `step` in both to the
-  // one before are left out.
+  // one before are left out, by default those that are one in print.
   struct Points {
     std::vector<double> x, y;
   };
-  Points points(double step) const;
+  Points points(double step = 1.0 / 2000) const;
 };
 
 // Two markers on the rows that have both.

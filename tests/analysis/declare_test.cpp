@@ -26,6 +26,7 @@ struct SumRequest {
   double scale = 1;
   std::optional<double> floor;
   bool twice = false;
+  double pace = 1;
   Rounding rounding = Rounding::kNone;
 };
 struct Sum {
@@ -57,6 +58,8 @@ analysis::Declaration sumDeclaration() {
       .number("scale", &SumRequest::scale, analysis::above(0), "Factor")
       .number("floor", &SumRequest::floor, analysis::anyNumber(), "Least")
       .flag("twice", &SumRequest::twice, "Adds twice")
+      .number("pace", &SumRequest::pace, analysis::anyNumber(), "Of the second time")
+      .plannedWhere([](const SumRequest& request) { return request.twice; })
       .choice("rounding", &SumRequest::rounding,
               {{"none", Rounding::kNone}, {"down", Rounding::kDown}}, "How to round")
       .leastRows(2)
@@ -100,10 +103,10 @@ TEST(Analyse, TheReportHoldsPlanDataAndNotes) {
   EXPECT_EQ(report.data.rowsUsed, 3u);
   EXPECT_EQ(report.data.digest, analysis::digest(data));
   ASSERT_EQ(report.plan.size(), 4u);
-  EXPECT_EQ(report.plan[0].first, "time");
-  EXPECT_EQ(report.plan[1].first, "covariates");
-  EXPECT_EQ(report.plan[2].first, "scale");
-  EXPECT_EQ(std::get<double>(report.plan[2].second), 0.5);
+  EXPECT_EQ(report.plan[0].name, "time");
+  EXPECT_EQ(report.plan[1].name, "covariates");
+  EXPECT_EQ(report.plan[2].name, "scale");
+  EXPECT_EQ(std::get<double>(report.plan[2].setting), 0.5);
   ASSERT_EQ(report.notes.size(), 2u);
   EXPECT_EQ(report.notes[0].code, "rowsLeftOut");
   EXPECT_EQ(report.notes[0].text, "2 of 5 rows left out: missing in \"t\" (2)");
@@ -115,11 +118,34 @@ TEST(Analyse, NumbersAndChoicesAreAlwaysPartOfThePlan) {
   numerics::Progress progress;
   const auto fitted = analysis::analyse(sumDeclaration(), dataOf({1, 2}), &request, progress);
   ASSERT_EQ(fitted.report.plan.size(), 3u);
-  EXPECT_EQ(fitted.report.plan[0].first, "time");
-  EXPECT_EQ(fitted.report.plan[1].first, "scale");
-  EXPECT_EQ(std::get<double>(fitted.report.plan[1].second), 1);
-  EXPECT_EQ(fitted.report.plan[2].first, "rounding");
-  EXPECT_EQ(std::get<std::string>(fitted.report.plan[2].second), "none");
+  EXPECT_EQ(fitted.report.plan[0].name, "time");
+  EXPECT_EQ(fitted.report.plan[1].name, "scale");
+  EXPECT_EQ(std::get<double>(fitted.report.plan[1].setting), 1);
+  EXPECT_EQ(fitted.report.plan[2].name, "rounding");
+  EXPECT_EQ(std::get<std::string>(fitted.report.plan[2].setting), "none");
+}
+
+TEST(Analyse, WhatIsAsUsualIsMarkedInThePlan) {
+  SumRequest request = requestOf("t");
+  request.scale = 0.5;
+  numerics::Progress progress;
+  const auto fitted = analysis::analyse(sumDeclaration(), dataOf({1, 2}), &request, progress);
+  ASSERT_EQ(fitted.report.plan.size(), 3u);
+  EXPECT_FALSE(fitted.report.plan[0].usual);  // time
+  EXPECT_FALSE(fitted.report.plan[1].usual);  // scale
+  EXPECT_TRUE(fitted.report.plan[2].usual);   // rounding
+}
+
+TEST(Analyse, WhatIsPlannedForAnotherSettingsSakeIsAsUsualNonetheless) {
+  SumRequest request = requestOf("t");
+  request.twice = true;
+  numerics::Progress progress;
+  const auto fitted = analysis::analyse(sumDeclaration(), dataOf({1, 2}), &request, progress);
+  ASSERT_EQ(fitted.report.plan.size(), 5u);
+  EXPECT_EQ(fitted.report.plan[2].name, "twice");
+  EXPECT_FALSE(fitted.report.plan[2].usual);
+  EXPECT_EQ(fitted.report.plan[3].name, "pace");
+  EXPECT_TRUE(fitted.report.plan[3].usual);
 }
 
 // An analysis of a short table, a long one, a figure and, last, another short table.

@@ -31,11 +31,14 @@ std::string refusal(const std::vector<double>& x, const std::vector<double>& y, 
 // The intercept is a difference of numbers ten times as large, the errors are differences of
 // leave-one-out values that cancel about one digit more.
 constexpr double kClose = 1e-13;
+// Of 1,700 pairs the sums are rounded ten times as much, by the square root of their number. Errors
+// are sums of differences that do not cancel.
+constexpr double kCloseMany = 3e-13;
 
-void expectReference(const std::string& name, const DemingResult& fit) {
+void expectReference(const std::string& name, const DemingResult& fit, double close = kClose) {
   const auto expected = [&name](const char* what) { return methodReference(name + what); };
-  const auto near = [&name](double actual, double wanted, const char* what) {
-    EXPECT_LE(std::fabs(actual - wanted), kClose * std::fabs(wanted)) << name << what << actual;
+  const auto near = [&name, close](double actual, double wanted, const char* what) {
+    EXPECT_LE(std::fabs(actual - wanted), close * std::fabs(wanted)) << name << what << actual;
   };
   near(fit.slope.value, expected(".slope"), " slope ");
   near(fit.intercept.value, expected(".intercept"), " intercept ");
@@ -71,6 +74,61 @@ TEST(DemingFit, HoldsInAnyUnit) {
     expectReference("unit1e" + std::to_string(exponent),
                     survmeth::demingFit({.first = x, .second = y}));
   }
+}
+
+// Each value a hundred times.
+std::vector<double> many(const std::vector<double>& values) {
+  std::vector<double> repeated;
+  for (int i = 0; i < 100; ++i) repeated.insert(repeated.end(), values.begin(), values.end());
+  return repeated;
+}
+
+TEST(DemingFit, HoldsForManyPairsInAnyUnitAtAnyRatio) {
+  const std::vector<double> x = many(kWright), y = many(kMini);
+  expectReference("many", survmeth::demingFit({.first = x, .second = y}), kCloseMany);
+  for (const char* size : {"1e-300", "1e300"}) {
+    const double by = std::stod(size);
+    expectReference(std::string("many.ratio") + size,
+                    survmeth::demingFit({.first = x, .second = y, .ratio = by}), kCloseMany);
+    const auto scaled = [by](double value) { return value * by; };
+    const std::vector<double> xBy = mapped(x, scaled), yBy = mapped(y, scaled);
+    expectReference(std::string("many.unit") + size,
+                    survmeth::demingFit({.first = xBy, .second = yBy}), kCloseMany);
+  }
+  const auto far = [](double value) { return value + 1e12; };
+  const std::vector<double> farX = mapped(x, far), farY = mapped(y, far);
+  expectReference("many.offset1e12", survmeth::demingFit({.first = farX, .second = farY}),
+                  kCloseMany);
+}
+
+TEST(DemingFit, ManyLeaveOneOutLinesThatDoNotExistAreFoundToo) {
+  // 1,200 copies of a pair and one elsewhere: without that one all pairs coincide.
+  std::vector<double> x(1200, 1.0), y(1200, 3.0);
+  x.push_back(2);
+  y.push_back(4);
+  const auto coinciding = survmeth::demingFit({.first = x, .second = y});
+  EXPECT_EQ(coinciding.reason, "the pairs left without one of them determine no line");
+  EXPECT_EQ(coinciding.without, 1200u);
+  // The same copies in one place of x, and spread in y: the line left is vertical.
+  for (std::size_t i = 0; i < 1200; ++i) y[i] = i % 2 == 0 ? 3 : 2;
+  const auto upright = survmeth::demingFit({.first = x, .second = y});
+  EXPECT_EQ(upright.reason, "one leave-one-out slope is infinite");
+  EXPECT_EQ(upright.without, 1200u);
+  // A cross has no covariance, nor has it without any of its pairs: every line is flat.
+  x.assign(1200, 0.0), y.assign(1200, 0.0);
+  for (std::size_t i = 0; i < 1200; i += 4) {
+    x[i] = 1, x[i + 1] = -1, y[i + 2] = 0.5, y[i + 3] = -0.5;
+  }
+  const auto cross = survmeth::demingFit({.first = x, .second = y});
+  EXPECT_EQ(cross.slope.value, 0);
+  EXPECT_EQ(cross.slopeSe, 0);
+}
+
+TEST(DemingFit, HoldsBesideOnePairThatOutweighsManyOthers) {
+  std::vector<double> x = many(kWright), y = many(kMini);
+  x.push_back(1e6);
+  y.push_back(5e5);
+  expectReference("many.outlier", survmeth::demingFit({.first = x, .second = y}), kCloseMany);
 }
 
 TEST(DemingFit, HoldsFarFromZeroAndInUnitsFarApart) {

@@ -108,6 +108,14 @@ TEST(SettingOf, NumbersMayHaveToAscend) {
             "\"2\" is out of order; expected ascending numbers");
 }
 
+TEST(SettingOf, NumbersMayHaveToBeSoMany) {
+  const Option pair = option(Type::kNumbers, survmeth::analysis::numbersOf(2, "two"));
+  EXPECT_EQ(std::get<Numbers>(settingOf(pair, {"2,1"})), (Numbers{2, 1}));
+  EXPECT_EQ(refusalOf(pair, {"2"}), "there is 1 number; expected two");
+  EXPECT_EQ(refusalOf(pair, {"1,2,3"}), "there are 3 numbers; expected two");
+  EXPECT_EQ(refusalOf(pair, {"1,b"}), "\"b\" is not a number; expected a number");
+}
+
 TEST(SettingOf, AChoiceOutsideTheListNamesTheNearest) {
   EXPECT_EQ(std::get<std::string>(settingOf(option(Type::kChoice), {"log"})), "log");
   EXPECT_EQ(refusalOf(option(Type::kChoice), {"lgo-log"}),

@@ -51,10 +51,10 @@ TEST(ReadingOptions, ArePartOfThePlanAsTheyWereGiven) {
   report::Report report;
   analysis::echo(reading, report);
   ASSERT_EQ(report.plan.size(), 2U);
-  EXPECT_EQ(report.plan[0].first, "where");
-  EXPECT_EQ(report.plan[0].second, Setting(std::string("a == 1")));
-  EXPECT_EQ(report.plan[1].first, "delimiter");
-  EXPECT_EQ(report.plan[1].second, Setting(std::string("tab")));
+  EXPECT_EQ(report.plan[0].name, "where");
+  EXPECT_EQ(report.plan[0].setting, Setting(std::string("a == 1")));
+  EXPECT_EQ(report.plan[1].name, "delimiter");
+  EXPECT_EQ(report.plan[1].setting, Setting(std::string("tab")));
 }
 
 TEST(ReadingOptions, RefuseDelimitersThatCellsHold) {

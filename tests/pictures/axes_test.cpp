@@ -66,6 +66,19 @@ TEST(Ticks, ThatAreWantedKeepTheirValuesAndDiffer) {
   EXPECT_EQ(textsOf(ticksAt(scale, {1, 1 + 1e-9}, false)), (Texts{"1", "1.000000001"}));
 }
 
+TEST(Ticks, ThatAreWantedOfLargeAndSmallNumbersAreMultiples) {
+  const Ticks large = ticksAt({report::Scale::kLinear, 0, 4e10}, {0, 5e9, 1.5e10}, false);
+  EXPECT_EQ(textsOf(large), (Texts{"0", "5", "15"}));
+  EXPECT_EQ(large.remark, "×10⁹");
+  const Ticks small = ticksAt({report::Scale::kLinear, 0, 1e-6}, {0, 5e-8, 2.5e-7}, false);
+  EXPECT_EQ(textsOf(small), (Texts{"0", "50", "250"}));
+  EXPECT_EQ(small.remark, "×10⁻⁹");
+  // Those that differ by less than a multiple shows stay as they are.
+  const Ticks near = ticksAt({report::Scale::kLinear, 0, 2e9}, {1e9 + 1, 1e9 + 2}, false);
+  EXPECT_EQ(textsOf(near), (Texts{"1000000001", "1000000002"}));
+  EXPECT_EQ(near.remark, "");
+}
+
 TEST(Scales, PlaceValuesByTheirTransformations) {
   // 1.959963984540054 is the 0.975 quantile of the normal distribution (any
   // table); a picture needs four digits.

@@ -267,6 +267,18 @@ std::string Page::stroke(const std::string& name, const std::string& attribute) 
   return "";
 }
 
+Page pageOf(const report::Figure& figure, const Style& style) {
+  return Page(draw(compose(figure, style, Format::kSvg)));
+}
+
+std::vector<std::string> noteTexts(const report::Figure& figure, const Style& style) {
+  std::vector<std::string> texts;
+  for (const report::Note& note : compose(figure, style, Format::kSvg).notes) {
+    texts.push_back(note.text);
+  }
+  return texts;
+}
+
 std::vector<std::string> misplaced(const Page& page) {
   std::vector<std::string> reports;
   for (std::size_t i = 0; i < page.texts.size(); ++i) {

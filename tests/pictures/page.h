@@ -9,6 +9,9 @@
 #include <utility>
 #include <vector>
 
+#include "pictures/pictures.h"
+#include "report/report.h"
+
 namespace survmeth::pictures::test {
 
 struct Element {
@@ -52,6 +55,13 @@ struct Page {
  private:
   std::vector<const Element*> plotsNamed(const std::string& name) const;
 };
+
+// Places in an SVG are rounded to hundredths.
+inline constexpr double kPlace = 0.011;
+
+// The figure drawn, and what its notes say.
+Page pageOf(const report::Figure& figure, const Style& style = {});
+std::vector<std::string> noteTexts(const report::Figure& figure, const Style& style = {});
 
 // What is wrong with where text stands: off the page, or upon other text.
 std::vector<std::string> misplaced(const Page& page);

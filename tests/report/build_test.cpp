@@ -89,6 +89,45 @@ TEST(PartedRows, AreOneTableWhereTheyAreNotParted) {
   EXPECT_EQ(whole.columns[1].numbers()[2], 5);
 }
 
+TEST(Rows, ALabelStandsAtThePlaceThatTheCellGives) {
+  const std::vector<std::string> names = {"a", "b", "c"};
+  const std::vector<std::size_t> places = {2, 0};
+  const Table table = rowsOf("first", "", places)
+                          .label("first", "first", names, [](std::size_t place) { return place; })
+                          .table();
+  EXPECT_EQ(table.columns[0].labels(), (std::vector<std::string>{"c", "a"}));
+}
+
+TEST(PartedRows, AnEstimateHasItsLimitsBesideIt) {
+  const std::vector<std::vector<Curve>> groups = {kCurves};
+  const Table table = partedRowsOf("areas", "", labelColumn("group", "", {"a"}), groups)
+                          .estimated("area", "area", "95%", Kind::kProbability, &Curve::area,
+                                     "areaLower", "areaUpper")
+                          .table();
+  ASSERT_EQ(table.columns.size(), 4u);
+  EXPECT_EQ(table.columns[1].numbers()[0], 0.5);
+  EXPECT_EQ(table.columns[2].key, "areaLower");
+  EXPECT_EQ(table.columns[2].numbers()[0], 0.25);
+  EXPECT_EQ(table.columns[3].numbers()[1], 2);
+}
+
+TEST(UnitSquare, ShowsProbabilitiesFromNoneToAllAtEqualLengths) {
+  const Panel panel = unitSquare("x", "y");
+  EXPECT_TRUE(panel.equalUnits);
+  EXPECT_EQ(panel.x.least, 0);
+  EXPECT_EQ(panel.x.most, 1);
+  EXPECT_EQ(panel.y.least, 0);
+  EXPECT_EQ(panel.y.most, 1);
+}
+
+TEST(Lines, AGuideIsALineToCompareWith) {
+  EXPECT_FALSE(lineOf("fit", {0, 1}, {2, 3}).guide);
+  const Series guide = guideOf("identity", {0, 1}, {2, 3});
+  EXPECT_TRUE(guide.guide);
+  EXPECT_EQ(guide.name, "identity");
+  EXPECT_EQ(guide.y, (std::vector<double>{2, 3}));
+}
+
 TEST(FixedWithLimits, ShowsThemWhereTheyExist) {
   EXPECT_EQ(fixedWithLimits(Limited{0.5, 0.25, 0.75}, "95% limits", 2),
             "0.50 (95% limits 0.25 to 0.75)");

@@ -39,6 +39,7 @@ TEST(Json, HasItsMembersInOrder) {
     "time": "weeks",
     "event": ["relapse","death"],
     "level": 0.95,
+    "ratio": 2.5,
     "bounds": [0,4.5],
     "exact": true,
     "plain": false

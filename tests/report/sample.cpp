@@ -13,7 +13,8 @@ Report sample() {
   report.data = {"data/leukemia.csv", "5f2c", 43, 42};
   report.plan = {{"time", std::string("weeks")},
                  {"event", std::vector<std::string>{"relapse", "death"}},
-                 {"level", 0.95},
+                 {"level", 0.95, true},
+                 {"ratio", 2.5},
                  {"bounds", std::vector<double>{0, 4.5}},
                  {"exact", true},
                  {"plain", false}};

@@ -25,7 +25,7 @@ TEST(Text, SaysEverythingThatPeopleAreShown) {
             "Survival by treatment\n"
             "---------------------\n"
             "data/leukemia.csv, 42 of 43 rows\n"
-            "time: weeks; event: relapse, death; level: 0.95; bounds: 0, 4.5; exact\n"
+            "time: weeks; event: relapse, death; ratio: 2.5; bounds: 0, 4.5; exact; plain: no\n"
             "\n"
             "Half of those on placebo relapsed within 8 weeks, of those on 6-MP within 23.\n"
             "\n"
