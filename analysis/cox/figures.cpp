@@ -26,7 +26,8 @@ std::string counts(const CoxCount& count) {
 std::string ratioInWords(double ratio, double lower, double upper) {
   if (std::isinf(ratio)) return "infinite";
   const double width = upper - lower;
-  const int decimals = 1 - static_cast<int>(std::floor(std::log10(width)));
+  int decimals = width < 10.0 ? 1 : 0;  // that show two digits of the width
+  for (double unit = 1.0; width < unit && decimals < 17; unit /= 10.0) ++decimals;
   const auto text = [&](double value) {
     return width > 0 && width < ratio / 10 && decimals > 0 ? report::fixed(value, decimals)
                                                            : report::brief(value, 3);
