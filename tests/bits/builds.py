@@ -60,8 +60,8 @@ BUILDS = {build.name: build for build in (
     Build("wasm-O2", "em++", "-O2",
           cmake=(f"-DCMAKE_TOOLCHAIN_FILE={EMSCRIPTEN}",
                  "-DCMAKE_FIND_ROOT_PATH_MODE_PACKAGE=BOTH",
-                 "-DCMAKE_EXE_LINKER_FLAGS=-sNODERAWFS=1 -sALLOW_MEMORY_GROWTH=1 "
-                 "-sTOTAL_STACK=8MB -sEXIT_RUNTIME=1"),
+                 "-DCMAKE_EXE_LINKER_FLAGS=-fwasm-exceptions -sNODERAWFS=1 "
+                 "-sALLOW_MEMORY_GROWTH=1 -sTOTAL_STACK=8MB -sEXIT_RUNTIME=1"),
           program="wordsize_results.js"),
 )}
 
@@ -79,7 +79,7 @@ THREADS = tuple(Run(f"{count} thread{'s' if count > 1 else ''}", "gcc-O3-clones"
 # Processors before and after fused multiply-add; the hot loops take what each has.
 PROCESSORS = tuple(Run(name, "gcc-O3-clones", ("qemu-x86_64", "-cpu", name))
                    for name in ("Nehalem", "Haswell"))
-COMMANDS = {"aarch64-clang-O1": ("qemu-aarch64", "-L", ARM), "wasm-O2": ("node",)}
+COMMANDS = {"aarch64-clang-O1": ("qemu-aarch64", "-L", ARM), "wasm-O2": ("node", "--no-experimental-fetch")}
 RUNS = (*THREADS, *PROCESSORS,
         *(Run("", name, COMMANDS.get(name, ())) for name in BUILDS if name != "gcc-O3-clones"))
 
