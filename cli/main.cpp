@@ -42,7 +42,7 @@ std::string usageMessage(const CLI::App& app, const CLI::ParseError& error,
   for (const CLI::Option* option : at.get_options()) {
     if (!option->get_lnames().empty()) known.push_back("--" + option->get_lnames().front());
   }
-  const std::string lacking = cli::lackingValue(at, arguments);
+  std::string lacking = cli::lackingValue(at, arguments);
   if (!lacking.empty()) return lacking;
   for (const std::string& argument : extra) {
     if (argument.size() > 1 && argument.front() == '-') {
