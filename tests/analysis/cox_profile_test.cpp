@@ -18,25 +18,8 @@ using engine::cox::Options;
 using test::CoxData;
 using test::Csv;
 
-// The lung data with weights and two strata.
-CoxData lung() {
-  const Csv file(std::string(SURVMETH_REFERENCE) + "/cox/data/lung.csv");
-  CoxData data;
-  data.exit = file.numbers("time");
-  for (const double event : file.numbers("event")) data.event.push_back(event != 0.0);
-  data.columns = {file.numbers("age"), file.numbers("ecog"), file.numbers("karno")};
-  data.names = {"age", "ecog", "karno"};
-  data.term = {0, 1, 1};
-  data.strata = 2;
-  for (const double male : file.numbers("male")) data.stratum.push_back(male != 0.0);
-  for (std::size_t i = 0; i < data.exit.size(); ++i) {
-    data.weight.push_back(0.25 + static_cast<double>(i % 5));
-  }
-  return data;
-}
-
 TEST(CoxProfile, TwiceTheFallAtTheLimitsIsTheQuantile) {
-  const CoxData data = lung();
+  const CoxData data = test::weightedLung();
   const Fit fit = data.fit();
   numerics::Progress progress;
   for (std::size_t j = 0; j < 3; ++j) {
@@ -75,7 +58,7 @@ TEST(CoxProfile, AnInfiniteCoefficientHasOneFiniteLimit) {
 }
 
 TEST(CoxProfile, AliasedColumnsHaveNoLimits) {
-  CoxData data = lung();
+  CoxData data = test::weightedLung();
   data.columns[2] = data.columns[0];
   Options options;
   options.dropAliased = true;

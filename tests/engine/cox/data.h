@@ -55,6 +55,23 @@ struct CoxData {
   }
 };
 
+// The lung data with weights and two strata.
+inline CoxData weightedLung() {
+  const Csv file(std::string(SURVMETH_REFERENCE) + "/cox/data/lung.csv");
+  CoxData data;
+  data.exit = file.numbers("time");
+  for (const double event : file.numbers("event")) data.event.push_back(event != 0.0);
+  data.columns = {file.numbers("age"), file.numbers("ecog"), file.numbers("karno")};
+  data.names = {"age", "ecog", "karno"};
+  data.term = {0, 1, 1};
+  data.strata = 2;
+  for (const double male : file.numbers("male")) data.stratum.push_back(male != 0.0);
+  for (std::size_t i = 0; i < data.exit.size(); ++i) {
+    data.weight.push_back(0.25 + static_cast<double>(i % 5));
+  }
+  return data;
+}
+
 struct CoxCase {
   std::string name;
   engine::cox::Options options;

@@ -19,24 +19,6 @@ using engine::cox::Options;
 using engine::cox::ResidualOptions;
 using engine::cox::Ties;
 using test::CoxData;
-using test::Csv;
-
-// The lung data with weights and two strata.
-CoxData lung() {
-  const Csv file(std::string(SURVMETH_REFERENCE) + "/cox/data/lung.csv");
-  CoxData data;
-  data.exit = file.numbers("time");
-  for (const double event : file.numbers("event")) data.event.push_back(event != 0.0);
-  data.columns = {file.numbers("age"), file.numbers("ecog"), file.numbers("karno")};
-  data.names = {"age", "ecog", "karno"};
-  data.term = {0, 1, 1};
-  data.strata = 2;
-  for (const double male : file.numbers("male")) data.stratum.push_back(male != 0.0);
-  for (std::size_t i = 0; i < data.exit.size(); ++i) {
-    data.weight.push_back(0.25 + static_cast<double>(i % 5));
-  }
-  return data;
-}
 
 double sum(const std::vector<double>& values) {
   return std::accumulate(values.begin(), values.end(), 0.0);
@@ -46,7 +28,7 @@ TEST(CoxResiduals, WeightedMartingaleAndScoreResidualsSumToZero) {
   for (const Ties ties : {Ties::kEfron, Ties::kBreslow}) {
     Options options;
     options.ties = ties;
-    const Fit fit = lung().fit(options);
+    const Fit fit = test::weightedLung().fit(options);
     // The sum of a few hundred numbers of size 1.
     EXPECT_NEAR(sum(martingaleResiduals(fit, {true, false})), 0.0, 1e-10);
     for (std::size_t j = 0; j < 3; ++j) {
@@ -59,7 +41,7 @@ TEST(CoxResiduals, WeightedMartingaleAndScoreResidualsSumToZero) {
 }
 
 TEST(CoxResiduals, WeightedSchoenfeldResidualsCarryTheirOwnRowsWeight) {
-  const CoxData data = lung();
+  const CoxData data = test::weightedLung();
   const Fit fit = data.fit();
   const auto plain = schoenfeldResiduals(fit, false);
   const auto weighted = schoenfeldResiduals(fit, true);
@@ -71,7 +53,7 @@ TEST(CoxResiduals, WeightedSchoenfeldResidualsCarryTheirOwnRowsWeight) {
 }
 
 TEST(CoxResiduals, ClustersOfOneRowAreRows) {
-  CoxData data = lung();
+  CoxData data = test::weightedLung();
   Options options;
   options.robust = true;
   const Fit rows = data.fit(options);
@@ -88,7 +70,7 @@ TEST(CoxResiduals, ClustersOfOneRowAreRows) {
 }
 
 TEST(CoxResiduals, RowsOfWeightZeroHaveNone) {
-  CoxData data = lung();
+  CoxData data = test::weightedLung();
   data.weight[3] = 0.0;
   const Fit fit = data.fit();
   EXPECT_TRUE(std::isnan(martingaleResiduals(fit, {})[3]));
@@ -106,7 +88,7 @@ std::string refusal(Call call) {
 }
 
 TEST(CoxFollowUps, ExactTiesRefuseWhatNeedsAHazard) {
-  CoxData data = lung();
+  CoxData data = test::weightedLung();
   data.weight.clear();
   data.exit.resize(30);
   data.event.resize(30);
@@ -139,7 +121,7 @@ TEST(CoxFollowUps, ExactTiesRefuseWhatNeedsAHazard) {
 }
 
 TEST(CoxFollowUps, WhatCannotBeAnsweredIsRefused) {
-  CoxData data = lung();
+  CoxData data = test::weightedLung();
   const Fit fit = data.fit();
   EXPECT_EQ(refusal([&] {
               martingaleResiduals(fit, {false, true});
@@ -155,7 +137,7 @@ TEST(CoxFollowUps, WhatCannotBeAnsweredIsRefused) {
 }
 
 TEST(CoxTerms, DroppingATermIsTheDifferenceOfTwoFits) {
-  CoxData data = lung();
+  CoxData data = test::weightedLung();
   const Fit fit = data.fit();
   numerics::Progress progress;
   const auto tests = dropEachTerm(fit, progress);
