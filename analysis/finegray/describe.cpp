@@ -8,7 +8,6 @@
 #include "analysis/eventTables.h"
 #include "analysis/finegray/finegray.h"
 #include "engine/curves/limits.h"
-#include "engine/finegray/hazards.h"
 #include "numerics/elementary.h"
 #include "report/build.h"
 #include "report/numbers.h"
@@ -142,17 +141,6 @@ std::vector<report::Method> methodsOf(const FineGrayRequest& request) {
   return methods;
 }
 
-// Rows of each event time of each type of event and stratum.
-template <class Work>
-void eachTime(const FineGrayAnswer& answer, const Work& work) {
-  for (const FineGrayOfType& type : answer.types) {
-    const auto& a = type.fit.problem->rows.arrangement;
-    for (std::size_t s = 0; s < a.strata(); ++s) {
-      for (std::size_t k = a.stratumTime[s]; k < a.stratumTime[s + 1]; ++k) work(type, s, k);
-    }
-  }
-}
-
 report::Table readingTable(const FineGrayAnswer& answer, const FineGrayRequest& request) {
   std::vector<std::string> events, strata;
   std::vector<IncidenceAtTime> all;
@@ -176,22 +164,6 @@ report::Table readingTable(const FineGrayAnswer& answer, const FineGrayRequest& 
       report::columnOf(key::kTime, "time", Kind::kTime, all, &IncidenceAtTime::time));
   addIncidenceColumns(all, request.alpha, table);
   return table;
-}
-
-// Labels and times of such rows.
-report::Table timeTable(const FineGrayAnswer& answer, const char* id, std::string caption) {
-  std::vector<std::string> events, strata;
-  std::vector<double> times;
-  eachTime(answer, [&](const FineGrayOfType& type, std::size_t s, std::size_t k) {
-    const auto& a = type.fit.problem->rows.arrangement;
-    events.push_back(type.label);
-    strata.push_back(answer.strata.empty() ? "all" : answer.strata[a.stratumCode[s]]);
-    times.push_back(a.time[k]);
-  });
-  return report::tableOf(id, std::move(caption),
-                         {report::labelColumn(key::kEvent, answer.status, std::move(events)),
-                          report::labelColumn(key::kStratum, "stratum", std::move(strata)),
-                          report::numberColumn(key::kTime, "time", Kind::kTime, times)});
 }
 
 }  // namespace
@@ -244,80 +216,6 @@ report::Report describeFineGray(const FineGrayAnswer& answer, const FineGrayRequ
                               " unknown: the time is after the last of the stratum"});
   }
   return report;
-}
-
-std::vector<std::vector<IncidenceAtTime>> fineGrayCurves(const FineGrayOfType& type,
-                                                         const FineGrayAnswer& answer,
-                                                         const FineGrayRequest& request) {
-  numerics::Progress progress;
-  const engine::cox::BaselineHazard hazard(finegray::hazardSums(type.fit, progress));
-  const double z = engine::curves::normalQuantile(1 - request.alpha);
-  std::vector<std::vector<IncidenceAtTime>> curves;
-  for (const std::uint32_t stratum : hazard.strata()) {
-    curves.push_back(incidencesOf(hazard.at(answer.means, 0, stratum), z, request.incidenceScale));
-  }
-  return curves;
-}
-
-std::optional<report::Table> fineGrayBaseline(const FineGrayAnswer& answer,
-                                              const FineGrayRequest& request) {
-  report::Table table =
-      timeTable(answer, "baseline", "Cumulative incidence at the covariates' means");
-  std::vector<IncidenceAtTime> all;
-  for (const FineGrayOfType& type : answer.types) {
-    for (const auto& curve : fineGrayCurves(type, answer, request)) {
-      all.insert(all.end(), curve.begin(), curve.end());
-    }
-  }
-  addIncidenceColumns(all, request.alpha, table);
-  return table;
-}
-
-std::optional<report::Figure> fineGrayFigure(const FineGrayAnswer& answer,
-                                             const FineGrayRequest& request) {
-  if (answer.types.empty()) return {};
-  report::Figure figure;
-  figure.id = "incidence";
-  figure.title = "Cumulative incidence at the covariates' means";
-  figure.caption =
-      "By proportional subdistribution hazards, each type of event by a model of its own, with " +
-      report::confidence(request.alpha) + " limits (" + nameOf(request.incidenceScale) + ").";
-  std::vector<std::string> names;
-  std::vector<std::vector<std::vector<IncidenceAtTime>>> curves;
-  for (const FineGrayOfType& type : answer.types) {
-    names.push_back(answer.status + " " + type.label);
-    curves.push_back(fineGrayCurves(type, answer, request));
-  }
-  const auto& first = answer.types.front().fit.problem->rows.arrangement;
-  for (std::size_t s = 0; s < first.strata(); ++s) {
-    std::vector<IncidenceCurve> drawn;
-    for (std::size_t i = 0; i < curves.size(); ++i) drawn.push_back({names[i], curves[i][s]});
-    // The end of follow-up.
-    const double end = first.codeTime[first.exitCode[first.stratumRow[s + 1] - 1]];
-    figure.panels.push_back(incidencePanel(drawn, end));
-    if (!answer.strata.empty()) {
-      figure.panels.back().title = answer.strata[first.stratumCode[s]];
-    }
-  }
-  return figure;
-}
-
-std::optional<report::Table> fineGrayResiduals(const FineGrayAnswer& answer,
-                                               const FineGrayRequest&) {
-  report::Table table =
-      timeTable(answer, "residuals", "Covariates of the events less their weighted means");
-  std::vector<std::vector<double>> columns(answer.names.size());
-  for (const FineGrayOfType& type : answer.types) {
-    for (const std::vector<double>& row : finegray::schoenfeld(type.fit)) {
-      for (std::size_t j = 0; j < row.size(); ++j) columns[j].push_back(row[j]);
-    }
-  }
-  for (std::size_t j = 0; j < columns.size(); ++j) {
-    table.columns.push_back(
-        report::numberColumn(std::string(key::kSchoenfeld) + " " + answer.names[j], answer.names[j],
-                             Kind::kEstimate, columns[j]));
-  }
-  return table;
 }
 
 }  // namespace survmeth::analysis
