@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <limits>
 #include <vector>
 
 #include "Klikro/utilities.h"
@@ -33,10 +34,17 @@ std::vector<double> nonMissingOf(const matrix* v, int n) {
   return values;
 }
 
-// Of two zeros the negative one, so that no two numbers that differ in a bit change places.
-bool numbersFirst(double a, double b) {
-  if (std::isnan(a) || std::isnan(b)) return !std::isnan(a) && std::isnan(b);
-  return a != b ? a < b : std::signbit(a) && !std::signbit(b);
+// NaNs have their place at the end, all alike.
+std::vector<double>::iterator numbersFirst(std::vector<double>& values) {
+  return std::partition(values.begin(), values.end(), [](double x) { return !std::isnan(x); });
+}
+
+// The zero at a place of the values in order, the negative zeros before the others.
+double zeroAt(const std::vector<double>& values, std::ptrdiff_t place) {
+  const auto before = std::count_if(values.begin(), values.end(), [](double x) {
+    return x < 0.0 || (x == 0.0 && std::signbit(x));
+  });
+  return place < before ? -0.0 : 0.0;
 }
 
 double largest(const std::vector<double>& values) {
@@ -54,9 +62,13 @@ double quantile(std::vector<double> values, double p) {
   const double position = last * std::min(std::max(p, 0.0), 1.0);
   const auto below = values.begin() + static_cast<std::ptrdiff_t>(std::floor(position));
   const double fraction = position - std::floor(position);
-  std::nth_element(values.begin(), below, values.end(), numbersFirst);
-  if (fraction == 0.0) return *below;
-  const double above = *std::min_element(below + 1, values.end(), numbersFirst);
+  const auto end = numbersFirst(values);
+  if (below >= end) return std::numeric_limits<double>::quiet_NaN();
+  std::nth_element(values.begin(), below, end);
+  if (fraction == 0.0) return *below == 0.0 ? zeroAt(values, below - values.begin()) : *below;
+  // The sign of a zero has no part in what lies between two numbers.
+  if (below + 1 == end) return std::numeric_limits<double>::quiet_NaN();
+  const double above = *std::min_element(below + 1, end);
   const double step = above - *below;
   // Ends of both signs near the largest double lie further apart than a double can tell; their
   // halves do not.
@@ -149,7 +161,7 @@ int V_NbNonMissing(matrix* v, int n) { return static_cast<int>(nonMissingOf(v, n
 
 int V_NbDistinct(matrix* v, int n) {
   std::vector<double> values = nonMissingOf(v, n);
-  std::sort(values.begin(), values.end(), numbersFirst);
+  std::sort(values.begin(), numbersFirst(values));
   return static_cast<int>(std::unique(values.begin(), values.end()) - values.begin());
 }
 

@@ -2,8 +2,11 @@
 #include "survival/param/evaluate.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <span>
 #include <vector>
 
+#include "numerics/elementary.h"
 #include "survival/param/laws.h"
 #include "survival/param/normalEquations.h"
 #include "survival/param/predictor.h"
@@ -13,30 +16,39 @@ namespace survival::param {
 namespace {
 
 // A block of rows of the caller's columns other than the covariates.
+template <typename Law>
 class Rows {
  public:
-  Rows(const Model& model, int limit) : model_(model), scratch_(kColumns) {
+  Rows(const Model& model, int limit)
+      : model_(model), scratch_(kColumns), hazard_(Law::kHasHazard ? limit : 0) {
     for (auto& column : scratch_) column.resize(limit);
   }
 
   // Moves to rows first .. first + count - 1, whose predictor is `eta`.
-  void read(int first, int count, const double* eta) {
+  void read(const Law& law, int first, int count, const double* eta) {
     times_ = rowsOf(model_.times, 1, first, count, scratch_[0].data());
     status_ = rowsOf(model_.status, 1, first, count, scratch_[1].data());
     lower_ = rowsOf(model_.bounds, 1, first, count, scratch_[2].data());
     upper_ = rowsOf(model_.bounds, 2, first, count, scratch_[3].data());
     weights_ = rowsOf(model_.weights, 1, first, count, scratch_[4].data());
     eta_ = eta;
+    if constexpr (Law::kHasHazard) {
+      law.standardise(times_, eta, count, hazard_.data());
+      const std::span<double> all(hazard_.data(), static_cast<std::size_t>(count));
+      numerics::expArray(all, all);
+    }
   }
 
   Row at(int i) const {
-    return {times_[i], status_[i], lower_ + i, upper_ + i, weights_[i], eta_[i]};
+    const double hazard = Law::kHasHazard ? hazard_[i] : 0.0;
+    return {times_[i], status_[i], lower_ + i, upper_ + i, weights_[i], eta_[i], hazard};
   }
 
  private:
   static constexpr int kColumns = 5;
   const Model& model_;
   std::vector<std::vector<double>> scratch_;
+  std::vector<double> hazard_;
   const double* times_ = nullptr;
   const double* status_ = nullptr;
   const double* lower_ = nullptr;
@@ -99,7 +111,7 @@ void pass(const Model& model, const matrix* parameters, double* logLik, matrix* 
   Predictor predictor(model.covariates, coefficients);
   const int limit = predictor.blockRows();
   std::vector<double> eta(limit);
-  Rows rows(model, limit);
+  Rows<Law> rows(model, limit);
   DesignBlock block(kDerivatives ? predictor.width() : 0, kDerivatives ? limit : 0);
   DesignSums sums(block.width);
   SigmaSums sigma;
@@ -108,7 +120,7 @@ void pass(const Model& model, const matrix* parameters, double* logLik, matrix* 
   for (int first = 0; first < present; first += std::min(limit, present - first)) {
     const int count = std::min(limit, present - first);
     predictor.read(first, count, eta.data(), kDerivatives ? block.row(0) : nullptr);
-    rows.read(first, count, eta.data());
+    rows.read(law, first, count, eta.data());
     std::vector<int> withoutEtaEta;
     for (int i = 0; i < count; ++i) {
       const Row row = rows.at(i);

@@ -20,6 +20,7 @@ struct Row {
   const double* upper;
   double weight;
   double eta;
+  double hazard;  // e^z at the time, of the extreme-value laws
 };
 
 // Unweighted derivatives of a row's log-likelihood.
@@ -70,8 +71,8 @@ inline Terms ofProbability(double probability, const End& lower, const End& uppe
 
 // The minimum extreme-value law at z: hazard u = e^z, survival S = e^-u.
 struct ExtremeValue {
-  explicit ExtremeValue(double at)
-      : z(at), hazard(numerics::exp(at)), survival(numerics::exp(-hazard)) {}
+  explicit ExtremeValue(double at) : ExtremeValue(at, numerics::exp(at)) {}
+  ExtremeValue(double at, double u) : z(at), hazard(u), survival(numerics::exp(-u)) {}
   End end() const {
     const double density = hazard * survival;
     return {z, density, density - hazard * density};
@@ -86,7 +87,13 @@ struct ExtremeValue {
 class Exponential {
  public:
   static constexpr bool kHasScale = false;
+  static constexpr bool kHasHazard = true;
   explicit Exponential(double) {}
+
+  // Of each row z, the exponent of its hazard.
+  static void standardise(const double* time, const double* eta, int count, double* z) {
+    for (int i = 0; i < count; ++i) z[i] = time[i] - eta[i];
+  }
 
   template <bool kValue, bool kDerivatives>
   Extent add(const Row& row, double* logLik, Terms* terms) {
@@ -94,7 +101,7 @@ class Exponential {
     const double d = row.time - row.eta;
     if (row.status == 1.0) {
       const bool formed = d < kExpLimit;
-      const double u = formed ? numerics::exp(d) : 0.0;
+      const double u = formed ? row.hazard : 0.0;
       if constexpr (kValue) event_ = formed ? d - u : event_ + d;
       if constexpr (kDerivatives) {
         *terms = {formed ? -1.0 + u : -1.0, -u, 0.0, 0.0, 0.0};
@@ -102,7 +109,7 @@ class Exponential {
       }
     } else if (row.status == 0.0) {
       if (d < kExpLimit) {
-        const double u = numerics::exp(d);
+        const double u = row.hazard;
         if constexpr (kValue) right_ = -u;
         if constexpr (kDerivatives) {
           *terms = {u, -u, 0.0, 0.0, 0.0};
@@ -110,7 +117,7 @@ class Exponential {
         }
       }
     } else if (row.status == 2.0) {
-      const ExtremeValue at(d);
+      const ExtremeValue at(d, row.hazard);
       const double probability = 1.0 - at.survival;
       if constexpr (kValue) {
         if (d < kExpLimit) left_ = numerics::log(probability);
@@ -151,17 +158,22 @@ class Exponential {
 class Weibull {
  public:
   static constexpr bool kHasScale = true;
+  static constexpr bool kHasHazard = true;
   explicit Weibull(double sigma)
       : sigma_(sigma),
         logSigma_(numerics::log(sigma)),
         scale_{1.0 / sigma, 1.0 / (sigma * sigma), 1.0 / (sigma * sigma)} {}
+
+  void standardise(const double* time, const double* eta, int count, double* z) const {
+    for (int i = 0; i < count; ++i) z[i] = (time[i] - eta[i]) / sigma_;
+  }
 
   template <bool kValue, bool kDerivatives>
   Extent add(const Row& row, double* logLik, Terms* terms) const {
     if (row.status == 1.0) {
       const double d = row.time - row.eta;
       const double z = d / sigma_;
-      const double u = numerics::exp(z);
+      const double u = row.hazard;
       if constexpr (kValue) {
         *logLik += -row.weight * logSigma_ + row.weight * d / sigma_ - row.weight * row.time;
         if (!(z >= kExpLimit)) *logLik -= row.weight * u;
@@ -181,7 +193,7 @@ class Weibull {
     }
     if (row.status == 0.0) {
       const double z = (row.time - row.eta) / sigma_;
-      const double u = numerics::exp(z);
+      const double u = row.hazard;
       if constexpr (kValue) {
         if (!(z >= kExpLimit)) *logLik -= row.weight * u;
       }
@@ -193,7 +205,7 @@ class Weibull {
       return Extent::kAll;
     }
     if (row.status == 2.0) {
-      const ExtremeValue at((row.time - row.eta) / sigma_);
+      const ExtremeValue at((row.time - row.eta) / sigma_, row.hazard);
       const double probability = 1.0 - at.survival;
       if constexpr (kValue) *logLik += numerics::log(probability);
       if constexpr (!kDerivatives) return Extent::kNone;
@@ -225,6 +237,7 @@ class Weibull {
 class LogNormal {
  public:
   static constexpr bool kHasScale = true;
+  static constexpr bool kHasHazard = false;
   // The derivatives with respect to sigma go by way of sigma^3 and overflow with its inverse.
   explicit LogNormal(double sigma)
       : sigma_(sigma),
