@@ -100,8 +100,35 @@ TEST_P(Determinant, IsThatOfItsDefinition) {
 
 INSTANTIATE_TEST_SUITE_P(Cox, Determinant,
                          ::testing::Values("separated_efron", "separated_breslow", "late_efron",
-                                           "late_breslow", "ovarian_efron"),
+                                           "late_breslow", "ovarian_efron", "myeloma_breslow"),
                          [](const auto& each) { return each.param; });
+
+// 65 patients with multiple myeloma (Krall, Uthoff, Harley. Biometrics 31 (1975) 49-57), fitted in
+// print: SAS/STAT User's Guide, The PHREG Procedure, stepwise regression, and Firth's correction
+// for monotone likelihood, whose third covariate is 1 for times up to 65, which separates.
+TEST(PenalisedCox, APublishedMonotoneLikelihoodIsFound) {
+  const auto with = [](const std::vector<std::string>& names) {
+    return dataOf("cox_penalised/myeloma.csv", names);
+  };
+  Options breslow;
+  breslow.ties = Ties::kBreslow;
+  const engine::cox::Fit plain = with({"logBUN", "hgb"}).fit(breslow);
+  // Half a unit of the last digit in print.
+  EXPECT_NEAR(plain.coefficients[0], 1.67440, 5e-6);
+  EXPECT_NEAR(plain.standardError(0), 0.61209, 5e-6);
+  EXPECT_NEAR(plain.coefficients[1], -0.11899, 5e-6);
+  EXPECT_NEAR(plain.standardError(1), 0.05751, 5e-6);
+
+  const CoxData data = with({"logBUN", "hgb", "contrived"});
+  EXPECT_EQ(data.fit(breslow).column[2], Column::kInfinite);
+  const PenalisedFit made = fitted(data, Ties::kBreslow, {});
+  // The printed fit stops where its gradient is small, about 1e-4 standard errors off: three digits.
+  EXPECT_NEAR(made.fit.coefficients[0], 1.722, 5e-4);
+  EXPECT_NEAR(made.fit.standardError(0), 0.584, 5e-4);
+  EXPECT_NEAR(std::exp(made.fit.coefficients[0]), 5.596, 5e-4);
+  EXPECT_NEAR(std::exp(made.fit.coefficients[1]), 0.894, 5e-4);
+  EXPECT_NEAR(made.fit.coefficients[2], 3.815, 5e-4);
+}
 
 TEST(PenalisedCox, TheDeterminantsGradientIsItsSlope) {
   const CoxData data = dataOf("cox/data/cgd.csv", {"gamma", "age", "autosomal", "steroids"});

@@ -109,7 +109,8 @@ def main():
     quantile = sqrt(mpf(2)) * erfinv(mpf("0.95"))
     cases = [("separated.csv", "efron", ["x", "z"]), ("separated.csv", "breslow", ["x", "z"]),
              ("late.csv", "efron", ["x", "z"]), ("late.csv", "breslow", ["x", "z"]),
-             ("../cox/data/ovarian.csv", "efron", ["age", "rx", "residual"])]
+             ("../cox/data/ovarian.csv", "efron", ["age", "rx", "residual"]),
+             ("myeloma.csv", "breslow", ["logBUN", "hgb", "contrived"])]
     for name, ties, columns in cases:
         model = Model(read(name, columns), ties)
         p = model.p
