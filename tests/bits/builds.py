@@ -124,6 +124,7 @@ def made(build, jobs):
               f"-DCMAKE_CXX_FLAGS_RELEASE={build.optimisation}",
               f"-DCMAKE_C_FLAGS_RELEASE={build.optimisation}",
               f"-DSURVMETH_MULTIVERSION={'ON' if build.clones else 'OFF'}",
+              f"-DSURVMETH_PRECOMPILE={'OFF' if build.compiler == 'em++' else 'ON'}",
               "-DSURVMETH_PROGRAMS=OFF", *build.cmake],
              ["cmake", "--build", folder, "-j", str(jobs), "--target", "wordsize_results"]]
     # Emscripten's own scripts look for what they need where Debian does not.
