@@ -33,7 +33,12 @@ void merge(report::Report made, const NewData& newData, report::Report& report) 
     report.tables.push_back(std::move(table));
   }
   for (report::Figure& figure : made.figures) report.figures.push_back(std::move(figure));
-  for (report::Method& method : made.methods) report.methods.push_back(std::move(method));
+  for (report::Method& method : made.methods) {
+    const bool stands =
+        std::any_of(report.methods.begin(), report.methods.end(),
+                    [&](const report::Method& each) { return each.text == method.text; });
+    if (!stands) report.methods.push_back(std::move(method));
+  }
   for (report::Note& note : made.notes) {
     note.text = "new data: " + note.text;
     report.notes.push_back(std::move(note));

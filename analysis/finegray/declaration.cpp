@@ -1,6 +1,8 @@
 // The declaration of survmeth finegray.
+#include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "analysis/all.h"
@@ -14,6 +16,30 @@ using engine::WeightKind;
 using engine::cox::TimeTransform;
 using engine::finegray::CensoringTies;
 using engine::finegray::Errors;
+
+namespace {
+
+// Nothing is drawn along without new data.
+void check(const FineGrayRequest& request) {
+  if (request.curves && request.newData.empty()) {
+    throw BadOption("curves", "stands without --newdata; expected both or none");
+  }
+}
+
+// What is wanted of new data, beside the fit.
+std::shared_ptr<FineGrayPredictRequest> newDataOf(const frame::Frame& data,
+                                                  const FineGrayAnswer& answer,
+                                                  const FineGrayRequest& request) {
+  auto made = std::make_shared<FineGrayPredictRequest>();
+  made->fit = std::make_shared<const FineGraySaved>(fineGraySaved(data, answer, request));
+  made->at = request.incidenceTimes;
+  made->scale = request.incidenceScale;
+  made->alpha = request.alpha;
+  made->curves = request.curves;
+  return made;
+}
+
+}  // namespace
 
 Declaration finegrayDeclaration() {
   return declare<FineGrayRequest, FineGrayAnswer>(
@@ -57,8 +83,15 @@ Declaration finegrayDeclaration() {
                                             "this function of time")
       .numbers("at", &FineGrayRequest::incidenceTimes,
                {.least = 0, .ascending = true, .expected = "ascending numbers not below 0"},
-               "Times of the incidence at the covariates' means")
+               "Times of the incidence at the covariates' means and of the new data")
       .choice("conf", &FineGrayRequest::incidenceScale, incidenceScales(), "Limits of incidence")
+      .data("newdata", &FineGrayRequest::newData,
+            "File of new data, of whose rows the incidence is predicted; read as FILE is, without "
+            "--where")
+      .newData<FineGrayPredictRequest>(
+          newDataOf, {{"save", "newdata"}, {"incidenceAt", "predictedIncidenceAt"}})
+      .table("curves", &FineGrayRequest::curves, "curves",
+             "File for the curves of the new data at all event times (CSV)")
       .alpha(&FineGrayRequest::alpha)
       .details(
           "The status in Surv(time, status) or Surv(entry, exit, status) is a column whose values "
@@ -70,11 +103,14 @@ Declaration finegrayDeclaration() {
       .tables({"fits", "coefficients", "tests", "proportionality", "incidenceAt", "causeSpecific"})
       .longTable("baseline", fineGrayBaseline)
       .longTable("residuals", fineGrayResiduals)
+      .tables({"predictions", "predictedIncidenceAt", "curves"})
       .figure("incidence", fineGrayFigure)
       .figure("schoenfeld", fineGraySchoenfeld)
+      .figures({"predictedIncidence"})
       .save<FineGraySaved>(fineGraySaved, writeFineGraySaved, readFineGraySaved,
                            fineGrayPredictDeclaration())
       .leastRows(2)
+      .check(check)
       .adjustColumns(wantFineGrayColumns)
       .completeRows(fineGrayRows)
       .fit(fitFineGray)

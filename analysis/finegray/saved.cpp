@@ -11,7 +11,7 @@ namespace survmeth::analysis {
 FineGraySaved fineGraySaved(const frame::Frame& data, const FineGrayAnswer& answer,
                             const FineGrayRequest&) {
   if (answer.types.empty()) {
-    throw BadOption("save", "there is no fit to save, for no row is an event");
+    throw BadOption("save", "there is no fit, for no row is an event");
   }
   FineGraySaved saved;
   saved.status = answer.status;

@@ -54,6 +54,22 @@ def test_new_data_beside_the_first_are_told_the_same(fit):
         assert {key: list(ours[key]) for key in ours} == {key: list(table[key]) for key in table}
 
 
+def test_incidences_of_new_data_beside_the_first_are_those_of_predict():
+    rows = {"time": [1.0, 2, 3, 4, 5, 6, 7, 8], "status": [1, 2, 0, 1, 2, 1, 0, 1],
+            "x": [0.0, 1, 1, 0, 0, 1, 0, 0]}
+    new = {"x": [1.0, 0.5]}
+    formula = "Surv(time, status) ~ x"
+    both = survmeth.finegray(formula, rows, event="1", newdata=new, at=[2, 6])
+    alone = survmeth.finegray(formula, rows, event="1").predict(new, at=[2, 6])
+    for ours, name in (("predictions", "predictions"), ("predictedIncidenceAt", "incidenceAt")):
+        table = alone.arrays[name]
+        assert {key: list(both.arrays[ours][key]) for key in table} == {
+            key: list(table[key]) for key in table}
+    with pytest.raises(survmeth.RefusedInput) as refused:
+        survmeth.finegray(formula, rows, event="1", newdata={"y": [1.0]})
+    assert refused.value.argument == "newdata"
+
+
 @pytest.mark.parametrize("new, column, index", [
     ({"age": [60.0, 50.0], "sex": ["male", "none"], "ph.ecog": [1.0, 1.0]}, None, 1),
     ({"age": [60.0], "sex": ["male"]}, None, None),

@@ -22,18 +22,13 @@ struct FineGrayCase {
                                                                 : std::string();
     };
     data = causeData(text("data"), "", text("weight"), text("cluster"), text("strata"));
-    const Csv file(std::string(SURVMETH_REFERENCE) + "/incidence/data/" + text("data") + ".csv");
-    for (const std::string& name : file.names()) {
-      if (name[0] == 'x') covariates.push_back(file.numbers(name));
-    }
-    for (std::size_t j = 0; j < covariates.size(); ++j) {
-      design.columns.emplace_back(covariates[j]);
-      design.names.push_back("x" + std::to_string(j + 1));
-      design.termNames.push_back(design.names.back());
-      design.term.push_back(j);
-    }
+    const Csv file = takeCovariates(text("data"));
     if (!text("censoring").empty()) censoring = codesOf(file.numbers(text("censoring")), groups);
     options.cause = static_cast<std::uint32_t>(cases.number("cause", at));
+  }
+  FineGrayCase(const std::string& name, std::uint32_t cause) : data(causeData(name, "")) {
+    takeCovariates(name);
+    options.cause = cause;
   }
   FineGrayCase(const FineGrayCase&) = delete;
   FineGrayCase& operator=(const FineGrayCase&) = delete;
@@ -55,6 +50,21 @@ struct FineGrayCase {
   std::vector<std::uint32_t> censoring;
   std::size_t groups = 1;
   engine::finegray::Options options;
+
+ private:
+  Csv takeCovariates(const std::string& name) {
+    Csv file(std::string(SURVMETH_REFERENCE) + "/incidence/data/" + name + ".csv");
+    for (const std::string& column : file.names()) {
+      if (column[0] == 'x') covariates.push_back(file.numbers(column));
+    }
+    for (std::size_t j = 0; j < covariates.size(); ++j) {
+      design.columns.emplace_back(covariates[j]);
+      design.names.push_back("x" + std::to_string(j + 1));
+      design.termNames.push_back(design.names.back());
+      design.term.push_back(j);
+    }
+    return file;
+  }
 };
 
 inline engine::cox::BaselineHazard hazardOf(const engine::finegray::Fit& fit) {
