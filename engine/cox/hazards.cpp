@@ -145,6 +145,7 @@ bool hazardsAt(const Problem& problem, Ties ties, std::span<const double> coeffi
   numerics::RunningSum logSum;
   for (const double sum : logs) logSum.add(sum);
   hazards.logLikelihood = observed - logSum.value();
+  if (!exactTies(ties)) hazards.cumulative.swap(hazards.predictor);
   hazards.cumulative.resize(a.rows());
   problem.sums.overTimes(hazards.increment, hazards.own, hazards.cumulative, hazards.scales);
   return true;

@@ -2,16 +2,13 @@
 
 #include <algorithm>
 
-#include "engine/cox/chunks.h"
 #include "engine/cox/stratumSums.h"
 #include "numerics/hot.h"
 
 namespace survmeth::engine::cox {
 namespace {
 
-using numerics::BlockedColumns;
 using numerics::SquareMatrix;
-constexpr std::size_t kRows = BlockedColumns::kBlock;
 
 SURVMETH_HOT void scaleRows(const double* sums, const double* scale, std::size_t rows,
                             double* out) {
@@ -231,61 +228,6 @@ void BackwardMeans::formMeans(const double* sums, std::size_t j) {
         put(action.slot + 1, failing * action.scale);
         break;
       }
-    }
-  }
-}
-
-void riskTimes(const Problem& problem, const Hazards& hazards, std::size_t j,
-               std::span<double> value) {
-  for (std::size_t block = 0; block < problem.x.blocks(); ++block) {
-    const double* x = problem.x.column(block, j);
-    const double* risk = hazards.risk.data() + block * kRows;
-    double* to = value.data() + block * kRows;
-    for (std::size_t i = 0; i < problem.x.rowsOf(block); ++i) to[i] = risk[i] * x[i];
-  }
-}
-
-void subtractMeans(const Problem& problem, const Hazards& hazards, Ties ties,
-                   std::span<const double> factor, SquareMatrix& information) {
-  const risk::Arrangement& a = problem.arrangement;
-  const std::size_t p = problem.columns();
-  std::vector<std::size_t> place(a.times());
-  std::vector<double> weight;
-  std::vector<MeanTerms> terms(a.times());
-  for (std::size_t k = 0; k < a.times(); ++k) {
-    terms[k] = meanTerms(tieMoments(problem, hazards, ties, k));
-    place[k] = weight.size();
-    const double times = factor.empty() ? 1.0 : factor[k];
-    if (terms[k].weight != 0.0) weight.push_back(times * terms[k].weight);
-    if (terms[k].failingWeight != 0.0) weight.push_back(times * terms[k].failingWeight);
-  }
-  BlockedColumns means(weight.size(), p);
-  numerics::inParallel(p, [&](std::size_t j) {
-    std::vector<double> value(a.rows());
-    std::vector<double> others(a.times());
-    std::vector<double> failing(a.times());
-    riskTimes(problem, hazards, j, value);
-    problem.sums.overRiskSets(value, others, failing, hazards.scales);
-    for (std::size_t k = 0; k < a.times(); ++k) {
-      const double whole = hazards.all(k);
-      std::size_t to = place[k];
-      if (terms[k].weight != 0.0) {
-        means(to++, j) = (others[k] + terms[k].mean * failing[k]) / whole;
-      }
-      if (terms[k].failingWeight != 0.0) means(to, j) = failing[k] / whole;
-    }
-  });
-  const Chunks chunks(means);
-  std::vector<SquareMatrix> parts(chunks.count(), SquareMatrix(p));
-  chunks.inParallel([&](std::size_t chunk, std::size_t begin, std::size_t end) {
-    for (std::size_t block = begin; block < end; ++block) {
-      numerics::addWeightedGram(means.column(block, 0), weight.data() + block * kRows,
-                                means.rowsOf(block), 1.0, parts[chunk]);
-    }
-  });
-  for (const SquareMatrix& part : parts) {
-    for (std::size_t j = 0; j < p; ++j) {
-      for (std::size_t k = 0; k <= j; ++k) information(j, k) -= part(j, k);
     }
   }
 }

@@ -69,7 +69,9 @@ std::size_t continuedRows(const Problem& problem, std::size_t block);
 // for that, rows and times have units of their own instead: risks are in those of their row, sums
 // over risk sets in those of their time, hazards in the reciprocals.
 struct Hazards {
-  numerics::LargeArray<double> predictor;   // rows: x'b + offset, of the centred covariates
+  // rows: x'b + offset, of the centred covariates; kept for the exact treatments of ties only, else
+  // the memory goes to `cumulative`
+  numerics::LargeArray<double> predictor;
   numerics::LargeArray<double> risk;        // rows: weight exp(predictor - shift)
   std::vector<double> shift;                // strata
   risk::Scales scales;                      // mostly empty

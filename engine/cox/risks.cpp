@@ -79,6 +79,7 @@ class Risks {
                           [](double c) { return c == 0.0; })),
         observed_(problem.x.blocks()) {
     const std::size_t n = problem.arrangement.rows();
+    if (hazards.predictor.empty()) hazards.predictor.swap(hazards.cumulative);
     hazards.predictor.resize(n);
     hazards.risk.resize(n);
     hazards.shift.assign(problem.arrangement.strata(), 0.0);

@@ -1,6 +1,7 @@
 #include "engine/risk/arrangement.h"
 
 #include <algorithm>
+#include <atomic>
 #include <utility>
 
 #include "engine/risk/parts.h"
@@ -10,8 +11,12 @@ namespace {
 
 // Rows by stratum, the order within a stratum kept; rows of weight 0 left out. `starts` gets the
 // first position of every stratum code and, behind them, the count of all.
-std::vector<std::uint32_t> byStratum(const std::vector<std::uint32_t>& order, const Rows& rows,
+std::vector<std::uint32_t> byStratum(std::vector<std::uint32_t> order, const Rows& rows,
                                      std::vector<std::uint32_t>& starts) {
+  if (rows.stratum.empty() && rows.weight.empty()) {
+    starts = {0, static_cast<std::uint32_t>(order.size())};
+    return order;
+  }
   const auto takesPart = [&](std::uint32_t row) {
     return rows.weight.empty() || rows.weight[row] > 0.0;
   };
@@ -37,11 +42,13 @@ std::vector<std::uint32_t> byStratum(const std::vector<std::uint32_t>& order, co
 Arrangement::Arrangement(const Response& response, const Rows& rows, double tieTolerance) {
   TimeCodes codes(response, tieTolerance);
   std::vector<std::uint32_t> starts;
-  source = byStratum(codes.exitOrder, rows, starts);
+  codes.entryOrder = {};
+  source = byStratum(std::move(codes.exitOrder), rows, starts);
   const std::size_t n = source.size();
 
   exitCode.resize(n);
   inParts(n, [&](std::size_t i) { exitCode[i] = codes.exit[source[i]]; });
+  codes.exit = {};
   eventsFirst(response, starts);
 
   weight.resize(n, 1.0);
@@ -88,25 +95,54 @@ Arrangement::Arrangement(const Response& response, const Rows& rows, double tieT
   codeTime = std::move(codes.time);
   if (response.entry.empty()) return;
   entryCode.resize(n);
-  std::vector<std::uint32_t> position(response.rows());
-  inParts(n, [&](std::size_t i) {
-    entryCode[i] = codes.entry[source[i]];
-    position[source[i]] = static_cast<std::uint32_t>(i);
-  });
-  const std::vector<std::uint32_t> byEntry = byStratum(codes.entryOrder, rows, starts);
-  first.resize(n);
-  bool late = false;
+  inParts(n, [&](std::size_t i) { entryCode[i] = codes.entry[source[i]]; });
+  codes.entry = {};
+  findFirst();
+}
+
+// Of each row the first event time behind its entry.
+void Arrangement::findFirst() {
+  first.resize(rows());
+  std::vector<std::uint32_t> table;
+  std::vector<std::uint8_t> late(strata(), 0);
   for (std::size_t s = 0; s < strata(); ++s) {
-    std::uint32_t k = stratumTime[s];
-    for (std::uint32_t i = stratumRow[s]; i < stratumRow[s + 1]; ++i) {
-      const std::uint32_t row = byEntry[i];
-      while (k < stratumTime[s + 1] && timeCode[k] <= codes.entry[row]) ++k;
+    const std::uint32_t begin = stratumTime[s];
+    const std::uint32_t stop = stratumTime[s + 1];
+    const std::size_t count = stratumRow[s + 1] - stratumRow[s];
+    const auto find = [&](std::size_t i, std::uint32_t k) {
       // A row between two event times is never at risk.
-      first[position[row]] = std::min(k, end[position[row]]);
-      late = late || k > stratumTime[s];
+      first[i] = std::min(k, end[i]);
+      return k > begin;
+    };
+    if (count < codeTime.size() / 8) {
+      for (std::size_t i = stratumRow[s]; i < stratumRow[s + 1]; ++i) {
+        const auto behind =
+            std::upper_bound(timeCode.begin() + begin, timeCode.begin() + stop, entryCode[i]);
+        const auto k = static_cast<std::uint32_t>(behind - timeCode.begin());
+        if (find(i, k)) late[s] = 1;
+      }
+      continue;
     }
+    // Where rows are many, looked up by the entry's code.
+    table.resize(codeTime.size());
+    std::uint32_t k = begin;
+    for (std::uint32_t code = 0; code < table.size(); ++code) {
+      while (k < stop && timeCode[k] <= code) ++k;
+      table[code] = k;
+    }
+    std::atomic<bool> any = false;
+    inRanges(count, [&](std::size_t from, std::size_t to) {
+      bool found = false;
+      for (std::size_t i = stratumRow[s] + from; i < stratumRow[s] + to; ++i) {
+        found = find(i, table[entryCode[i]]) || found;
+      }
+      if (found) any = true;
+    });
+    late[s] = any ? 1 : 0;
   }
-  if (!late) first.clear();
+  if (std::all_of(late.begin(), late.end(), [](std::uint8_t each) { return each == 0; })) {
+    first.clear();
+  }
 }
 
 // For as many event times as there can be, so that none is moved on the way.

@@ -83,6 +83,7 @@ struct Arrangement {
 
  private:
   void reserveTimes(std::size_t distinct, std::size_t strataCodes);
+  void findFirst();
   void eventsFirst(const Response& response, const std::vector<std::uint32_t>& starts);
 };
 

@@ -28,9 +28,10 @@ void Sums::sumScaled(std::span<const double> value, std::span<double> others,
                      std::span<double> failing, const Scales& scales) const {
   const Arrangement& a = arrangement_;
   const bool late = a.lateEntry();
-  std::size_t next = late ? fromStart_.size() : a.rows();
+  const std::vector<std::uint32_t>& fromStart = stays_.fromStart();
+  std::size_t next = late ? fromStart.size() : a.rows();
   const auto rowBefore = [&](std::size_t m) {
-    return late ? std::size_t{fromStart_[m - 1]} : m - 1;
+    return late ? std::size_t{fromStart[m - 1]} : m - 1;
   };
   for (std::size_t s = a.strata(); s-- > 0;) {
     ScaledSum sum;
@@ -49,18 +50,17 @@ void Sums::sumScaled(std::span<const double> value, std::span<double> others,
   const auto add = [&](std::size_t k, const ScaledSum& sum) {
     others[k] += in(sum, scales.time[k]);
   };
-  for (const Stay& stay : once_) {
-    others[stay.from] +=
-        value[stay.row] * scaleFactor(scales.time[stay.from] - scales.row[stay.row]);
-  }
+  stays_.forThoseAtOneTime([&](std::size_t row, std::size_t k) {
+    others[k] += value[row] * scaleFactor(scales.time[k] - scales.row[row]);
+  });
   std::vector<ScaledSum> starting;
-  for (const Place& place : places_) {
+  for (const unsigned bit : stays_.places()) {
     starting.assign(a.times(), {});
-    for (const Stay& stay : place.stays) {
-      starting[stay.from].add(value[stay.row], scales.row[stay.row]);
-      starting[stay.to].add(value[stay.row], scales.row[stay.row]);
-    }
-    const std::size_t half = std::size_t{1} << place.bit;
+    stays_.forThoseAcross(bit, [&](std::size_t row, std::size_t from, std::size_t to) {
+      starting[from].add(value[row], scales.row[row]);
+      starting[to].add(value[row], scales.row[row]);
+    });
+    const std::size_t half = std::size_t{1} << bit;
     for (std::size_t middle = half; middle < a.times(); middle += 2 * half) {
       ScaledSum up;
       for (std::size_t k = middle - half; k < middle; ++k) {
@@ -85,6 +85,7 @@ void Sums::sumTimesScaled(std::span<const double> at, std::span<const double> ow
   // Sums up to each time from the stratum's first on, with an empty one before it.
   std::vector<ScaledSum> before(a.times() + a.strata());
   const bool late = a.lateEntry();
+  const std::vector<std::uint32_t>& fromStart = stays_.fromStart();
   std::size_t start = 0;
   for (std::size_t s = 0; s < a.strata(); ++s) {
     ScaledSum* upTo = before.data() + s;
@@ -100,16 +101,16 @@ void Sums::sumTimesScaled(std::span<const double> at, std::span<const double> ow
       }
       if (!late) sum[i] += ofRow(upTo[a.end[i] - std::size_t{a.event[i]}], i);
     }
-    for (; start < fromStart_.size() && fromStart_[start] < a.stratumRow[s + 1]; ++start) {
-      const std::size_t i = fromStart_[start];
+    for (; start < fromStart.size() && fromStart[start] < a.stratumRow[s + 1]; ++start) {
+      const std::size_t i = fromStart[start];
       sum[i] += ofRow(upTo[a.end[i] - std::size_t{a.event[i]}], i);
     }
   }
-  for (const Stay& stay : once_) {
-    sum[stay.row] += at[stay.from] * scaleFactor(scales.time[stay.from] - scales.row[stay.row]);
-  }
-  for (const Place& place : places_) {
-    const std::size_t half = std::size_t{1} << place.bit;
+  stays_.forThoseAtOneTime([&](std::size_t row, std::size_t k) {
+    sum[row] += at[k] * scaleFactor(scales.time[k] - scales.row[row]);
+  });
+  for (const unsigned bit : stays_.places()) {
+    const std::size_t half = std::size_t{1} << bit;
     for (std::size_t middle = half; middle < a.times(); middle += 2 * half) {
       ScaledSum down;
       for (std::size_t k = middle; k-- > middle - half;) {
@@ -123,9 +124,9 @@ void Sums::sumTimesScaled(std::span<const double> at, std::span<const double> ow
         before[k] = up;
       }
     }
-    for (const Stay& stay : place.stays) {
-      sum[stay.row] += ofRow(before[stay.from], stay.row) + ofRow(before[stay.to], stay.row);
-    }
+    stays_.forThoseAcross(bit, [&](std::size_t row, std::size_t from, std::size_t to) {
+      sum[row] += ofRow(before[from], row) + ofRow(before[to], row);
+    });
   }
 }
 

@@ -9,6 +9,8 @@
 #include <vector>
 
 #include "engine/risk/arrangement.h"
+#include "engine/risk/stays.h"
+#include "numerics/gram.h"
 #include "numerics/runningSum.h"
 
 namespace survmeth::engine::risk {
@@ -50,7 +52,8 @@ class ScaledSum {
 // m - 1 and to one that runs down from b to m. Every sum therefore only grows.
 //
 // Cost O(rows + times) without late entry, else O(rows + times log(times)) at most: places at
-//      which no row is split are passed over.
+//      which no row is split are passed over. The rows are read once, in their order, and three
+//      numbers an event time are held on the way
 class Sums {
  public:
   explicit Sums(const Arrangement& arrangement);
@@ -62,6 +65,16 @@ class Sums {
   // Out  others[times], failing[times]
   void overRiskSets(std::span<const double> value, std::span<double> others,
                     std::span<double> failing, const Scales& scales = {}) const;
+
+  // The same, where rows enter late, of factor[i] x(i, column) and of the columns that follow, each
+  // with the bits that it has by itself.
+  //
+  // In   columns  1 .. kAbreast
+  // Out  others[times * columns], failing[times * columns]: of each time the columns side by side
+  static constexpr std::size_t kAbreast = 4;
+  void overRiskSets(std::span<const double> factor, const numerics::BlockedColumns& x,
+                    std::size_t column, std::size_t columns, std::span<double> others,
+                    std::span<double> failing) const;
 
   // For each event time the largest value[i] of the rows at risk, those that fail included.
   std::vector<double> largestInRiskSets(std::span<const double> value) const;
@@ -76,31 +89,16 @@ class Sums {
                  const Scales& scales = {}) const;
 
  private:
-  // A row that enters late is at risk, without failing, at the times from .. to.
-  struct Stay {
-    std::uint32_t row, from, to;
-  };
-  // Those at risk at more than one time, by the highest place in which the times differ.
-  struct Place {
-    unsigned bit;
-    std::vector<Stay> stays;
-  };
   void sumScaled(std::span<const double> value, std::span<double> others, std::span<double> failing,
                  const Scales& scales) const;
   void sumTimesScaled(std::span<const double> at, std::span<const double> own,
                       std::span<double> sum, const Scales& scales) const;
-  void sumFromStart(std::span<const double> value, std::span<double> others,
-                    std::span<double> failing) const;
   void sumWithoutEntry(std::span<const double> value, std::span<double> others,
                        std::span<double> failing) const;
 
   const Arrangement& arrangement_;
   std::vector<std::uint32_t> tied_;  // times of more than one event, ascending
-  // Where rows enter late: those that are at risk, without failing, from their stratum's first
-  // time on, and those that enter later, at one time or at more.
-  std::vector<std::uint32_t> fromStart_;
-  std::vector<Stay> once_;
-  std::vector<Place> places_;
+  Stays stays_;                      // empty without late entry
 };
 
 }  // namespace survmeth::engine::risk

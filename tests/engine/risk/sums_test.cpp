@@ -8,6 +8,9 @@
 #include <cstdint>
 #include <vector>
 
+#include "numerics/gram.h"
+#include "numerics/threads.h"
+
 namespace survmeth::engine::risk {
 namespace {
 
@@ -30,8 +33,9 @@ std::uint32_t next(std::uint64_t& state) {
 }
 
 // `span` distinct whole times; rows enter up to `length` before their exit.
-Sample sample(std::size_t n, std::uint32_t span, std::uint32_t length) {
+Sample sample(std::size_t n, std::uint32_t span, std::uint32_t length, std::uint32_t strata = 3) {
   Sample s;
+  s.strata = strata;
   std::uint64_t state = n + span;
   for (std::size_t i = 0; i < n; ++i) {
     const std::uint32_t exit = 1 + next(state) % span;
@@ -40,7 +44,7 @@ Sample sample(std::size_t n, std::uint32_t span, std::uint32_t length) {
       s.entry.push_back(std::max(0.0, exit - 1.0 - next(state) % length));
     }
     s.event.push_back(next(state) % 2);
-    s.stratum.push_back(next(state) % 3);
+    s.stratum.push_back(next(state) % strata);
   }
   return s;
 }
@@ -94,6 +98,70 @@ TEST(RiskSums, AreDirectSumsWhereEverybodyIsAtRiskFromTheBeginning) {
 TEST(RiskSums, AreDirectSumsWhereRowsEnterLate) {
   for (const std::uint32_t length : {1U, 3U, 30U, 100U}) expectDirectSums(sample(400, 60, length));
   expectDirectSums(sample(400, 100000, 50000));
+}
+
+TEST(RiskSums, AreDirectSumsWhereRowsEnterLateInManyStrata) {
+  // Of some ten and of some hundred rows each.
+  expectDirectSums(sample(1000, 100000, 50000, 100));
+  expectDirectSums(sample(1000, 60, 20, 10));
+}
+
+TEST(RiskSums, AreDirectSumsWhereRowsEnterLateAtThousandsOfTimes) {
+  // Rows that stay for a few of the times, for some hundred and for nearly all.
+  for (const std::uint32_t length : {2000U, 100000U, 1000000U}) {
+    expectDirectSums(sample(9000, 1000000, length, 1));
+  }
+  expectDirectSums(sample(9000, 1000000, 400000, 2));
+}
+
+TEST(RiskSums, OfColumnsAbreastHaveTheBitsOfEachColumnByItself) {
+  const Sample s = sample(5000, 1000000, 300000);
+  const Arrangement a(s.response(), s.rows(), 0.0);
+  const Sums sums(a);
+  constexpr std::size_t kColumns = 6;
+  numerics::BlockedColumns x(a.rows(), kColumns);
+  std::vector<double> factor(a.rows());
+  for (std::size_t i = 0; i < a.rows(); ++i) {
+    factor[i] = 1.0 / static_cast<double>(1 + a.source[i] % 17);
+    for (std::size_t j = 0; j < kColumns; ++j) {
+      x(i, j) = static_cast<double>((a.source[i] * (j + 3)) % 29) / 7.0 - 2.0;
+    }
+  }
+  for (std::size_t columns = 1; columns <= Sums::kAbreast; ++columns) {
+    constexpr std::size_t kFirst = 2;
+    std::vector<double> others(a.times() * columns);
+    std::vector<double> failing(a.times() * columns);
+    sums.overRiskSets(factor, x, kFirst, columns, others, failing);
+    for (std::size_t c = 0; c < columns; ++c) {
+      std::vector<double> value(a.rows());
+      for (std::size_t i = 0; i < a.rows(); ++i) value[i] = factor[i] * x(i, kFirst + c);
+      std::vector<double> othersAlone(a.times());
+      std::vector<double> failingAlone(a.times());
+      sums.overRiskSets(value, othersAlone, failingAlone);
+      for (std::size_t k = 0; k < a.times(); ++k) {
+        ASSERT_EQ(others[k * columns + c], othersAlone[k]);
+        ASSERT_EQ(failing[k * columns + c], failingAlone[k]);
+      }
+    }
+  }
+}
+
+TEST(RiskSums, OverTimesHaveTheSameBitsOnAnyNumberOfThreads) {
+  const Sample s = sample(9000, 1000000, 300000);
+  const Arrangement a(s.response(), s.rows(), 0.0);
+  const Sums sums(a);
+  std::vector<double> at(a.times());
+  for (std::size_t k = 0; k < a.times(); ++k) at[k] = 1.0 / static_cast<double>(1 + k % 13);
+  std::vector<double> one(a.rows());
+  numerics::setThreads(1);
+  sums.overTimes(at, at, one);
+  for (const unsigned count : {2U, 7U}) {
+    numerics::setThreads(count);
+    std::vector<double> several(a.rows());
+    sums.overTimes(at, at, several);
+    EXPECT_EQ(several, one) << count << " threads";
+  }
+  numerics::setThreads(0);
 }
 
 TEST(RiskSums, SmallRisksLoseNoDigitsBesideLargeOnesThatHaveLeft) {
