@@ -6,6 +6,7 @@
 #include "engine/risk/parts.h"
 #include "numerics/largeArray.h"
 #include "numerics/runningSum.h"
+#include "numerics/sizes.h"
 
 namespace survmeth::engine::risk {
 
@@ -48,7 +49,7 @@ class Stays::Windows {
       mask_[kAcross + place] = std::max(kChunk, block(place)) - 1;
       size += std::min(times_, mask_[kAcross + place] + 1);
     }
-    values_.resize(size * columns, 0.0);
+    values_.resize(numerics::product(size, columns), 0.0);
     std::fill_n(values_.begin(), kSpare * columns, filler);
   }
 
