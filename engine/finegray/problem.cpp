@@ -1,11 +1,14 @@
 #include "engine/finegray/problem.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 
 #include "numerics/elementary.h"
 #include "numerics/runningSum.h"
+#include "numerics/runningSumsOf.h"
 #include "numerics/sizes.h"
+#include "numerics/threads.h"
 
 namespace survmeth::engine::finegray {
 namespace {
@@ -49,18 +52,81 @@ void eachStratum(const Problem& problem, const Work& work) {
   }
 }
 
-// Sums of x: block after block of the columns.
-std::vector<double> columnTimes(const BlockedColumns& x, std::size_t j,
-                                std::span<const double> factor) {
-  std::vector<double> result(x.rows());
-  for (std::size_t block = 0; block < x.blocks(); ++block) {
-    const double* column = x.column(block, j);
-    const std::size_t from = block * BlockedColumns::kBlock;
-    for (std::size_t i = 0; i < x.rowsOf(block); ++i) {
-      result[from + i] = column[i] * factor[from + i];
+// Adds to sums over the rows at risk what those weigh that have failed of another cause.
+//
+// In   valueOf(row, c), sumOf(k, c)   of columns 0 .. kCount - 1
+template <std::size_t kCount, typename ValueOf, typename SumOf>
+void addGone(const Problem& problem, const ValueOf& valueOf, const SumOf& sumOf) {
+  const risk::Arrangement& a = problem.rows.arrangement;
+  const auto add = [&](auto& gone) {
+    eachStratum(problem, [&](std::size_t s, std::size_t from, std::size_t to) {
+      for (auto& each : gone) each = {};
+      std::size_t next = from;
+      for (std::size_t k = a.stratumTime[s]; k < a.stratumTime[s + 1]; ++k) {
+        for (; next < to && a.end[problem.other[next]] <= k; ++next) {
+          const std::uint32_t row = problem.other[next];
+          std::array<double, kCount> term;
+          for (std::size_t c = 0; c < kCount; ++c) term[c] = valueOf(row, c) * problem.since[next];
+          gone[gone.size() == 1 ? 0 : problem.group[row]].add(term);
+        }
+        if (next == from) continue;
+        for (std::size_t g = 0; g < gone.size(); ++g) {
+          const double weight = problem.weightAt(g, k);
+          const std::array<double, kCount> sums = gone[g].values();
+          for (std::size_t c = 0; c < kCount; ++c) sumOf(k, c) += weight * sums[c];
+        }
+      }
+    });
+  };
+  if (problem.censoring.size() == 1) {
+    std::array<numerics::RunningSumsOf<kCount>, 1> gone;
+    add(gone);
+  } else {
+    std::vector<numerics::RunningSumsOf<kCount>> gone(problem.censoring.size());
+    add(gone);
+  }
+}
+
+// As many columns are summed side by side.
+constexpr std::size_t kWidth = 4;
+
+// The weighted means of columns first .. first + kCount - 1 over the risk sets.
+template <std::size_t kCount>
+void takeMeans(const Problem& problem, std::size_t first, Sums& sums) {
+  const BlockedColumns& x = problem.rows.x;
+  BlockedColumns& mean = sums.mean;
+  const auto& risk = sums.risk;
+  const std::size_t times = problem.times();
+  {
+    std::vector<double> value(x.rows()), others(times), failing(times);
+    for (std::size_t j = first; j < first + kCount; ++j) {
+      for (std::size_t block = 0; block < x.blocks(); ++block) {
+        const double* column = x.column(block, j);
+        const std::size_t from = block * BlockedColumns::kBlock;
+        for (std::size_t i = 0; i < x.rowsOf(block); ++i) {
+          value[from + i] = column[i] * risk[from + i];
+        }
+      }
+      problem.rows.sums.overRiskSets(value, others, failing);
+      for (std::size_t k = 0; k < times; ++k) mean(k, j) = others[k] + failing[k];
     }
   }
-  return result;
+  addGone<kCount>(
+      problem, [&](std::uint32_t row, std::size_t c) { return x(row, first + c) * risk[row]; },
+      [&](std::size_t k, std::size_t c) -> double& { return mean(k, first + c); });
+  for (std::size_t j = first; j < first + kCount; ++j) {
+    for (std::size_t k = 0; k < times; ++k) mean(k, j) /= sums.total[k];
+  }
+}
+
+void takeMeans(const Problem& problem, Sums& sums) {
+  const std::size_t p = problem.columns();
+  if (sums.mean.columns() != p) sums.mean = BlockedColumns(problem.times(), p);
+  numerics::inParallel((p + kWidth - 1) / kWidth, [&](std::size_t part) {
+    const std::size_t first = part * kWidth;
+    if (first + kWidth <= p) return takeMeans<kWidth>(problem, first, sums);
+    for (std::size_t j = first; j < p; ++j) takeMeans<1>(problem, j, sums);
+  });
 }
 
 void addGram(const BlockedColumns& x, std::span<const double> weight, double sign,
@@ -105,25 +171,12 @@ Problem::Problem(const Response& response, const Rows& input, const Design& desi
 }
 
 void overRiskSets(const Problem& problem, std::span<const double> value, std::span<double> sum) {
-  const risk::Arrangement& a = problem.rows.arrangement;
   std::vector<double> failing(sum.size());
   problem.rows.sums.overRiskSets(value, sum, failing);
   for (std::size_t k = 0; k < sum.size(); ++k) sum[k] += failing[k];
-  std::vector<numerics::RunningSum> gone(problem.censoring.size());
-  eachStratum(problem, [&](std::size_t s, std::size_t from, std::size_t to) {
-    std::fill(gone.begin(), gone.end(), numerics::RunningSum());
-    std::size_t next = from;
-    for (std::size_t k = a.stratumTime[s]; k < a.stratumTime[s + 1]; ++k) {
-      for (; next < to && a.end[problem.other[next]] <= k; ++next) {
-        const std::uint32_t row = problem.other[next];
-        gone[problem.group[row]].add(value[row] * problem.since[next]);
-      }
-      if (next == from) continue;
-      for (std::size_t g = 0; g < gone.size(); ++g) {
-        sum[k] += problem.weightAt(g, k) * gone[g].value();
-      }
-    }
-  });
+  addGone<1>(
+      problem, [&](std::uint32_t row, std::size_t) { return value[row]; },
+      [&](std::size_t k, std::size_t) -> double& { return sum[k]; });
 }
 
 void overTimes(const Problem& problem, std::span<const double> at, std::span<double> sum) {
@@ -195,12 +248,7 @@ bool evaluate(const Problem& problem, std::span<const double> coefficients, Sums
   sums.logLikelihood = point.value = logLikelihood.value();
   overTimes(problem, sums.increment, sums.exposure);
 
-  if (sums.mean.columns() != p) sums.mean = BlockedColumns(a.times(), p);
-  std::vector<double> mean(a.times());
-  for (std::size_t j = 0; j < p; ++j) {
-    overRiskSets(problem, columnTimes(problem.rows.x, j, sums.risk), mean);
-    for (std::size_t k = 0; k < a.times(); ++k) sums.mean(k, j) = mean[k] / sums.total[k];
-  }
+  takeMeans(problem, sums);
   std::vector<double> residual(a.rows());
   for (std::size_t i = 0; i < a.rows(); ++i) {
     residual[i] = (a.event[i] != 0 ? a.weight[i] : 0.0) - sums.risk[i] * sums.exposure[i];

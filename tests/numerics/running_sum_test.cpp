@@ -5,6 +5,7 @@
 
 #include "numerics/random.h"
 #include "numerics/runningSum.h"
+#include "numerics/runningSumsOf.h"
 
 namespace survmeth::numerics {
 namespace {
@@ -25,13 +26,17 @@ TEST(RunningSums, HaveTheBitsOfAsManyRunningSums) {
   Random random(7, 0);
   std::array<RunningSum, 3> alone;
   RunningSums together(3);
+  RunningSumsOf<3> known;
   for (int i = 0; i < 1000; ++i) {
     std::array<double, 3> terms = {random.uniform(), 1e9 * random.uniform() - 5e8, 0.0};
     const std::array<double, 3> added = terms;
     together.add(terms.data());
+    known.add(added);
+    EXPECT_EQ(known.values(), terms);
     for (std::size_t j = 0; j < 3; ++j) {
       EXPECT_EQ(terms[j], alone[j].add(added[j]));
       EXPECT_EQ(together.value(j), alone[j].value());
+      EXPECT_EQ(known.value(j), alone[j].value());
     }
   }
 }

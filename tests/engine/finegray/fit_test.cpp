@@ -4,8 +4,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 
+#include "numerics/threads.h"
 #include "tests/engine/finegray/data.h"
 #include "tests/support/role.h"
 
@@ -47,6 +49,32 @@ Data melanoma() {
   const test::Csv file(std::string(SURVMETH_REFERENCE) + "/incidence/data/melanoma.csv");
   data.covariates = {file.numbers("x1"), file.numbers("x2")};
   return data;
+}
+
+TEST(FineGray, IsTheSameForEveryNumberOfThreadsAndColumnsSummedSideBySide) {
+  const test::Csv file(std::string(SURVMETH_REFERENCE) + "/incidence/data/pbc.csv");
+  Data data{test::causeData("pbc", "", "", "", "stratum"), {}};
+  for (const char* name : {"x1", "x2", "x3", "x4", "x5"}) {
+    data.covariates.push_back(file.numbers(name));
+  }
+  numerics::setThreads(1);
+  const Fit one = data.fit();
+  numerics::setThreads(3);
+  const Fit three = data.fit();
+  numerics::setThreads(0);
+  EXPECT_EQ(one.coefficients, three.coefficients);
+  // The last two columns, which are summed beside others, come first.
+  std::rotate(data.covariates.begin(), data.covariates.begin() + 3, data.covariates.end());
+  const Fit turned = data.fit();
+  for (std::size_t i = 0; i < 5; ++i) {
+    // Of the same maximum, met in another order of columns.
+    EXPECT_NEAR(turned.coefficients[(i + 2) % 5], one.coefficients[i], 1e-9 * one.standardError(i));
+    for (std::size_t j = 0; j < 5; ++j) {
+      EXPECT_EQ(one.covariance(i, j), three.covariance(i, j));
+      const double scale = one.standardError(i) * one.standardError(j);
+      EXPECT_NEAR(turned.covariance((i + 2) % 5, (j + 2) % 5), one.covariance(i, j), 1e-9 * scale);
+    }
+  }
 }
 
 TEST(FineGray, WithoutOtherCausesIsProportionalHazards) {
