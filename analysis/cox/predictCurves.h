@@ -7,7 +7,6 @@
 
 #include "analysis/cox/predict.h"
 #include "engine/cox/baseline.h"
-#include "engine/curves/quantiles.h"
 
 namespace survmeth::analysis {
 
@@ -24,15 +23,10 @@ class CoxCurves {
   // The same of the hazards at these times; unknown where a hazard is.
   std::vector<CoxSurvival> readings(const std::vector<engine::cox::HazardValue>& hazards) const;
 
-  // Of request.quantiles. A curve that runs at a wanted level ends at `last`, event or not.
-  // Cost O(event times until the curve and its limits are below all levels)
-  std::vector<engine::curves::Quantile> quantiles(const engine::cox::CumulativeHazard& whole,
-                                                  double last) const;
+  // The normal quantile of the limits.
+  double z() const { return z_; }
 
  private:
-  void extend(const engine::cox::CumulativeHazard& whole, std::size_t count,
-              engine::curves::Curve& curve) const;
-
   const CoxPredictRequest& request_;
   double z_;
 };

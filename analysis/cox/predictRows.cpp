@@ -8,6 +8,7 @@
 
 #include "analysis/cox/predict.h"
 #include "analysis/cox/predictCurves.h"
+#include "analysis/cox/predictQuantiles.h"
 #include "frame/labels.h"
 #include "model/response.h"
 #include "numerics/threads.h"
@@ -232,10 +233,19 @@ class Predicting {
           curves_.readings(hazard.at(always.x, always.offset, always.stratum, request_.at));
       return;
     }
+    CoxQuantiles quantiles(request_, curves_.z());
+    if (!kept && request_.at.empty()) {
+      // No further than the quantiles want it.
+      hazard.along(subject.stays,
+                   [&](const cox::HazardPiece& piece) { return quantiles.add(piece); });
+      made_.quantiles[place] = quantiles.quantiles(subject.last);
+      return;
+    }
     const cox::CumulativeHazard whole = hazard.along(subject.stays);
     if (!request_.at.empty()) made_.at[place] = curves_.readings(whole, subject.last);
     if (!request_.quantiles.empty()) {
-      made_.quantiles[place] = curves_.quantiles(whole, subject.last);
+      quantiles.add({whole.time, whole.hazard, whole.standardError});
+      made_.quantiles[place] = quantiles.quantiles(subject.last);
     }
     if (!kept) return;
     made_.curves[place] = {subject.name,

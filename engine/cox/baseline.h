@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <limits>
 #include <span>
 #include <utility>
@@ -18,6 +19,11 @@ struct CumulativeHazard {
   std::vector<double> time;           // ascending
   std::vector<double> hazard;         // survival is exp(-hazard)
   std::vector<double> standardError;  // of the hazard; NaN where a coefficient is infinite
+};
+
+// Some of its event times, one after the other.
+struct HazardPiece {
+  std::span<const double> time, hazard, standardError;
 };
 
 // What the hazards at any covariates are made of: all of it that the rows of the fit had to say. K
@@ -87,6 +93,12 @@ class BaselineHazard {
   // In   stays   ascending; each enters at or after the exit before, else Refusal(kSubject) with the
   //              later one's number as row; one at least
   CumulativeHazard along(std::span<const Stay> stays) const;
+
+  // The same in pieces, in their order.
+  //
+  // In   take   gets each piece, which is gone when it returns; false: no more is wanted
+  void along(std::span<const Stay> stays,
+             const std::function<bool(const HazardPiece&)>& take) const;
 
   // The whole of it, with the error of the sum: the events expected of the subject.
   HazardValue over(std::span<const Stay> stays) const;

@@ -1,6 +1,7 @@
 // Cumulative hazards at given covariates, and along covariates that change.
 #include <algorithm>
 #include <cmath>
+#include <functional>
 #include <string>
 
 #include "engine/cox/baseline.h"
@@ -167,23 +168,39 @@ class BaselineHazard::Path {
   std::vector<double> gathered_;
 };
 
-CumulativeHazard BaselineHazard::along(std::span<const Stay> stays) const {
+void BaselineHazard::along(std::span<const Stay> stays,
+                           const std::function<bool(const HazardPiece&)>& take) const {
+  constexpr std::size_t kMost = 8 * kBlock;
   Path path(*this);
-  CumulativeHazard result;
+  std::vector<double> hazard(kMost);
+  std::vector<double> error(kMost);
   for (std::size_t i = 0; i < stays.size(); ++i) {
     if (i > 0 && stays[i].entry < stays[i - 1].exit) {
       throw Refusal(Role::kSubject, i, "the rows of a subject overlap or are not in order");
     }
     path.begin(stays[i]);
-    const std::size_t from = result.time.size();
-    const std::size_t count = path.last() - path.first();
-    const auto time = sums_.time.begin() + static_cast<std::ptrdiff_t>(path.first());
-    result.time.insert(result.time.end(), time, time + static_cast<std::ptrdiff_t>(count));
-    result.hazard.resize(from + count);
-    result.standardError.resize(from + count);
-    path.fill(path.first(), count, result.hazard.data() + from, result.standardError.data() + from);
+    for (std::size_t k = path.first(); k < path.last(); k += kMost) {
+      const std::size_t count = std::min(kMost, path.last() - k);
+      path.fill(k, count, hazard.data(), error.data());
+      if (!take({{sums_.time.data() + k, count}, {hazard.data(), count}, {error.data(), count}})) {
+        return;
+      }
+    }
     path.end();
   }
+}
+
+CumulativeHazard BaselineHazard::along(std::span<const Stay> stays) const {
+  CumulativeHazard result;
+  const auto add = [](std::span<const double> from, std::vector<double>& to) {
+    to.insert(to.end(), from.begin(), from.end());
+  };
+  along(stays, [&](const HazardPiece& piece) {
+    add(piece.time, result.time);
+    add(piece.hazard, result.hazard);
+    add(piece.standardError, result.standardError);
+    return true;
+  });
   return result;
 }
 

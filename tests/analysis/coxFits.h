@@ -3,6 +3,9 @@
 #ifndef TESTS_ANALYSIS_COX_FITS_H_
 #define TESTS_ANALYSIS_COX_FITS_H_
 
+#include <bit>
+#include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <utility>
@@ -55,6 +58,14 @@ inline Made veteran() {
   return fitted("veteran.csv", {{"formula", std::string("Surv(time, status) ~ karno * trt + "
                                                         "ns(age, 3) + strata(celltype)")},
                                 {"ties", std::string("breslow")}});
+}
+
+inline bool sameBits(const std::vector<double>& a, const std::vector<double>& b) {
+  if (a.size() != b.size()) return false;
+  for (std::size_t i = 0; i < a.size(); ++i) {
+    if (std::bit_cast<std::uint64_t>(a[i]) != std::bit_cast<std::uint64_t>(b[i])) return false;
+  }
+  return true;
 }
 
 }  // namespace survmeth::analysis

@@ -1,9 +1,7 @@
 // Predictions from Cox fits: against R's, and from a file as from memory.
 #include <gtest/gtest.h>
 
-#include <bit>
 #include <cmath>
-#include <cstdint>
 #include <string>
 #include <utility>
 #include <vector>
@@ -73,14 +71,6 @@ TEST(CoxPredict, EfronsFitPredictsAsR) { expectAsInR(lung(), "lung", {90, 180, 3
 
 TEST(CoxPredict, ASplineAnInteractionAndStrataPredictAsR) {
   expectAsInR(veteran(), "veteran", {30, 90, 150});
-}
-
-bool sameBits(const std::vector<double>& a, const std::vector<double>& b) {
-  if (a.size() != b.size()) return false;
-  for (std::size_t i = 0; i < a.size(); ++i) {
-    if (std::bit_cast<std::uint64_t>(a[i]) != std::bit_cast<std::uint64_t>(b[i])) return false;
-  }
-  return true;
 }
 
 // All numbers of the survivals at the wanted times.
