@@ -3,6 +3,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
+#include <limits>
 #include <string>
 
 namespace survmeth {
@@ -30,6 +32,16 @@ void requireFinite(std::span<const double> values, engine::Role role) {
 }
 
 void requireTimes(std::span<const double> times) {
+  // Counted first, several at a time; where all are, that is all.
+  constexpr double kLargest = std::numeric_limits<double>::max();
+  const auto count = [&times](auto holds) {
+    return std::count_if(times.begin(), times.end(), holds);
+  };
+  const auto n = static_cast<std::ptrdiff_t>(times.size());
+  if (count([](double time) { return time >= 0; }) == n &&
+      count([](double time) { return time <= kLargest; }) == n) {
+    return;
+  }
   for (std::size_t i = 0; i < times.size(); ++i) {
     if (!std::isfinite(times[i]) || times[i] < 0) {
       throw Refusal(Role::kTime, i, "a time is negative or not finite");

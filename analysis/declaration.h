@@ -28,12 +28,19 @@ struct JsonNode;
 struct Parts {
   bool files = true;  // tables that people only get as files
   bool figures = true;
+  bool shown = true;  // such tables that a person asks to see
+  bool digest = true;
+
+  static Parts onRequest() { return {.files = false, .figures = false, .digest = false}; }
+  // What those leave.
+  static Parts rest() { return {.shown = false}; }
 };
 
 // What a run leaves: the typed result, for follow-ups and C++ callers, and its description.
 struct Fitted {
   std::shared_ptr<const void> result;
   report::Report report;
+  std::shared_ptr<const frame::Frame> data = nullptr;  // where their digest is still to be made
 };
 
 struct Lasting;
@@ -83,6 +90,13 @@ struct Declaration {
   std::function<std::vector<std::uint32_t>(const frame::Frame&, const void* request)> completeRows;
   std::function<Fitted(const frame::Frame&, const void* request, numerics::Progress&, const Parts&)>
       run;
+  // Adds parts to the report of a result.
+  std::function<void(const std::shared_ptr<const void>& result, const void* request, const Parts&,
+                     report::Report&)>
+      addParts;
+  // Whether the result itself holds all that its parts are made of, so that they may be described
+  // when the data are gone or changed.
+  bool outlivesData = false;
 
   // How a result is kept for follow-ups; nullptr: it is not.
   std::shared_ptr<const Lasting> lasting;
@@ -122,6 +136,10 @@ void requireOptions(const Declaration& declaration, const void* request);
 Fitted analyse(const Declaration& declaration, const frame::Frame& data, const void* request,
                numerics::Progress& progress, const Parts& parts = {},
                const WithData& withData = nullptr);
+
+// The report with all parts of what was analysed with Parts::onRequest(). Of an analysis that
+// outlives its data.
+report::Report withRest(const Declaration& declaration, const Fitted& fitted, const void* request);
 
 // What the options of other data say, in their order.
 std::vector<std::string> otherData(const Declaration& declaration, const void* request);

@@ -160,6 +160,25 @@ void inDeclaredOrder(std::vector<Item>& items, const std::vector<std::string>& d
   });
 }
 
+// The same data, none of them borrowed: labels never are.
+frame::Frame owned(const frame::Frame& data) {
+  frame::Frame made = data;
+  made.whole = nullptr;
+  for (frame::Column& column : made.columns) {
+    if (column.type != frame::Type::kNumber) continue;
+    const auto cells =
+        std::make_shared<const std::vector<double>>(column.numbers.begin(), column.numbers.end());
+    column.numbers = *cells;
+    column.keep = cells;
+  }
+  return made;
+}
+
+void inDeclaredOrder(const Declaration& declaration, report::Report& report) {
+  inDeclaredOrder(report.tables, declaration.tables, declaration.name);
+  inDeclaredOrder(report.figures, declaration.figures, declaration.name);
+}
+
 }  // namespace
 
 const Option* Declaration::find(const std::string& option) const {
@@ -224,10 +243,10 @@ Fitted analyse(const Declaration& declaration, const frame::Frame& data, const v
     }
   });
   report::Report& report = fitted.report;
-  inDeclaredOrder(report.tables, declaration.tables, declaration.name);
-  inDeclaredOrder(report.figures, declaration.figures, declaration.name);
+  inDeclaredOrder(declaration, report);
   report.analysis = declaration.name;
-  report.data = {used.source, digest(used), used.rowsRead, used.rows};
+  report.data = {used.source, parts.digest ? digest(used) : "", used.rowsRead, used.rows};
+  if (!parts.digest) fitted.data = std::make_shared<const frame::Frame>(owned(used));
   report.plan = choices(declaration.options, request, declaration.request().get());
   std::vector<report::Note> notes;
   for (const frame::Remark& remark : data.remarks) {
@@ -238,6 +257,15 @@ Fitted analyse(const Declaration& declaration, const frame::Frame& data, const v
   }
   report.notes.insert(report.notes.begin(), notes.begin(), notes.end());
   return fitted;
+}
+
+report::Report withRest(const Declaration& declaration, const Fitted& fitted, const void* request) {
+  if (!declaration.outlivesData) throw std::logic_error(declaration.name + " is of its data");
+  report::Report report = fitted.report;
+  declaration.addParts(fitted.result, request, Parts::rest(), report);
+  report.data.digest = digest(*fitted.data);
+  inDeclaredOrder(declaration, report);
+  return report;
 }
 
 Place placeOf(const Declaration& declaration, const void* request, const engine::Refusal& refusal) {

@@ -158,28 +158,40 @@ class Declaring : public DeclaringOptions<Declaring<Request, Result>, Request> {
     fit_ = std::move(fit);
     return *this;
   }
+  // Its result owns all that its parts are made of.
+  Declaring& outlivesData() {
+    made_.outlivesData = true;
+    return *this;
+  }
   // Ends the declaration.
   Declaration describe(Describe<report::Report> describe) {
-    made_.run = [fit = std::move(fit_), describe = std::move(describe),
-                 longTables = std::move(longTables_),
-                 figures = std::move(figures_)](const frame::Frame& data, const void* request,
-                                                numerics::Progress& progress, const Parts& parts) {
+    made_.addParts = [longTables = std::move(longTables_), figures = std::move(figures_)](
+                         const std::shared_ptr<const void>& held, const void* request,
+                         const Parts& parts, report::Report& report) {
+      const Request& typed = *static_cast<const Request*>(request);
+      const Result& result = *static_cast<const Result*>(held.get());
+      for (const LongTable& each : longTables) {
+        const bool shown = each.shown && each.shown(typed);
+        if (shown ? !parts.shown : !parts.files) continue;
+        std::optional<report::Table> table = each.of(result, typed);
+        if (!table) continue;
+        table->display = shown ? report::Display::kAlways : report::Display::kFilesOnly;
+        table->hold(held);
+        report.tables.push_back(std::move(*table));
+      }
+      for (const auto& each : figures) {
+        if (!parts.figures) break;
+        if (auto figure = each(result, typed)) report.figures.push_back(std::move(*figure));
+      }
+    };
+    made_.run = [fit = std::move(fit_), describe = std::move(describe), addParts = made_.addParts](
+                    const frame::Frame& data, const void* request, numerics::Progress& progress,
+                    const Parts& parts) {
       const Request& typed = *static_cast<const Request*>(request);
       auto result = std::make_shared<const Result>(fit(data, typed, progress));
       report::Report report = describe(*result, typed);
-      for (const LongTable& each : longTables) {
-        const bool shown = each.shown && each.shown(typed);
-        if (!shown && !parts.files) continue;
-        std::optional<report::Table> table = each.of(*result, typed);
-        if (!table) continue;
-        table->display = shown ? report::Display::kAlways : report::Display::kFilesOnly;
-        report.tables.push_back(std::move(*table));
-      }
       for (report::Table& table : report.tables) table.hold(result);
-      for (const auto& each : figures) {
-        if (!parts.figures) break;
-        if (auto figure = each(*result, typed)) report.figures.push_back(std::move(*figure));
-      }
+      addParts(result, request, parts, report);
       return Fitted{std::move(result), std::move(report)};
     };
     return std::move(made_);

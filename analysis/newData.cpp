@@ -78,7 +78,9 @@ Fitted withNewData(const Declaration& declaration, const frame::Frame& data, con
   try {
     const auto wishes = newData.request(data, fitted.result.get(), request);
     withData(name, followUp, wishes.get(), [&](const frame::Frame& other) {
-      merge(analyse(followUp, other, wishes.get(), second, parts).report, newData, fitted.report);
+      // Described at once: later there is only the first result.
+      const Parts all = parts.digest ? parts : Parts();
+      merge(analyse(followUp, other, wishes.get(), second, all).report, newData, fitted.report);
     });
   } catch (const BadOption& bad) {
     throw BadOption(newData.nameOf(bad.option()), bad.what());

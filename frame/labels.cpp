@@ -1,13 +1,14 @@
 #include "frame/labels.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
-#include <cstring>
 #include <numeric>
 #include <optional>
 #include <unordered_map>
 #include <utility>
 
+#include "numerics/bits.h"
 #include "text/numbers.h"
 
 namespace survmeth::frame {
@@ -24,26 +25,49 @@ std::optional<std::vector<double>> numbersOf(const std::vector<std::string>& lab
   return numbers;
 }
 
-// A column of numbers as one of labels in the order of first use.
-void labelNumbers(const Column& column, std::vector<std::string>& labels,
-                  std::vector<std::uint32_t>& codes) {
-  std::unordered_map<std::uint64_t, std::uint32_t> known;
-  codes.reserve(column.numbers.size());
-  for (const double number : column.numbers) {
-    if (std::isnan(number)) {
-      codes.push_back(Column::kMissing);
-      continue;
-    }
-    const double value = number + 0.0;
-    std::uint64_t bits;
-    std::memcpy(&bits, &value, sizeof bits);
-    const auto [place, isNew] = known.try_emplace(bits, static_cast<std::uint32_t>(labels.size()));
-    if (isNew) labels.push_back(text::exact(value));
-    codes.push_back(place->second);
+// How many rows hold each of so many labels. Neighbours count apart: an addition that waits for the
+// one before, of the same label, takes as long as four.
+std::vector<std::size_t> countsOf(const std::vector<std::uint32_t>& codes, std::size_t labels) {
+  std::vector<std::size_t> even(labels, 0), odd(labels, 0);
+  for (std::size_t i = 0; i < codes.size(); ++i) {
+    if (codes[i] != Column::kMissing) ++(i % 2 == 0 ? even : odd)[codes[i]];
   }
+  for (std::size_t label = 0; label < labels; ++label) even[label] += odd[label];
+  return even;
 }
 
 }  // namespace
+
+Labels labelsByFirstUse(const Column& numbers) {
+  // Few numbers make up most columns of labels: the last one of each hash is looked at before the
+  // map is.
+  constexpr unsigned kBits = 6;
+  struct Recent {
+    std::uint64_t bits = 0;
+    std::uint32_t code = Column::kMissing;
+  };
+  std::array<Recent, 1u << kBits> recent;
+  std::unordered_map<std::uint64_t, std::uint32_t> known;
+  Labels made;
+  made.codes.resize(numbers.numbers.size());
+  for (std::size_t row = 0; row < made.codes.size(); ++row) {
+    const double value = numbers.numbers[row] + 0.0;
+    if (std::isnan(value)) {
+      made.codes[row] = Column::kMissing;
+      continue;
+    }
+    const auto bits = numerics::bitCast<std::uint64_t>(value);
+    Recent& last = recent[bits * 0x9E3779B97F4A7C15u >> (64 - kBits)];
+    if (last.bits != bits || last.code == Column::kMissing) {
+      const auto count = static_cast<std::uint32_t>(made.labels.size());
+      const auto [place, isNew] = known.try_emplace(bits, count);
+      if (isNew) made.labels.push_back(text::exact(value));
+      last = {bits, place->second};
+    }
+    made.codes[row] = last.code;
+  }
+  return made;
+}
 
 bool sameLabel(std::string_view label, std::string_view value) {
   if (label == value) return true;
@@ -55,7 +79,9 @@ Labels allLabelsOf(const Column& column) {
   std::vector<std::string> spelled;
   Labels made;
   if (column.type == Type::kNumber) {
-    labelNumbers(column, spelled, made.codes);
+    Labels byUse = labelsByFirstUse(column);
+    spelled = std::move(byUse.labels);
+    made.codes = std::move(byUse.codes);
   } else {
     spelled = column.levels;
     made.codes.assign(column.codes.begin(), column.codes.end());
@@ -78,12 +104,10 @@ Labels allLabelsOf(const Column& column) {
     if (!merged) made.labels.push_back(spelled[order[i]]);
     place[order[i]] = static_cast<std::uint32_t>(made.labels.size() - 1);
   }
-  made.counts.assign(made.labels.size(), 0);
-  for (std::uint32_t& code : made.codes) {
-    if (code == Column::kMissing) continue;
-    code = place[code];
-    ++made.counts[code];
+  if (!std::is_sorted(order.begin(), order.end()) || made.labels.size() < spelled.size()) {
+    for (std::uint32_t& code : made.codes) code = code == Column::kMissing ? code : place[code];
   }
+  made.counts = countsOf(made.codes, made.labels.size());
   return made;
 }
 

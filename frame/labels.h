@@ -27,6 +27,9 @@ bool sameLabel(std::string_view label, std::string_view value);
 // All labels, those that no row holds (any more) included, with count 0. Cost O(rows + l log l).
 Labels allLabelsOf(const Column& column);
 
+// Of a column of numbers in the order of first use, not counted. Cost O(rows)
+Labels labelsByFirstUse(const Column& numbers);
+
 // Those that rows hold.
 Labels labelsOf(const Column& column);
 

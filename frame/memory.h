@@ -13,7 +13,8 @@
 
 namespace survmeth::frame {
 
-// What the caller has. Cells are numbers, or codes into levels; NaN and Column::kMissing are missing.
+// What the caller has. Cells are numbers, or codes into levels; NaN and Column::kMissing are missing,
+// and need not be counted.
 struct Given {
   std::string source;              // what the caller calls the data
   std::vector<std::string> names;  // of all columns there are, for messages

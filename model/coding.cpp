@@ -81,8 +81,8 @@ YesNo yesNoOf(const frame::Column& column, const std::vector<std::string>& yes,
     result.note =
         "in " + quote(column.name) + " 2 is taken for " + meaning.yes + ", 1 for " + meaning.no;
   }
-  result.rows.reserve(all.codes.size());
-  for (const std::uint32_t code : all.codes) result.rows.push_back(means[code]);
+  result.rows.resize(all.codes.size());
+  for (std::size_t i = 0; i < result.rows.size(); ++i) result.rows[i] = means[all.codes[i]];
   return result;
 }
 

@@ -98,6 +98,20 @@ const Declaration& declarationOf(const std::string& name) {
 
 }  // namespace
 
+const report::Report& Done::whole() const {
+  if (!describe) return *report;
+  if (!whole_) {
+    std::shared_ptr<const report::Report> made;
+    {
+      const nb::gil_scoped_release unlocked;
+      made = std::make_shared<const report::Report>(describe());
+    }
+    // Another thread may have been first, and somebody have a view into its report.
+    if (!whole_) whole_ = std::move(made);
+  }
+  return *whole_;
+}
+
 Call::Call(const std::string& name, const nb::dict& settings)
     : declaration_(declarationOf(name)), request_(declaration_.request()) {
   set(settings);
@@ -228,7 +242,8 @@ Done Call::work(const frame::Given& given, numerics::Progress& progress) const {
                      reading_.missing, reading_.where);
   try {
     analysis::Fitted fitted = analysis::analyse(
-        declaration_, data, request_.get(), progress, {},
+        declaration_, data, request_.get(), progress,
+        declaration_.outlivesData ? analysis::Parts::onRequest() : analysis::Parts(),
         [this](const std::string&, const Declaration& followUp, const void* request,
                const std::function<void(const frame::Frame&)>& use) {
           withNew(followUp, request, use);
@@ -243,7 +258,14 @@ Done Call::work(const frame::Given& given, numerics::Progress& progress) const {
         done.whyNone = bad.what();
       }
     }
-    done.report = std::make_shared<const report::Report>(std::move(fitted.report));
+    done.tables = declaration_.tables;
+    done.report = std::make_shared<const report::Report>(fitted.report);
+    if (declaration_.outlivesData) {
+      done.describe = [&declaration = declaration_, request = request_,
+                       fitted = std::move(fitted)] {
+        return analysis::withRest(declaration, fitted, request.get());
+      };
+    }
     return done;
   } catch (const engine::Refusal& refusal) {
     if (refusal.row() == engine::Refusal::kNone) throw;

@@ -23,9 +23,17 @@ namespace survmeth::python {
 
 // What a run leaves in Python's hands.
 struct Done {
-  std::shared_ptr<const report::Report> report;
+  std::shared_ptr<const report::Report> report;  // without the parts that are still to be described
+  std::vector<std::string> tables;               // the ids of those that it may have
   analysis::SavedFit fit;  // what lasts of the result; no declaration where nothing does
   std::string whyNone;     // of an analysis whose results last, why this one does not
+  std::function<report::Report()> describe;  // all parts; none where they are described
+
+  // With all parts, which are described at the first call, without the interpreter's lock.
+  const report::Report& whole() const;
+
+ private:
+  mutable std::shared_ptr<const report::Report> whole_;  // guarded by that lock
 };
 
 // What cannot be analysed becomes Python's survmeth.RefusedInput.

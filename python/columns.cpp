@@ -4,8 +4,6 @@
 #include <nanobind/stl/string.h>
 #include <nanobind/stl/vector.h>
 
-#include <algorithm>
-#include <cmath>
 #include <cstdint>
 #include <memory>
 #include <stdexcept>
@@ -42,9 +40,6 @@ frame::Column columnOf(nb::tuple parts, std::size_t rows) {
   column.keep = kept(nb::borrow(parts[1]));
   if (parts.size() == 2) {
     column.numbers = cellsOf<double>(parts[1], rows);
-    column.missing =
-        static_cast<std::size_t>(std::count_if(column.numbers.begin(), column.numbers.end(),
-                                               [](double value) { return std::isnan(value); }));
     return column;
   }
   column.codes = cellsOf<std::uint32_t>(parts[1], rows);

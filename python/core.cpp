@@ -40,7 +40,7 @@ const analysis::SavedFit& fitOf(const Done& done) {
 
 std::string savedText(const Done& done) {
   const analysis::SavedFit& fit = fitOf(done);
-  return analysis::savedFit(*fit.declaration, *done.report, fit.lasting.get(), kVersion);
+  return analysis::savedFit(*fit.declaration, done.whole(), fit.lasting.get(), kVersion);
 }
 
 std::string htmlOf(const Done& described, const std::map<std::string, std::string>& pictures,
@@ -49,12 +49,12 @@ std::string htmlOf(const Done& described, const std::map<std::string, std::strin
     const auto found = pictures.find(figure.id);
     return found == pictures.end() ? std::string() : found->second;
   };
-  return report::toHtml(*described.report,
+  return report::toHtml(described.whole(),
                         {.version = kVersion, .digits = digits, .picture = picture});
 }
 
 std::string textOf(const Done& described, std::size_t width, int digits) {
-  return report::toText(*described.report, {.width = width, .digits = digits});
+  return report::toText(described.whole(), {.width = width, .digits = digits});
 }
 
 template <class Cell>
@@ -73,7 +73,7 @@ double concordanceOf(const Column<double>& time, const Column<std::uint32_t>& ev
 
 nb::dict csvOf(const Done& described) {
   nb::dict files;
-  for (const auto& [name, contents] : report::toCsvFiles(*described.report)) {
+  for (const auto& [name, contents] : report::toCsvFiles(described.whole())) {
     files[name.c_str()] = contents;
   }
   return files;
@@ -112,19 +112,26 @@ NB_MODULE(_core, module) {
   nb::class_<Done>(module, "Report")
       .def_prop_ro("analysis", [](const Done& it) { return it.report->analysis; })
       .def_prop_ro("title", [](const Done& it) { return it.report->title; })
-      .def_prop_ro("digest", [](const Done& it) { return it.report->data.digest; })
+      .def_prop_ro("digest", [](const Done& it) { return it.whole().data.digest; })
       .def_prop_ro("plan", [](const Done& it) { return survmeth::python::planOf(*it.report); })
       .def_prop_ro("facts", [](const Done& it) { return survmeth::python::factsOf(*it.report); })
-      .def_prop_ro("tables",
+      // Those that are described, of those that there may be, and all.
+      .def_prop_ro("described_tables",
                    [](nb::handle self) {
                      const auto& it = nb::cast<const Done&>(self);
                      return survmeth::python::tablesOf(*it.report, self);
+                   })
+      .def_prop_ro("declared_tables", [](const Done& it) { return it.tables; })
+      .def_prop_ro("tables",
+                   [](nb::handle self) {
+                     const auto& it = nb::cast<const Done&>(self);
+                     return survmeth::python::tablesOf(it.whole(), self);
                    })
       .def_prop_ro("notes", [](const Done& it) { return survmeth::python::notesOf(*it.report); })
       .def_prop_ro("methods",
                    [](const Done& it) { return survmeth::python::methodsOf(*it.report); })
       .def_prop_ro("figures",
-                   [](const Done& it) { return survmeth::python::figuresOf(*it.report); })
+                   [](const Done& it) { return survmeth::python::figuresOf(it.whole()); })
       // Each a ValueError where nothing lasts of the result.
       .def_prop_ro("fit", &survmeth::python::fitOf)
       .def_prop_ro("saved", &survmeth::python::savedText)
@@ -133,6 +140,6 @@ NB_MODULE(_core, module) {
       .def("csv", &survmeth::python::csvOf)
       .def("json", [](const Done& it, bool figures) {
         return survmeth::report::toJson(
-            *it.report, {.version = survmeth::python::kVersion, .figures = figures});
+            it.whole(), {.version = survmeth::python::kVersion, .figures = figures});
       });
 }

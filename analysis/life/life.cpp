@@ -230,6 +230,7 @@ Declaration lifeDeclaration() {
       .leastRows(2)
       .check(checkLife)
       .adjustColumns(wantLifeColumns)
+      .outlivesData()
       .fit(fitLife)
       .describe(describeLife);
 }

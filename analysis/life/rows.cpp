@@ -113,6 +113,16 @@ bool mayBePooled(const LifeRequest& request, const LifeRows& rows) {
          request.permutations.empty() && request.estimate != LifeEstimate::kFlemingHarrington;
 }
 
+// The columns of the data belong to the caller, who may change them before the last part of the
+// report is described.
+void ownCells(LifeRows& rows) {
+  for (frame::Column* column : {&rows.time, &rows.entry, &rows.weight}) {
+    const auto cells = column->numbers;
+    if (cells.empty()) continue;
+    *column = frame::numberColumn(column->name, {cells.begin(), cells.end()});
+  }
+}
+
 }  // namespace
 
 LifeRows lifeRowsOf(const frame::Frame& data, const LifeRequest& request) {
@@ -140,7 +150,7 @@ LifeRows lifeRowsOf(const frame::Frame& data, const LifeRequest& request) {
   if (!request.strata.empty()) rows.strata = groupsOf(data, request.strata);
   if (!request.cluster.empty()) rows.clusters = frame::labelsOf(*data.labels(request.cluster));
   if (!request.id.empty()) takeSubjects(data, request, rows);
-  if (mayBePooled(request, rows)) poolRows(rows);
+  if (!mayBePooled(request, rows) || !poolRows(rows)) ownCells(rows);
   return rows;
 }
 

@@ -1,5 +1,6 @@
 """What an analysis gives back."""
 
+import collections.abc
 import html as _html
 import types
 
@@ -10,7 +11,8 @@ class Result:
     """The report of one analysis.
 
     tables    by id, each a pandas.DataFrame where pandas is installed, else a dict of arrays
-    arrays    the same, always as dicts of numpy arrays, which are views into the result
+    arrays    the same, always as dicts of numpy arrays, which are views into the result; in both,
+              tables as long as the data are made where one is touched
     facts     single values by key; tables and facts are attributes too, where no method has the name
     plan      the options that were in force
     notes     conditions that leave the analysis valid: dicts of code, text, names
@@ -25,7 +27,9 @@ class Result:
 
     def __init__(self, report):
         self._report = report
-        self._arrays = self._facts = self._tables = None
+        self._facts = None
+        self._arrays = _Tables(report, _arrays_of)
+        self._tables = _Tables(report, lambda table: _frame_of(_arrays_of(table)))
 
     @property
     def _fit(self):
@@ -63,16 +67,10 @@ class Result:
 
     @property
     def arrays(self):
-        if self._arrays is None:
-            self._arrays = {
-                id: {key: _array_of(column) for key, column in table["columns"].items()}
-                for id, table in self._report.tables.items()}
         return self._arrays
 
     @property
     def tables(self):
-        if self._tables is None:
-            self._tables = {id: _frame_of(table) for id, table in self.arrays.items()}
         return self._tables
 
     def summary(self, width=80, digits=5):
@@ -138,11 +136,63 @@ class Result:
                 f'srcdoc="{_html.escape(self.to_html())}"></iframe>')
 
 
+class _Tables(collections.abc.Mapping):
+    """Tables by id; those as long as the data are described where somebody touches one."""
+
+    def __init__(self, report, form):
+        self._report, self._form = report, form
+        self._first = self._all = None
+        self._made = {}
+
+    def _described(self):
+        if self._first is None:
+            self._first = self._report.described_tables
+        return self._first
+
+    def _every(self):
+        if self._all is None:
+            # One that was given out before stays the one it was.
+            self._all = self._report.tables | self._described()
+        return self._all
+
+    def __contains__(self, id):
+        return (id in self._described()
+                or (id in self._report.declared_tables and id in self._every()))
+
+    def __getitem__(self, id):
+        if id not in self._made:
+            if id not in self:
+                raise KeyError(id)
+            described = self._described()
+            self._made[id] = self._form((described if id in described else self._every())[id])
+        return self._made[id]
+
+    def __iter__(self):
+        return iter(self._every())
+
+    def __len__(self):
+        return len(self._every())
+
+    def __repr__(self):
+        return repr(dict(self))
+
+    def _ipython_key_completions_(self):
+        return list(self)
+
+
 class _Kept:
     """A report that was pickled: its parts, without the means to render them anew."""
 
     def __init__(self, parts):
         self.__dict__.update(parts)
+
+    @property
+    def described_tables(self):
+        return self.tables
+
+    @property
+    def declared_tables(self):
+        return list(self.tables)
 
     @property
     def saved(self):
@@ -199,6 +249,10 @@ def _kept(report):
 
 def _again(kind, parts):
     return kind(_Kept(parts))
+
+
+def _arrays_of(table):
+    return {key: _array_of(column) for key, column in table["columns"].items()}
 
 
 def _array_of(column):

@@ -12,6 +12,7 @@
 
 #include "analysis/digest.h"
 #include "report/build.h"
+#include "report/json.h"
 
 namespace {
 
@@ -197,6 +198,24 @@ TEST(Parts, WhatNobodyTakesIsNotDescribed) {
   EXPECT_EQ(idsOf(partsOf(requestOf("t"), {.files = false, .figures = false})),
             (Ids{"short", "last"}));
   EXPECT_EQ(idsOf(partsOf(requestOf("t"), {.files = false})), (Ids{"short", "last", "drawn"}));
+}
+
+TEST(Parts, ThatAreDescribedLaterMakeTheReportThatHasThemAtOnce) {
+  analysis::Declaration declaration = partsDeclaration();
+  for (const bool twice : {false, true}) {
+    SumRequest request = requestOf("t");
+    request.twice = twice;
+    numerics::Progress progress;
+    const auto early = analysis::analyse(declaration, dataOf({1, 2}), &request, progress,
+                                         analysis::Parts::onRequest());
+    EXPECT_EQ(idsOf(early.report), twice ? (Ids{"short", "long", "last"}) : (Ids{"short", "last"}));
+    EXPECT_TRUE(early.report.data.digest.empty());
+    EXPECT_THROW(analysis::withRest(declaration, early, &request), std::logic_error);
+    declaration.outlivesData = true;
+    EXPECT_EQ(report::toJson(analysis::withRest(declaration, early, &request), {.figures = true}),
+              report::toJson(partsOf(request, {}), {.figures = true}));
+    declaration.outlivesData = false;
+  }
 }
 
 TEST(Parts, ALongTableThatIsAskedForIsShown) {

@@ -70,6 +70,21 @@ TEST(Labels, OfNumbersAreTheirShortestText) {
   EXPECT_EQ(made.codes, (Codes{2, 1, kNone, 0, 2}));
 }
 
+TEST(Labels, ByFirstUseStandAsTheNumbersFirstDo) {
+  constexpr double kMissing = std::numeric_limits<double>::quiet_NaN();
+  std::vector<double> numbers = {3, kMissing, -0.0, 3, 0};
+  for (int i = 0; i < 2000; ++i) numbers.push_back(i % 500);  // more than are kept at hand
+  const Labels made = labelsByFirstUse(numberColumn("x", numbers));
+  ASSERT_EQ(made.labels.size(), 500u);
+  EXPECT_EQ(Strings(made.labels.begin(), made.labels.begin() + 5),
+            (Strings{"3", "0", "1", "2", "4"}));
+  EXPECT_EQ(Codes(made.codes.begin(), made.codes.begin() + 10),
+            (Codes{0, kNone, 1, 0, 1, 1, 2, 3, 0, 4}));
+  for (std::size_t i = 5; i < numbers.size(); ++i) {
+    EXPECT_EQ(made.labels[made.codes[i]], std::to_string((i - 5) % 500));
+  }
+}
+
 TEST(Labels, OfNoRowsAreNone) {
   EXPECT_TRUE(labelsOf(labelColumn("x", Type::kText, {}, {"a"})).labels.empty());
   EXPECT_EQ(allLabelsOf(labelColumn("x", Type::kText, {}, {"a"})).counts, (Counts{0}));
