@@ -1,6 +1,7 @@
 #include "numerics/gram.h"
 
 #include <algorithm>
+#include <cstring>
 
 #include "numerics/hot.h"
 
@@ -14,11 +15,11 @@ constexpr std::size_t kPanel = 4;  // columns against columns that are held in r
 // Eight doubles: one register of the widest instruction set, several of the others, the same
 // operations in every one.
 typedef double Lanes __attribute__((vector_size(kLanes * sizeof(double))));
-typedef double LooseLanes __attribute__((vector_size(kLanes * sizeof(double)), aligned(8)));
 
-// A reference to eight doubles in a row: vectors that are passed by value have no common form.
-inline const LooseLanes& lanesAt(const double* values) {
-  return *reinterpret_cast<const LooseLanes*>(values);
+// Eight doubles in a row, on no boundary in particular. Copied: compilers take a vector behind a
+// reference for aligned, whatever its type says, and vectors passed by value have no common form.
+[[gnu::always_inline]] inline void load(const double* values, Lanes& lanes) {
+  std::memcpy(&lanes, values, sizeof lanes);
 }
 
 typedef double Quads __attribute__((vector_size(4 * sizeof(double))));
@@ -66,8 +67,8 @@ template <std::size_t A, std::size_t B, bool kDiagonal>
   for (std::size_t i = 0; i < rows; i += kLanes) {
     Lanes l[A];
     Lanes r[B];
-    for (std::size_t a = 0; a < A; ++a) l[a] = lanesAt(left + a * kBlock + i);
-    for (std::size_t b = 0; b < B; ++b) r[b] = lanesAt(right + b * kBlock + i);
+    for (std::size_t a = 0; a < A; ++a) load(left + a * kBlock + i, l[a]);
+    for (std::size_t b = 0; b < B; ++b) load(right + b * kBlock + i, r[b]);
     for (std::size_t a = 0; a < A; ++a) {
       for (std::size_t b = 0; b < B && (!kDiagonal || b <= a); ++b) sums[a * B + b] += l[a] * r[b];
     }
@@ -150,8 +151,12 @@ template <std::size_t B>
                                           double* out) {
   Lanes sums[B] = {};
   for (std::size_t i = 0; i < rows; i += kLanes) {
-    for (std::size_t b = 0; b < B; ++b)
-      sums[b] += lanesAt(weight + i) * lanesAt(x + b * kBlock + i);
+    Lanes of, column;
+    load(weight + i, of);
+    for (std::size_t b = 0; b < B; ++b) {
+      load(x + b * kBlock + i, column);
+      sums[b] += of * column;
+    }
   }
   totals(sums, out);
 }

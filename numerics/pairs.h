@@ -3,16 +3,20 @@
 #ifndef NUMERICS_PAIRS_H_
 #define NUMERICS_PAIRS_H_
 
+#include <cstring>
+
 namespace survmeth::numerics {
 
 typedef double Pair __attribute__((vector_size(2 * sizeof(double))));
-typedef double LoosePair __attribute__((vector_size(2 * sizeof(double)), aligned(8)));
 
-// Two neighbours in an array, on no boundary in particular.
-inline LoosePair& pairAt(double* values) { return *reinterpret_cast<LoosePair*>(values); }
-inline const LoosePair& pairAt(const double* values) {
-  return *reinterpret_cast<const LoosePair*>(values);
+// Two neighbours in an array, on no boundary in particular. Copied: compilers take a vector behind a
+// reference for aligned, whatever its type says.
+inline Pair pairAt(const double* values) {
+  Pair pair;
+  std::memcpy(&pair, values, sizeof pair);
+  return pair;
 }
+inline void putPair(const Pair& pair, double* values) { std::memcpy(values, &pair, sizeof pair); }
 
 inline Pair firsts(const Pair& a, const Pair& b) { return __builtin_shufflevector(a, b, 0, 2); }
 inline Pair seconds(const Pair& a, const Pair& b) { return __builtin_shufflevector(a, b, 1, 3); }

@@ -12,6 +12,7 @@ namespace {
 using numerics::firsts;
 using numerics::Pair;
 using numerics::pairAt;
+using numerics::putPair;
 using numerics::seconds;
 constexpr std::size_t kBlock = ForwardScores::kBlock;
 
@@ -50,8 +51,8 @@ void prefixSums(double* values, std::size_t begin, std::size_t stop, double* run
       const Pair first = sums[q] + firsts(left, right);
       sums[q] = first + seconds(left, right);
       if constexpr (kKept) {
-        pairAt(a) = firsts(first, sums[q]);
-        pairAt(b) = seconds(first, sums[q]);
+        putPair(firsts(first, sums[q]), a);
+        putPair(seconds(first, sums[q]), b);
       }
     }
   }

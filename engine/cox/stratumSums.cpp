@@ -11,6 +11,7 @@ namespace {
 using numerics::firsts;
 using numerics::Pair;
 using numerics::pairAt;
+using numerics::putPair;
 using numerics::seconds;
 constexpr std::size_t kBlock = numerics::BlockedColumns::kBlock;
 
@@ -40,8 +41,8 @@ void suffixSums(const double* risk, const double* x, std::size_t begin, std::siz
       const Pair right = weight * pairAt(x + b * kBlock + i);
       const Pair behind = running[q] + seconds(left, right);
       running[q] = behind + firsts(left, right);
-      pairAt(sums + a * kBlock + i) = firsts(running[q], behind);
-      pairAt(sums + b * kBlock + i) = seconds(running[q], behind);
+      putPair(firsts(running[q], behind), sums + a * kBlock + i);
+      putPair(seconds(running[q], behind), sums + b * kBlock + i);
     }
   }
 }

@@ -19,6 +19,8 @@ class CheckSources(unittest.TestCase):
         self.refused("return std::reduce(a, b);", "std::reduce")
         self.refused("std::complex<double> z;", "std::complex")
         self.refused("return std::hypot(x, y);", "hypot(")
+        self.refused("typedef double Loose __attribute__((vector_size(16), aligned(8)));",
+                     "vector_size(16), aligned(")
         self.refused("return fma(x, y, z);", "fma(")
         self.refused("std::random_device device;", "random_device")
 
