@@ -25,15 +25,23 @@ std::optional<std::vector<double>> numbersOf(const std::vector<std::string>& lab
   return numbers;
 }
 
-// How many rows hold each of so many labels. Neighbours count apart: an addition that waits for the
-// one before, of the same label, takes as long as four.
-std::vector<std::size_t> countsOf(const std::vector<std::uint32_t>& codes, std::size_t labels) {
-  std::vector<std::size_t> even(labels, 0), odd(labels, 0);
-  for (std::size_t i = 0; i < codes.size(); ++i) {
-    if (codes[i] != Column::kMissing) ++(i % 2 == 0 ? even : odd)[codes[i]];
+// Gives every code its place and counts. Neighbours count apart: an addition that waits for the one
+// before, of the same label, takes as long as four.
+void placeAndCount(const std::vector<std::uint32_t>& place, Labels& made) {
+  std::vector<std::size_t> even(made.labels.size(), 0), odd(made.labels.size(), 0);
+  const auto take = [&](std::uint32_t& code, std::vector<std::size_t>& counts) {
+    if (code == Column::kMissing) return;
+    code = place[code];
+    ++counts[code];
+  };
+  std::size_t i = 0;
+  for (; i + 2 <= made.codes.size(); i += 2) {
+    take(made.codes[i], even);
+    take(made.codes[i + 1], odd);
   }
-  for (std::size_t label = 0; label < labels; ++label) even[label] += odd[label];
-  return even;
+  if (i < made.codes.size()) take(made.codes[i], even);
+  for (std::size_t label = 0; label < odd.size(); ++label) even[label] += odd[label];
+  made.counts = std::move(even);
 }
 
 }  // namespace
@@ -104,10 +112,7 @@ Labels allLabelsOf(const Column& column) {
     if (!merged) made.labels.push_back(spelled[order[i]]);
     place[order[i]] = static_cast<std::uint32_t>(made.labels.size() - 1);
   }
-  if (!std::is_sorted(order.begin(), order.end()) || made.labels.size() < spelled.size()) {
-    for (std::uint32_t& code : made.codes) code = code == Column::kMissing ? code : place[code];
-  }
-  made.counts = countsOf(made.codes, made.labels.size());
+  placeAndCount(place, made);
   return made;
 }
 

@@ -4,6 +4,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <numeric>
 #include <span>
 #include <tuple>
@@ -45,7 +46,6 @@ class Cells {
     }
     return slots_[at];
   }
-  const std::vector<Cell>& cells() const { return cells_; }
 
  private:
   static constexpr std::uint32_t kFree = static_cast<std::uint32_t>(-1);
@@ -72,9 +72,10 @@ class Cells {
   std::vector<std::uint32_t> slots_;
 };
 
-// The cells that rows are in, in the order of first use, with the sums of their weights.
+// The cells that rows are in, in the order of first use: the first row of each, and the sum of the
+// weights of all.
 struct Sums {
-  std::vector<Cell> cells;
+  std::vector<std::uint32_t> firstRow;
   std::vector<double> weights;
 };
 
@@ -91,38 +92,50 @@ class Places {
         strata_(std::max<std::size_t>(rows.strata.labels.size(), 1)),
         each_(2 * std::max<std::uint64_t>(rows.groups.labels.size(), 1) * strata_) {}
 
-  // Those of rows `begin` and following; false where a time is another number, or so late that the
-  // table would be longer than `most`. In loops without a branch.
-  bool find(std::size_t begin, std::size_t most, std::span<std::uint32_t> places) const {
-    const std::span<const double> taken = times_.subspan(begin, places.size());
-    const std::uint64_t last = most / each_;
-    const auto end = static_cast<double>(last);
-    std::ptrdiff_t inside = 0, whole = 0;
-    for (const double time : taken) inside += (time >= 0 ? 1 : 0) & (time < end ? 1 : 0);
-    if (inside != static_cast<std::ptrdiff_t>(taken.size())) return false;
-    const auto each = static_cast<std::int32_t>(each_);
-    for (std::size_t i = 0; i < places.size(); ++i) {
-      const auto time = static_cast<std::int32_t>(taken[i]);
-      whole += static_cast<double>(time) == taken[i] ? 1 : 0;
-      places[i] = static_cast<std::uint32_t>(time * each) + event_[begin + i];
+  // Those of rows `begin` and following, and the length of a table that has them; 0 where a time is
+  // another number, or so late that the table would be longer than `most`. Four rows at a time and
+  // without a branch.
+  std::size_t find(std::size_t begin, std::size_t most, std::span<std::uint32_t> places) const {
+    constexpr double kInfinity = std::numeric_limits<double>::infinity();
+    const std::span<const double> times = times_.subspan(begin, places.size());
+    Lanes first, last, parts{};
+    first.fill(kInfinity);
+    last.fill(-kInfinity);
+    inLanes(times.size(), [&](std::size_t lane, std::size_t i) {
+      first[lane] = times[i] < first[lane] ? times[i] : first[lane];
+      last[lane] = times[i] > last[lane] ? times[i] : last[lane];
+    });
+    const double latest = *std::max_element(last.begin(), last.end());
+    const std::uint64_t end = most / each_;
+    if (!(*std::min_element(first.begin(), first.end()) >= 0 &&
+          latest < static_cast<double>(end))) {
+      return 0;
     }
-    if (whole != static_cast<std::ptrdiff_t>(taken.size())) return false;
+    const auto each = static_cast<double>(each_);
+    inLanes(times.size(), [&](std::size_t lane, std::size_t i) {
+      // Of one sign, so that no part goes unseen.
+      parts[lane] += times[i] - static_cast<double>(static_cast<std::int32_t>(times[i]));
+      places[i] = static_cast<std::uint32_t>(static_cast<std::int32_t>(times[i] * each));
+    });
+    if (*std::max_element(parts.begin(), parts.end()) > 0) return 0;
+    add(event_, begin, 1, places);
     add(group_, begin, 2 * strata_, places);
     add(stratum_, begin, 2, places);
-    return true;
-  }
-  Cell cellAt(std::uint32_t place) const {
-    const auto rest = static_cast<std::uint32_t>(place % each_ / 2);
-    const auto strata = static_cast<std::uint32_t>(strata_);
-    const std::uint64_t time = place / each_;
-    return {static_cast<double>(time), rest / strata, rest % strata, place % 2};
-  }
-  // Of a table up to the time of this place.
-  std::size_t lengthFor(std::uint32_t place) const {
-    return static_cast<std::size_t>((place / each_ + 1) * each_);
+    return static_cast<std::size_t>((static_cast<std::uint64_t>(latest) + 1) * each_);
   }
 
  private:
+  using Lanes = std::array<double, 4>;
+
+  template <class Take>
+  static void inLanes(std::size_t n, Take take) {
+    constexpr std::size_t kLanes = std::tuple_size_v<Lanes>;
+    std::size_t i = 0;
+    for (; i + kLanes <= n; i += kLanes) {
+      for (std::size_t lane = 0; lane < kLanes; ++lane) take(lane, i + lane);
+    }
+    for (; i < n; ++i) take(0, i);
+  }
   static const std::uint32_t* orNone(const std::vector<std::uint32_t>& codes) {
     return codes.empty() ? nullptr : codes.data();
   }
@@ -146,26 +159,35 @@ Found sumWholeTimes(const LifeRows& rows, Sums& sums) {
   const std::size_t n = std::min<std::size_t>(rows.event.size(), 1u << 30);
   const std::span<const double> weights = rows.weight.numbers;
   const Places places(rows);
-  std::array<std::uint32_t, kBlock> block;
+  std::array<std::uint32_t, kBlock> block, newPlaces, newRows;
   std::vector<double> table;
   std::vector<std::uint32_t> used;
   for (std::size_t begin = 0; begin < rows.event.size(); begin += kBlock) {
     const std::span<std::uint32_t> at(block.data(), std::min(kBlock, rows.event.size() - begin));
-    if (!places.find(begin, n, at)) return Found::kOtherTimes;
-    const std::uint32_t last = *std::max_element(at.begin(), at.end());
-    if (last >= table.size()) table.resize(std::max(2 * table.size(), places.lengthFor(last)));
-    for (std::size_t i = 0; i < at.size(); ++i) {
-      const double weight = weights.empty() ? 1.0 : weights[begin + i];
-      double& sum = table[at[i]];
-      if (sum == 0 && weight > 0) used.push_back(at[i]);
-      sum += weight;
+    const std::size_t length = places.find(begin, n, at);
+    if (length == 0) return Found::kOtherTimes;
+    if (length > table.size()) table.resize(std::max(2 * table.size(), length));
+    std::size_t found = 0;
+    const auto sum = [&](auto weightOf) {
+      for (std::size_t i = 0; i < at.size(); ++i) {
+        const double before = table[at[i]], weight = weightOf(i);
+        newPlaces[found] = at[i];  // stays where it is one
+        newRows[found] = static_cast<std::uint32_t>(begin + i);
+        found += static_cast<std::size_t>(before == 0) & static_cast<std::size_t>(weight > 0);
+        table[at[i]] = before + weight;
+      }
+    };
+    if (weights.empty()) {
+      sum([](std::size_t) { return 1.0; });
+    } else {
+      sum([&](std::size_t i) { return weights[begin + i]; });
     }
+    const auto count = static_cast<std::ptrdiff_t>(found);
+    used.insert(used.end(), newPlaces.begin(), newPlaces.begin() + count);
+    sums.firstRow.insert(sums.firstRow.end(), newRows.begin(), newRows.begin() + count);
     if (4 * used.size() >= rows.event.size() + 4) return Found::kManyCells;
   }
-  for (const std::uint32_t place : used) {
-    sums.cells.push_back(places.cellAt(place));
-    sums.weights.push_back(table[place]);
-  }
+  for (const std::uint32_t place : used) sums.weights.push_back(table[place]);
   return Found::kFewCells;
 }
 
@@ -184,10 +206,10 @@ Found sumTimes(const LifeRows& rows, Sums& sums) {
     if (at == sums.weights.size()) {
       if (4 * at >= n) return Found::kManyCells;
       sums.weights.push_back(0);
+      sums.firstRow.push_back(static_cast<std::uint32_t>(i));
     }
     sums.weights[at] += weight.empty() ? 1 : weight[i];
   }
-  sums.cells = found.cells();
   return Found::kFewCells;
 }
 
@@ -196,21 +218,18 @@ Found sumTimes(const LifeRows& rows, Sums& sums) {
 bool poolRows(LifeRows& rows) {
   Sums sums;
   Found found = sumWholeTimes(rows, sums);
-  if (found == Found::kOtherTimes) found = sumTimes(rows, sums);
+  if (found == Found::kOtherTimes) {
+    sums = {};  // of the rows before the time that is another number
+    found = sumTimes(rows, sums);
+  }
   if (found != Found::kFewCells) return false;
   std::vector<double> time;
-  std::vector<std::uint32_t> event, group, stratum;
-  for (const Cell& cell : sums.cells) {
-    time.push_back(cell.time);
-    event.push_back(cell.event);
-    if (!rows.groups.codes.empty()) group.push_back(cell.group);
-    if (!rows.strata.codes.empty()) stratum.push_back(cell.stratum);
-  }
+  for (const std::uint32_t row : sums.firstRow) time.push_back(rows.time.numbers[row] + 0.0);
   rows.time = frame::numberColumn(rows.time.name, std::move(time));
   rows.weight = frame::numberColumn(rows.weight.name, std::move(sums.weights));
-  rows.event = std::move(event);
-  rows.groups.codes = std::move(group);
-  rows.strata.codes = std::move(stratum);
+  for (auto* codes : {&rows.event, &rows.groups.codes, &rows.strata.codes}) {
+    *codes = chosen(*codes, sums.firstRow);
+  }
   return true;
 }
 

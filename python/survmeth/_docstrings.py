@@ -83,8 +83,9 @@ def section(name, lines):
     return ["", name, "-" * len(name), *lines]
 
 
-def docstring_of(analysis):
-    name = analysis["name"]
+def docstring_of(analysis, of=None):
+    """of  the analysis whose results it follows from"""
+    name = f"{of}.{analysis['name']}" if of else analysis["name"]
     lines = [analysis["summary"] + "."]
     if analysis["details"]:
         lines += ["", analysis["details"]]

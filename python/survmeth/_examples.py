@@ -1,5 +1,5 @@
-"""What docstrings have besides the declarations: of each analysis an example, which needs numpy alone
-and runs as a doctest, and the sources of its methods."""
+"""What docstrings have besides the declarations: of each analysis, and of what predicts from its
+results, an example, which needs numpy alone and runs as a doctest, and the sources of its methods."""
 
 LEUKEMIA = """\
 >>> import survmeth
@@ -36,7 +36,7 @@ EXAMPLES = {
 >>> fit.arrays["coefficients"]["hazardRatio"].round(3).tolist()
 [4.817]
 """,
-    "predict": LEUKEMIA + """\
+    "cox.predict": LEUKEMIA + """\
 >>> fit = survmeth.cox("Surv(weeks, relapse) ~ arm", data)
 >>> new = fit.predict({"arm": ["6-MP", "placebo"]}, at=[10, 20])
 >>> new.arrays["predictions"]["risk"].round(3).tolist()
@@ -68,6 +68,15 @@ EXAMPLES = {
 >>> fit = survmeth.finegray("Surv(years, end) ~ age", data, event="relapse")
 >>> fit.arrays["coefficients"]["hazardRatio"].round(4).tolist()
 [1.1228]
+""",
+    "finegray.predict": COMPETING + """\
+>>> fit = survmeth.finegray("Surv(years, end) ~ age", data, event="relapse")
+>>> new = fit.predict({"age": [50, 65]}, at=[3, 6])
+>>> at = new.arrays["incidenceAt"]
+>>> at["line"].tolist(), at["time"].tolist()
+([1.0, 1.0, 2.0, 2.0], [3.0, 6.0, 3.0, 6.0])
+>>> at["cumulativeIncidence"].round(4).tolist()
+[0.0455, 0.1488, 0.2324, 0.5998]
 """,
     "states": """\
 >>> import survmeth
@@ -108,6 +117,7 @@ EXAMPLES = {
 }
 
 AALEN_JOHANSEN = "Aalen & Johansen, Scandinavian Journal of Statistics 5 (1978) 141-150"
+FINE_GRAY = "Fine & Gray, JASA 94 (1999) 496-509"
 GRAY = "Gray, Annals of Statistics 16 (1988) 1141-1154"
 HARRELL = "Harrell et al., Stat Med 15 (1996) 361-387"
 
@@ -118,13 +128,14 @@ SOURCES = {
              "Tarone & Ware, Biometrika 64 (1977) 156-160",
              "Klein & Moeschberger, Survival Analysis, 2nd ed. (2003) 4.5"],
     "cox": ["Cox, J R Stat Soc B 34 (1972) 187-220", "Efron, JASA 72 (1977) 557-565", HARRELL],
-    "predict": ["Tsiatis, Ann Statist 9 (1981) 93-108"],
+    "cox.predict": ["Tsiatis, Ann Statist 9 (1981) 93-108"],
     "clogit": ["Breslow & Day, Statistical Methods in Cancer Research I (1980), ch. 7",
                "Gail, Lubin & Rubinstein, Biometrika 68 (1981) 703-707", HARRELL],
     "incidence": [AALEN_JOHANSEN, "Aalen, Annals of Statistics 6 (1978) 534-545",
                   "Choudhury, Statistics in Medicine 21 (2002) 1129-1144", GRAY],
     "gray": [GRAY],
-    "finegray": ["Fine & Gray, JASA 94 (1999) 496-509", "Geskus, Biometrics 67 (2011) 39-49"],
+    "finegray": [FINE_GRAY, "Geskus, Biometrics 67 (2011) 39-49"],
+    "finegray.predict": [FINE_GRAY],
     "states": [AALEN_JOHANSEN, "Andersen, Borgan, Gill & Keiding, Statistical Models Based on "
                "Counting Processes (1993) IV.4", "Aalen, Annals of Statistics 6 (1978) 701-726"],
     "roc": ["DeLong, DeLong & Clarke-Pearson, Biometrics 44 (1988) 837-845",

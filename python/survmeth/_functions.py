@@ -119,15 +119,15 @@ def function_of(analysis, module):
     return call
 
 
-def follow_up_of(analysis):
-    """The method of results that follows from them."""
+def follow_up_of(analysis, of):
+    """The method of results of the analysis `of` that follows from them."""
     signature, run = signature_of(analysis), runner_of(analysis)
 
     def predict(self, *positional, **named):
         return run(bound("predict", signature, positional, named),
                    lambda settings: _core.Call(self._fit, settings))
 
-    predict.__doc__ = docstring_of(analysis)
+    predict.__doc__ = docstring_of(analysis, of)
     predict.__signature__ = signature.replace(parameters=[
         inspect.Parameter("self", inspect.Parameter.POSITIONAL_ONLY),
         *signature.parameters.values()])
@@ -147,5 +147,5 @@ def made(module):
     """By name, the function of each analysis."""
     for each in analyses():
         if "predict" in each:
-            Result._follow_ups[each["name"]] = follow_up_of(each["predict"])
+            Result._follow_ups[each["name"]] = follow_up_of(each["predict"], each["name"])
     return {each["name"]: function_of(each, module) for each in analyses()}

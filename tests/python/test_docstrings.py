@@ -13,8 +13,8 @@ from survmeth._examples import EXAMPLES, SOURCES
 from survmeth._names import argument_of
 
 FUNCTIONS = {each["name"]: getattr(survmeth, each["name"]) for each in DECLARED["analyses"]}
-PREDICT = survmeth.Result._follow_ups["cox"]
-ALL = FUNCTIONS | {"predict": PREDICT}
+ALL = FUNCTIONS | {f"{name}.predict": method
+                   for name, method in survmeth.Result._follow_ups.items()}
 with open(ROOT / "tests" / "reference" / "python" / "examples.csv", encoding="utf-8") as made:
     NUMBERS = list(csv.DictReader(made))
 
@@ -60,9 +60,10 @@ def test_every_argument_is_explained_once(name):
 
 
 def arguments_of(name):
-    declared = next((each for each in DECLARED["analyses"] if each["name"] == name), None)
-    if declared is None:
-        declared = next(each for each in DECLARED["analyses"] if each["name"] == "cox")["predict"]
+    name, _, follows = name.partition(".")
+    declared = next(each for each in DECLARED["analyses"] if each["name"] == name)
+    if follows:
+        declared = declared[follows]
     options = [argument_of(option["name"]) for option in declared["options"]]
     others = [option["name"] + "_name" for option in declared["options"]
               if option["type"] == "data"]

@@ -2,14 +2,18 @@
 
 import gc
 import os
+import pickle
 import resource
 import signal
 import subprocess
 import sys
 import threading
 import time
+import tracemalloc
+import weakref
 
 import numpy as np
+import polars
 import pytest
 
 import survmeth
@@ -162,6 +166,41 @@ def test_nothing_is_left_behind():
     gc.collect()
     # A result of 5000 rows holds some 600 kB; 300 of them would be 180 MB. In kB on Linux.
     assert resource.getrusage(resource.RUSAGE_SELF).ru_maxrss - before < 8000
+
+
+def test_no_object_of_python_is_left_behind():
+    data = large(300)
+    new = {"x": data["x"][:3], "y": data["y"][:3]}
+    told = []
+
+    def once():
+        fit = life(data)
+        fit.tables, list(fit.arrays), fit.figures, fit.facts, fit.notes, fit.summary()
+        pickle.loads(pickle.dumps(fit)).to_csv()
+        regression = cox(data, progress=lambda done: told.append(done) or told.clear())
+        regression.predict(new, at=[1]).tables["survival"]
+        cox(polars.DataFrame(data), newdata=new).to_html()
+        with pytest.raises(survmeth.RefusedInput):
+            life(data | {"t": -data["t"]})
+        with pytest.raises(TypeError):
+            survmeth.life(data, tiem="t")
+        return weakref.ref(fit), weakref.ref(regression)
+
+    runs, left = 20, []
+    tracemalloc.start()
+    try:
+        for _ in range(7):
+            before = tracemalloc.get_traced_memory()[0]
+            for _ in range(runs):
+                results = once()
+            gc.collect()
+            left.append(tracemalloc.get_traced_memory()[0] - before)
+    finally:
+        tracemalloc.stop()
+    assert [result() for result in results] == [None, None]
+    # Caches fill and tables of interned texts grow now and then; a leak takes something every time,
+    # the least object, an empty list, 56 bytes a run.
+    assert min(left) < 40 * runs, left
 
 
 def test_the_interpreter_ends_without_leaks_of_the_module():

@@ -25,9 +25,9 @@ shown("cox", "fit.arrays['coefficients']['hazardRatio']", exp(coef(fit)))
 new <- data.frame(arm = c("6-MP", "placebo"))
 # coxph centres a factor's column at its mean only for predictions of this kind.
 centred <- (c(0, 1) - mean(arm == "placebo")) * coef(fit)
-shown("predict", "new.arrays['predictions']['risk']", exp(centred))
+shown("cox.predict", "new.arrays['predictions']['risk']", exp(centred))
 curves <- summary(survfit(fit, newdata = new), times = c(10, 20))$surv
-shown("predict", "new.arrays['survival']['survival']", c(curves))
+shown("cox.predict", "new.arrays['survival']['survival']", c(curves))
 
 pairs <- data.frame(case = rep(c(1, 0), 7), exposed = c(1, 0, 1, 0, 1, 0, 1, 0, 0, 1, 1, 1, 0, 0),
                     pair = rep(1:7, each = 2))
@@ -49,6 +49,10 @@ shown("gray", "fit.arrays['tests']['chiSquare']",
 regression <- cmprsk::crr(years, end, cbind(age), failcode = "relapse", cencode = "censored",
                           gtol = 1e-12, maxiter = 50)
 shown("finegray", "fit.arrays['coefficients']['hazardRatio']", exp(regression$coef))
+# A matrix: the times of events, then a column for each row of new data.
+predicted <- predict(regression, cbind(c(50, 65)))
+shown("finegray.predict", "at['cumulativeIncidence']",
+      c(predicted[findInterval(c(3, 6), predicted[, 1]), -1]))
 
 # The Aalen-Johansen estimate of survival's survfit of several states.
 stays <- data.frame(id = c(1, 1, 2, 2, 3, 4, 4, 5, 6), entry = c(0, 2, 0, 1, 0, 0, 3, 0, 0),
