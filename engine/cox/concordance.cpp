@@ -2,9 +2,11 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 #include <vector>
 
 #include "engine/cox/chunks.h"
+#include "engine/risk/parts.h"
 #include "numerics/order.h"
 #include "numerics/runningSum.h"
 #include "numerics/threads.h"
@@ -52,15 +54,7 @@ class Stratum {
  public:
   Stratum(const risk::Arrangement& a, std::size_t s, std::span<const double> score)
       : a_(a), begin_(a.stratumRow[s]), stop_(a.stratumRow[s + 1]) {
-    const std::vector<std::uint32_t> order =
-        numerics::ascendingOrder(score.subspan(begin_, stop_ - begin_));
-    rank_.resize(order.size());
-    std::uint32_t rank = 0;
-    for (std::size_t m = 0; m < order.size(); ++m) {
-      if (m > 0 && score[begin_ + order[m - 1]] < score[begin_ + order[m]]) ++rank;
-      rank_[order[m]] = rank;
-    }
-    ranks_ = order.empty() ? 0 : rank + std::size_t{1};
+    findRanks(score.subspan(begin_, stop_ - begin_));
     if (a.entryCode.empty()) return;
     for (std::size_t i = begin_; i < stop_; ++i) byEntry_.push_back(static_cast<std::uint32_t>(i));
     std::stable_sort(byEntry_.begin(), byEntry_.end(), [&](std::uint32_t x, std::uint32_t y) {
@@ -87,15 +81,41 @@ class Stratum {
           rowsAgainstEvents(moreOfRows.data(), morePairs.data());
         }
       });
-      for (std::size_t i = 0; i < n; ++i) {
+      risk::inParts(n, [&](std::size_t i) {
         ofRows[i] += moreOfRows[i];
         pairs[i] += morePairs[i];
-      }
+      });
     }
     tiedTimes(result);
   }
 
  private:
+  // The rank of each row's score among the distinct ones.
+  void findRanks(std::span<const double> score) {
+    std::vector<double> sorted;
+    const std::vector<std::uint32_t> order = numerics::ascendingOrder(score, sorted);
+    rank_.resize(order.size());
+    const Chunks parts(order.size(), kMany);
+    // Scores of a part that differ from those before them, then those before the part.
+    std::vector<std::uint32_t> distinct(parts.count(), 0);
+    const auto differs = [&](std::size_t m) { return m > 0 && sorted[m - 1] < sorted[m]; };
+    parts.inParallel([&](std::size_t part, std::size_t begin, std::size_t end) {
+      std::uint32_t count = 0;
+      for (std::size_t m = begin; m < end; ++m) count += differs(m) ? 1 : 0;
+      distinct[part] = count;
+    });
+    std::uint32_t before = 0;
+    for (std::uint32_t& count : distinct) before += std::exchange(count, before);
+    parts.inParallel([&](std::size_t part, std::size_t begin, std::size_t end) {
+      std::uint32_t rank = distinct[part];
+      for (std::size_t m = begin; m < end; ++m) {
+        rank += differs(m) ? 1 : 0;
+        rank_[order[m]] = rank;
+      }
+    });
+    ranks_ = order.empty() ? 0 : before + std::size_t{1};
+  }
+
   Number weight(std::size_t i) const { return static_cast<Number>(a_.weight[i]); }
   std::size_t rank(std::size_t i) const { return rank_[i - begin_]; }
 
@@ -168,6 +188,10 @@ class Stratum {
     std::vector<std::pair<std::size_t, double>> group;  // rank, weight
     for (std::size_t i = begin_; i < stop_;) {
       const std::uint32_t code = a_.exitCode[i];
+      if (i + 1 == stop_ || a_.exitCode[i + 1] != code) {
+        ++i;
+        continue;
+      }
       group.clear();
       for (; i < stop_ && a_.exitCode[i] == code; ++i) {
         if (a_.event[i] != 0) group.emplace_back(rank(i), a_.weight[i]);
@@ -200,10 +224,8 @@ Concordance concordance(const risk::Arrangement& arrangement, std::span<const do
   Concordance result;
   std::vector<double> balance(n, 0.0);
   std::vector<double> comparable(n, 0.0);
-  const bool whole =
-      std::all_of(a.weight.begin(), a.weight.end(), [](double w) { return w == 1.0; });
   for (std::size_t s = 0; s < a.strata(); ++s) {
-    if (whole) {
+    if (!a.weighted) {
       Stratum<std::uint32_t>(a, s, score).count(result, balance, comparable);
     } else {
       Stratum<double>(a, s, score).count(result, balance, comparable);
@@ -214,10 +236,14 @@ Concordance concordance(const risk::Arrangement& arrangement, std::span<const do
   result.estimate = (result.concordant + 0.5 * result.tiedScore) / pairs;
   // The derivative of the estimate in a row's weight, times the weight.
   std::vector<double> influence(cluster.empty() ? n : clusters, 0.0);
-  for (std::size_t i = 0; i < n; ++i) {
+  const auto influenceOf = [&](std::size_t i) {
     const double agreeing = 0.5 * (comparable[i] + balance[i]);
-    influence[cluster.empty() ? i : cluster[a.source[i]]] +=
-        a.weight[i] * (agreeing - result.estimate * comparable[i]) / pairs;
+    return a.weight[i] * (agreeing - result.estimate * comparable[i]) / pairs;
+  };
+  if (cluster.empty()) {
+    risk::inParts(n, [&](std::size_t i) { influence[i] += influenceOf(i); });
+  } else {
+    for (std::size_t i = 0; i < n; ++i) influence[cluster[a.source[i]]] += influenceOf(i);
   }
   numerics::RunningSum squares;
   for (const double value : influence) squares.add(value * value);

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "engine/cox/means.h"
+#include "engine/risk/parts.h"
 #include "numerics/elementary.h"
 
 namespace survmeth::engine::cox {
@@ -27,13 +28,13 @@ std::vector<double> collect(const Problem& problem, const std::vector<double>& v
   }
   std::vector<double> result(options.byCluster ? problem.clusters : problem.sourceRows,
                              options.byCluster ? 0.0 : kAbsent);
-  for (std::size_t i = 0; i < a.rows(); ++i) {
-    const double term = options.weighted ? a.weight[i] * value[i] : value[i];
-    if (options.byCluster) {
-      result[problem.cluster[a.source[i]]] += term;
-    } else {
-      result[a.source[i]] = term;
-    }
+  const auto termOf = [&](std::size_t i) {
+    return options.weighted ? a.weight[i] * value[i] : value[i];
+  };
+  if (options.byCluster) {
+    for (std::size_t i = 0; i < a.rows(); ++i) result[problem.cluster[a.source[i]]] += termOf(i);
+  } else {
+    risk::inParts(a.rows(), [&](std::size_t i) { result[a.source[i]] = termOf(i); });
   }
   return result;
 }
@@ -41,9 +42,9 @@ std::vector<double> collect(const Problem& problem, const std::vector<double>& v
 std::vector<double> martingaleRows(const Problem& problem, const Hazards& hazards) {
   const risk::Arrangement& a = problem.arrangement;
   std::vector<double> value(a.rows());
-  for (std::size_t i = 0; i < a.rows(); ++i) {
+  risk::inParts(a.rows(), [&](std::size_t i) {
     value[i] = a.event[i] - hazards.risk[i] / a.weight[i] * hazards.cumulative[i];
-  }
+  });
   return value;
 }
 

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "engine/input.h"
+#include "numerics/largeArray.h"
 
 namespace survmeth::engine::risk {
 
@@ -51,16 +52,18 @@ struct Arrangement {
   // Of each row in the new order.
   std::vector<std::uint32_t> source;  // the caller's row
   std::vector<double> weight;
-  bool weighted = false;             // whether a weight is not 1
-  std::vector<double> offset;        // empty: none
-  std::vector<std::uint32_t> first;  // first event time at which it is at risk; empty where
-                                     // everybody is at risk from the stratum's first
-  std::vector<std::uint32_t> end;    // one past the last such time; end == first: never at risk
-  std::vector<std::uint8_t> event;
-  std::vector<std::uint32_t> rowStratum;  // index of its stratum among those with rows
+  bool weighted = false;       // whether a weight is not 1
+  std::vector<double> offset;  // empty: none
+  numerics::LargeArray<std::uint32_t>
+      first;  // first event time at which it is at risk; empty where
+              // everybody is at risk from the stratum's first
+  numerics::LargeArray<std::uint32_t>
+      end;  // one past the last such time; end == first: never at risk
+  numerics::LargeArray<std::uint8_t> event;
+  numerics::LargeArray<std::uint32_t> rowStratum;  // index of its stratum among those with rows
 
-  std::vector<std::uint32_t> exitCode;   // codes of the rows' times, as TimeCodes
-  std::vector<std::uint32_t> entryCode;  // empty without entries
+  numerics::LargeArray<std::uint32_t> exitCode;   // codes of the rows' times, as TimeCodes
+  numerics::LargeArray<std::uint32_t> entryCode;  // empty without entries
   std::vector<double> codeTime;
 
   // Of each event time.

@@ -81,6 +81,11 @@ void expectSameBits(const CoxData& data, bool clusters) {
 
 TEST(ThreadsOfAFit, GiveTheSameBits) { expectSameBits(simulated(12000, 0, false, 1), false); }
 
+TEST(ThreadsOfAFit, GiveTheSameBitsWithManyRows) {
+  // Enough for several parts of everything, the scores' order and the rows' among them.
+  expectSameBits(simulated(70000, 0, false, 1), false);
+}
+
 TEST(ThreadsOfAFit, GiveTheSameBitsWithTies) {
   // Groups that reach across several blocks and parts, and many of a few rows.
   expectSameBits(simulated(12000, 3, false, 1), false);

@@ -4,7 +4,10 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstdint>
 #include <vector>
+
+#include "numerics/threads.h"
 
 namespace survmeth::engine::cox {
 namespace {
@@ -93,6 +96,41 @@ TEST(Concordance, CountsEveryPair) {
 TEST(Concordance, CountsOnlyPairsThatAreAtRiskTogetherWhereRowsEnterLate) {
   expectPairs(sample(true, false, 3));
   expectPairs(sample(true, true, 4));
+}
+
+TEST(Concordance, CountsEveryPairOfManyRows) {
+  // Distinct times at which every other row fails, and scores of which many are alike.
+  constexpr std::size_t kRows = 50000;
+  constexpr std::uint32_t kScores = 200;
+  std::uint64_t seed = 5;
+  std::vector<double> exit;
+  std::vector<double> score;
+  std::vector<std::uint32_t> event;
+  for (std::size_t i = 0; i < kRows; ++i) {
+    exit.push_back(static_cast<double>(i));
+    event.push_back(i % 2 == 0 ? 1 : 0);
+    score.push_back(next(seed) % kScores);
+  }
+  std::vector<std::uint64_t> behind(kScores, 0);
+  std::uint64_t concordant = 0;
+  std::uint64_t discordant = 0;
+  std::uint64_t tied = 0;
+  for (std::size_t i = kRows; i-- > 0;) {
+    for (std::uint32_t other = 0; other < kScores && event[i] != 0; ++other) {
+      (other < score[i] ? concordant : other > score[i] ? discordant : tied) += behind[other];
+    }
+    ++behind[static_cast<std::size_t>(score[i])];
+  }
+  const risk::Arrangement a({{}, exit, event, 1}, {}, 0.0);
+  for (const unsigned threads : {1U, 2U, 7U}) {
+    numerics::setThreads(threads);
+    const Concordance c = concordance(a, score, {}, 0);
+    EXPECT_EQ(c.concordant, static_cast<double>(concordant));
+    EXPECT_EQ(c.discordant, static_cast<double>(discordant));
+    EXPECT_EQ(c.tiedScore, static_cast<double>(tied));
+    EXPECT_EQ(c.tiedTime, 0.0);
+  }
+  numerics::setThreads(0);
 }
 
 TEST(Concordance, WithoutAComparablePairThereIsNone) {
