@@ -131,7 +131,11 @@ void plot(const Looks& looks, const report::Report& report, Session& session) {
     if (looks.figure.empty()) return;
     throw Problem("--figure: stands without --plot; expected both or none");
   }
-  if (report.figures.empty()) throw Problem("--plot: there is no figure of this analysis");
+  if (report.figures.empty()) {
+    std::string why;
+    for (const report::Note& note : report.notes) why += (why.empty() ? ": " : "; ") + note.text;
+    throw Problem("--plot: there is no figure of this analysis" + why);
+  }
   try {
     const auto drawing = std::make_shared<const pictures::Drawing>(
         pictures::compose(chosen(looks, report), looks.style, pictures::formatOf(looks.plot)));

@@ -54,12 +54,7 @@ void takeTimes(ModelData& made, const Formula& formula, const frame::Frame& data
   if (!formula.entry) return;
   made.entry = frame::evaluate(*formula.entry, data, formula.text);
   requireFinite(made.entry.numbers, Role::kEntry, deparse(*formula.entry));
-  for (std::size_t i = 0; i < data.rows; ++i) {
-    if (made.entry.numbers[i] < made.exit.numbers[i]) continue;
-    throw Refusal(Role::kEntry, i,
-                  "the entry " + text::exact(made.entry.numbers[i]) + " is not before the exit " +
-                      text::exact(made.exit.numbers[i]));
-  }
+  requireEntriesBefore(made.entry.numbers, made.exit.numbers);
 }
 
 void takeEvents(ModelData& made, const Formula& formula, const frame::Frame& data,
@@ -147,6 +142,15 @@ ModelData modelData(const Coding& coding, const frame::Frame& data,
   takeRows(made, formula, data);
   made.design = coding.design(data);
   return made;
+}
+
+void requireEntriesBefore(std::span<const double> entry, std::span<const double> exit) {
+  for (std::size_t i = 0; i < entry.size(); ++i) {
+    if (entry[i] < exit[i]) continue;
+    throw Refusal(
+        Role::kEntry, i,
+        "the entry " + text::exact(entry[i]) + " is not before the exit " + text::exact(exit[i]));
+  }
 }
 
 }  // namespace survmeth::model

@@ -10,6 +10,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -54,6 +55,9 @@ struct ModelData {
 // Cost O(rows x columns + rows log rows)
 ModelData modelData(const Coding& coding, const frame::Frame& data,
                     const std::vector<std::string>& eventValues = {});
+
+// Throws engine::Refusal of the entry's role for the first row whose entry is not before its exit.
+void requireEntriesBefore(std::span<const double> entry, std::span<const double> exit);
 
 }  // namespace survmeth::model
 

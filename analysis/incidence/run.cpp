@@ -4,6 +4,7 @@
 #include "analysis/groups.h"
 #include "analysis/incidence/incidence.h"
 #include "engine/curves/means.h"
+#include "model/response.h"
 
 namespace survmeth::analysis {
 namespace {
@@ -31,6 +32,7 @@ void takeColumns(const frame::Frame& data, const IncidenceRequest& request, Inpu
   if (!request.entry.empty()) {
     input.entry = *data.numbers(request.entry);
     input.response.entry = input.entry.numbers;
+    model::requireEntriesBefore(input.response.entry, input.response.exit);
   }
   if (!request.weights.empty()) {
     input.weight = *data.numbers(request.weights);

@@ -10,7 +10,9 @@
 #include "analysis/option.h"
 #include "analysis/weights.h"
 #include "engine/risk/arrangement.h"
+#include "frame/date.h"
 #include "model/coding.h"
+#include "model/response.h"
 #include "report/keys.h"
 #include "text/lists.h"
 #include "text/words.h"
@@ -75,6 +77,7 @@ void takeTimes(const frame::Frame& data, const LifeRequest& request, LifeRows& r
     rows.time = *data.numbers(request.time);
     if (request.lateEntry()) rows.entry = *data.numbers(request.entry);
     requireTimes(rows.time.numbers);
+    model::requireEntriesBefore(rows.entry.numbers, rows.time.numbers);
     return;
   }
   const frame::Column& from = datesOf(data, request.from, "from");
@@ -87,6 +90,12 @@ void takeTimes(const frame::Frame& data, const LifeRequest& request, LifeRows& r
   rows.time = frame::numberColumn(request.time, unitsSince(from, to, request.unit));
   if (!request.lateEntry()) return;
   const frame::Column& entry = datesOf(data, request.entry, "entry");
+  for (std::size_t i = 0; i < data.rows; ++i) {
+    if (entry.numbers[i] < to.numbers[i]) continue;
+    throw Refusal(Role::kEntry, i,
+                  "the entry " + frame::dateText(entry.numbers[i]) + " is not before the exit " +
+                      frame::dateText(to.numbers[i]));
+  }
   rows.entry = frame::numberColumn(request.entry, unitsSince(from, entry, request.unit));
 }
 

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "analysis/states/columns.h"
+#include "model/response.h"
 #include "text/charconv.h"
 #include "text/numbers.h"
 #include "text/words.h"
@@ -98,6 +99,7 @@ void takeStays(const frame::Frame& data, const StatesRequest& request, StateColu
   for (const std::uint32_t code : columns.from) ++answer.rows[code];
   const auto entry = data.numbers(request.entry)->numbers;
   const auto exit = data.numbers(request.exit)->numbers;
+  model::requireEntriesBefore(entry, exit);
   columns.entry.assign(entry.begin(), entry.end());
   columns.exit.assign(exit.begin(), exit.end());
   columns.subject = frame::labelsOf(*data.labels(request.id));
