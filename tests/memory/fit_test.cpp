@@ -46,6 +46,19 @@ void* operator new[](std::size_t size) { return allocate(size, 0); }
 void* operator new(std::size_t size, std::align_val_t boundary) {
   return allocate(size, static_cast<std::size_t>(boundary));
 }
+// The standard library's temporary buffers are asked for so.
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+  try {
+    return allocate(size, 0);
+  } catch (const std::bad_alloc&) {
+    return nullptr;
+  }
+}
+void* operator new[](std::size_t size, const std::nothrow_t& none) noexcept {
+  return operator new(size, none);
+}
+void operator delete(void* memory, const std::nothrow_t&) noexcept { release(memory, 0); }
+void operator delete[](void* memory, const std::nothrow_t&) noexcept { release(memory, 0); }
 void operator delete(void* memory) noexcept { release(memory, 0); }
 void operator delete[](void* memory) noexcept { release(memory, 0); }
 void operator delete(void* memory, std::size_t) noexcept { release(memory, 0); }
