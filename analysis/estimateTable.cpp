@@ -14,7 +14,7 @@ report::Table estimateTable(const char* id, std::string caption, const char* nam
   table.column(nameKey, "", Kind::kLabel, &NamedEstimate::name)
       .column(key::kEstimate, "estimate", Kind::kEstimate, &NamedEstimate::value);
   if (errors == Errors::kShown) {
-    table.column(key::kStandardError, "std. error", Kind::kEstimate, &NamedEstimate::standardError);
+    table.column(key::kStandardError, "std error", Kind::kEstimate, &NamedEstimate::standardError);
   }
   return table.limits(report::confidence(alpha), Kind::kEstimate, &NamedEstimate::value).table();
 }

@@ -46,7 +46,7 @@ report::Table coxSurvivalBootstrapTable(const CoxPredictions& made,
       {coxWhoColumn(request, who), report::numberColumn(key::kTime, "time", Kind::kTime, time),
        report::numberColumn(key::kSurvival, "survival", Kind::kProbability, survival),
        report::numberColumn(key::kBias, "bias", Kind::kProbability, bias),
-       report::numberColumn(key::kStandardError, "std. error", Kind::kProbability, error),
+       report::numberColumn(key::kStandardError, "std error", Kind::kProbability, error),
        report::numberColumn(key::kLower, level + " lower", Kind::kProbability, lower),
        report::numberColumn(key::kUpper, level + " upper", Kind::kProbability, upper),
        report::numberColumn(key::kReplicates, "replicates", Kind::kCount, replicates)});

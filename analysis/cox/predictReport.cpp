@@ -63,7 +63,7 @@ report::Table riskTable(const CoxPredictions& made, const CoxPredictRequest& req
     table.columns.push_back(report::numberColumn(name, heading, Kind::kEstimate, values));
   };
   add(key::kLinearPredictor, "linear predictor", made.predictor);
-  add(key::kStandardError, "std. error", made.standardError);
+  add(key::kStandardError, "std error", made.standardError);
   add(key::kRisk, "risk", risk);
   add(key::kLower, level + " lower", lower);
   add(key::kUpper, level + " upper", upper);
@@ -86,7 +86,7 @@ report::Table termTable(const CoxPredictions& made) {
       {report::numberColumn(key::kLine, "line", Kind::kCount, line),
        report::labelColumn(key::kName, "term", std::move(name)),
        report::numberColumn(key::kEstimate, "part", Kind::kEstimate, value),
-       report::numberColumn(key::kStandardError, "std. error", Kind::kEstimate, error)});
+       report::numberColumn(key::kStandardError, "std error", Kind::kEstimate, error)});
 }
 
 report::Table expectedTable(const CoxPredictions& made) {
@@ -96,7 +96,7 @@ report::Table expectedTable(const CoxPredictions& made) {
   return report::tableOf(
       "expected", "Expected events in the time of each row",
       {lineColumn(made), of(key::kExpected, "expected", Kind::kEstimate, &HazardValue::hazard),
-       of(key::kStandardError, "std. error", Kind::kEstimate, &HazardValue::standardError),
+       of(key::kStandardError, "std error", Kind::kEstimate, &HazardValue::standardError),
        of(key::kSurvival, "survival", Kind::kProbability,
           [](const HazardValue& each) { return numerics::exp(-each.hazard); })});
 }
@@ -111,7 +111,7 @@ void addSurvivalColumns(const std::vector<const CoxSurvival*>& points, const std
   };
   add(key::kTime, "time", Kind::kTime, &CoxSurvival::time);
   add(key::kSurvival, "survival", Kind::kProbability, &CoxSurvival::survival);
-  add(key::kStandardError, "std. error", Kind::kProbability, &CoxSurvival::error);
+  add(key::kStandardError, "std error", Kind::kProbability, &CoxSurvival::error);
   add(key::kLower, level + " lower", Kind::kProbability, &CoxSurvival::lower);
   add(key::kUpper, level + " upper", Kind::kProbability, &CoxSurvival::upper);
   add(key::kCumulativeHazard, "cum. hazard", Kind::kEstimate, &CoxSurvival::hazard);

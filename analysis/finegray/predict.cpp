@@ -102,7 +102,7 @@ report::Table riskTable(const FineGrayPredictions& made, const FineGrayPredictRe
         report::columnOf(name, std::move(heading), Kind::kEstimate, rows, member));
   };
   add(key::kLinearPredictor, "linear predictor", &Row::predictor);
-  add(key::kStandardError, "std. error", &Row::standardError);
+  add(key::kStandardError, "std error", &Row::standardError);
   add(key::kRisk, "risk", &Row::risk);
   add(key::kLower, level + " lower", &Row::lower);
   add(key::kUpper, level + " upper", &Row::upper);

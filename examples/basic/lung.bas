@@ -203,7 +203,7 @@ End Sub
 ' The curve of one sex: a line for each distinct time.
 Sub ShowCurve(table As Variant, m As Long, rows As Long)
   Dim i As Long, j As Long, survival As Double, textLine As String
-  Heading("time", Array("at risk", "deaths", "censored", "survival", "std. error"))
+  Heading("time", Array("at risk", "deaths", "censored", "survival", "std error"))
   For i = 2 To rows + 1    ' row 1 is the origin
     survival = At(table, m + 2, i, 8)
     textLine = First(Whole(At(table, m + 2, i, 1)))
@@ -224,7 +224,7 @@ Sub ShowSummary(table As Variant, m As Long, rows As Long)
   For i = 1 To 3
     RowOf(quarters(i - 1), a(7), 3, i, 2, 3)
   Next i
-  Heading("", Array("mean", "std. error", "lower", "upper", "cut"))
+  Heading("", Array("mean", "std error", "lower", "upper", "cut"))
   textLine = First("restricted")
   For i = 0 To 3
     textLine = textLine & Show(a(6)(i))
@@ -290,7 +290,7 @@ Sub Cox()
   Print #report, ""
   Print #report, "Cox regression: " & n & " patients, " & a(16)(0) & " censored, " & a(13)(0) & _
       " distinct times, " & iterations & " iterations"
-  Heading("", Array("coefficient", "std. error", "chi-square", "p-value", "hazard ratio", _
+  Heading("", Array("coefficient", "std error", "chi-square", "p-value", "hazard ratio", _
       "lower", "upper"))
   For j = 1 To inModel
     RowOf(names(j - 1), a(31), 3, j, 1, 7)

@@ -90,7 +90,7 @@ static void rowOf(const char* name, const double* array, int rows, int i, int fi
 
 /* The curve of one sex: a line for each distinct time. */
 static void showCurve(const double* table, int m, int rows) {
-  const char* const names[] = {"at risk", "deaths", "censored", "survival", "std. error"};
+  const char* const names[] = {"at risk", "deaths", "censored", "survival", "std error"};
   heading("time", names, 5);
   for (int i = 2; i <= rows + 1; ++i) { /* row 1 is the origin */
     const double survival = at(table, m + 2, i, 8);
@@ -105,7 +105,7 @@ static void showCurve(const double* table, int m, int rows) {
 static void showSummary(double* table, int m, int rows) {
   const char* const quarters[] = {"survival 0.25", "survival 0.50", "survival 0.75"};
   const char* const limits[] = {"time", "lower", "upper"};
-  const char* const means[] = {"mean", "std. error", "lower", "upper", "cut"};
+  const char* const means[] = {"mean", "std error", "lower", "upper", "cut"};
   double cut = 0;
   double mean[4] = {0};
   double quartiles[3 * 4] = {0};
@@ -191,8 +191,8 @@ static void cox(int nRows) {
   enum { P = 3 };
   const int columns[P] = {AGE, SEX, ECOG};
   const char* const names[P] = {"age", "male", "ph.ecog"};
-  const char* const estimates[] = {"coefficient",  "std. error", "chi-square", "p-value",
-                                   "hazard ratio", "lower",      "upper"};
+  const char* const estimates[] = {"coefficient",  "std error", "chi-square", "p-value",
+                                   "hazard ratio", "lower",     "upper"};
   const char* const models[] = {"without", "fitted"};
   const char* const criterionNames[] = {"events", "covariates", "-2 log L", "AIC", "SBC"};
   const char* const results[] = {"df", "chi-square", "p-value"};

@@ -30,7 +30,7 @@ void printTest(const char* name, const cox::ChiSquareTest& test) {
 }
 
 void printCoefficients(const cox::Fit& fit, const std::vector<std::string>& names) {
-  std::printf("%-18s%14s%14s%14s\n", "covariate", "coefficient", "std. error", "hazard ratio");
+  std::printf("%-18s%14s%14s%14s\n", "covariate", "coefficient", "std error", "hazard ratio");
   for (std::size_t j = 0; j < names.size(); ++j) {
     std::printf("%-18s%14.6f%14.6f%14.6f\n", names[j].c_str(), fit.coefficients[j],
                 fit.standardError(j), std::exp(fit.coefficients[j]));
@@ -73,7 +73,7 @@ void analyse(const std::string& file) {
   printTest("score", fit.score);
   printTest("Wald", fit.wald);
   const cox::Concordance agreement = cox::concordance(fit);
-  std::printf("concordance %.6f, std. error %.6f\n", agreement.estimate, agreement.standardError);
+  std::printf("concordance %.6f, std error %.6f\n", agreement.estimate, agreement.standardError);
 
   std::printf("proportional hazards?\n");
   const cox::Proportionality check =

@@ -35,7 +35,7 @@ int main() {
   try {
     for (const auto ties : {engine::cox::Ties::kEfron, engine::cox::Ties::kBreslow}) {
       const engine::cox::Fit fit = fitRemission(ties);
-      std::printf("coefficient %.6f, std. error %.6f, log-likelihood %.6f\n", fit.coefficients[0],
+      std::printf("coefficient %.6f, std error %.6f, log-likelihood %.6f\n", fit.coefficients[0],
                   fit.standardError(0), fit.logLikelihood);
     }
   } catch (const engine::Refusal& refusal) {

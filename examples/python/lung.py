@@ -76,7 +76,7 @@ def row_of(name, values):
 
 def show_curve(table):
     """The curve of one sex: a line for each distinct time."""
-    heading("time", ["at risk", "deaths", "censored", "survival", "std. error"])
+    heading("time", ["at risk", "deaths", "censored", "survival", "std error"])
     for row in table:
         survival, greenwood = row[7], row[10]
         print(f"{row[0]:<18.0f}{row[2]:14.0f}{row[3]:14.0f}{row[4]:14.0f}"
@@ -89,7 +89,7 @@ def show_summary(library, table, m, rows):
     heading("falls to", ["time", "lower", "upper"])
     for name, row in zip(["survival 0.25", "survival 0.50", "survival 0.75"], quartiles):
         row_of(name, row[1:])
-    heading("", ["mean", "std. error", "lower", "upper", "cut"])
+    heading("", ["mean", "std error", "lower", "upper", "cut"])
     row_of("restricted", [*mean, cut[0]])
 
 
@@ -167,7 +167,7 @@ def cox(library, data):
 
     print(f"\nCox regression: {n} patients, {censored[0]} censored, {distinct[0]} distinct times, "
           f"{iterations[0]} iterations")
-    heading("", ["coefficient", "std. error", "chi-square", "p-value", "hazard ratio", "lower",
+    heading("", ["coefficient", "std error", "chi-square", "p-value", "hazard ratio", "lower",
                  "upper"])
     for name, row in zip(names[:left[0]], coefficients):
         row_of(name, row[:7])

@@ -17,7 +17,7 @@ for (sex in c("female", "male")) {
   d <- lung[lung$sex == sex, ]
   fit <- survfit(Surv(time, status) ~ 1, d, conf.type = "plain", conf.int = 1 - alpha)
   cat(sprintf("\n%s: %d patients, %d times\n", sex, nrow(d), length(fit$time)))
-  heading("time", c("at risk", "deaths", "censored", "survival", "std. error"))
+  heading("time", c("at risk", "deaths", "censored", "survival", "std error"))
   cat(sprintf("%-18.0f%14.0f%14.0f%14.0f%14.6f%14.6f\n", fit$time, fit$n.risk, fit$n.event, fit$n.censor,
               fit$surv, fit$surv * fit$std.err), sep = "")
   heading("falls to", c("time", "lower", "upper"))
@@ -39,7 +39,7 @@ for (sex in c("female", "male")) {
                  left^2 * fit$n.event / ((fit$n.risk - fit$n.event) * fit$n.risk), 0)
   error <- sqrt(sum(part) * nrow(d) / (nrow(d) - 1))
   z <- qnorm(1 - alpha / 2)
-  heading("", c("mean", "std. error", "lower", "upper", "cut"))
+  heading("", c("mean", "std error", "lower", "upper", "cut"))
   row("restricted", c(mean, error, max(0, mean - z * error), mean + z * error, cut))
 }
 
@@ -72,7 +72,7 @@ loglik <- sapply(0:12, function(limit) fitted(limit, 1e-300)$loglik[2])
 iterations <- which(abs(diff(loglik)) < 1e-9)[1]
 cat(sprintf("\nCox regression: %d patients, %d censored, %d distinct times, %d iterations\n", fit$n,
             sum(d$status == 0), length(unique(d$time)), iterations))
-heading("", c("coefficient", "std. error", "chi-square", "p-value", "hazard ratio", "lower", "upper"))
+heading("", c("coefficient", "std error", "chi-square", "p-value", "hazard ratio", "lower", "upper"))
 s <- summary(fit, conf.int = 1 - alpha)
 for (name in names(coef(fit))) {
   c1 <- s$coefficients[name, ]; c2 <- s$conf.int[name, ]

@@ -11,13 +11,13 @@ test <- function(name, chiSquare, df)
   cat(sprintf("%-18s%12.4f%6d%14.6f\n", name, chiSquare, as.integer(df),
               pchisq(chiSquare, df, lower.tail = FALSE)))
 s <- summary(fit)
-cat(sprintf("%-18s%14s%14s%14s\n", "covariate", "coefficient", "std. error", "hazard ratio"))
+cat(sprintf("%-18s%14s%14s%14s\n", "covariate", "coefficient", "std error", "hazard ratio"))
 cat(sprintf("%-18s%14.6f%14.6f%14.6f\n", c("age", "sex=male", "ph.ecog"), coef(fit),
             sqrt(diag(vcov(fit))), exp(coef(fit))), sep = "")
 test("likelihood ratio", 2 * diff(fit$loglik), 3)
 test("score", fit$score, 3)
 test("Wald", fit$wald.test, 3)
-cat(sprintf("concordance %.6f, std. error %.6f\n", s$concordance[1], s$concordance[2]))
+cat(sprintf("concordance %.6f, std error %.6f\n", s$concordance[1], s$concordance[2]))
 cat("proportional hazards?\n")
 z <- cox.zph(fit, transform = "km")$table
 for (i in 1:4) test(c("age", "sex", "ph.ecog", "all")[i], z[i, "chisq"], z[i, "df"])
@@ -30,7 +30,7 @@ sink("spans.txt")
 leukemia <- read.csv(file.path(folder, "leukemia.csv"))
 for (ties in c("efron", "breslow")) {
   fit <- coxph(Surv(weeks, relapse) ~ I(treatment == "placebo"), leukemia, ties = ties)
-  cat(sprintf("coefficient %.6f, std. error %.6f, log-likelihood %.6f\n", coef(fit),
+  cat(sprintf("coefficient %.6f, std error %.6f, log-likelihood %.6f\n", coef(fit),
               sqrt(vcov(fit)), fit$loglik[2]))
 }
 sink()
