@@ -2,12 +2,21 @@
 #ifndef NUMERICS_RUNNING_SUM_H_
 #define NUMERICS_RUNNING_SUM_H_
 
+#include <array>
 #include <cstddef>
 #include <vector>
 
 namespace survmeth::numerics {
 
-// Adds up parts of at most 64 terms; what rounding takes from the whole goes into the next part.
+// Adds a part to the whole; what rounding takes from that becomes the next part.
+inline void carry(double& whole, double& part) {
+  const double sum = whole + part;
+  const double added = sum - whole;
+  part = (whole - (sum - added)) + (part - added);
+  whole = sum;
+}
+
+// Adds up parts of at most 64 terms.
 class RunningSum {
  public:
   // The sum with this term.
@@ -15,9 +24,7 @@ class RunningSum {
     part_ += term;
     const double sum = whole_ + part_;
     if (++terms_ == 64) {
-      const double added = sum - whole_;
-      part_ = (whole_ - (sum - added)) + (part_ - added);
-      whole_ = sum;
+      carry(whole_, part_);
       terms_ = 0;
     }
     return sum;
@@ -49,16 +56,36 @@ class RunningSums {
     }
     if (++terms_ < 64) return;
     terms_ = 0;
-    for (std::size_t i = 0; i < count; ++i) {
-      const double added = sums[i] - whole[i];
-      part[i] = (whole[i] - (sums[i] - added)) + (part[i] - added);
-      whole[i] = sums[i];
-    }
+    for (std::size_t i = 0; i < count; ++i) carry(whole[i], part[i]);
   }
   double value(std::size_t i) const { return whole_[i] + part_[i]; }
 
  private:
   std::vector<double> whole_, part_;
+  unsigned terms_ = 0;
+};
+
+// The same of a number of sums that the compiler knows.
+template <std::size_t kCount>
+class RunningSumsOf {
+ public:
+  using Each = std::array<double, kCount>;
+
+  void add(const Each& term) {
+    for (std::size_t i = 0; i < kCount; ++i) part_[i] += term[i];
+    if (++terms_ < 64) return;
+    for (std::size_t i = 0; i < kCount; ++i) carry(whole_[i], part_[i]);
+    terms_ = 0;
+  }
+  double value(std::size_t i) const { return whole_[i] + part_[i]; }
+  Each values() const {
+    Each sums;
+    for (std::size_t i = 0; i < kCount; ++i) sums[i] = whole_[i] + part_[i];
+    return sums;
+  }
+
+ private:
+  Each whole_{}, part_{};
   unsigned terms_ = 0;
 };
 

@@ -95,7 +95,7 @@ struct Fit {
 //      column and those it depends on; without dropAliased nothing is estimated), "separated"
 //      (columns with infinite coefficients; the rest is the limit's), "notConverged"
 // Cost O(n (log n + p^2)) for each of some five iterations, and p^3; exact treatments of ties as
-//      likelihood.h says. Memory: a copy of the design, and one more where rows enter late
+//      likelihood.h says. Memory on one thread: a copy of the design and some 80 bytes a row
 // Source Cox, JRSS B 34 (1972) 187-220; Lin & Wei, JASA 84 (1989) 1074-1078
 Fit fit(const Response& response, const Rows& rows, const Design& design, const Options& options,
         numerics::Progress& progress);

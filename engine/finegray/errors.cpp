@@ -1,7 +1,6 @@
 #include "engine/finegray/errors.h"
 
 #include "numerics/runningSum.h"
-#include "numerics/runningSumsOf.h"
 #include "numerics/threads.h"
 
 namespace survmeth::engine::finegray {

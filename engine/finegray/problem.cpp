@@ -6,7 +6,6 @@
 
 #include "numerics/elementary.h"
 #include "numerics/runningSum.h"
-#include "numerics/runningSumsOf.h"
 #include "numerics/sizes.h"
 #include "numerics/threads.h"
 

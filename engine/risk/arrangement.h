@@ -54,11 +54,10 @@ struct Arrangement {
   std::vector<double> weight;
   bool weighted = false;       // whether a weight is not 1
   std::vector<double> offset;  // empty: none
-  numerics::LargeArray<std::uint32_t>
-      first;  // first event time at which it is at risk; empty where
-              // everybody is at risk from the stratum's first
-  numerics::LargeArray<std::uint32_t>
-      end;  // one past the last such time; end == first: never at risk
+  // The first event time at which it is at risk; empty where everybody is from the stratum's first.
+  numerics::LargeArray<std::uint32_t> first;
+  // One past the last such time; end == first: never at risk.
+  numerics::LargeArray<std::uint32_t> end;
   numerics::LargeArray<std::uint8_t> event;
   numerics::LargeArray<std::uint32_t> rowStratum;  // index of its stratum among those with rows
 

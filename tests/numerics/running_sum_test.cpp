@@ -5,7 +5,6 @@
 
 #include "numerics/random.h"
 #include "numerics/runningSum.h"
-#include "numerics/runningSumsOf.h"
 
 namespace survmeth::numerics {
 namespace {
