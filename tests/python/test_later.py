@@ -2,13 +2,13 @@
 
 import pickle
 import threading
-import time
 
 import numpy as np
 import pytest
 
 import survmeth
 from cases import cases, columns_of
+from standstill import standstill_during
 
 RANDOM = np.random.default_rng(21)
 ROWS = 20_000
@@ -140,25 +140,7 @@ def test_other_threads_run_while_parts_are_described():
     random = np.random.default_rng(3)
     fit = survmeth.life({"t": random.exponential(size=rows), "e": random.integers(0, 2, rows)},
                         time="t", event="e")
-    longest, done = [0.0], threading.Event()
-
-    def look():
-        last = time.perf_counter()
-        while not done.is_set():
-            time.sleep(0.0005)
-            now = time.perf_counter()
-            longest[0] = max(longest[0], now - last)
-            last = now
-
-    watcher = threading.Thread(target=look)
-    watcher.start()
-    began = time.perf_counter()
-    try:
-        assert "kaplanMeier" in fit._report.declared_tables
-        fit._report.tables
-    finally:
-        took = time.perf_counter() - began
-        done.set()
-        watcher.join()
+    assert "kaplanMeier" in fit._report.declared_tables
+    longest, took = standstill_during(lambda: fit._report.tables)
     # With the lock held throughout, the watcher would stand still for all of it.
-    assert longest[0] < took / 2
+    assert longest < took / 2

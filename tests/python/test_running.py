@@ -17,6 +17,7 @@ import polars
 import pytest
 
 import survmeth
+from standstill import standstill_during
 from survmeth import _progress
 
 RANDOM = np.random.default_rng(20)
@@ -53,27 +54,10 @@ def test_sixteen_threads_get_what_one_gets():
 
 
 def test_other_threads_run_while_an_analysis_does():
-    data, longest, done = large(20_000), [0.0], threading.Event()
-
-    def look():
-        last = time.perf_counter()
-        while not done.is_set():
-            time.sleep(0.001)
-            now = time.perf_counter()
-            longest[0] = max(longest[0], now - last)
-            last = now
-
-    watcher = threading.Thread(target=look)
-    watcher.start()
-    began = time.perf_counter()
-    try:
-        cox(data)
-    finally:
-        took = time.perf_counter() - began
-        done.set()
-        watcher.join()
+    data = large(20_000)
+    longest, took = standstill_during(lambda: cox(data))
     # With the lock held throughout, the watcher would stand still for all of it.
-    assert longest[0] < took / 2
+    assert longest < took / 2
 
 
 def test_what_progress_raises_ends_the_run():
