@@ -59,7 +59,7 @@ struct NewData {
   std::string option;
   // The follow-up's request, of what the analysis' own request says.
   std::function<std::shared_ptr<void>(const frame::Frame& data, const void* result,
-                                      const void* request)>
+                                      const void* request, numerics::Progress&)>
       request;
   // Options and tables of the follow-up that have another name in the analysis: theirs, its.
   std::vector<std::pair<std::string, std::string>> names;
@@ -92,7 +92,7 @@ struct Declaration {
       run;
   // Adds parts to the report of a result.
   std::function<void(const std::shared_ptr<const void>& result, const void* request, const Parts&,
-                     report::Report&)>
+                     numerics::Progress&, report::Report&)>
       addParts;
   // Whether the result itself holds all that its parts are made of, so that they may be described
   // when the data are gone or changed.
@@ -111,9 +111,9 @@ struct Declaration {
 // What lasts of a result, in a file (savedFit.h), and the analysis of new data that follows from it.
 struct Lasting {
   // In   data   those of the result
-  // Throws BadOption where nothing can follow from the result
+  // Throws BadOption where nothing can follow from the result, numerics::Cancelled
   std::function<std::shared_ptr<const void>(const frame::Frame& data, const void* result,
-                                            const void* request)>
+                                            const void* request, numerics::Progress&)>
       of;
   std::function<void(const void* lasting, report::JsonWriter&)> write;  // members of an object
   // Throws JsonError.

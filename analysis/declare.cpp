@@ -262,7 +262,8 @@ Fitted analyse(const Declaration& declaration, const frame::Frame& data, const v
 report::Report withRest(const Declaration& declaration, const Fitted& fitted, const void* request) {
   if (!declaration.outlivesData) throw std::logic_error(declaration.name + " is of its data");
   report::Report report = fitted.report;
-  declaration.addParts(fitted.result, request, Parts::rest(), report);
+  numerics::Progress quiet;
+  declaration.addParts(fitted.result, request, Parts::rest(), quiet, report);
   report.data.digest = digest(*fitted.data);
   inDeclaredOrder(declaration, report);
   return report;

@@ -16,6 +16,7 @@
 #ifndef ANALYSIS_DECLARE_H_
 #define ANALYSIS_DECLARE_H_
 
+#include <algorithm>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -27,6 +28,7 @@
 #include "analysis/declaration.h"
 #include "analysis/declareOptions.h"
 #include "frame/frame.h"
+#include "numerics/partOfProgress.h"
 #include "numerics/progress.h"
 #include "report/report.h"
 
@@ -40,6 +42,9 @@ class Declaring : public DeclaringOptions<Declaring<Request, Result>, Request> {
   using Fit = std::function<Result(const frame::Frame&, const Request&, numerics::Progress&)>;
   template <class Part>
   using Describe = std::function<Part(const Result&, const Request&)>;
+  // Of a description that takes long.
+  template <class Part>
+  using Work = std::function<Part(const Result&, const Request&, numerics::Progress&)>;
 
   Declaring(std::string name, std::string summary) {
     made_.name = std::move(name);
@@ -68,12 +73,20 @@ class Declaring : public DeclaringOptions<Declaring<Request, Result>, Request> {
   // it (`shown`). There may be none.
   Declaring& longTable(const char* id, Describe<std::optional<report::Table>> of,
                        std::function<bool(const Request&)> shown = nullptr) {
-    longTables_.push_back({std::move(of), std::move(shown)});
+    longTables_.push_back({quick(std::move(of)), false, std::move(shown)});
+    return tables({id});
+  }
+  Declaring& longTable(const char* id, Work<std::optional<report::Table>> of) {
+    longTables_.push_back({std::move(of), true, nullptr});
     return tables({id});
   }
   // A figure, which is described where one is wanted. There may be none.
   Declaring& figure(const char* id, Describe<std::optional<report::Figure>> of) {
-    figures_.push_back(std::move(of));
+    figures_.push_back({quick(std::move(of)), false});
+    return figures({id});
+  }
+  Declaring& figure(const char* id, Work<std::optional<report::Figure>> of) {
+    figures_.push_back({std::move(of), true});
     return figures({id});
   }
   Declaring& leastRows(std::size_t rows) {
@@ -110,14 +123,17 @@ class Declaring : public DeclaringOptions<Declaring<Request, Result>, Request> {
   }
   // What lasts of a result, and the follow-up that takes it.
   template <class Saved>
-  Declaring& save(std::function<Saved(const frame::Frame&, const Result&, const Request&)> of,
-                  std::function<void(const Saved&, report::JsonWriter&)> write,
-                  std::function<Saved(const JsonNode&)> read, Declaration predict) {
+  Declaring& save(
+      std::function<Saved(const frame::Frame&, const Result&, const Request&, numerics::Progress&)>
+          of,
+      std::function<void(const Saved&, report::JsonWriter&)> write,
+      std::function<Saved(const JsonNode&)> read, Declaration predict) {
     auto lasting = std::make_shared<Lasting>();
-    lasting->of = [of = std::move(of)](const frame::Frame& data, const void* result,
-                                       const void* request) -> std::shared_ptr<const void> {
-      return std::make_shared<const Saved>(
-          of(data, *static_cast<const Result*>(result), *static_cast<const Request*>(request)));
+    lasting->of = [of = std::move(of)](
+                      const frame::Frame& data, const void* result, const void* request,
+                      numerics::Progress& progress) -> std::shared_ptr<const void> {
+      return std::make_shared<const Saved>(of(data, *static_cast<const Result*>(result),
+                                              *static_cast<const Request*>(request), progress));
     };
     lasting->write = [write = std::move(write)](const void* saved, report::JsonWriter& json) {
       write(*static_cast<const Saved*>(saved), json);
@@ -132,16 +148,17 @@ class Declaring : public DeclaringOptions<Declaring<Request, Result>, Request> {
   // The option just added names new data, to which the follow-up is applied; `request` makes its
   // request, `names` are NewData's.
   template <class FollowUp>
-  Declaring& newData(
-      std::function<std::shared_ptr<FollowUp>(const frame::Frame&, const Result&, const Request&)>
-          request,
-      std::vector<std::pair<std::string, std::string>> names) {
+  Declaring& newData(std::function<std::shared_ptr<FollowUp>(const frame::Frame&, const Result&,
+                                                             const Request&, numerics::Progress&)>
+                         request,
+                     std::vector<std::pair<std::string, std::string>> names) {
     made_.newData.option = made_.options.back().name;
     made_.newData.names = std::move(names);
     made_.newData.request = [request = std::move(request)](const frame::Frame& data,
-                                                           const void* result, const void* own) {
-      return std::static_pointer_cast<void>(
-          request(data, *static_cast<const Result*>(result), *static_cast<const Request*>(own)));
+                                                           const void* result, const void* own,
+                                                           numerics::Progress& progress) {
+      return std::static_pointer_cast<void>(request(data, *static_cast<const Result*>(result),
+                                                    *static_cast<const Request*>(own), progress));
     };
     return *this;
   }
@@ -165,33 +182,49 @@ class Declaring : public DeclaringOptions<Declaring<Request, Result>, Request> {
   }
   // Ends the declaration.
   Declaration describe(Describe<report::Report> describe) {
-    made_.addParts = [longTables = std::move(longTables_), figures = std::move(figures_)](
+    made_.addParts = [longTables = longTables_, figures = figures_](
                          const std::shared_ptr<const void>& held, const void* request,
-                         const Parts& parts, report::Report& report) {
+                         const Parts& parts, numerics::Progress& progress, report::Report& report) {
       const Request& typed = *static_cast<const Request*>(request);
       const Result& result = *static_cast<const Result*>(held.get());
+      const std::size_t works = std::max<std::size_t>(1, worksOf(longTables, figures, parts));
+      std::size_t done = 0;
+      const auto next = [&](bool isWork) {
+        const std::size_t from = done;
+        done += isWork ? 1 : 0;
+        return numerics::PartOfProgress(progress, from, done, works);
+      };
       for (const LongTable& each : longTables) {
         const bool shown = each.shown && each.shown(typed);
         if (shown ? !parts.shown : !parts.files) continue;
-        std::optional<report::Table> table = each.of(result, typed);
+        numerics::PartOfProgress part = next(each.isWork);
+        std::optional<report::Table> table = each.of(result, typed, part);
         if (!table) continue;
         table->display = shown ? report::Display::kAlways : report::Display::kFilesOnly;
         table->hold(held);
         report.tables.push_back(std::move(*table));
       }
-      for (const auto& each : figures) {
+      for (const LongFigure& each : figures) {
         if (!parts.figures) break;
-        if (auto figure = each(result, typed)) report.figures.push_back(std::move(*figure));
+        numerics::PartOfProgress part = next(each.isWork);
+        if (auto figure = each.of(result, typed, part)) {
+          report.figures.push_back(std::move(*figure));
+        }
       }
     };
-    made_.run = [fit = std::move(fit_), describe = std::move(describe), addParts = made_.addParts](
-                    const frame::Frame& data, const void* request, numerics::Progress& progress,
-                    const Parts& parts) {
+    made_.run = [fit = std::move(fit_), describe = std::move(describe),
+                 longTables = std::move(longTables_), figures = std::move(figures_),
+                 addParts = made_.addParts](const frame::Frame& data, const void* request,
+                                            numerics::Progress& progress, const Parts& parts) {
       const Request& typed = *static_cast<const Request*>(request);
-      auto result = std::make_shared<const Result>(fit(data, typed, progress));
+      // Each part that takes long counts for a quarter of the fit.
+      constexpr std::size_t kFit = 4;
+      const std::size_t all = kFit + worksOf(longTables, figures, parts);
+      numerics::PartOfProgress fitting(progress, 0, kFit, all), adding(progress, kFit, all, all);
+      auto result = std::make_shared<const Result>(fit(data, typed, fitting));
       report::Report report = describe(*result, typed);
       for (report::Table& table : report.tables) table.hold(result);
-      addParts(result, request, parts, report);
+      addParts(result, request, parts, adding, report);
       return Fitted{std::move(result), std::move(report)};
     };
     return std::move(made_);
@@ -199,13 +232,34 @@ class Declaring : public DeclaringOptions<Declaring<Request, Result>, Request> {
 
  private:
   struct LongTable {
-    Describe<std::optional<report::Table>> of;
+    Work<std::optional<report::Table>> of;
+    bool isWork;
     std::function<bool(const Request&)> shown;
   };
+  struct LongFigure {
+    Work<std::optional<report::Figure>> of;
+    bool isWork;
+  };
+
+  template <class Part>
+  static Work<Part> quick(Describe<Part> of) {
+    return [of = std::move(of)](const Result& result, const Request& request, numerics::Progress&) {
+      return of(result, request);
+    };
+  }
+
+  // How many of the wanted parts take long.
+  static std::size_t worksOf(const std::vector<LongTable>& tables,
+                             const std::vector<LongFigure>& figures, const Parts& parts) {
+    std::size_t works = 0;
+    for (const LongTable& each : tables) works += each.isWork && parts.files ? 1 : 0;
+    for (const LongFigure& each : figures) works += each.isWork && parts.figures ? 1 : 0;
+    return works;
+  }
 
   Fit fit_;
   std::vector<LongTable> longTables_;
-  std::vector<Describe<std::optional<report::Figure>>> figures_;
+  std::vector<LongFigure> figures_;
 };
 
 template <class Request, class Result>

@@ -72,11 +72,12 @@ Fitted withNewData(const Declaration& declaration, const frame::Frame& data, con
   if (!withData) {
     throw BadOption(newData.option, "names other data, which cannot be had here; expected none");
   }
-  numerics::PartOfProgress first(progress, 0, 2), second(progress, 1, 2);
+  numerics::PartOfProgress first(progress, 0, 2, 4), lasting(progress, 2, 4);
+  numerics::PartOfProgress second(progress, 3, 4);
   Fitted fitted = declaration.run(data, request, first, parts);
   const Declaration& followUp = declaration.lasting->predict;
   try {
-    const auto wishes = newData.request(data, fitted.result.get(), request);
+    const auto wishes = newData.request(data, fitted.result.get(), request, lasting);
     withData(name, followUp, wishes.get(), [&](const frame::Frame& other) {
       // Described at once: later there is only the first result.
       const Parts all = parts.digest ? parts : Parts();

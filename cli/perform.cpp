@@ -8,6 +8,7 @@
 #include "cli/version.h"
 #include "frame/expression.h"
 #include "frame/reader.h"
+#include "numerics/partOfProgress.h"
 
 namespace cli {
 namespace {
@@ -81,12 +82,16 @@ analysis::Fitted perform(const Job& job) {
   }
   Working progress(job.declaration.name + " of " + data.source);
   try {
+    const std::size_t saving = job.saved != nullptr ? 1 : 0;
+    survmeth::numerics::PartOfProgress run(progress, 0, 8, 8 + saving);
     analysis::Fitted fitted =
-        analysis::analyse(job.declaration, data, job.request, progress, job.parts, otherData(job));
+        analysis::analyse(job.declaration, data, job.request, run, job.parts, otherData(job));
     if (job.name != job.file) fitted.report.data.name = job.name;
     analysis::echo(job.reading, fitted.report);
     if (job.saved != nullptr) {
-      const auto lasting = job.declaration.lasting->of(data, fitted.result.get(), job.request);
+      survmeth::numerics::PartOfProgress rest(progress, 8, 8 + saving);
+      const auto lasting =
+          job.declaration.lasting->of(data, fitted.result.get(), job.request, rest);
       *job.saved = analysis::savedFit(job.declaration, fitted.report, lasting.get(), kVersion);
     }
     return fitted;

@@ -13,6 +13,7 @@
 
 #include "frame/choose.h"
 #include "frame/expression.h"
+#include "numerics/partOfProgress.h"
 #include "python/columns.h"
 #include "python/settings.h"
 
@@ -241,8 +242,10 @@ Done Call::work(const frame::Given& given, numerics::Progress& progress) const {
       frame::frameOf(given, analysis::wantedColumns(declaration_, request_.get(), given.names),
                      reading_.missing, reading_.where);
   try {
+    const std::size_t saving = declaration_.lasting ? 1 : 0;
+    numerics::PartOfProgress run(progress, 0, 8, 8 + saving);
     analysis::Fitted fitted = analysis::analyse(
-        declaration_, data, request_.get(), progress,
+        declaration_, data, request_.get(), run,
         declaration_.outlivesData ? analysis::Parts::onRequest() : analysis::Parts(),
         [this](const std::string&, const Declaration& followUp, const void* request,
                const std::function<void(const frame::Frame&)>& use) {
@@ -252,8 +255,9 @@ Done Call::work(const frame::Given& given, numerics::Progress& progress) const {
     Done done;
     if (declaration_.lasting) {
       try {
+        numerics::PartOfProgress rest(progress, 8, 8 + saving);
         done.fit = {&declaration_,
-                    declaration_.lasting->of(data, fitted.result.get(), request_.get())};
+                    declaration_.lasting->of(data, fitted.result.get(), request_.get(), rest)};
       } catch (const analysis::BadOption& bad) {
         done.whyNone = bad.what();
       }

@@ -59,7 +59,7 @@ void addAnswers(Declaring<Request, CoxAnswer>& made) {
 
 // What is wanted of new data, beside the fit.
 std::shared_ptr<CoxPredictRequest> newDataOf(const frame::Frame& data, const CoxAnswer& answer,
-                                             const CoxRequest& request) {
+                                             const CoxRequest& request, numerics::Progress&) {
   auto made = std::make_shared<CoxPredictRequest>();
   static_cast<CoxWishes&>(*made) = request;
   made->alpha = request.alpha;
@@ -196,7 +196,10 @@ Declaration coxDeclaration() {
       .example(
           "survmeth cox data/lung.csv --formula 'Surv(time, status) ~ age + sex + ph.ecog' --zph "
           "km");
-  made.save<CoxSaved>(coxSaved, writeCoxSaved, readCoxSaved, coxPredictDeclaration());
+  made.save<CoxSaved>(
+      [](const frame::Frame& data, const CoxAnswer& answer, const CoxRequest& request,
+         numerics::Progress&) { return coxSaved(data, answer, request); },
+      writeCoxSaved, readCoxSaved, coxPredictDeclaration());
   return ended(made);
 }
 

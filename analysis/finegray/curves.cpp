@@ -6,6 +6,7 @@
 #include "analysis/finegray/finegray.h"
 #include "engine/curves/limits.h"
 #include "engine/finegray/hazards.h"
+#include "numerics/partOfProgress.h"
 #include "report/build.h"
 #include "report/numbers.h"
 
@@ -45,11 +46,18 @@ report::Table timeTable(const FineGrayAnswer& answer, const char* id, std::strin
 
 }  // namespace
 
+const engine::cox::BaselineHazard& FineGrayHazard::of(const finegray::Fit& fit,
+                                                      numerics::Progress& progress) const {
+  const std::lock_guard<std::mutex> lock(made_->mutex);
+  if (!made_->hazard) made_->hazard.emplace(finegray::hazardSums(fit, progress));
+  return *made_->hazard;
+}
+
 std::vector<std::vector<IncidenceAtTime>> fineGrayCurves(const FineGrayOfType& type,
                                                          const FineGrayAnswer& answer,
-                                                         const FineGrayRequest& request) {
-  numerics::Progress progress;
-  const engine::cox::BaselineHazard hazard(finegray::hazardSums(type.fit, progress));
+                                                         const FineGrayRequest& request,
+                                                         numerics::Progress& progress) {
+  const engine::cox::BaselineHazard& hazard = type.hazard(progress);
   const double z = engine::curves::normalQuantile(1 - request.alpha);
   std::vector<std::vector<IncidenceAtTime>> curves;
   for (const std::uint32_t stratum : hazard.strata()) {
@@ -59,12 +67,14 @@ std::vector<std::vector<IncidenceAtTime>> fineGrayCurves(const FineGrayOfType& t
 }
 
 std::optional<report::Table> fineGrayBaseline(const FineGrayAnswer& answer,
-                                              const FineGrayRequest& request) {
+                                              const FineGrayRequest& request,
+                                              numerics::Progress& progress) {
   report::Table table =
       timeTable(answer, "baseline", "Cumulative incidence at the covariates' means");
   std::vector<IncidenceAtTime> all;
-  for (const FineGrayOfType& type : answer.types) {
-    for (const auto& curve : fineGrayCurves(type, answer, request)) {
+  for (std::size_t i = 0; i < answer.types.size(); ++i) {
+    numerics::PartOfProgress part(progress, i, answer.types.size());
+    for (const auto& curve : fineGrayCurves(answer.types[i], answer, request, part)) {
       all.insert(all.end(), curve.begin(), curve.end());
     }
   }
@@ -73,7 +83,8 @@ std::optional<report::Table> fineGrayBaseline(const FineGrayAnswer& answer,
 }
 
 std::optional<report::Figure> fineGrayFigure(const FineGrayAnswer& answer,
-                                             const FineGrayRequest& request) {
+                                             const FineGrayRequest& request,
+                                             numerics::Progress& progress) {
   if (answer.types.empty()) return {};
   report::Figure figure;
   figure.id = "incidence";
@@ -83,9 +94,10 @@ std::optional<report::Figure> fineGrayFigure(const FineGrayAnswer& answer,
       report::confidence(request.alpha) + " limits (" + nameOf(request.incidenceScale) + ").";
   std::vector<std::string> names;
   std::vector<std::vector<std::vector<IncidenceAtTime>>> curves;
-  for (const FineGrayOfType& type : answer.types) {
-    names.push_back(answer.status + " " + type.label);
-    curves.push_back(fineGrayCurves(type, answer, request));
+  for (std::size_t i = 0; i < answer.types.size(); ++i) {
+    numerics::PartOfProgress part(progress, i, answer.types.size());
+    names.push_back(answer.status + " " + answer.types[i].label);
+    curves.push_back(fineGrayCurves(answer.types[i], answer, request, part));
   }
   const auto& first = answer.types.front().fit.problem->rows.arrangement;
   for (std::size_t s = 0; s < first.strata(); ++s) {

@@ -29,9 +29,10 @@ void check(const FineGrayRequest& request) {
 // What is wanted of new data, beside the fit.
 std::shared_ptr<FineGrayPredictRequest> newDataOf(const frame::Frame& data,
                                                   const FineGrayAnswer& answer,
-                                                  const FineGrayRequest& request) {
+                                                  const FineGrayRequest& request,
+                                                  numerics::Progress& progress) {
   auto made = std::make_shared<FineGrayPredictRequest>();
-  made->fit = std::make_shared<const FineGraySaved>(fineGraySaved(data, answer, request));
+  made->fit = std::make_shared<const FineGraySaved>(fineGraySaved(data, answer, request, progress));
   made->at = request.incidenceTimes;
   made->scale = request.incidenceScale;
   made->alpha = request.alpha;

@@ -2,6 +2,8 @@
 #ifndef ANALYSIS_FINEGRAY_FINEGRAY_H_
 #define ANALYSIS_FINEGRAY_FINEGRAY_H_
 
+#include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
@@ -9,6 +11,7 @@
 #include "analysis/cox/request.h"
 #include "analysis/cox/smooth.h"
 #include "analysis/finegray/incidence.h"
+#include "engine/cox/baseline.h"
 #include "engine/finegray/fit.h"
 #include "engine/finegray/proportionality.h"
 #include "frame/frame.h"
@@ -36,6 +39,22 @@ struct FineGrayProportionality {
   std::vector<Smooth> smooth;
 };
 
+// The hazards of a fit, made when they are first asked for.
+class FineGrayHazard {
+ public:
+  // Throws numerics::Cancelled
+  // Cost the first time that of one iteration of the fit
+  const engine::cox::BaselineHazard& of(const engine::finegray::Fit& fit,
+                                        numerics::Progress& progress) const;
+
+ private:
+  struct Made {
+    std::mutex mutex;
+    std::optional<engine::cox::BaselineHazard> hazard;
+  };
+  std::shared_ptr<Made> made_ = std::make_shared<Made>();
+};
+
 // The fits of one type of event.
 struct FineGrayOfType {
   std::string label;
@@ -44,6 +63,13 @@ struct FineGrayOfType {
   std::optional<FineGrayProportionality> zph;
   // Of each stratum with rows, at the times asked for and the covariates' means.
   std::vector<std::vector<IncidenceAtTime>> at;
+
+  const engine::cox::BaselineHazard& hazard(numerics::Progress& progress) const {
+    return hazard_.of(fit, progress);
+  }
+
+ private:
+  FineGrayHazard hazard_;
 };
 
 struct FineGrayAnswer {
@@ -68,16 +94,17 @@ FineGrayAnswer fitFineGray(const frame::Frame& data, const FineGrayRequest& requ
                            numerics::Progress& progress);
 
 // The incidence of one type of event at the covariates' means, of each stratum with rows.
-// Cost that of one iteration of the fit
 std::vector<std::vector<IncidenceAtTime>> fineGrayCurves(const FineGrayOfType& type,
                                                          const FineGrayAnswer& answer,
-                                                         const FineGrayRequest& request);
+                                                         const FineGrayRequest& request,
+                                                         numerics::Progress& progress);
 
 report::Report describeFineGray(const FineGrayAnswer& answer, const FineGrayRequest& request);
 
 // "baseline": incidence of each type of event at the covariates' means, at its event times.
 std::optional<report::Table> fineGrayBaseline(const FineGrayAnswer& answer,
-                                              const FineGrayRequest& request);
+                                              const FineGrayRequest& request,
+                                              numerics::Progress& progress);
 // "residuals": of the kind of Schoenfeld's, a row for each event time.
 std::optional<report::Table> fineGrayResiduals(const FineGrayAnswer& answer,
                                                const FineGrayRequest& request);
@@ -90,7 +117,8 @@ std::optional<report::Figure> fineGraySchoenfeld(const FineGrayAnswer& answer,
                                                  const FineGrayRequest& request);
 // "incidence": that baseline, a curve for each type of event, a panel for each stratum.
 std::optional<report::Figure> fineGrayFigure(const FineGrayAnswer& answer,
-                                             const FineGrayRequest& request);
+                                             const FineGrayRequest& request,
+                                             numerics::Progress& progress);
 
 }  // namespace survmeth::analysis
 

@@ -8,6 +8,7 @@
 #include "engine/curves/limits.h"
 #include "model/response.h"
 #include "numerics/elementary.h"
+#include "numerics/partOfProgress.h"
 #include "report/build.h"
 #include "text/numbers.h"
 #include "text/words.h"
@@ -35,7 +36,8 @@ FineGrayPredictions fitPredictions(const frame::Frame& data, const FineGrayPredi
   FineGrayPredictions made;
   const std::size_t count = request.fit->fits.size();
   for (std::size_t i = 0; i < count; ++i) {
-    made.types.push_back(predictCox(request.fit->fits[i], data, askedOf(request, i), progress));
+    numerics::PartOfProgress part(progress, i, count);
+    made.types.push_back(predictCox(request.fit->fits[i], data, askedOf(request, i), part));
   }
   return made;
 }

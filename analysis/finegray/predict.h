@@ -20,9 +20,9 @@ struct FineGraySaved {
 };
 
 // In   data   those of the fit
-// Throws BadOption (save) where there is no fit
+// Throws BadOption (save) where there is no fit, numerics::Cancelled
 FineGraySaved fineGraySaved(const frame::Frame& data, const FineGrayAnswer& answer,
-                            const FineGrayRequest& request);
+                            const FineGrayRequest& request, numerics::Progress& progress);
 void writeFineGraySaved(const FineGraySaved& saved, report::JsonWriter& json);
 // Throws JsonError.
 FineGraySaved readFineGraySaved(const JsonNode& node);

@@ -146,10 +146,10 @@ std::vector<double> meansOf(const Input& input) {
   return means;
 }
 
-FineGrayProportionality proportionalityOf(const FineGrayRequest& request,
-                                          const finegray::Fit& fit) {
+FineGrayProportionality proportionalityOf(const FineGrayRequest& request, const finegray::Fit& fit,
+                                          numerics::Progress& progress) {
   FineGrayProportionality result;
-  result.test = finegray::testProportionality(fit, *request.zph);
+  result.test = finegray::testProportionality(fit, *request.zph, progress);
   const double z = engine::curves::normalQuantile(1 - request.alpha);
   for (const engine::cox::TermResiduals& term : result.test.scaledTerms) {
     result.smooth.push_back(smoothOf(result.test.transformed, term.value, term.variance, z));
@@ -159,7 +159,7 @@ FineGrayProportionality proportionalityOf(const FineGrayRequest& request,
 
 void takeIncidences(const FineGrayRequest& request, const FineGrayAnswer& answer,
                     FineGrayOfType& type, numerics::Progress& progress) {
-  const engine::cox::BaselineHazard hazard(finegray::hazardSums(type.fit, progress));
+  const engine::cox::BaselineHazard& hazard = type.hazard(progress);
   const double z = engine::curves::normalQuantile(1 - request.alpha);
   for (const std::uint32_t stratum : hazard.strata()) {
     const auto values = hazard.at(answer.means, 0, stratum, request.incidenceTimes);
@@ -210,12 +210,16 @@ FineGrayAnswer fitFineGray(const frame::Frame& data, const FineGrayRequest& requ
     options.cause = input.causeOf[answer.event.types[i]];
     options.censoringTies = request.censoringTies;
     options.errors = request.errors;
+    const std::size_t zph = request.zph ? 2 : 0, at = request.incidenceTimes.empty() ? 0 : 1;
+    const std::size_t parts = 4 + zph + at + (request.causeSpecific ? 1 : 0);
+    numerics::PartOfProgress fitting(part, 0, 4, parts), testing(part, 4, 4 + zph, parts),
+        reading(part, 4 + zph, 4 + zph + at, parts), beside(part, 4 + zph + at, parts, parts);
     type.fit = finegray::fit(input.response, input.rows, input.model.design.design, input.groups,
-                             options, part);
+                             options, fitting);
     requireAnswer(type.label, type.fit.outcomes);
-    if (request.zph) type.zph = proportionalityOf(request, type.fit);
-    if (!request.incidenceTimes.empty()) takeIncidences(request, answer, type, part);
-    if (request.causeSpecific) type.causeSpecific = causeSpecific(input, options.cause, part);
+    if (request.zph) type.zph = proportionalityOf(request, type.fit, testing);
+    if (!request.incidenceTimes.empty()) takeIncidences(request, answer, type, reading);
+    if (request.causeSpecific) type.causeSpecific = causeSpecific(input, options.cause, beside);
   }
   return answer;
 }

@@ -4,18 +4,20 @@
 #include "analysis/finegray/predict.h"
 #include "analysis/option.h"
 #include "analysis/savedFit.h"
-#include "engine/finegray/hazards.h"
+#include "numerics/partOfProgress.h"
 
 namespace survmeth::analysis {
 
 FineGraySaved fineGraySaved(const frame::Frame& data, const FineGrayAnswer& answer,
-                            const FineGrayRequest&) {
+                            const FineGrayRequest&, numerics::Progress& progress) {
   if (answer.types.empty()) {
     throw BadOption("save", "there is no fit, for no row is an event");
   }
   FineGraySaved saved;
   saved.status = answer.status;
-  for (const FineGrayOfType& type : answer.types) {
+  const std::size_t count = answer.types.size();
+  for (std::size_t i = 0; i < count; ++i) {
+    const FineGrayOfType& type = answer.types[i];
     saved.events.push_back(type.label);
     CoxSaved& fit = saved.fits.emplace_back(savedCoding(data, answer.coding));
     fit.names = answer.names;
@@ -24,8 +26,8 @@ FineGraySaved fineGraySaved(const frame::Frame& data, const FineGrayAnswer& answ
     fit.covariance = type.fit.covariance;
     fit.strata = answer.strata;
     fit.stratumMean = stratumMeans(type.fit.problem->rows, fit.strata.size());
-    numerics::Progress progress;
-    fit.hazard = engine::finegray::hazardSums(type.fit, progress);
+    numerics::PartOfProgress part(progress, i, count);
+    fit.hazard = type.hazard(part).sums();
   }
   return saved;
 }

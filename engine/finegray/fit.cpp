@@ -164,7 +164,7 @@ Fit fit(const Response& response, const Rows& rows, const Design& design, const 
     return evaluate(problem, at, result.sums, point);
   };
   const auto watch = [&](const numerics::NewtonResult& now) {
-    progress.at(std::min(1.0, static_cast<double>(now.iterations) / 8.0));
+    progress.at(std::min(0.8, static_cast<double>(now.iterations) / 10.0));
     if (now.iterations < 4) return false;
     double reach = 0.0;
     for (std::size_t j = 0; j < p; ++j) reach += reachOf(problem, now.step, j);
@@ -192,6 +192,7 @@ Fit fit(const Response& response, const Rows& rows, const Design& design, const 
   evaluate(problem, result.coefficients, result.sums, again);
   result.inverseInformation = Cholesky(found.point.information).inverse();
   numerics::BlockedColumns residuals = scoreResiduals(problem, result.sums);
+  progress.at(0.9);
   if (options.errors == Errors::kEstimatedWeights) addCensoring(problem, result.sums, residuals);
   result.covariance = numerics::sandwich(result.inverseInformation,
                                          productsOf(problem, rows.weightKind, residuals));

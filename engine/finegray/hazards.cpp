@@ -260,7 +260,9 @@ cox::HazardSums hazardSums(const Fit& fit, numerics::Progress& progress) {
   sums.variance.resize(a.times());
   sums.mean.assign(p, std::vector<double>(a.times()));
 
+  progress.at(0.0);
   numerics::BlockedColumns scores = scoreResiduals(problem, fit.sums);
+  progress.at(0.1);
   if (fit.errors == Errors::kEstimatedWeights) addCensoring(problem, fit.sums, scores);
   const std::vector<std::uint32_t> sampleRow = sampleRows(problem);
   const numerics::Cholesky factor(fit.covariance);
@@ -286,7 +288,9 @@ cox::HazardSums hazardSums(const Fit& fit, numerics::Progress& progress) {
       for (std::size_t j = 0; j < p; ++j) {
         sums.mean[j][k] = means[j].add(fit.sums.increment[k] * fit.sums.mean(k, j)) - moved[j];
       }
-      if (k % 1024 == 0) progress.at(static_cast<double>(k) / static_cast<double>(a.times()));
+      if (k % 1024 == 0) {
+        progress.at(0.2 + 0.8 * static_cast<double>(k) / static_cast<double>(a.times()));
+      }
     });
   }
   return sums;

@@ -51,7 +51,8 @@ std::vector<std::vector<double>> residualsOfEvents(const Fit& fit) {
 
 }  // namespace
 
-Proportionality testProportionality(const Fit& fit, TimeTransform transform) {
+Proportionality testProportionality(const Fit& fit, TimeTransform transform,
+                                    numerics::Progress& progress) {
   const Problem& problem = *fit.problem;
   const risk::Arrangement& a = problem.rows.arrangement;
   const std::size_t p = problem.columns();
@@ -80,12 +81,16 @@ Proportionality testProportionality(const Fit& fit, TimeTransform transform) {
       problem.rows, estimated, score,
       cox::givenCoefficients(informationOf(problem, fit.sums, square), mixed, factor));
 
+  progress.at(0.3);
   BlockedColumns own = scoreResiduals(problem, fit.sums);
   BlockedColumns changing = scoreResiduals(problem, fit.sums, g);
   if (fit.errors == Errors::kEstimatedWeights) {
+    progress.at(0.5);
     addCensoring(problem, fit.sums, own);
+    progress.at(0.7);
     addCensoring(problem, fit.sums, changing, g);
   }
+  progress.at(0.9);
   std::vector<std::vector<double>> taken;  // of each column: what a score of b takes along
   for (std::size_t j = 0; j < p; ++j) taken.push_back(factor.solve(mixed.row(j)));
   std::vector<double> row(p);

@@ -7,6 +7,7 @@
 
 #include "engine/cox/proportionality.h"
 #include "engine/finegray/fit.h"
+#include "numerics/progress.h"
 
 namespace survmeth::engine::finegray {
 
@@ -30,7 +31,8 @@ struct Proportionality : cox::TermTests {
 // Cost that of two iterations of the fit and two of its errors
 // Source Zhou, Fine & Laird, Stat Med 32 (2013) 3804-3811; Grambsch & Therneau, Biometrika 81 (1994)
 //        515-526
-Proportionality testProportionality(const Fit& fit, TimeTransform transform);
+Proportionality testProportionality(const Fit& fit, TimeTransform transform,
+                                    numerics::Progress& progress);
 
 }  // namespace survmeth::engine::finegray
 

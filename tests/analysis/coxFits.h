@@ -42,7 +42,7 @@ inline Made fitted(const std::string& data, const Options& options) {
   Made made;
   made.fitted = analyse(kCox, frame, request.get(), progress);
   made.lasting = std::static_pointer_cast<const CoxSaved>(
-      kCox.lasting->of(frame, made.fitted.result.get(), request.get()));
+      kCox.lasting->of(frame, made.fitted.result.get(), request.get(), progress));
   made.text = savedFit(kCox, made.fitted.report, made.lasting.get(), "test");
   return made;
 }

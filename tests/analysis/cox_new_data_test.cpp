@@ -144,7 +144,7 @@ Bootstrapped bootstrapped(const std::string& formula, const std::string& limits 
   numerics::Progress progress;
   made.fitted = analyse(cox(), made.rows, made.request.get(), progress);
   const auto lasting = std::static_pointer_cast<const CoxSaved>(
-      cox().lasting->of(made.rows, made.fitted.result.get(), made.request.get()));
+      cox().lasting->of(made.rows, made.fitted.result.get(), made.request.get(), progress));
   const Declaration predict = coxPredictDeclaration();
   const auto request = predict.request();
   predict.follow(request.get(), lasting);
@@ -163,7 +163,7 @@ std::vector<double> predictedBy(const Bootstrapped& of, const std::string& formu
   CoxPredictRequest asked;
   asked.at = of.wishes.at;
   asked.fit = std::static_pointer_cast<const CoxSaved>(
-      cox().lasting->of(drawn, fitted.result.get(), request.get()));
+      cox().lasting->of(drawn, fitted.result.get(), request.get(), progress));
   const CoxPredictions made = predictCox(*asked.fit, of.newData, asked, progress);
   std::vector<double> values;
   for (const auto& times : made.at) {

@@ -69,7 +69,7 @@ std::shared_ptr<const CoxSaved> fitOf(const Case& which) {
   numerics::Progress progress;
   const Fitted fitted = analyse(cox, data, request.get(), progress);
   return std::static_pointer_cast<const CoxSaved>(
-      cox.lasting->of(data, fitted.result.get(), request.get()));
+      cox.lasting->of(data, fitted.result.get(), request.get(), progress));
 }
 
 class Predicted : public ::testing::TestWithParam<Case> {

@@ -1,4 +1,4 @@
-// New data of survmeth finegray: what survmeth predict says of them, and cmprsk.
+// New data of survmeth finegray: what survmeth predict says of them, and cmprsk; how far a run is.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -13,6 +13,7 @@
 #include "frame/reader.h"
 #include "report/csv.h"
 #include "tests/support/csv.h"
+#include "tests/support/progress.h"
 
 namespace survmeth::analysis {
 namespace {
@@ -39,6 +40,11 @@ std::shared_ptr<void> requestOf(const Declaration& declaration, const Options& o
   return request;
 }
 
+void withFile(const std::string& name, const Declaration& followUp, const void* request,
+              const std::function<void(const frame::Frame&)>& use) {
+  use(dataOf(followUp, request, name));
+}
+
 struct Run {
   report::Report report;
   std::string saved;  // the text of the file
@@ -49,13 +55,8 @@ Run runOf(const Options& options) {
   const auto request = requestOf(finegray(), options);
   const frame::Frame data = dataOf(finegray(), request.get(), SURVMETH_DATA "/pbc.csv");
   numerics::Progress progress;
-  const Fitted fitted =
-      analyse(finegray(), data, request.get(), progress, {},
-              [](const std::string& name, const Declaration& followUp, const void* wishes,
-                 const std::function<void(const frame::Frame&)>& use) {
-                use(dataOf(followUp, wishes, name));
-              });
-  const auto lasting = finegray().lasting->of(data, fitted.result.get(), request.get());
+  const Fitted fitted = analyse(finegray(), data, request.get(), progress, {}, withFile);
+  const auto lasting = finegray().lasting->of(data, fitted.result.get(), request.get(), progress);
   return {fitted.report, savedFit(finegray(), fitted.report, lasting.get(), "test")};
 }
 
@@ -118,6 +119,41 @@ TEST(FineGrayNewData, HaveTheIncidencesOfCmprsk) {
                 incidence, 1e-8 * incidence)
         << i;
   }
+}
+
+// Everything that takes long: fits of two types of event, tests, hazards, files, figures, new data.
+TEST(FineGrayProgress, GoesOnToTheEndAndStopsAtEveryReport) {
+  const auto request = requestOf(finegray(), {{"formula", kModel},
+                                              {"zph", std::string("rank")},
+                                              {"cause-specific", true},
+                                              {"at", std::vector<double>{1000}},
+                                              {"newdata", kNew}});
+  const frame::Frame data = dataOf(finegray(), request.get(), SURVMETH_DATA "/pbc.csv");
+  test::expectStops([&](numerics::Progress& progress) {
+    analyse(finegray(), data, request.get(), progress, {}, withFile);
+  });
+}
+
+TEST(FineGrayProgress, HazardsAreMadeOnceAndByWhoeverAsksFirst) {
+  const auto request = requestOf(finegray(), {{"formula", kModel}});
+  const frame::Frame data = dataOf(finegray(), request.get(), SURVMETH_DATA "/pbc.csv");
+  const auto saved = [&](const Fitted& fitted, numerics::Progress& progress) {
+    return finegray().lasting->of(data, fitted.result.get(), request.get(), progress);
+  };
+  numerics::Progress quiet;
+  // Without files and figures the saved fit is the first that needs them: it stops, and the next
+  // one begins anew.
+  const Fitted fitted = analyse(finegray(), data, request.get(), quiet, {false, false});
+  test::StoppingProgress stopping(2);
+  EXPECT_THROW(saved(fitted, stopping), numerics::Cancelled);
+  test::StoppingProgress whole, again;
+  saved(fitted, whole);
+  EXPECT_GT(whole.said().size(), 2u);
+  saved(fitted, again);
+  EXPECT_EQ(again.said().size(), 0u);
+  const Fitted described = analyse(finegray(), data, request.get(), quiet);
+  saved(described, again);
+  EXPECT_EQ(again.said().size(), 0u);
 }
 
 TEST(FineGrayNewData, TheirCurvesAloneAreRefused) {

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/engine/finegray/data.h"
+#include "tests/support/progress.h"
 
 namespace survmeth {
 namespace {
@@ -68,6 +69,12 @@ TEST(FineGrayHazards, HaveTheErrorsOfRowsWhereEachClusterIsARow) {
     // Another order of sums.
     EXPECT_NEAR(rows.standardError[k], clusters.standardError[k], 1e-12 * rows.standardError[k]);
   }
+}
+
+TEST(FineGrayHazards, ReportHowFarTheyAreAndStopThere) {
+  const engine::finegray::Fit fit = FineGrayCase("melanoma", 1).fit();
+  test::expectStops(
+      [&](numerics::Progress& progress) { engine::finegray::hazardSums(fit, progress); });
 }
 
 INSTANTIATE_TEST_SUITE_P(Cases, FineGrayHazards, testing::Range<std::size_t>(0, cases().rows()),

@@ -8,6 +8,7 @@
 #include <map>
 
 #include "tests/engine/finegray/data.h"
+#include "tests/support/progress.h"
 
 namespace survmeth {
 namespace {
@@ -25,6 +26,12 @@ const std::map<std::string, TimeTransform> kTransforms = {
     {"log", TimeTransform::kLog},
     {"rank", TimeTransform::kRank},
     {"incidence", TimeTransform::kKaplanMeier}};
+
+engine::finegray::Proportionality testOf(const engine::finegray::Fit& fit,
+                                         TimeTransform transform) {
+  numerics::Progress progress;
+  return engine::finegray::testProportionality(fit, transform, progress);
+}
 
 void expectTests(const engine::cox::TermTests& tests,
                  const std::map<std::string, double>& expected) {
@@ -52,7 +59,7 @@ TEST(FineGrayProportionality, ByTheInformationIsThatOfTheWeightedRows) {
     do {
       expected[file.text("term", i)] = file.number("chiSquare", i);
     } while (file.text("term", i++) != "GLOBAL");
-    const auto found = engine::finegray::testProportionality(made.fit(), kTransforms.at(transform));
+    const auto found = testOf(made.fit(), kTransforms.at(transform));
     expectTests(found.modelBased, expected);
     ++tested;
   }
@@ -80,7 +87,7 @@ TEST(FineGrayProportionality, ByTheInfluencesIsThatOfTheDefinition) {
     const auto fit = made.fit();
     for (const char* transform : {"identity", "log"}) {
       SCOPED_TRACE(cases.text("case", i) + " " + transform);
-      expectTests(engine::finegray::testProportionality(fit, kTransforms.at(transform)),
+      expectTests(testOf(fit, kTransforms.at(transform)),
                   expected.at({cases.text("case", i), transform}));
     }
   }
@@ -90,7 +97,7 @@ TEST(FineGrayProportionality, ScaledResidualsHaveTheCoefficientForMean) {
   const Csv cases(kFolder + "finegray_errors_cases.csv");
   const FineGrayCase made(cases, 0);
   const auto fit = made.fit();
-  const auto found = engine::finegray::testProportionality(fit, TimeTransform::kIdentity);
+  const auto found = testOf(fit, TimeTransform::kIdentity);
   ASSERT_EQ(found.scaledTerms.size(), fit.coefficients.size());
   EXPECT_EQ(found.transformed.size(), fit.events);
   for (const engine::cox::TermResiduals& term : found.scaledTerms) {
@@ -108,11 +115,18 @@ TEST(FineGrayProportionality, RefusesTheLogarithmAtTimesThatAreNotPositive) {
   FineGrayCase made(cases, 0);
   for (double& time : made.data.exit) time -= 1000;
   try {
-    engine::finegray::testProportionality(made.fit(), TimeTransform::kLog);
+    testOf(made.fit(), TimeTransform::kLog);
     ADD_FAILURE();
   } catch (const engine::Refusal& refusal) {
     EXPECT_STREQ(refusal.what(), "the logarithm needs positive event times");
   }
+}
+
+TEST(FineGrayProportionality, ReportsHowFarItIsAndStopsThere) {
+  const engine::finegray::Fit fit = FineGrayCase("melanoma", 1).fit();
+  test::expectStops([&](numerics::Progress& progress) {
+    engine::finegray::testProportionality(fit, TimeTransform::kRank, progress);
+  });
 }
 
 }  // namespace
