@@ -237,9 +237,8 @@ Fitted analyse(const Declaration& declaration, const frame::Frame& data, const v
     try {
       return withNewData(declaration, used, request, progress, parts, withData);
     } catch (const engine::Refusal& refusal) {
-      if (!choosing || refusal.row() == engine::Refusal::kNone) throw;
-      throw engine::Refusal(refusal.role(), rows[refusal.row()], refusal.what(), refusal.column(),
-                            refusal.expected());
+      if (!choosing) throw;
+      throw refusal.of(rows);
     }
   });
   report::Report& report = fitted.report;

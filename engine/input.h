@@ -95,6 +95,10 @@ class Refusal : public std::invalid_argument {
   std::size_t row() const { return row_; }
   std::size_t column() const { return column_; }
   const std::string& expected() const { return expected_; }  // may be empty
+  // The same, said of the rows that these come from.
+  Refusal of(std::span<const std::uint32_t> rows) const {
+    return {role_, row_ == kNone ? kNone : rows[row_], what(), column_, expected_};
+  }
 
  private:
   Role role_;

@@ -3,12 +3,15 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <limits>
 #include <numeric>
 #include <optional>
+#include <span>
 #include <unordered_map>
 #include <utility>
 
 #include "numerics/bits.h"
+#include "numerics/hot.h"
 #include "text/numbers.h"
 
 namespace survmeth::frame {
@@ -44,37 +47,73 @@ void placeAndCount(const std::vector<std::uint32_t>& place, Labels& made) {
   made.counts = std::move(even);
 }
 
-}  // namespace
+// Whether all numbers are one of two; codes[i] is 0 where it is the first, else 1.
+SURVMETH_HOT bool codesOfTwo(const double* __restrict numbers, std::size_t n, double first,
+                             double second, std::uint32_t* __restrict codes) {
+  std::size_t others = 0;
+  for (std::size_t i = 0; i < n; ++i) {
+    others += numbers[i] == first || numbers[i] == second ? 0u : 1u;
+    codes[i] = numbers[i] == first ? 0u : 1u;
+  }
+  return others == 0;
+}
 
-Labels labelsByFirstUse(const Column& numbers) {
-  // Few numbers make up most columns of labels: the last one of each hash is looked at before the
-  // map is.
-  constexpr unsigned kBits = 6;
+// Numbers, told apart and counted off in the order of first use.
+class FirstUse {
+ public:
+  // Whether all of these are the first two numbers, of which many columns are made.
+  bool areTwo(std::span<const double> numbers, std::uint32_t* codes) const {
+    return labels_.size() <= firstTwo_.size() &&
+           codesOfTwo(numbers.data(), numbers.size(), firstTwo_[0], firstTwo_[1], codes);
+  }
+  std::uint32_t codeOf(double number) {
+    const double value = number + 0.0;  // -0 and 0 are one number
+    if (std::isnan(value)) return Column::kMissing;
+    const auto bits = numerics::bitCast<std::uint64_t>(value);
+    // The last number of each hash is looked at before the map is.
+    Recent& last = recent_[bits * 0x9E3779B97F4A7C15u >> (64 - kBits)];
+    if (last.bits != bits || last.code == Column::kMissing) last = {bits, codeIn(value, bits)};
+    return last.code;
+  }
+  std::vector<std::string> labels() { return std::move(labels_); }
+
+ private:
+  static constexpr unsigned kBits = 6;
   struct Recent {
     std::uint64_t bits = 0;
     std::uint32_t code = Column::kMissing;
   };
-  std::array<Recent, 1u << kBits> recent;
-  std::unordered_map<std::uint64_t, std::uint32_t> known;
-  Labels made;
-  made.codes.resize(numbers.numbers.size());
-  for (std::size_t row = 0; row < made.codes.size(); ++row) {
-    const double value = numbers.numbers[row] + 0.0;
-    if (std::isnan(value)) {
-      made.codes[row] = Column::kMissing;
-      continue;
+
+  std::uint32_t codeIn(double value, std::uint64_t bits) {
+    const std::size_t count = labels_.size();
+    const auto [place, isNew] = known_.try_emplace(bits, static_cast<std::uint32_t>(count));
+    if (isNew) {
+      if (count < firstTwo_.size()) firstTwo_[count] = value;
+      labels_.push_back(text::exact(value));
     }
-    const auto bits = numerics::bitCast<std::uint64_t>(value);
-    Recent& last = recent[bits * 0x9E3779B97F4A7C15u >> (64 - kBits)];
-    if (last.bits != bits || last.code == Column::kMissing) {
-      const auto count = static_cast<std::uint32_t>(made.labels.size());
-      const auto [place, isNew] = known.try_emplace(bits, count);
-      if (isNew) made.labels.push_back(text::exact(value));
-      last = {bits, place->second};
-    }
-    made.codes[row] = last.code;
+    return place->second;
   }
-  return made;
+
+  std::array<double, 2> firstTwo_{std::numeric_limits<double>::quiet_NaN(),
+                                  std::numeric_limits<double>::quiet_NaN()};
+  std::array<Recent, 1u << kBits> recent_;
+  std::unordered_map<std::uint64_t, std::uint32_t> known_;
+  std::vector<std::string> labels_;
+};
+
+}  // namespace
+
+Labels labelsByFirstUse(const Column& numbers) {
+  constexpr std::size_t kBlock = 1024;
+  const std::span<const double> values = numbers.numbers;
+  FirstUse known;
+  std::vector<std::uint32_t> codes(values.size());
+  for (std::size_t begin = 0; begin < values.size(); begin += kBlock) {
+    const std::size_t end = std::min(begin + kBlock, values.size());
+    if (known.areTwo(values.subspan(begin, end - begin), &codes[begin])) continue;
+    for (std::size_t row = begin; row < end; ++row) codes[row] = known.codeOf(values[row]);
+  }
+  return {known.labels(), std::move(codes), {}};
 }
 
 bool sameLabel(std::string_view label, std::string_view value) {

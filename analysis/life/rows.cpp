@@ -115,11 +115,17 @@ void takeSubjects(const frame::Frame& data, const LifeRequest& request, LifeRows
 
 // Many rows at few times are as many frequencies: sorted, and gone through, are these. Ties one after
 // the other, robust variances and permutations ask for the rows themselves.
-bool mayBePooled(const LifeRequest& request, const LifeRows& rows) {
+bool mayBePooled(const LifeRequest& request, std::size_t rows) {
   constexpr std::size_t kManyRows = 16384;
-  return rows.event.size() >= kManyRows && !request.lateEntry() && !request.robust &&
-         !rows.sampling() && !rows.clustered() && rows.wholeWeights &&
+  return rows >= kManyRows && !request.lateEntry() && !request.robust &&
          request.permutations.empty() && request.estimate != LifeEstimate::kFlemingHarrington;
+}
+
+// Whether they may be pooled as they stand in the data, before anything is made of them.
+bool mayBePooledAtOnce(const frame::Frame& data, const LifeRequest& request) {
+  return mayBePooled(request, data.rows) && !request.byDates() && request.weightColumn().empty() &&
+         request.cluster.empty() && request.id.empty() &&
+         data.labels(request.event)->levels.size() <= 2;
 }
 
 // The columns of the data belong to the caller, who may change them before the last part of the
@@ -132,9 +138,16 @@ void ownCells(LifeRows& rows) {
   }
 }
 
-}  // namespace
+// Rows of data, of which these are so many each.
+void countAgain(frame::Labels& labels, const std::vector<double>& count) {
+  std::fill(labels.counts.begin(), labels.counts.end(), 0);
+  for (std::size_t i = 0; i < count.size(); ++i) {
+    labels.counts[labels.codes.empty() ? 0 : labels.codes[i]] += static_cast<std::size_t>(count[i]);
+  }
+}
 
-LifeRows lifeRowsOf(const frame::Frame& data, const LifeRequest& request) {
+// Of rows that stand for so many each, or for one.
+LifeRows read(const frame::Frame& data, const LifeRequest& request, const Cells* cells) {
   LifeRows rows;
   model::YesNo events =
       model::yesNoOf(*data.labels(request.event), request.eventValues, model::kEvents);
@@ -142,6 +155,10 @@ LifeRows lifeRowsOf(const frame::Frame& data, const LifeRequest& request) {
   rows.eventLabels = std::move(events.labels);
   rows.eventNote = std::move(events.note);
   takeTimes(data, request, rows);
+  if (cells != nullptr) {
+    rows.time = frame::numberColumn(request.time, cells->time);
+    rows.weight = frame::numberColumn({}, cells->weight);
+  }
   rows.weightsAre = request.weightsAre;
   if (!request.weightColumn().empty()) {
     rows.weight = *data.numbers(request.weightColumn());
@@ -153,13 +170,34 @@ LifeRows lifeRowsOf(const frame::Frame& data, const LifeRequest& request) {
     rows.groups = request.group.size() == 1
                       ? frame::allLabelsOf(*data.labels(request.group.front()))
                       : frame::crossedLabels(data, request.group);
-    requireFilled(rows.groups, rows.weight.numbers);
   }
+  if (cells != nullptr) countAgain(rows.groups, cells->weight);
+  if (!request.group.empty()) requireFilled(rows.groups, rows.weight.numbers);
   if (!request.weightColumn().empty()) requireWeighty(rows);
   if (!request.strata.empty()) rows.strata = groupsOf(data, request.strata);
   if (!request.cluster.empty()) rows.clusters = frame::labelsOf(*data.labels(request.cluster));
   if (!request.id.empty()) takeSubjects(data, request, rows);
-  if (!mayBePooled(request, rows) || !poolRows(rows)) ownCells(rows);
+  return rows;
+}
+
+}  // namespace
+
+LifeRows lifeRowsOf(const frame::Frame& data, const LifeRequest& request) {
+  const bool atOnce = mayBePooledAtOnce(data, request);
+  if (atOnce) {
+    if (const std::optional<PooledRows> pooled = pooledRows(data, request)) {
+      try {
+        return read(pooled->data, request, &pooled->cells);
+      } catch (const Refusal& refused) {
+        throw refused.of(pooled->cells.firstRow);
+      }
+    }
+  }
+  LifeRows rows = read(data, request, nullptr);
+  const bool plain = !rows.sampling() && !rows.clustered() && rows.wholeWeights;
+  if (atOnce || !plain || !mayBePooled(request, rows.event.size()) || !poolRows(rows)) {
+    ownCells(rows);
+  }
   return rows;
 }
 

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "analysis/life/cells.h"
 #include "analysis/life/request.h"
 #include "engine/curves/sample.h"
 #include "engine/input.h"
@@ -59,6 +60,18 @@ LifeRows lifeRowsOf(const frame::Frame& data, const LifeRequest& request);
 // Joins rows of one subject that follow one another without an event and differ in nothing else:
 // where follow-up was split says nothing.
 void joinRows(LifeRows& rows, const std::vector<std::uint32_t>& subject);
+
+// The first row of each cell of rows that differ in nothing, and how many are in each.
+struct PooledRows {
+  frame::Frame data;
+  Cells cells;
+};
+
+// Of the data of a request without weights and entries, whose times are given; nothing where the
+// cells are more than a quarter of the rows.
+//
+// Cost O(n), memory for the rows that stay
+std::optional<PooledRows> pooledRows(const frame::Frame& data, const LifeRequest& request);
 
 // Makes one row with the sum of their weights of rows that differ in nothing else. Weights are
 // frequencies, whole ones, and nobody enters late. False, and nothing changes, where there would be

@@ -35,10 +35,8 @@ class Run {
     try {
       find();
     } catch (const Refusal& refused) {
-      const std::vector<std::uint32_t>& source = answer_.rows.source;
-      if (source.empty() || refused.row() == Refusal::kNone) throw;
-      throw Refusal(refused.role(), source[refused.row()], refused.what(), refused.column(),
-                    refused.expected());
+      if (answer_.rows.source.empty()) throw;
+      throw refused.of(answer_.rows.source);
     }
     return std::move(answer_);
   }

@@ -1,6 +1,8 @@
 #include "engine/curves/bands.h"
 
 #include <cmath>
+#include <span>
+#include <vector>
 
 #include "engine/curves/bridge.h"
 #include "numerics/elementary.h"
@@ -47,15 +49,16 @@ Band band(const Curve& curve, const Rows& rows, const Options& options, BandKind
                         ? standardizedBridgeQuantile(options.level, length)
                         : bridgeQuantile(options.level, band.lowerShare, band.upperShare);
   }
+  std::vector<double> spread;
   for (std::size_t i = begin; i < end; ++i) {
     const double v = curve.logVariance[i];
-    const double spread = kind == BandKind::kEqualPrecision
-                              ? band.critical * std::sqrt(v)
-                              : band.critical * (1.0 + n * v) / std::sqrt(n);
-    const Interval limits = survivalLimits(curve.survival[i], spread, options.scale);
-    band.lower[i] = limits.lower;
-    band.upper[i] = limits.upper;
+    spread.push_back(kind == BandKind::kEqualPrecision
+                         ? band.critical * std::sqrt(v)
+                         : band.critical * (1.0 + n * v) / std::sqrt(n));
   }
+  survivalLimits(std::span(curve.survival).subspan(begin, spread.size()), spread, options.scale,
+                 std::span(band.lower).subspan(begin, spread.size()),
+                 std::span(band.upper).subspan(begin, spread.size()));
   return band;
 }
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <vector>
 
 #include "engine/curves/influence.h"
 #include "numerics/elementary.h"
@@ -84,25 +85,17 @@ void addLimits(Curve& curve, const Options& options) {
   const std::size_t m = curve.time.size();
   curve.lower.resize(m);
   curve.upper.resize(m);
+  std::vector<double> spread(m);
+  for (std::size_t i = 0; i < m; ++i) spread[i] = z * std::sqrt(curve.logVariance[i]);
+  survivalLimits(curve.survival, spread, options.scale, curve.lower, curve.upper);
+  if (options.lowerLimit == LowerLimit::kUsual) return;
   double atRiskLast = m > 0 ? curve.atRisk[0] : 0.0;  // at the last event time
   for (std::size_t i = 0; i < m; ++i) {
     const double s = curve.survival[i];
-    const bool same =
-        i > 0 && s == curve.survival[i - 1] && curve.logVariance[i] == curve.logVariance[i - 1];
-    if (same && options.lowerLimit == LowerLimit::kUsual) {  // only censorings since
-      curve.lower[i] = curve.lower[i - 1];
-      curve.upper[i] = curve.upper[i - 1];
-      continue;
-    }
-    const double error = std::sqrt(curve.logVariance[i]);
-    const Interval limits = survivalLimits(s, z * error, options.scale);
-    curve.lower[i] = limits.lower;
-    curve.upper[i] = limits.upper;
-    if (options.lowerLimit == LowerLimit::kUsual) continue;
     const double n = curve.atRisk[i];
     if (curve.eventsAt[i] > 0.0) atRiskLast = n;
     const double own = options.lowerLimit == LowerLimit::kModified
-                           ? error * std::sqrt(atRiskLast / n)
+                           ? std::sqrt(curve.logVariance[i]) * std::sqrt(atRiskLast / n)
                            : std::sqrt((1.0 - s) / n);
     curve.lower[i] = survivalLimits(s, z * own, options.scale).lower;
   }

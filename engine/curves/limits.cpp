@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <stdexcept>
+#include <vector>
 
 #include "Dist/Dist"
 #include "numerics/elementary.h"
@@ -112,6 +113,40 @@ Interval survivalLimits(double survival, double spread, Scale scale) {
   const double logSurvival = numerics::log(s);
   const double factor = numerics::exp(-spread / logSurvival);
   return {numerics::exp(logSurvival * factor), numerics::exp(logSurvival / factor)};
+}
+
+void survivalLimits(std::span<const double> survival, std::span<const double> spread, Scale scale,
+                    std::span<double> lower, std::span<double> upper) {
+  const std::size_t n = survival.size();
+  if (scale == Scale::kLog) {
+    for (std::size_t i = 0; i < n; ++i) lower[i] = -spread[i];
+    numerics::expArray(lower, lower);
+    numerics::expArray(spread, upper);
+    for (std::size_t i = 0; i < n; ++i) {
+      lower[i] *= survival[i];
+      upper[i] = std::min(survival[i] * upper[i], 1.0);
+    }
+  } else if (scale == Scale::kLogLog) {
+    std::vector<double> logSurvival(n);
+    numerics::logArray(survival, logSurvival);
+    for (std::size_t i = 0; i < n; ++i) lower[i] = -spread[i] / logSurvival[i];
+    numerics::expArray(lower, lower);
+    for (std::size_t i = 0; i < n; ++i) {
+      const double factor = lower[i];
+      lower[i] = logSurvival[i] * factor;
+      upper[i] = logSurvival[i] / factor;
+    }
+    numerics::expArray(lower, lower);
+    numerics::expArray(upper, upper);
+  }
+  const bool formed = scale == Scale::kLog || scale == Scale::kLogLog;
+  for (std::size_t i = 0; i < n; ++i) {
+    const bool inside = survival[i] > 0.0 && survival[i] < 1.0 && !std::isnan(spread[i]);
+    if (formed && inside) continue;
+    const Interval own = survivalLimits(survival[i], spread[i], scale);
+    lower[i] = own.lower;
+    upper[i] = own.upper;
+  }
 }
 
 Interval hazardLimits(double hazard, double standardError, double z, Scale scale) {

@@ -2,6 +2,8 @@
 #ifndef ENGINE_CURVES_LIMITS_H_
 #define ENGINE_CURVES_LIMITS_H_
 
+#include <span>
+
 #include "engine/curves/sample.h"
 
 namespace survmeth::engine::curves {
@@ -38,6 +40,13 @@ double normalQuantile(double level);
 // Source Kalbfleisch & Prentice, The Statistical Analysis of Failure Time Data (1980);
 //        Borgan & Liestol, Scand J Statist 17 (1990) 35-41; Nair, Technometrics 26 (1984) 265-275
 Interval survivalLimits(double survival, double spread, Scale scale);
+
+// The same of n survivals, bit for bit, in a fraction of the time.
+//
+// In   survival[n]; spread[n]
+// Out  lower[n]; upper[n]
+void survivalLimits(std::span<const double> survival, std::span<const double> spread, Scale scale,
+                    std::span<double> lower, std::span<double> upper);
 
 // Limits of a cumulative hazard H with the standard error e: plain H -+ z e, at least 0, or log
 // H exp(-+ z e / H).

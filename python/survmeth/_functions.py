@@ -29,15 +29,22 @@ def signature_of(analysis):
     return inspect.Signature(parameters)
 
 
-def settings_of(analysis, arguments):
-    """The options that differ from their defaults, by their own names."""
+def defaults_of(signature):
+    return {name: parameter.default for name, parameter in signature.parameters.items()
+            if parameter.default is not inspect.Parameter.empty}
+
+
+def settings_of(options, arguments):
+    """The options (with their arguments and defaults) that differ from these, by their own names."""
     settings = {}
-    for option in analysis["options"]:
-        value = arguments[argument_of(option["name"])]
-        if option["type"] == "data" and value is not None:
-            value = str(arguments[option["name"] + "_name"])
+    for option, argument, default in options:
+        value = arguments[argument]
         # A default that is passed on would count as a wish.
-        if value is None or (np.isscalar(value) and value == default_of(option)):
+        if value is None or value is default:
+            continue
+        if option["type"] == "data":
+            value = str(arguments[option["name"] + "_name"])
+        if np.isscalar(value) and value == default:
             continue
         settings[option["name"]] = named_of(option, value)
     return settings
@@ -74,8 +81,11 @@ def give_new(made, names, name, arguments):
 
 def runner_of(analysis):
     """What makes a call of bound arguments; `start` takes the settings."""
+    options = [(option, argument_of(option["name"]), default_of(option))
+               for option in analysis["options"]]
+
     def run(arguments, start):
-        made = start(settings_of(analysis, arguments) | reading_of(arguments))
+        made = start(settings_of(options, arguments) | reading_of(arguments))
         table = _data.table_of(arguments["data"])
         columns = table.columns(made.wanted(table.names))
         for name in names_of_data(analysis):
@@ -88,7 +98,13 @@ def runner_of(analysis):
     return run
 
 
-def bound(name, signature, positional, named):
+def bound(name, signature, defaults, positional, named):
+    """The arguments by their names. Signature.bind, which takes its time, says what is wrong."""
+    data = {"data": positional[0]} if positional else {}
+    arguments = defaults | named | data
+    if (len(positional) == len(data) and data.keys().isdisjoint(named)
+            and arguments.keys() == signature.parameters.keys()):
+        return arguments
     try:
         arguments = signature.bind(*positional, **named)
     except TypeError as wrong:
@@ -102,6 +118,7 @@ def bound(name, signature, positional, named):
 
 def function_of(analysis, module):
     signature, run = signature_of(analysis), runner_of(analysis)
+    defaults = defaults_of(signature)
 
     has_formula = any(option["name"] == "formula" for option in analysis["options"])
 
@@ -109,7 +126,7 @@ def function_of(analysis, module):
         # cox("Surv(time, status) ~ age", data) as well as cox(data, formula=...)
         if has_formula and positional and isinstance(positional[0], str):
             named["formula"], positional = positional[0], positional[1:]
-        return run(bound(analysis["name"], signature, positional, named),
+        return run(bound(analysis["name"], signature, defaults, positional, named),
                    lambda settings: _core.Call(analysis["name"], settings))
 
     call.__name__ = call.__qualname__ = analysis["name"]
@@ -122,9 +139,10 @@ def function_of(analysis, module):
 def follow_up_of(analysis, of):
     """The method of results of the analysis `of` that follows from them."""
     signature, run = signature_of(analysis), runner_of(analysis)
+    defaults = defaults_of(signature)
 
     def predict(self, *positional, **named):
-        return run(bound("predict", signature, positional, named),
+        return run(bound("predict", signature, defaults, positional, named),
                    lambda settings: _core.Call(self._fit, settings))
 
     predict.__doc__ = docstring_of(analysis, of)

@@ -85,6 +85,36 @@ TEST(Labels, ByFirstUseStandAsTheNumbersFirstDo) {
   }
 }
 
+TEST(Labels, ByFirstUseOfTwoNumbersAndOfWhatComesLater) {
+  constexpr double kMissing = std::numeric_limits<double>::quiet_NaN();
+  std::vector<double> numbers;
+  for (int i = 0; i < 5000; ++i) numbers.push_back(i % 3 == 0 ? 2 : 1);
+  numbers[4000] = kMissing;  // among two numbers that stand thousands of times before
+  numbers[4500] = 7.5;
+  numbers[4999] = -0.0;
+  const Labels made = labelsByFirstUse(numberColumn("x", numbers));
+  EXPECT_EQ(made.labels, (Strings{"2", "1", "7.5", "0"}));
+  ASSERT_EQ(made.codes.size(), numbers.size());
+  for (std::size_t i = 0; i < numbers.size(); ++i) {
+    const std::uint32_t expected = i == 4000    ? kNone
+                                   : i == 4500  ? 2
+                                   : i == 4999  ? 3
+                                   : i % 3 == 0 ? 0
+                                                : 1;
+    ASSERT_EQ(made.codes[i], expected) << i;
+  }
+}
+
+TEST(Labels, ByFirstUseOfOneNumberAndOfNone) {
+  constexpr double kMissing = std::numeric_limits<double>::quiet_NaN();
+  const Labels one = labelsByFirstUse(numberColumn("x", std::vector<double>(3000, 4)));
+  EXPECT_EQ(one.labels, (Strings{"4"}));
+  EXPECT_EQ(one.codes, Codes(3000, 0));
+  const Labels none = labelsByFirstUse(numberColumn("x", std::vector<double>(3000, kMissing)));
+  EXPECT_TRUE(none.labels.empty());
+  EXPECT_EQ(none.codes, Codes(3000, kNone));
+}
+
 TEST(Labels, OfNoRowsAreNone) {
   EXPECT_TRUE(labelsOf(labelColumn("x", Type::kText, {}, {"a"})).labels.empty());
   EXPECT_EQ(allLabelsOf(labelColumn("x", Type::kText, {}, {"a"})).counts, (Counts{0}));

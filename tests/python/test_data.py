@@ -280,6 +280,12 @@ def test_an_argument_that_there_is_not():
         survmeth.life({}, time="t", event="e", grup="g")
     with pytest.raises(TypeError, match="missing a required argument: 'group'"):
         survmeth.gray({}, time="t", status="s")
+    with pytest.raises(TypeError, match=r"life\(\) multiple values for argument 'data'"):
+        survmeth.life({}, data={}, time="t", event="e")
+    with pytest.raises(TypeError, match=r"life\(\) too many positional arguments"):
+        survmeth.life({}, {}, time="t", event="e")
+    with pytest.raises(TypeError, match=r"life\(\) got .*'evnt'; did you mean 'event'\?"):
+        survmeth.life({}, time="t", evnt="e")  # as many arguments as there are
 
 
 def test_a_condition_chooses_rows():

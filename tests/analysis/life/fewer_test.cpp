@@ -1,6 +1,8 @@
 // Rows that differ in nothing, pooled.
+#include <cmath>
 #include <cstdint>
 #include <map>
+#include <stdexcept>
 #include <string>
 #include <tuple>
 #include <utility>
@@ -119,6 +121,107 @@ TEST(PooledRows, OfOneTimeThatIsNotWholeAreTheSame) {
   time[4999] = 0.25;
   rows.time = frame::numberColumn("t", time);
   expectPooled(rows);
+}
+
+// 20,000 rows with whole times below 50, the event "0" or "1", arms "b", "a" and no "c", 4 sites.
+frame::Frame dataOf(std::size_t rows = 20000) {
+  const LifeRows made = rowsOf(rows, 1, 50, 2, 4, false);
+  frame::Frame data;
+  data.rows = data.rowsRead = rows;
+  data.columns = {
+      made.time, frame::labelColumn("e", frame::Type::kText, made.event, {"0", "1"}),
+      frame::labelColumn("arm", frame::Type::kText, made.groups.codes, {"b", "a"}),
+      frame::labelColumn("site", frame::Type::kFactor, made.strata.codes, {"x", "w", "z", "y"})};
+  return data;
+}
+
+analysis::LifeRequest requestOf() {
+  analysis::LifeRequest request;
+  request.time = "t";
+  request.event = "e";
+  request.group = {"arm"};
+  request.strata = {"site"};
+  return request;
+}
+
+TEST(PooledRows, OfDataAreTheirCells) {
+  const frame::Frame data = dataOf();
+  const LifeRows rows = analysis::lifeRowsOf(data, requestOf());
+  EXPECT_EQ(rows.event.size(), 50u * 2 * 2 * 4);
+  EXPECT_EQ(rows.groups.labels, (std::vector<std::string>{"a", "b"}));
+  EXPECT_EQ(rows.strata.labels, (std::vector<std::string>{"x", "w", "z", "y"}));
+  EXPECT_TRUE(rows.wholeWeights);
+  // Every row of the data takes one from the cell that it belongs to.
+  std::map<Key, double> left;
+  for (std::size_t i = 0; i < rows.event.size(); ++i) {
+    EXPECT_TRUE(left.emplace(keyOf(rows, i), rows.weight.numbers[i]).second) << i;
+    EXPECT_FALSE(std::signbit(rows.time.numbers[i])) << i;
+  }
+  std::vector<std::size_t> inGroup(2, 0);
+  for (std::size_t i = 0; i < data.rows; ++i) {
+    const std::uint32_t group = data.columns[2].codes[i] == 0 ? 1 : 0;  // "b" comes after "a"
+    --left.at({data.columns[0].numbers[i] + 0.0, group, data.columns[3].codes[i],
+               data.columns[1].codes[i]});
+    ++inGroup[group];
+  }
+  for (const auto& cell : left) EXPECT_EQ(cell.second, 0);
+  EXPECT_EQ(rows.groups.counts, inGroup);
+}
+
+TEST(PooledRows, OfDataWithoutGroupsCountThemAll) {
+  analysis::LifeRequest request;
+  request.time = "t";
+  request.event = "e";
+  const LifeRows rows = analysis::lifeRowsOf(dataOf(), request);
+  EXPECT_EQ(rows.event.size(), 100u);
+  EXPECT_EQ(rows.groups.labels, (std::vector<std::string>{"all"}));
+  EXPECT_EQ(rows.groups.counts, (std::vector<std::size_t>{20000}));
+}
+
+engine::Refusal refusalOf(const frame::Frame& data, const analysis::LifeRequest& request) {
+  try {
+    analysis::lifeRowsOf(data, request);
+  } catch (const engine::Refusal& refused) {
+    return refused;
+  }
+  throw std::logic_error("nothing was refused");
+}
+
+TEST(PooledRows, AreRefusedByTheirFirstRowInTheData) {
+  frame::Frame data = dataOf();
+  std::vector<double> time(data.columns[0].numbers.begin(), data.columns[0].numbers.end());
+  time[12345] = time[17000] = -3;
+  data.columns[0] = frame::numberColumn("t", time);
+  engine::Refusal refused = refusalOf(data, requestOf());
+  EXPECT_EQ(refused.role(), engine::Role::kTime);
+  EXPECT_EQ(refused.row(), 12345u);
+  EXPECT_STREQ(refused.what(), "a time is negative or not finite");
+
+  data = dataOf();
+  std::vector<std::uint32_t> event(data.rows, 0);
+  event[777] = event[15000] = 1;
+  data.columns[1] = frame::labelColumn("e", frame::Type::kText, event, {"0", "perhaps"});
+  refused = refusalOf(data, requestOf());
+  EXPECT_EQ(refused.role(), engine::Role::kEvent);
+  EXPECT_EQ(refused.row(), 777u);
+  EXPECT_STREQ(refused.what(), "\"perhaps\" is neither yes nor no");
+
+  data = dataOf();
+  data.columns[2].levels.push_back("c");
+  refused = refusalOf(data, requestOf());
+  EXPECT_EQ(refused.row(), engine::Refusal::kNone);
+  EXPECT_STREQ(refused.what(), "the group \"c\" is empty: its rows have missing cells");
+}
+
+TEST(PooledRows, OfManyEventLabelsArePooledAsEventsOrNot) {
+  frame::Frame data = dataOf();
+  std::vector<std::uint32_t> event(data.columns[1].codes.begin(), data.columns[1].codes.end());
+  for (std::size_t i = 0; i < event.size(); ++i) event[i] = i % 3 == 2 ? 2 : event[i];
+  data.columns[1] = frame::labelColumn("e", frame::Type::kText, event, {"0", "1", "2"});
+  analysis::LifeRequest request = requestOf();
+  request.eventValues = {"1", "2"};
+  const LifeRows rows = analysis::lifeRowsOf(data, request);
+  EXPECT_EQ(rows.event.size(), 50u * 2 * 2 * 4);
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstdint>
 #include <functional>
 #include <initializer_list>
 #include <limits>
@@ -11,6 +12,7 @@
 #include "engine/curves/means.h"
 #include "engine/curves/quantiles.h"
 #include "engine/curves/rates.h"
+#include "numerics/bits.h"
 #include "tests/engine/curves/data.h"
 
 namespace survmeth {
@@ -93,6 +95,31 @@ TEST(Means, NegativeTimesMoveTheOrigin) {
       engine::curves::restrictedMeans(data.sample(), data.rows(), data.curves(), {}, 1)[0];
   EXPECT_EQ(mean.origin, -2);
   EXPECT_EQ(mean.mean, 1.5);
+}
+
+TEST(Limits, OfManySurvivalsAreThoseOfEach) {
+  constexpr double kInfinity = std::numeric_limits<double>::infinity();
+  constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
+  std::vector<double> survival, spread;
+  for (const double s : {1.0, 0.999999, 0.75, 0.5, 1e-3, 1e-300, 5e-324, 0.0, kNone}) {
+    for (const double by : {0.0, 1e-9, 0.25, 3.0, 800.0, kInfinity, kNone}) {
+      survival.push_back(s);
+      spread.push_back(by);
+    }
+  }
+  const auto bits = [](double value) {
+    return std::isnan(value) ? ~std::uint64_t{0} : numerics::bitCast<std::uint64_t>(value);
+  };
+  for (const Scale scale :
+       {Scale::kPlain, Scale::kLog, Scale::kLogLog, Scale::kLogit, Scale::kArcsine}) {
+    std::vector<double> lower(survival.size()), upper(survival.size());
+    engine::curves::survivalLimits(survival, spread, scale, lower, upper);
+    for (std::size_t i = 0; i < survival.size(); ++i) {
+      const auto own = engine::curves::survivalLimits(survival[i], spread[i], scale);
+      EXPECT_EQ(bits(lower[i]), bits(own.lower)) << survival[i] << ' ' << spread[i];
+      EXPECT_EQ(bits(upper[i]), bits(own.upper)) << survival[i] << ' ' << spread[i];
+    }
+  }
 }
 
 TEST(Limits, OfTheHazardArePlainOrOnTheLogScale) {
