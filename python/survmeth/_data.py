@@ -1,7 +1,6 @@
 """Data of callers as columns of numbers, or of codes into labels."""
 
 import datetime
-import decimal
 import numbers
 import sys
 
@@ -166,17 +165,22 @@ def require_doubles(name, values):
                       name)
 
 
+def is_decimal(value):
+    decimal = sys.modules.get("decimal")  # nobody has one without it
+    return decimal is not None and isinstance(value, decimal.Decimal)
+
+
 def is_missing(value):
     if value is None:
         return True
     pandas = sys.modules.get("pandas")
     if pandas is not None and (value is pandas.NA or value is pandas.NaT):
         return True
-    return isinstance(value, (float, np.floating, decimal.Decimal)) and value != value
+    return (isinstance(value, (float, np.floating)) or is_decimal(value)) and value != value
 
 
 def is_number(value):
-    return (isinstance(value, (numbers.Real, decimal.Decimal))
+    return ((isinstance(value, numbers.Real) or is_decimal(value))
             and not isinstance(value, (bool, np.bool_)))
 
 

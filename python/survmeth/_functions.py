@@ -1,6 +1,5 @@
 """The functions that a person calls, made from the declarations of the analyses."""
 
-import difflib
 import inspect
 import json
 
@@ -109,6 +108,8 @@ def bound(name, signature, defaults, positional, named):
         arguments = signature.bind(*positional, **named)
     except TypeError as wrong:
         unknown = next((each for each in named if each not in signature.parameters), None)
+        import difflib  # takes a millisecond, which only this needs
+
         near = difflib.get_close_matches(unknown or "", signature.parameters, 1)
         raise TypeError(f"{name}() {wrong}"
                         + (f"; did you mean {near[0]!r}?" if near else "")) from None

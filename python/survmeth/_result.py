@@ -1,7 +1,6 @@
 """What an analysis gives back."""
 
 import collections.abc
-import html as _html
 import types
 
 from survmeth import _core
@@ -130,10 +129,12 @@ class Result:
         return self.summary()
 
     def _repr_html_(self):
+        import html  # takes milliseconds, which not everyone needs
+
         # A document of its own: its styles stay inside.
         lines = self.summary(width=0).count("\n")
         return (f'<iframe sandbox style="width:100%;height:{min(60, lines + 12)}em;border:0" '
-                f'srcdoc="{_html.escape(self.to_html())}"></iframe>')
+                f'srcdoc="{html.escape(self.to_html())}"></iframe>')
 
 
 class _Tables(collections.abc.Mapping):
