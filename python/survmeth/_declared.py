@@ -1,4 +1,4 @@
-"""What arguments the declarations come to. Imports nothing: stubs.py reads it alone."""
+"""What arguments the declarations come to. Imports nothing: interface.py reads it alone."""
 
 # What every function takes besides the options of its analysis.
 SHARED = {

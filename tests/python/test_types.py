@@ -56,7 +56,7 @@ number: int = survmeth.life({}, time="t", event="e").to_json()
 
 
 def test_every_function_has_types():
-    stubs = (PACKAGE / "__init__.pyi").read_text()
+    interface = (PACKAGE / "__init__.pyi").read_text()
     for name in survmeth.__all__:
-        assert f"def {name}(" in stubs or f" as {name}" in stubs or f"{name}: " in stubs
+        assert f"def {name}(" in interface or f" as {name}" in interface or f"{name}: " in interface
     assert (PACKAGE / "py.typed").exists()

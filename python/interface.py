@@ -1,6 +1,6 @@
 """Writes the types of the package's functions, made from the declarations.
 
-    stubs.py MODULE FILE     the built module _core; __init__.pyi
+    interface.py MODULE FILE     the built module _core; __init__.pyi
 
 Takes nothing but Python, because a wheel is built without what the package needs.
 """
@@ -22,7 +22,7 @@ HERE = pathlib.Path(__file__).resolve().parent
 declared = loaded("_declared", HERE / "survmeth" / "_declared.py")
 argument_of = loaded("_names", HERE / "survmeth" / "_names.py").argument_of
 
-HEAD = '''# Written by stubs.py from the declarations.
+HEAD = '''# Written by interface.py from the declarations.
 from collections.abc import Callable, Iterable
 from typing import Any, Literal, overload
 
