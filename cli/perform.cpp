@@ -2,13 +2,13 @@
 
 #include <cstdint>
 
+#include "analysis/lastingProgress.h"
 #include "analysis/savedFit.h"
 #include "cli/shell/problem.h"
 #include "cli/shell/progress.h"
 #include "cli/version.h"
 #include "frame/expression.h"
 #include "frame/reader.h"
-#include "numerics/partOfProgress.h"
 
 namespace cli {
 namespace {
@@ -82,16 +82,14 @@ analysis::Fitted perform(const Job& job) {
   }
   Working progress(job.declaration.name + " of " + data.source);
   try {
-    const std::size_t saving = job.saved != nullptr ? 1 : 0;
-    survmeth::numerics::PartOfProgress run(progress, 0, 8, 8 + saving);
+    analysis::LastingProgress parts(progress, job.saved != nullptr);
     analysis::Fitted fitted =
-        analysis::analyse(job.declaration, data, job.request, run, job.parts, otherData(job));
+        analysis::analyse(job.declaration, data, job.request, parts.run, job.parts, otherData(job));
     if (job.name != job.file) fitted.report.data.name = job.name;
     analysis::echo(job.reading, fitted.report);
     if (job.saved != nullptr) {
-      survmeth::numerics::PartOfProgress rest(progress, 8, 8 + saving);
       const auto lasting =
-          job.declaration.lasting->of(data, fitted.result.get(), job.request, rest);
+          job.declaration.lasting->of(data, fitted.result.get(), job.request, parts.lasting);
       *job.saved = analysis::savedFit(job.declaration, fitted.report, lasting.get(), kVersion);
     }
     return fitted;

@@ -11,9 +11,9 @@
 #include <utility>
 #include <vector>
 
+#include "analysis/lastingProgress.h"
 #include "frame/choose.h"
 #include "frame/expression.h"
-#include "numerics/partOfProgress.h"
 #include "python/columns.h"
 #include "python/settings.h"
 
@@ -242,10 +242,9 @@ Done Call::work(const frame::Given& given, numerics::Progress& progress) const {
       frame::frameOf(given, analysis::wantedColumns(declaration_, request_.get(), given.names),
                      reading_.missing, reading_.where);
   try {
-    const std::size_t saving = declaration_.lasting ? 1 : 0;
-    numerics::PartOfProgress run(progress, 0, 8, 8 + saving);
+    analysis::LastingProgress parts(progress, declaration_.lasting != nullptr);
     analysis::Fitted fitted = analysis::analyse(
-        declaration_, data, request_.get(), run,
+        declaration_, data, request_.get(), parts.run,
         declaration_.outlivesData ? analysis::Parts::onRequest() : analysis::Parts(),
         [this](const std::string&, const Declaration& followUp, const void* request,
                const std::function<void(const frame::Frame&)>& use) {
@@ -255,9 +254,8 @@ Done Call::work(const frame::Given& given, numerics::Progress& progress) const {
     Done done;
     if (declaration_.lasting) {
       try {
-        numerics::PartOfProgress rest(progress, 8, 8 + saving);
-        done.fit = {&declaration_,
-                    declaration_.lasting->of(data, fitted.result.get(), request_.get(), rest)};
+        done.fit = {&declaration_, declaration_.lasting->of(data, fitted.result.get(),
+                                                            request_.get(), parts.lasting)};
       } catch (const analysis::BadOption& bad) {
         done.whyNone = bad.what();
       }
