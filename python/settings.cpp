@@ -22,11 +22,25 @@ using analysis::Setting;
 // as columns have it.
 using Single = std::variant<double, std::string, bool>;
 
+// numpy's truth values, which are none of Python's; its type has had two names.
+bool isNumpyTruth(nb::handle value) {
+  const nb::object type = nb::getattr(value, "dtype", nb::none());
+  const nb::object kind = nb::getattr(type, "kind", nb::none());
+  return nb::isinstance<nb::str>(kind) && nb::cast<std::string>(kind) == "b";
+}
+
+// An array without dimensions is a number and no list, though it says that it can be iterated.
+bool isList(nb::handle value) {
+  if (nb::isinstance<nb::str>(value) || !nb::hasattr(value, "__iter__")) return false;
+  const nb::object dimensions = nb::getattr(value, "ndim", nb::none());
+  if (nb::isinstance<nb::int_>(dimensions) && nb::cast<int>(dimensions) == 0) return false;
+  return PySequence_Check(value.ptr()) != 0 || nb::hasattr(value, "__array__");
+}
+
 Single singleOf(const Option& option, nb::handle value) {
   const bool isSwitch = option.type == analysis::Type::kFlag;
   if (nb::isinstance<nb::str>(value)) return nb::cast<std::string>(value);
-  if (PyBool_Check(value.ptr()) ||
-      nb::type_name(value.type()).c_str() == std::string("numpy.bool")) {
+  if (PyBool_Check(value.ptr()) || isNumpyTruth(value)) {
     const bool truth = PyObject_IsTrue(value.ptr()) == 1;
     if (isSwitch) return truth;
     return std::string(truth ? "True" : "False");
@@ -65,9 +79,7 @@ Setting listOf(const Option& option, nb::handle value) {
 
 Setting settingOf(const Option& option, nb::handle value) {
   Setting setting;
-  const bool isList = !nb::isinstance<nb::str>(value) && nb::hasattr(value, "__iter__") &&
-                      (PySequence_Check(value.ptr()) != 0 || nb::hasattr(value, "__array__"));
-  if (isList) {
+  if (isList(value)) {
     setting = listOf(option, value);
   } else {
     std::visit([&setting](auto single) { setting = Setting(std::move(single)); },

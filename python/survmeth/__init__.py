@@ -18,6 +18,9 @@ from survmeth._core import version as __version__
 from survmeth._errors import RefusedInput
 from survmeth._result import Result
 
+# Messages and help name them as callers do.
+Result.__module__ = RefusedInput.__module__ = __name__
+
 _made = _functions.made(__name__)
 globals().update(_made)
 __all__ = ["RefusedInput", "Result", "__version__", *_made]

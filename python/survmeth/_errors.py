@@ -1,6 +1,6 @@
 """Input that cannot be analysed."""
 
-from survmeth._names import argument_of, in_python
+from survmeth._names import argument_of, sentence_in_python
 
 
 class RefusedInput(ValueError):
@@ -17,8 +17,8 @@ class RefusedInput(ValueError):
         self.argument = argument_of(option) if option else None
         self.column = column or None
         self.index = index
-        self.what = in_python(what)
-        self.expected = in_python(expected)
+        self.what = sentence_in_python(what)
+        self.expected = sentence_in_python(expected)
         self._parts = (option, column, index, what, expected)
         super().__init__(self._sentence())
 

@@ -49,8 +49,20 @@ def settings_of(options, arguments):
     return settings
 
 
+COLUMNS = {"column": "the name of a column of data", "columns": "names of columns of data"}
+
+
+def is_column(value):
+    return hasattr(value, "__len__") and not isinstance(value, (str, tuple)) and len(value) != 1
+
+
 def named_of(option, value):
     """Columns that are named by numbers or tuples, as of a MultiIndex, by their text."""
+    expected = COLUMNS.get(option["type"])
+    # A column itself, as other packages take it; a list of one name is such a name.
+    if expected and (hasattr(value, "columns") or option["type"] != "columns" and is_column(value)):
+        raise RefusedInput(option["name"], None, None, f"the value is a {type(value).__name__}",
+                           expected)
     if option["type"] == "column" and isinstance(value, (int, tuple, np.integer)):
         return str(value)
     if option["type"] == "columns" and isinstance(value, list):
@@ -111,10 +123,18 @@ def bound(name, signature, defaults, positional, named):
         import difflib  # takes a millisecond, which only this needs
 
         near = difflib.get_close_matches(unknown or "", signature.parameters, 1)
-        raise TypeError(f"{name}() {wrong}"
-                        + (f"; did you mean {near[0]!r}?" if near else "")) from None
+        hint = f"; did you mean {near[0]!r}?" if near else ""
+        if len(positional) > 1:
+            first = "a formula and data" if "formula" in signature.parameters else "data"
+            wrong, hint = f"takes {first} without a name", "; give the rest by name, as alpha=0.1"
+        raise TypeError(f"{name}() {wrong}{hint}") from None
     arguments.apply_defaults()
     return arguments.arguments
+
+
+def is_formula(first, *others, **named):
+    """Whether the first is a formula: not so a file that was meant for data."""
+    return isinstance(first, str) and (bool(others) or "data" in named or "~" in first)
 
 
 def function_of(analysis, module):
@@ -125,7 +145,7 @@ def function_of(analysis, module):
 
     def call(*positional, **named):
         # cox("Surv(time, status) ~ age", data) as well as cox(data, formula=...)
-        if has_formula and positional and isinstance(positional[0], str):
+        if has_formula and positional and is_formula(*positional, **named):
             named["formula"], positional = positional[0], positional[1:]
         return run(bound(analysis["name"], signature, defaults, positional, named),
                    lambda settings: _core.Call(analysis["name"], settings))

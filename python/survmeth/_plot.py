@@ -3,6 +3,7 @@ an analysis."""
 
 import math
 import statistics
+import textwrap
 
 import numpy as np
 
@@ -13,6 +14,10 @@ DASHES = ["-", "--", "-.", ":"]
 GUIDE = "#808080"
 NORMAL = statistics.NormalDist()
 LEAST = 1e-15  # probabilities of 0 and 1 have no place on these scales
+ACROSS = 3  # panels beside one another
+
+# Characters in a line of text, of a panel of matplotlib's usual size.
+IN_TITLE, IN_LABEL, IN_LEGEND, IN_TICK, AT_RISK = 50, 45, 30, 30, 24
 
 SCALES = {
     "cloglog": (lambda p: math.log(-math.log1p(-p)), lambda z: -math.expm1(-math.exp(min(z, 5)))),
@@ -33,23 +38,41 @@ def named(figures, name):
                      + ", ".join(repr(figure["id"]) for figure in figures))
 
 
+def written(text, width):
+    """Letter by letter, for matplotlib, to which dollars make formulas; long texts in lines."""
+    if len(text) > width or "\n" in text:
+        text = "\n".join(textwrap.wrap(text, width))
+    return text.replace("$", r"\$")
+
+
+def entry_of(name):
+    """In a legend, where matplotlib leaves out what begins with an underscore."""
+    text = written(name, IN_LEGEND)
+    return (" " + text if text.startswith("_") else text) or None
+
+
 def draw(figure, ax=None, risk_table=True):
     """Draws on the axes, one for each panel, or on new ones; gives them back likewise."""
     panels = figure["panels"]
     if ax is None:
         from matplotlib import pyplot
 
-        made, axes = pyplot.subplots(1, len(panels), squeeze=False, layout="constrained",
-                                     figsize=(6.4 * min(len(panels), 3), 4.8))
-        axes = list(axes[0])
-        made.suptitle(figure["title"])
+        across = min(len(panels), ACROSS)
+        down = math.ceil(len(panels) / across)
+        made, axes = pyplot.subplots(down, across, squeeze=False, layout="constrained",
+                                     figsize=(6.4 * across, 4.8 * down))
+        axes = list(axes.flat)
+        for unused in axes[len(panels):]:
+            unused.remove()
+        axes = axes[:len(panels)]
+        made.suptitle(written(figure["title"], 60 * across))
     else:
         axes = list(np.ravel(ax))
         if len(axes) != len(panels):
             raise ValueError(f"the figure {figure['id']!r} has {len(panels)} panels, and ax has "
                              f"{len(axes)}")
         if len(axes) == 1:
-            axes[0].set_title(figure["title"])
+            axes[0].set_title(written(figure["title"], IN_TITLE))
     for each, panel in zip(axes, panels):
         draw_panel(each, panel)
     if risk_table and figure["riskTable"]:
@@ -78,18 +101,18 @@ def draw_panel(ax, panel):
         if line["label"]:
             at, coordinates = ((line["at"], 1), ("data", "axes fraction")) if line["vertical"] \
                 else ((1, line["at"]), ("axes fraction", "data"))
-            ax.annotate(line["label"], at, xycoords=coordinates, xytext=(-2, 2),
+            ax.annotate(written(line["label"], IN_LABEL), at, xycoords=coordinates, xytext=(-2, 2),
                         textcoords="offset points", ha="right", color=GUIDE, fontsize="small")
     for side in ("x", "y"):
         set_axis(ax, side, panel[side])
     if panel["title"]:
-        ax.set_title(panel["title"])
+        ax.set_title(written(panel["title"], IN_TITLE))
     if panel["equalUnits"]:
         ax.set_aspect("equal", adjustable="datalim")
     handles, labels = ax.get_legend_handles_labels()
     if handles:
         by_label = dict(zip(labels, handles))
-        ax.legend(by_label.values(), by_label.keys(), frameon=False)
+        ax.legend(by_label.values(), by_label.keys(), framealpha=0.7, edgecolor="none")
 
 
 def set_scale(ax, side, axis):
@@ -103,12 +126,13 @@ def set_scale(ax, side, axis):
 
 
 def set_axis(ax, side, axis):
-    getattr(ax, f"set_{side}label")(axis["label"])
+    getattr(ax, f"set_{side}label")(written(axis["label"], IN_LABEL))
     set_ticks = getattr(ax, f"set_{side}ticks")
     if axis["scale"] == "category":
         groups = axis["categoryGroups"] or [""] * len(axis["categories"])
-        set_ticks(range(len(groups)), [f"{group}: {label}" if group else label
-                                       for group, label in zip(groups, axis["categories"])])
+        set_ticks(range(len(groups)),
+                  [written(f"{group}: {label}" if group else label, IN_TICK)
+                   for group, label in zip(groups, axis["categories"])])
         set_limits = getattr(ax, f"set_{side}lim")
         # The first category stands above the others.
         set_limits(*((len(groups) - 0.5, -0.5) if side == "y" else (-0.5, len(groups) - 0.5)))
@@ -136,7 +160,7 @@ def plain_numbers(axis):
 
 
 def draw_line(ax, series, style, dash, drawstyle="default"):
-    ax.plot(series["x"], series["y"], linestyle=dash, label=series["name"] or None,
+    ax.plot(series["x"], series["y"], linestyle=dash, label=entry_of(series["name"]),
             linewidth=1 if series["guide"] else 1.8, drawstyle=drawstyle, **style)
 
 
@@ -158,7 +182,8 @@ def draw_points(ax, series, style, dash):
     for low, high, vertical in (("lower", "upper", True), ("left", "right", False)):
         if series[low]:
             draw_bars_of_error(ax, x, y, series[low], series[high], vertical, style)
-    ax.plot(x, y, linestyle="none", marker="o", markersize=5, label=series["name"] or None, **style)
+    ax.plot(x, y, linestyle="none", marker="o", markersize=5, label=entry_of(series["name"]),
+            **style)
 
 
 def draw_bars_of_error(ax, x, y, low, high, vertical, style):
@@ -180,14 +205,14 @@ def draw_segments(ax, series, style, dash):
 
 
 def draw_bars(ax, series, style, dash):
-    ax.bar(series["x"], series["y"], alpha=0.6, label=series["name"] or None, **style)
+    ax.bar(series["x"], series["y"], alpha=0.6, label=entry_of(series["name"]), **style)
 
 
 def draw_area(ax, series, style, below):
     """On top of the areas before it; gives the height that they have together."""
     y = np.asarray(series["y"])
     below = np.zeros(len(y)) if below is None else below
-    ax.fill_between(series["x"], below, below + y, alpha=0.6, label=series["name"] or None,
+    ax.fill_between(series["x"], below, below + y, alpha=0.6, label=entry_of(series["name"]),
                     step="post" if series["stepped"] else None, **style)
     return below + y
 
@@ -204,12 +229,13 @@ def draw_risk_table(ax, table):
     # The first count may stand about the axis' left end: half of it is kept free.
     widest = max((len(f"{count:g}") for counts in table["counts"] for count in counts[:1]),
                  default=0)
-    for row, (name, counts) in enumerate(zip([table["title"], *table["rows"]],
-                                             [[], *table["counts"]])):
-        down = -38 - 13 * row
+    down = -38 - 14 * ax.get_xlabel().count("\n")
+    for name, counts in zip([table["title"], *table["rows"]], [[], *table["counts"]]):
+        name = written(name, AT_RISK)
         ax.annotate(name, (0, 0), xycoords="axes fraction", xytext=(-8 - 3 * widest, down),
                     textcoords="offset points", ha="right", va="top", fontsize="small",
                     annotation_clip=False)
         place = offset_copy(where, fig=ax.figure, y=down, units="points")
         for x, count in zip(table["breaks"], counts):
             ax.text(x, 0, f"{count:g}", transform=place, ha="center", va="top", fontsize="small")
+        down -= 13 + 11 * name.count("\n")

@@ -98,7 +98,11 @@ class Result:
         return _plot.draw(_plot.named(self.figures, figure), ax, risk_table)
 
     def save(self, path):
-        """Writes the fit to a file that `survmeth predict` reads; ValueError where nothing lasts."""
+        """Writes the fit to a file that `survmeth predict` reads; ValueError where none can be."""
+        if self.analysis not in self._follow_ups:
+            raise ValueError(f"results of {self.analysis} make no predictions that a saved fit "
+                             f"would be for; those of {' and '.join(self._follow_ups)} do. A "
+                             "pickle keeps any result")
         text = self._report.saved
         with open(path, "w", encoding="utf-8") as file:
             file.write(text)

@@ -248,13 +248,34 @@ def test_two_columns_of_one_name():
     ({"conf": "cubic"}, 'conf: there is no "cubic"; expected one of "plain", "logit", "log", '
                         '"arcsine", "log-log"'),
     ({"table": "actuarial"}, "table: actuarial needs intervals; expected width or bounds"),
-    ({"bounds": [3, 1]}, 'bounds: "1" is out of order; expected ascending numbers from 0, '
-                         "separated by commas"),
-    ({"weight": ""}, "weight: the value is empty; expected COL"),
+    ({"bounds": [3, 1]}, 'bounds: "1" is out of order; expected ascending numbers from 0'),
+    ({"weight": ""}, "weight: the value is empty; expected the name of a column"),
+    ({"weight": pandas.Series(TIME)},
+     "weight: the value is a Series; expected the name of a column of data"),
+    ({"group": pandas.DataFrame({"e": EVENT})},
+     "group: the value is a DataFrame; expected names of columns of data"),
+    ({"event": None}, "event: is missing; expected the name of a column"),
+    ({"tau": np.array([4.0])}, "tau: the value is of another type; expected a number"),
 ])
 def test_arguments_out_of_range(wrong, sentence):
     data = {"t": TIME, "e": EVENT}
-    assert str(refused(survmeth.life, data, time="t", event="e", **wrong)) == sentence
+    arguments = {"time": "t", "event": "e"} | wrong
+    assert str(refused(survmeth.life, data, **arguments)) == sentence
+
+
+def test_numpys_truth_values_are_truth_values():
+    data = {"t": TIME, "e": np.array(EVENT, dtype=bool), "x": [2.0, 1.0, 2.5, 4.0, 3.0, 3.5]}
+    assert "baseline" in survmeth.cox("Surv(t, e) ~ x", data, baseline=np.True_).arrays
+    assert "baseline" not in survmeth.cox("Surv(t, e) ~ x", data, baseline=np.False_).arrays
+    for value in (np.False_, [np.False_], np.array([False])):
+        fit = survmeth.life(data, time="t", event="e", event_value=value)
+        assert fit.facts["eventLabels"] == "False"
+
+
+def test_an_array_without_dimensions_is_a_number():
+    data = {"t": TIME, "e": EVENT}
+    assert survmeth.life(data, time="t", event="e", tau=np.array(4.0)).to_json() \
+        == survmeth.life(data, time="t", event="e", tau=4).to_json()
 
 
 def test_a_formula_stands_before_the_data_or_by_its_name():
@@ -263,6 +284,15 @@ def test_a_formula_stands_before_the_data_or_by_its_name():
     assert fit.plan["formula"] == "Surv(t, e) ~ x"
     assert survmeth.cox(data, formula="Surv(t, e) ~ x").to_json() == fit.to_json()
     assert refused(survmeth.cox, "Surv(t, e) ~ x +", data).argument == "formula"
+    with pytest.raises(TypeError, match=r"cox\(\) takes a formula and data without a name; give"):
+        survmeth.cox(data, "Surv(t, e) ~ x")
+    with pytest.raises(TypeError, match=r"cox\(\) missing a required argument: 'data'"):
+        survmeth.cox("Surv(t, e) ~ x")
+
+
+def test_the_name_of_a_file_is_no_data():
+    error = refused(survmeth.life, "lung.csv", time="t", event="e")
+    assert str(error) == "data: the data are a str; expected a dict of columns or a DataFrame"
 
 
 def test_names_that_are_words_of_python_end_in_an_underscore():
@@ -282,7 +312,8 @@ def test_an_argument_that_there_is_not():
         survmeth.gray({}, time="t", status="s")
     with pytest.raises(TypeError, match=r"life\(\) multiple values for argument 'data'"):
         survmeth.life({}, data={}, time="t", event="e")
-    with pytest.raises(TypeError, match=r"life\(\) too many positional arguments"):
+    with pytest.raises(TypeError, match=r"life\(\) takes a formula and data without a name; "
+                                        "give the rest by name, as alpha=0.1"):
         survmeth.life({}, {}, time="t", event="e")
     with pytest.raises(TypeError, match=r"life\(\) got .*'evnt'; did you mean 'event'\?"):
         survmeth.life({}, time="t", evnt="e")  # as many arguments as there are

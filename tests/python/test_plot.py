@@ -96,6 +96,64 @@ def test_a_figure_of_several_panels_gives_as_many_axes():
     assert [label.get_text() for label in ratios.get_yticklabels()][0] == "age"
 
 
+LONG = "a long name of a group of patients, as protocols have it, with dose and schedule"
+
+
+def drawn_with(groups, **named):
+    """Survival of two groups with these names, drawn."""
+    weeks = {"weeks": [1.0, 2, 3, 4], "dead": [1, 1, 0, 1]}
+    fit = survmeth.life(weeks | {"arm": [groups[0], groups[1]] * 2} | named, time="weeks",
+                        event="dead", group="arm")
+    ax = fit.plot()
+    ax.figure.canvas.draw()
+    return ax
+
+
+def legend_of(ax):
+    return [text.get_text() for text in ax.get_legend().get_texts()]
+
+
+def test_dollars_are_dollars_and_no_formula():
+    ax = drawn_with(["$5 or $6", "${$"])
+    texts = [*ax.get_legend().get_texts(), *[text for text in ax.texts if "$" in text.get_text()]]
+    # matplotlib's own reading of what is written: (what is shown, whether that is a formula).
+    assert {text._preprocess_math(text.get_text()) for text in texts} \
+        == {("$5 or $6", False), ("${$", False)}
+
+
+def test_a_name_that_begins_with_an_underscore_has_its_place_in_the_legend():
+    assert legend_of(drawn_with(["_a", "b"])) == [" _a", "b"]
+
+
+@pytest.mark.filterwarnings("error")  # constrained_layout not applied
+def test_long_names_stand_in_lines_and_within_the_picture():
+    ax = drawn_with([LONG, "b"])
+    assert [text.replace("\n", " ") for text in legend_of(ax)] == [LONG, "b"]
+    assert max(len(line) for text in legend_of(ax) for line in text.splitlines()) <= 30
+    picture = ax.figure.bbox
+    for text in [*ax.texts, *ax.get_legend().get_texts(), ax.figure._suptitle]:
+        box = text.get_window_extent()
+        assert picture.x0 <= box.x0 and box.x1 <= picture.x1, text.get_text()
+        assert picture.y0 <= box.y0 and box.y1 <= picture.y1, text.get_text()
+
+
+def test_names_at_risk_in_lines_do_not_cover_one_another():
+    boxes = [text.get_window_extent() for text in drawn_with([LONG, LONG + " b"]).texts
+             if text.get_ha() == "right"]
+    assert len(boxes) == 3
+    assert all(below.y1 <= above.y0 for above, below in zip(boxes, boxes[1:]))
+
+
+def test_more_than_three_panels_stand_in_rows():
+    lung = columns_of(ROOT / "data" / "lung.csv")
+    fit = survmeth.cox("Surv(time, status) ~ age + sex + ph.ecog + wt.loss", lung, zph="km")
+    axes = fit.plot("schoenfeld")
+    places = [(each.get_subplotspec().rowspan.start, each.get_subplotspec().colspan.start)
+              for each in axes]
+    assert places == [(0, 0), (0, 1), (0, 2), (1, 0)]
+    assert axes[0].figure.axes == list(axes)  # no empty one
+
+
 def test_a_figure_that_there_is_not(fit):
     with pytest.raises(ValueError, match="there is no figure 'roc'; expected one of 'survival'"):
         fit.plot("roc")

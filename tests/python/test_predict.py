@@ -107,8 +107,10 @@ def test_analyses_without_predictions_have_none():
     fit = survmeth.life(LUNG, time="time", event="status")
     with pytest.raises(AttributeError, match="this Result has no 'predict'"):
         fit.predict
-    with pytest.raises(ValueError):
-        fit.save("nowhere.fit")
+    for again in (fit, pickle.loads(pickle.dumps(fit))):
+        with pytest.raises(ValueError, match="results of life make no predictions that a saved fit "
+                                             "would be for; those of cox and finegray do"):
+            again.save("nowhere.fit")
 
 
 def test_a_fit_with_an_infinite_coefficient_predicts_nothing(tmp_path):

@@ -112,6 +112,12 @@ def test_a_refusal_pickles():
     assert (str(again), again.argument, again.index) == (str(error), "event_value", 3)
 
 
+def test_classes_are_named_as_callers_name_them(fit):
+    assert str(survmeth.RefusedInput) == "<class 'survmeth.RefusedInput'>"
+    assert str(type(fit)) == "<class 'survmeth.Result'>"
+    assert type(pickle.loads(pickle.dumps(fit))) is survmeth.Result
+
+
 def test_the_version_is_that_of_the_project():
     listed = (ROOT / "CMakeLists.txt").read_text()
     assert f"VERSION {survmeth.__version__} " in listed
