@@ -15,6 +15,7 @@ GUIDE = "#808080"
 NORMAL = statistics.NormalDist()
 LEAST = 1e-15  # probabilities of 0 and 1 have no place on these scales
 ACROSS = 3  # panels beside one another
+IN_COLUMN = 8  # entries of a legend
 
 # Characters in a line of text, of a panel of matplotlib's usual size.
 IN_TITLE, IN_LABEL, IN_LEGEND, IN_TICK, AT_RISK = 50, 45, 30, 30, 24
@@ -60,7 +61,7 @@ def draw(figure, ax=None, risk_table=True):
         across = min(len(panels), ACROSS)
         down = math.ceil(len(panels) / across)
         made, axes = pyplot.subplots(down, across, squeeze=False, layout="constrained",
-                                     figsize=(6.4 * across, 4.8 * down))
+                                     figsize=(6.4 * across, 4.8 * down + room_of(figure)))
         axes = list(axes.flat)
         for unused in axes[len(panels):]:
             unused.remove()
@@ -78,6 +79,13 @@ def draw(figure, ax=None, risk_table=True):
     if risk_table and figure["riskTable"]:
         draw_risk_table(axes[0], figure["riskTable"])
     return axes[0] if len(axes) == 1 else axes
+
+
+def room_of(figure):
+    """In inches, for a table at risk of more lines than the usual size of a picture has room for."""
+    lines = sum(1 + written(name, AT_RISK).count("\n")
+                for name in (figure["riskTable"] or {"rows": []})["rows"])
+    return max(0, lines - 3) * 13 / 72
 
 
 def draw_panel(ax, panel):
@@ -108,11 +116,13 @@ def draw_panel(ax, panel):
     if panel["title"]:
         ax.set_title(written(panel["title"], IN_TITLE))
     if panel["equalUnits"]:
-        ax.set_aspect("equal", adjustable="datalim")
+        ax.set_aspect("equal", adjustable="box")
     handles, labels = ax.get_legend_handles_labels()
     if handles:
         by_label = dict(zip(labels, handles))
-        ax.legend(by_label.values(), by_label.keys(), framealpha=0.7, edgecolor="none")
+        ax.legend(by_label.values(), by_label.keys(), framealpha=0.7, edgecolor="none",
+                  ncols=math.ceil(len(by_label) / IN_COLUMN),
+                  fontsize="small" if len(by_label) > IN_COLUMN else None)
 
 
 def set_scale(ax, side, axis):
@@ -139,7 +149,7 @@ def set_axis(ax, side, axis):
     elif axis["ticks"]:
         set_ticks(axis["ticks"])
     elif axis["scale"] == "log":
-        plain_numbers(getattr(ax, f"{side}axis"))
+        plain_numbers(getattr(ax, f"{side}axis"), *sorted(getattr(ax, f"get_{side}lim")()))
     if axis["percent"]:
         from matplotlib.ticker import PercentFormatter
 
@@ -150,11 +160,12 @@ def set_axis(ax, side, axis):
                                      if value is not None})
 
 
-def plain_numbers(axis):
-    """On a logarithmic scale 0.5, 1, 2 in the place of powers of ten."""
-    from matplotlib.ticker import FuncFormatter, LogLocator, NullFormatter
+def plain_numbers(axis, least, most):
+    """On a logarithmic scale 0.5, 1, 2 in the place of powers of ten; of narrow ones 1, 1.02, 1.04."""
+    from matplotlib.ticker import FuncFormatter, LogLocator, MaxNLocator, NullFormatter
 
-    axis.set_major_locator(LogLocator(subs=(1, 2, 5)))
+    narrow = most < 4 * least
+    axis.set_major_locator(MaxNLocator(6, steps=[1, 2, 5, 10]) if narrow else LogLocator(subs=(1, 2, 5)))
     axis.set_major_formatter(FuncFormatter(lambda value, place: f"{value:g}"))
     axis.set_minor_formatter(NullFormatter())
 

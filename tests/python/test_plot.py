@@ -144,6 +144,37 @@ def test_names_at_risk_in_lines_do_not_cover_one_another():
     assert all(below.y1 <= above.y0 for above, below in zip(boxes, boxes[1:]))
 
 
+@pytest.mark.filterwarnings("error")  # constrained_layout not applied
+def test_many_groups_have_room_in_the_table_at_risk_and_in_the_legend():
+    rows = {"t": list(range(1, 61)), "e": [1] * 60, "g": [f"group {i % 20}" for i in range(60)]}
+    ax = survmeth.life(rows, time="t", event="e", group="g").plot()
+    ax.figure.canvas.draw()
+    legend, frame = ax.get_legend().get_window_extent(), ax.get_window_extent()
+    assert frame.height > 2 * ax.figure.dpi
+    assert frame.y0 <= legend.y0 and legend.y1 <= frame.y1
+    assert all(text.get_window_extent().y0 >= 0 for text in ax.texts)
+
+
+@pytest.mark.filterwarnings("error")
+def test_equal_units_keep_the_limits_of_the_figure():
+    rows = {"sick": [0, 0, 1, 0, 1, 1], "marker": [1, 2, 3, 4, 5, 6]}
+    ax = survmeth.roc(rows, class_="sick", marker="marker").plot()
+    ax.figure.canvas.draw()
+    assert (ax.get_xlim(), ax.get_ylim()) == ((0, 1), (0, 1))
+    frame = ax.get_window_extent()
+    assert frame.width == pytest.approx(frame.height, rel=1e-9)  # but for rounding
+
+
+def test_narrow_logarithmic_axes_have_more_than_one_number():
+    lung = columns_of(ROOT / "data" / "lung.csv")
+    ax = survmeth.cox("Surv(time, status) ~ age", lung).plot("hazardRatios")
+    ax.figure.canvas.draw()
+    low, high = ax.get_xlim()
+    shown = [float(tick.get_text()) for tick in ax.get_xticklabels()
+             if low <= tick.get_position()[0] <= high]
+    assert 1 in shown and len(shown) >= 3
+
+
 def test_more_than_three_panels_stand_in_rows():
     lung = columns_of(ROOT / "data" / "lung.csv")
     fit = survmeth.cox("Surv(time, status) ~ age + sex + ph.ecog + wt.loss", lung, zph="km")
