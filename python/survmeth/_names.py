@@ -11,12 +11,17 @@ def argument_of(option):
 
 
 # What a command line calls that which an option expects.
-EXPECTED = {"COL,COL": "names of columns", "COL": "the name of a column", "FORMULA": "a formula"}
+EXPECTED = {
+    "COL,COL": "names of columns", "COL": "the name of a column", "FORMULA": "a formula",
+    "A,B,C": "numbers", "P,Q": "numbers", "TP,FP,FN,TN": "numbers",
+    "A,B": "texts", "V,W,...": "labels", "TERM,TERM": "texts", "COL=LEVEL": "texts COL=LEVEL",
+    "CODE": "a label", "LABEL": "a label", "STATE": "a label"}
+PLACEHOLDER = re.compile(f"(?<=expected )({'|'.join(map(re.escape, EXPECTED))})(?=$|[ ,])")
 
 
 def sentence_in_python(text):
     """Of a refusal."""
-    text = re.sub(r"(?<=expected )(COL,COL|COL|FORMULA)\b", lambda found: EXPECTED[found[0]], text)
+    text = PLACEHOLDER.sub(lambda found: EXPECTED[found[0]], text)
     return in_python(text).removesuffix(", separated by commas")
 
 

@@ -105,6 +105,8 @@ class CoxRegression(_Regression):
 
     def _analyse(self, data, time, event):
         _require_truth(data[event])
+        if not np.any(data[event]):
+            raise ValueError("no row of y ends in the event; expected one at least")
         strata = None if self.strata is None else str(self.strata)
         names = [name for name in data if name not in (time, event, strata)]
         return survmeth.cox(data, time=time, event=event, covariates=names, ties=self.ties,
@@ -236,7 +238,8 @@ def _require_numbers(X):
     if not (hasattr(X, "columns") and hasattr(X, "dtypes")):
         return
     for name, kind in zip(X.columns, X.dtypes):
-        if str(kind).lower().startswith(("str", "categor", "enum", "utf8")):
+        labels = str(kind).lower().startswith(("str", "categor", "enum", "utf8"))
+        if labels or str(kind) == "object" and any(isinstance(cell, str) for cell in X[name]):
             raise ValueError(f"the column {str(name)!r} of X holds labels; expected numbers, as an "
                              "encoder gives them")
 
@@ -259,7 +262,13 @@ def _times_of(y):
     if y.ndim != 2 or y.shape[1] != 2:
         raise ValueError(f"y has the shape {tuple(y.shape)}; expected the columns time and event, n x "
                          "2, or a structured array of event and time")
-    y = check_array(y, dtype=np.float64, input_name="y", ensure_min_samples=0)
+    try:
+        y = check_array(y, dtype=np.float64, input_name="y", ensure_min_samples=0)
+    except ValueError as wrong:
+        if "could not convert string" not in str(wrong):
+            raise
+        raise ValueError("y holds labels; expected times and, of each, a number for its "
+                         "event") from None
     return y[:, 0].copy(), y[:, 1].copy()
 
 

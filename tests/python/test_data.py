@@ -254,6 +254,9 @@ def test_two_columns_of_one_name():
      "weight: the value is a Series; expected the name of a column of data"),
     ({"group": pandas.DataFrame({"e": EVENT})},
      "group: the value is a DataFrame; expected names of columns of data"),
+    ({"at": []}, "at: the list is empty; expected numbers"),
+    ({"event_value": []}, "event_value: the list is empty; expected labels"),
+    ({"tests": []}, "tests: the list is empty; expected texts"),
     ({"event": None}, "event: is missing; expected the name of a column"),
     ({"tau": np.array([4.0])}, "tau: the value is of another type; expected a number"),
 ])

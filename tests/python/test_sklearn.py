@@ -192,10 +192,16 @@ def test_what_they_cannot_take(fit):
             estimator.fit(X, PLAIN[:-1])
         with pytest.raises(ValueError, match="the column 'arm' of X holds labels; expected numbers"):
             estimator.fit(X.assign(arm="a"), PLAIN)
+        with pytest.raises(ValueError, match="the column 'arm' of X holds labels; expected numbers"):
+            estimator.fit(X.assign(arm=np.array(["a"] * len(X), dtype=object)), PLAIN)
+        with pytest.raises(ValueError, match="y holds labels; expected times and, of each, a number for"):
+            estimator.fit(X, [[1, "dead"]] * len(X))
     with pytest.raises(ValueError, match="feature names should match"):
         fit.predict(X[["age"]])
     with pytest.raises(ValueError, match="the events of y are other than 0 and 1; expected the col"):
         CoxRegression().fit(X, PLAIN[:, ::-1])
+    with pytest.raises(ValueError, match="no row of y ends in the event; expected one at least"):
+        CoxRegression().fit(X, PLAIN * [1, 0])
     with pytest.raises(ValueError, match="X has no column 'arm', which is to make strata"):
         CoxRegression(strata="arm").fit(X, Y)
     with pytest.raises(ValueError, match="X is a ndarray; expected a table, whose column 'arm'"):

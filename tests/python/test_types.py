@@ -41,6 +41,29 @@ except survmeth.RefusedInput as refused:
 """) == []
 
 
+def test_right_calls_of_estimators_have_no_findings(tmp_path):
+    assert findings(tmp_path, """
+from survmeth.sklearn import CoxRegression, FineGrayRegression, concordance_index
+X, y = [[1.0], [2.0], [0.5]], [[3, 1], [2, 1], [4, 0]]
+model = CoxRegression(ties="breslow", ridge=1).fit(X, y)
+number: float = model.score(X, y) + concordance_index(y, model.predict(X))
+text: str = model.result_.summary()
+model.predict_survival(X, [1, 2])
+FineGrayRegression(event=1).fit(X, y).predict_incidence(X, 2)
+""") == []
+
+
+def test_wrong_calls_of_estimators_are_found(tmp_path):
+    found = findings(tmp_path, """
+from survmeth.sklearn import CoxRegression
+CoxRegression(ties="exact")
+CoxRegression().fit([[1.0]])
+CoxRegression(alpha=1)
+""")
+    found = [line for line in found if "error:" in line]
+    assert [line.split(":")[0] for line in found] == ["4", "5", "6"]
+
+
 def test_wrong_calls_are_found(tmp_path):
     found = findings(tmp_path, """
 survmeth.agree({}, first="a", second="b", difference="cubic")
