@@ -8,7 +8,6 @@
 #include "frame/evaluate.h"
 #include "frame/oddCells.h"
 #include "frame/select.h"
-#include "text/numbers.h"
 #include "text/words.h"
 
 namespace survmeth::frame {
@@ -41,7 +40,7 @@ void requireRange(const Frame& data, const Column& column, const Wanted& want, c
   for (const std::uint32_t row : rows) {
     const double number = column.numbers[row];
     if (!(number < want.least)) continue;
-    tooSmall.add(column.isDate ? dateText(number) : text::exact(number), data.lines.line(row));
+    tooSmall.add(cellText(number, column.isDate), data.lines.line(row));
   }
   if (tooSmall.count == 0) return;
   refuseCells({data.source, 0, column.name}, tooSmall, "out of range", "out of range",

@@ -1,6 +1,9 @@
 #include "frame/date.h"
 
+#include <cmath>
 #include <cstddef>
+
+#include "text/numbers.h"
 
 namespace survmeth::frame {
 namespace {
@@ -62,6 +65,12 @@ std::string dateText(double days) {
   append(text += '-', month, 2);
   append(text += '-', dayOfYear - (153 * shiftedMonth + 2) / 5 + 1, 2);
   return text;
+}
+
+std::string cellText(double number, bool isDate) {
+  constexpr double kFirst = -719528, kLast = 2932896;  // 0000-01-01 and 9999-12-31
+  const bool isDay = number >= kFirst && number <= kLast && number == std::floor(number);
+  return isDate && isDay ? dateText(number) : text::exact(number);
 }
 
 }  // namespace survmeth::frame

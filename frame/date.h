@@ -15,6 +15,10 @@ std::optional<double> parseDate(std::string_view text);
 // The date of so many whole days since 1970-01-01, in the same years.
 std::string dateText(double days);
 
+// A cell of a column of numbers for messages: its date where the column holds dates and the number
+// is a day of these years, else text::exact.
+std::string cellText(double number, bool isDate);
+
 }  // namespace survmeth::frame
 
 #endif  // FRAME_DATE_H_

@@ -86,6 +86,7 @@ class Evaluator {
     }
     Values values;
     values.numbers = found.numbers;
+    values.isDate = found.isDate;
     return values;
   }
 

@@ -23,6 +23,7 @@ struct Values {
   std::span<const double> numbers;
   std::vector<double> own;
   bool isLogical = false;
+  bool isDate = false;  // days of a column of dates by itself
 
   Values() = default;
   Values(Values&&) = default;

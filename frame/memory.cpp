@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "frame/choose.h"
+#include "frame/date.h"
 #include "frame/labels.h"
 #include "frame/missing.h"
 #include "frame/select.h"
@@ -140,7 +141,7 @@ Column numbersOf(const Given& given, const Column& column, const Wanted& want,
   for (std::size_t row = 0; row < made.numbers.size(); ++row) {
     const double value = made.numbers[row];
     if (std::isnan(value)) ++made.missing;
-    if (value < want.least || std::isinf(value)) odd.add(row, text::exact(value));
+    if (value < want.least || std::isinf(value)) odd.add(row, cellText(value, made.isDate));
   }
   odd.refuse(given, want, "out of range", "out of range");
   return made;
@@ -206,7 +207,7 @@ void requireRanges(const Given& given, const Frame& frame, const std::vector<Wan
     Odd odd;
     for (std::size_t row = 0; row < numbers.size(); ++row) {
       if (numbers[row] < wanted[i].least) {
-        odd.add(frame.lines.line(row) - 1, text::exact(numbers[row]));
+        odd.add(frame.lines.line(row) - 1, cellText(numbers[row], frame.columns[i].isDate));
       }
     }
     odd.refuse(given, wanted[i], "out of range", "out of range");

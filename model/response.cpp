@@ -5,9 +5,9 @@
 #include <span>
 #include <utility>
 
+#include "frame/date.h"
 #include "frame/labels.h"
 #include "model/coding.h"
-#include "text/numbers.h"
 #include "text/words.h"
 
 namespace survmeth::model {
@@ -54,7 +54,7 @@ void takeTimes(ModelData& made, const Formula& formula, const frame::Frame& data
   if (!formula.entry) return;
   made.entry = frame::evaluate(*formula.entry, data, formula.text);
   requireFinite(made.entry.numbers, Role::kEntry, deparse(*formula.entry));
-  requireEntriesBefore(made.entry.numbers, made.exit.numbers);
+  requireEntriesBefore(made.entry.numbers, made.exit.numbers, made.dated());
 }
 
 void takeEvents(ModelData& made, const Formula& formula, const frame::Frame& data,
@@ -144,12 +144,13 @@ ModelData modelData(const Coding& coding, const frame::Frame& data,
   return made;
 }
 
-void requireEntriesBefore(std::span<const double> entry, std::span<const double> exit) {
+void requireEntriesBefore(std::span<const double> entry, std::span<const double> exit,
+                          DatedTimes dated) {
   for (std::size_t i = 0; i < entry.size(); ++i) {
     if (entry[i] < exit[i]) continue;
-    throw Refusal(
-        Role::kEntry, i,
-        "the entry " + text::exact(entry[i]) + " is not before the exit " + text::exact(exit[i]));
+    throw Refusal(Role::kEntry, i,
+                  "the entry " + frame::cellText(entry[i], dated.entry) +
+                      " is not before the exit " + frame::cellText(exit[i], dated.exit));
   }
 }
 

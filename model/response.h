@@ -26,6 +26,11 @@ namespace survmeth::model {
 // Throws frame::ExpressionError as frame::evaluate
 std::vector<std::uint32_t> completeRows(const Formula& formula, const frame::Frame& data);
 
+// Which times of the data are dates: messages give those as dates.
+struct DatedTimes {
+  bool entry = false, exit = false;
+};
+
 // Columns that stand by themselves in the formula are borrowed from the frame, which must outlive
 // this.
 struct ModelData {
@@ -41,6 +46,7 @@ struct ModelData {
 
   engine::Response response() const;  // without rows where the formula has no left side
   engine::Rows rows() const;          // without weights: a formula says none
+  DatedTimes dated() const { return {entry.isDate, exit.isDate}; }
 };
 
 // In   data          complete rows
@@ -57,7 +63,8 @@ ModelData modelData(const Coding& coding, const frame::Frame& data,
                     const std::vector<std::string>& eventValues = {});
 
 // Throws engine::Refusal of the entry's role for the first row whose entry is not before its exit.
-void requireEntriesBefore(std::span<const double> entry, std::span<const double> exit);
+void requireEntriesBefore(std::span<const double> entry, std::span<const double> exit,
+                          DatedTimes dated);
 
 }  // namespace survmeth::model
 

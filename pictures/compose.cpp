@@ -1,7 +1,10 @@
-// A figure laid out: title, legend, panels in rows, the table under the first.
+// A figure laid out: title, legend, panels in rows, tables under them.
 #include <algorithm>
 #include <cmath>
+#include <optional>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include "pictures/glyphs.h"
 #include "pictures/gnuplot.h"
@@ -63,9 +66,10 @@ report::Figure styled(report::Figure figure, const Style& style) {
       }
     }
   }
-  // The numbers of the table stand at ticks.
-  if (figure.riskTable && !figure.panels.empty() && figure.panels[0].x.ticks.empty()) {
-    figure.panels[0].x.ticks = figure.riskTable->breaks;
+  // The numbers of a table stand at ticks.
+  for (std::size_t i = 0; figure.riskTable && i < figure.panels.size(); ++i) {
+    std::vector<double>& ticks = figure.panels[i].x.ticks;
+    if (ticks.empty() && (i == 0 || figure.riskTable->eachPanel)) ticks = figure.riskTable->breaks;
   }
   return figure;
 }
@@ -99,7 +103,7 @@ std::string idOf(const std::string& wanted) {
   return first >= 'a' && first <= 'z' ? id : "f" + id;
 }
 
-// The panel under which the table stands: the first of the last row, where the numbers are of its
+// The panel under which the table of all stands: the first of the last row, where the numbers are of its
 // axis too.
 std::size_t tabledPanel(const report::Figure& figure) {
   const std::size_t last = (figure.panels.size() - 1) / columnsOf(figure) * columnsOf(figure);
@@ -108,11 +112,28 @@ std::size_t tabledPanel(const report::Figure& figure) {
   return same ? last : 0;
 }
 
+// The table under each panel that has one.
+std::vector<std::optional<RiskRows>> tablesOf(const report::Figure& figure, double width) {
+  std::vector<std::optional<RiskRows>> tables(figure.panels.size());
+  if (!figure.riskTable || tables.empty()) return tables;
+  const double its = panelWidth(figure, width) + 2 * kMargin;
+  const report::RiskTable& all = *figure.riskTable;
+  if (!all.eachPanel) {
+    tables[tabledPanel(figure)].emplace(all, its);
+    return tables;
+  }
+  // Whose numbers these are is the panel's title.
+  for (std::size_t i = 0; i < std::min(tables.size(), all.counts.size()); ++i) {
+    tables[i].emplace(report::RiskTable{all.title, all.breaks, {""}, {all.counts[i]}}, its);
+  }
+  return tables;
+}
+
 // Panels in rows, the frames of a row at one height; returns where the last row ends. `frameHeight`
 // as planOf has it.
 double planPanels(const report::Figure& figure, const Style& style, double width, double top,
-                  const RiskRows* table, std::optional<double> frameHeight,
-                  std::vector<Plan>& plans) {
+                  const std::vector<std::optional<RiskRows>>& tables,
+                  std::optional<double> frameHeight, std::vector<Plan>& plans) {
   const std::size_t columns = columnsOf(figure);
   const double wide = panelWidth(figure, width);
   plans.clear();
@@ -120,16 +141,16 @@ double planPanels(const report::Figure& figure, const Style& style, double width
     double bottom = top;
     for (std::size_t c = 0; c < columns && i + c < figure.panels.size(); ++c) {
       const double left = kMargin + static_cast<double>(c) * (wide + kBetween);
-      const bool tabled = table != nullptr && i + c == tabledPanel(figure);
+      const std::optional<RiskRows>& table = tables[i + c];
       plans.push_back(planOf(figure.panels[i + c], style, {left, top, left + wide, top},
-                             tabled ? table->left() : 0, frameHeight));
+                             table ? table->left() : 0, frameHeight));
     }
     double above = 0;
     for (std::size_t k = i; k < plans.size(); ++k) above = std::max(above, plans[k].above);
     for (std::size_t k = i; k < plans.size(); ++k) {
       plans[k].lower(above - plans[k].above);
-      const bool tabled = table != nullptr && k == tabledPanel(figure);
-      bottom = std::max(bottom, plans[k].outer.bottom + (tabled ? table->height() : 0));
+      const double table = tables[k] ? tables[k]->height() : 0;
+      bottom = std::max(bottom, plans[k].outer.bottom + table);
     }
     top = bottom + kBetween;
   }
@@ -153,23 +174,19 @@ Drawing composed(const report::Figure& figure, const Style& style, Format format
   const double inner = width - 2 * kMargin;
   const std::vector<std::string> title = linesOf(figure.title, kTitleSize, inner);
   const Legend legend(figure, palette, inner);
-  std::optional<RiskRows> table;
-  if (figure.riskTable && !figure.panels.empty()) {
-    table.emplace(*figure.riskTable, panelWidth(figure, width) + 2 * kMargin);
-  }
+  const std::vector<std::optional<RiskRows>> tables = tablesOf(figure, width);
   const double titled =
       kMargin + (title.empty() ? 0 : heightOf(title.size(), kTitleSize) + 2 * kGap);
   const double top = titled + legend.height();
 
   std::vector<Plan> plans;
-  const RiskRows* rows = table ? &*table : nullptr;
-  double bottom = planPanels(figure, style, width, top, rows, std::nullopt, plans);
+  double bottom = planPanels(figure, style, width, top, tables, std::nullopt, plans);
   double height = std::ceil(bottom + kMargin);
   if (style.size) {
     height = style.size->second;
     // What the frames do not take is fixed; they share the rest.
     const std::size_t count = (figure.panels.size() + columnsOf(figure) - 1) / columnsOf(figure);
-    bottom = planPanels(figure, style, width, top, rows, kLeastFrame, plans);
+    bottom = planPanels(figure, style, width, top, tables, kLeastFrame, plans);
     const double spare = height - kMargin - bottom;
     const bool holds = spare >= -0.5 && std::all_of(plans.begin(), plans.end(), [](const Plan& p) {
                          return p.frame.right <= p.outer.right - 10;
@@ -177,7 +194,7 @@ Drawing composed(const report::Figure& figure, const Style& style, Format format
     require(holds, "size", "the figure's labels leave no room for its frame");
     if (count > 0) {
       const double each = kLeastFrame + spare / static_cast<double>(count);
-      planPanels(figure, style, width, top, rows, each, plans);
+      planPanels(figure, style, width, top, tables, each, plans);
     }
     for (const Plan& plan : plans) {
       require(plan.sideHeight <= plan.frame.height() + 1 && plan.outer.bottom < height, "size",
@@ -192,9 +209,8 @@ Drawing composed(const report::Figure& figure, const Style& style, Format format
     drawAxes(canvas, plan);
     drawSeries(canvas, plan, palette, notes);
   }
-  if (table) {
-    const Plan& over = plans[tabledPanel(figure)];
-    table->draw(canvas, over, palette, over.outer.bottom, notes);
+  for (std::size_t i = 0; i < tables.size(); ++i) {
+    if (tables[i]) tables[i]->draw(canvas, plans[i], palette, plans[i].outer.bottom, notes);
   }
 
   Drawing drawing;

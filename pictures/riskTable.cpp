@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "pictures/lettering.h"
 #include "report/numbers.h"
@@ -19,17 +20,17 @@ std::string countText(double count) {
 
 }  // namespace
 
-RiskRows::RiskRows(const report::RiskTable& table, double width) : table_(table) {
-  title_ = linesOf(table.title, kTickSize, width - 40);
+RiskRows::RiskRows(report::RiskTable table, double width) : table_(std::move(table)) {
+  title_ = linesOf(table_.title, kTickSize, width - 40);
   height_ = kOver + heightOf(title_.size(), kTickSize);
   double widest = 0;
-  for (std::size_t i = 0; i < table.rows.size(); ++i) {
-    names_.push_back(linesOf(table.rows[i], kSmallSize, width * kMostName));
+  for (std::size_t i = 0; i < table_.rows.size(); ++i) {
+    names_.push_back(linesOf(table_.rows[i], kSmallSize, width * kMostName));
     widest = std::max(widest, widestOf(names_.back(), kSmallSize));
     height_ += heightOf(std::max<std::size_t>(names_.back().size(), 1), kSmallSize) + kRowGap;
   }
   double first = 0;
-  for (const std::vector<double>& row : table.counts) {
+  for (const std::vector<double>& row : table_.counts) {
     for (const double count : row) first = std::max(first, textWidth(countText(count), kSmallSize));
   }
   names_width_ = kSample + 6 + widest;

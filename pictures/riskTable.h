@@ -16,7 +16,7 @@ namespace survmeth::pictures {
 class RiskRows {
  public:
   // In  width  of the panel with its margins, of which the names take a part
-  RiskRows(const report::RiskTable& table, double width);
+  RiskRows(report::RiskTable table, double width);
 
   double left() const { return left_; }  // room that names and first numbers need
   double height() const { return height_; }
@@ -24,7 +24,7 @@ class RiskRows {
             Notes& notes) const;
 
  private:
-  const report::RiskTable& table_;
+  report::RiskTable table_;
   std::vector<std::string> title_;
   std::vector<std::vector<std::string>> names_;
   double left_ = 0, height_ = 0, names_width_ = 0;

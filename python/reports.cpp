@@ -87,6 +87,7 @@ nb::object riskTableOf(const report::Figure& figure) {
   made["breaks"] = nb::cast(figure.riskTable->breaks);
   made["rows"] = nb::cast(figure.riskTable->rows);
   made["counts"] = nb::cast(figure.riskTable->counts);
+  made["eachPanel"] = figure.riskTable->eachPanel;
   return made;
 }
 

@@ -148,6 +148,7 @@ void figure(JsonWriter& json, const Figure& figure) {
     json.beginArray();
     for (const std::vector<double>& row : risk.counts) json.value(row);
     json.endArray();
+    if (risk.eachPanel) json.member("eachPanel", true);
     json.endObject();
   }
   json.endObject();

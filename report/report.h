@@ -173,6 +173,7 @@ struct RiskTable {
   std::vector<double> breaks;
   std::vector<std::string> rows;
   std::vector<std::vector<double>> counts;  // counts[row][break]
+  bool eachPanel = false;  // row i is of panel i alone, and stands under it; else of the figure
 };
 
 struct Figure {

@@ -9,6 +9,7 @@
 #include "analysis/cox/predict.h"
 #include "analysis/cox/predictCurves.h"
 #include "analysis/cox/predictQuantiles.h"
+#include "frame/date.h"
 #include "frame/labels.h"
 #include "model/response.h"
 #include "numerics/threads.h"
@@ -191,8 +192,9 @@ class Predicting {
           throw Refusal(Role::kSubject, i,
                         "the subject " + quote(subjects.labels[subjects.codes[i]]) +
                             " has two rows at one time: it enters at " +
-                            text::exact(stays.back().entry) + " and the row before ends at " +
-                            text::exact(stays[stays.size() - 2].exit),
+                            frame::cellText(stays.back().entry, model_.entry.isDate) +
+                            " and the row before ends at " +
+                            frame::cellText(stays[stays.size() - 2].exit, model_.exit.isDate),
                         Refusal::kNone, "rows of a subject that do not overlap");
         }
         stays.back().exit = std::min(stays.back().exit, lastTime(i));

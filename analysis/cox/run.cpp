@@ -130,7 +130,8 @@ class Run {
   // wherever a robust covariance or sums by cluster are asked for.
   void takeSubjects() {
     frame::Labels labels = frame::labelsOf(*data_.labels(request_.id));
-    CoxSubjects subjects = checkSubjects(data_, input_.model.response(), input_.rows, labels);
+    CoxSubjects subjects =
+        checkSubjects(data_, input_.model.response(), input_.rows, labels, input_.model.dated());
     if (subjects.gaps) answer_.notes.push_back(*std::move(subjects.gaps));
     const bool robust =
         request_.robust || answer_.sampling || request_.byCluster || subjects.severalEvents;

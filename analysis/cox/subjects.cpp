@@ -5,7 +5,7 @@
 #include <numeric>
 #include <tuple>
 
-#include "text/numbers.h"
+#include "frame/date.h"
 #include "text/words.h"
 
 namespace survmeth::analysis {
@@ -16,8 +16,8 @@ constexpr std::size_t kNamed = 5;  // subjects with gaps in a message
 class Subjects {
  public:
   Subjects(const frame::Frame& data, const engine::Response& response, const engine::Rows& rows,
-           const frame::Labels& subjects)
-      : data_(data), response_(response), rows_(rows), subjects_(subjects) {}
+           const frame::Labels& subjects, model::DatedTimes dated)
+      : data_(data), response_(response), rows_(rows), subjects_(subjects), dated_(dated) {}
 
   CoxSubjects check() const {
     std::vector<std::uint32_t> order(response_.rows());
@@ -44,6 +44,10 @@ class Subjects {
   double entry(std::uint32_t i) const {
     return response_.entry.empty() ? -std::numeric_limits<double>::infinity() : response_.entry[i];
   }
+  std::string entryText(std::uint32_t i) const { return frame::cellText(entry(i), dated_.entry); }
+  std::string exitText(std::uint32_t i) const {
+    return frame::cellText(response_.exit[i], dated_.exit);
+  }
   std::uint32_t stratum(std::uint32_t i) const {
     return rows_.stratum.empty() ? 0 : rows_.stratum[i];
   }
@@ -54,8 +58,8 @@ class Subjects {
     return (data_.fromFile ? "line " : "row ") + std::to_string(data_.lines.line(i));
   }
   std::string interval(std::uint32_t i) const {
-    return (response_.entry.empty() ? "up to " : "(" + text::exact(entry(i)) + ", ") +
-           text::exact(response_.exit[i]) + (response_.entry.empty() ? "" : "]");
+    return (response_.entry.empty() ? "up to " : "(" + entryText(i) + ", ") + exitText(i) +
+           (response_.entry.empty() ? "" : "]");
   }
 
   [[noreturn]] void refuse(std::uint32_t a, std::uint32_t b) const {
@@ -88,8 +92,7 @@ class Subjects {
         counted = true;
         if (++withGaps <= kNamed) {
           named += (named.empty() ? "" : ", ") + name(i) + " (" + place(last) + " ends at " +
-                   text::exact(response_.exit[last]) + ", " + place(i) + " begins at " +
-                   text::exact(entry(i)) + ")";
+                   exitText(last) + ", " + place(i) + " begins at " + entryText(i) + ")";
         }
       }
       if (response_.exit[i] >= response_.exit[last]) last = i;
@@ -109,13 +112,15 @@ class Subjects {
   const engine::Response& response_;
   const engine::Rows& rows_;
   const frame::Labels& subjects_;
+  model::DatedTimes dated_;
 };
 
 }  // namespace
 
 CoxSubjects checkSubjects(const frame::Frame& data, const engine::Response& response,
-                          const engine::Rows& rows, const frame::Labels& subjects) {
-  return Subjects(data, response, rows, subjects).check();
+                          const engine::Rows& rows, const frame::Labels& subjects,
+                          model::DatedTimes dated) {
+  return Subjects(data, response, rows, subjects, dated).check();
 }
 
 }  // namespace survmeth::analysis

@@ -9,6 +9,7 @@
 #include "engine/input.h"
 #include "frame/frame.h"
 #include "frame/labels.h"
+#include "model/response.h"
 #include "report/report.h"
 
 namespace survmeth::analysis {
@@ -22,7 +23,8 @@ struct CoxSubjects {
 // Throws engine::Refusal (kSubject): two rows of a subject at risk at one time in one stratum.
 // Cost O(rows log rows)
 CoxSubjects checkSubjects(const frame::Frame& data, const engine::Response& response,
-                          const engine::Rows& rows, const frame::Labels& subjects);
+                          const engine::Rows& rows, const frame::Labels& subjects,
+                          model::DatedTimes dated);
 
 }  // namespace survmeth::analysis
 

@@ -174,7 +174,10 @@ std::optional<report::Figure> stackedFigure(const IncidenceAnswer& answer,
         area.y.push_back(curve.causes[c].incidence[i]);
       }
     }
-    if (!figure.riskTable) figure.riskTable = riskTableOf(panel, groups, curves);
+    if (!figure.riskTable) {
+      figure.riskTable = riskTableOf(panel, groups, curves);
+      figure.riskTable->eachPanel = answer.several();
+    }
     figure.panels.push_back(std::move(panel));
   }
   return figure;

@@ -32,7 +32,8 @@ void takeColumns(const frame::Frame& data, const IncidenceRequest& request, Inpu
   if (!request.entry.empty()) {
     input.entry = *data.numbers(request.entry);
     input.response.entry = input.entry.numbers;
-    model::requireEntriesBefore(input.response.entry, input.response.exit);
+    model::requireEntriesBefore(input.response.entry, input.response.exit,
+                                {input.entry.isDate, input.time.isDate});
   }
   if (!request.weights.empty()) {
     input.weight = *data.numbers(request.weights);

@@ -10,7 +10,6 @@
 #include "analysis/option.h"
 #include "analysis/weights.h"
 #include "engine/risk/arrangement.h"
-#include "frame/date.h"
 #include "model/coding.h"
 #include "model/response.h"
 #include "report/keys.h"
@@ -77,7 +76,7 @@ void takeTimes(const frame::Frame& data, const LifeRequest& request, LifeRows& r
     rows.time = *data.numbers(request.time);
     if (request.lateEntry()) rows.entry = *data.numbers(request.entry);
     requireTimes(rows.time.numbers);
-    model::requireEntriesBefore(rows.entry.numbers, rows.time.numbers);
+    model::requireEntriesBefore(rows.entry.numbers, rows.time.numbers, rows.dated());
     return;
   }
   const frame::Column& from = datesOf(data, request.from, "from");
@@ -90,12 +89,7 @@ void takeTimes(const frame::Frame& data, const LifeRequest& request, LifeRows& r
   rows.time = frame::numberColumn(request.time, unitsSince(from, to, request.unit));
   if (!request.lateEntry()) return;
   const frame::Column& entry = datesOf(data, request.entry, "entry");
-  for (std::size_t i = 0; i < data.rows; ++i) {
-    if (entry.numbers[i] < to.numbers[i]) continue;
-    throw Refusal(Role::kEntry, i,
-                  "the entry " + frame::dateText(entry.numbers[i]) + " is not before the exit " +
-                      frame::dateText(to.numbers[i]));
-  }
+  model::requireEntriesBefore(entry.numbers, to.numbers, {true, true});
   rows.entry = frame::numberColumn(request.entry, unitsSince(from, entry, request.unit));
 }
 
@@ -104,7 +98,7 @@ void takeTimes(const frame::Frame& data, const LifeRequest& request, LifeRows& r
 void takeSubjects(const frame::Frame& data, const LifeRequest& request, LifeRows& rows) {
   frame::Labels subjects = frame::labelsOf(*data.labels(request.id));
   engine::risk::check(rows.response(), rows.rows(), {});
-  CoxSubjects checked = checkSubjects(data, rows.response(), rows.rows(), subjects);
+  CoxSubjects checked = checkSubjects(data, rows.response(), rows.rows(), subjects, rows.dated());
   rows.gaps = std::move(checked.gaps);
   if (!rows.clustered() && (request.robust || rows.sampling() || checked.severalEvents)) {
     rows.clusters = subjects;

@@ -14,6 +14,7 @@
 #include "engine/input.h"
 #include "frame/frame.h"
 #include "frame/labels.h"
+#include "model/response.h"
 #include "report/report.h"
 
 namespace survmeth::analysis {
@@ -33,6 +34,7 @@ struct LifeRows {
   std::vector<std::uint32_t> source;  // rows of the data, where these are others
 
   engine::Response response() const { return {entry.numbers, time.numbers, event, 1}; }
+  model::DatedTimes dated() const { return {entry.isDate, time.isDate}; }
   engine::Rows rows() const;      // with weights and clusters
   engine::Rows testRows() const;  // with weights and strata
   engine::curves::Groups groupCodes() const { return {groups.codes, groups.labels.size()}; }

@@ -8,12 +8,14 @@
 #include <vector>
 
 #include "analysis/states/states.h"
+#include "model/response.h"
 
 namespace survmeth::analysis {
 
 // Stays in states; of a row for each subject up to two.
 struct StateColumns {
   std::vector<double> entry, exit, weight;
+  model::DatedTimes dated;
   std::vector<std::uint32_t> from, to;
   frame::Labels subject, cluster;     // codes of the data's rows
   std::vector<std::uint32_t> source;  // of each stay: row of the data

@@ -3,6 +3,7 @@
 
 #include "analysis/groups.h"
 #include "analysis/states/columns.h"
+#include "frame/date.h"
 #include "text/charconv.h"
 #include "text/numbers.h"
 #include "text/words.h"
@@ -59,8 +60,8 @@ std::string wordsOf(const frame::Frame& data, const StateColumns& columns,
   const std::string a = placeOf(data, fault.first), b = placeOf(data, fault.second);
   const std::string subject =
       "subject " + quote(columns.subject.labels[columns.subject.codes[fault.second]]) + ": ";
-  const std::string ends = text::exact(columns.exit[fault.first]);
-  const std::string begins = text::exact(columns.entry[fault.second]);
+  const std::string ends = frame::cellText(columns.exit[fault.first], columns.dated.exit);
+  const std::string begins = frame::cellText(columns.entry[fault.second], columns.dated.entry);
   if (fault.kind == Kind::kOverlap) {
     return subject + b + " begins at " + begins + " before " + a + " ends at " + ends;
   }

@@ -97,11 +97,12 @@ void takeStays(const frame::Frame& data, const StatesRequest& request, StateColu
   columns.to = codes(to);
   answer.rows.assign(labels.size(), 0);
   for (const std::uint32_t code : columns.from) ++answer.rows[code];
-  const auto entry = data.numbers(request.entry)->numbers;
-  const auto exit = data.numbers(request.exit)->numbers;
-  model::requireEntriesBefore(entry, exit);
-  columns.entry.assign(entry.begin(), entry.end());
-  columns.exit.assign(exit.begin(), exit.end());
+  const frame::Column& entry = *data.numbers(request.entry);
+  const frame::Column& exit = *data.numbers(request.exit);
+  columns.dated = {entry.isDate, exit.isDate};
+  model::requireEntriesBefore(entry.numbers, exit.numbers, columns.dated);
+  columns.entry.assign(entry.numbers.begin(), entry.numbers.end());
+  columns.exit.assign(exit.numbers.begin(), exit.numbers.end());
   columns.subject = frame::labelsOf(*data.labels(request.id));
   answer.subjects = columns.subject.labels.size();
   for (std::uint32_t i = 0; i < data.rows; ++i) columns.source.push_back(i);

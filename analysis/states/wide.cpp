@@ -3,8 +3,8 @@
 
 #include "analysis/refusal.h"
 #include "analysis/states/columns.h"
+#include "frame/date.h"
 #include "model/coding.h"
-#include "text/numbers.h"
 #include "text/words.h"
 
 namespace survmeth::analysis {
@@ -24,19 +24,29 @@ struct Life {
   bool ill, dead;
 };
 
+// Its times as the data have them.
+struct LifeTexts {
+  model::DatedTimes dated;
+  bool illnessIsDate;
+  std::string entry(const Life& life) const { return frame::cellText(life.entry, dated.entry); }
+  std::string illness(const Life& life) const {
+    return frame::cellText(life.illness, illnessIsDate);
+  }
+  std::string end(const Life& life) const { return frame::cellText(life.end, dated.exit); }
+};
+
 // What is wrong with its times; empty where nothing is.
-std::string faultOf(const Life& life) {
+std::string faultOf(const Life& life, const LifeTexts& texts) {
   if (!(life.end > life.entry)) {
-    return " is followed to " + text::exact(life.end) + ", not behind its entry at " +
-           text::exact(life.entry);
+    return " is followed to " + texts.end(life) + ", not behind its entry at " + texts.entry(life);
   }
   if (life.illness > life.end) {
-    return (life.ill ? " is ill at " : " is free of the illness at ") + text::exact(life.illness) +
+    return (life.ill ? " is ill at " : " is free of the illness at ") + texts.illness(life) +
            (life.dead ? ", after the death at " : ", after the end of follow-up at ") +
-           text::exact(life.end);
+           texts.end(life);
   }
   if (life.ill && life.dead && life.illness == life.end) {
-    return " is ill and dead at one time, " + text::exact(life.end);
+    return " is ill and dead at one time, " + texts.end(life);
   }
   return {};
 }
@@ -63,8 +73,11 @@ void requireOneRowEach(const frame::Frame& data, const frame::Labels& subject) {
 
 void takeSubjects(const frame::Frame& data, const StatesRequest& request, StateColumns& columns,
                   StatesAnswer& answer) {
-  const auto illness = data.numbers(request.illnessTime)->numbers;
-  const auto end = data.numbers(request.deathTime)->numbers;
+  const frame::Column& illness = *data.numbers(request.illnessTime);
+  const frame::Column& end = *data.numbers(request.deathTime);
+  const frame::Column* entries = request.entry.empty() ? nullptr : data.numbers(request.entry);
+  columns.dated = {entries != nullptr && entries->isDate, end.isDate};
+  const LifeTexts texts{columns.dated, illness.isDate};
   const model::YesNo ill = expecting(
       kCodes, [&] { return model::yesNoOf(*data.labels(request.illness), {}, kIllness); });
   const model::YesNo dead =
@@ -92,9 +105,9 @@ void takeSubjects(const frame::Frame& data, const StatesRequest& request, StateC
   };
   FaultList faults;
   for (std::size_t i = 0; i < data.rows; ++i) {
-    const double entry = request.entry.empty() ? 0 : data.numbers(request.entry)->numbers[i];
-    const Life life{entry, illness[i], end[i], ill.rows[i] != 0, dead.rows[i] != 0};
-    const std::string fault = faultOf(life);
+    const double entry = entries == nullptr ? 0 : entries->numbers[i];
+    const Life life{entry, illness.numbers[i], end.numbers[i], ill.rows[i] != 0, dead.rows[i] != 0};
+    const std::string fault = faultOf(life, texts);
     if (!fault.empty()) {
       faults.add(placeOf(data, i) + fault, i);
       continue;

@@ -154,8 +154,8 @@ TEST(CoxSubjects, RowsThatFollowEachOtherAreOneSubject) {
   const std::vector<std::uint32_t> event = {0, 1, 1};
   frame::Frame data;
   data.rows = 3;
-  const analysis::CoxSubjects subjects =
-      analysis::checkSubjects(data, {entry, exit, event, 1}, {}, {{"a", "b"}, {0, 0, 1}, {2, 1}});
+  const analysis::CoxSubjects subjects = analysis::checkSubjects(
+      data, {entry, exit, event, 1}, {}, {{"a", "b"}, {0, 0, 1}, {2, 1}}, {});
   EXPECT_FALSE(subjects.severalEvents);
   EXPECT_FALSE(subjects.gaps);
 }
@@ -169,11 +169,28 @@ TEST(CoxSubjects, OverlapsWithinLongerRowsAreFound) {
   engine::Rows rows;
   rows.stratum = stratum;
   rows.strata = 2;
-  EXPECT_EQ(refusalOf([&] {
-              analysis::checkSubjects(data, {entry, exit, event, 1}, rows, {{"a"}, {0, 0, 0}, {3}});
-            }),
-            "the subject \"a\" is at risk twice at one time in one stratum: (6, 7] here and (0, 9] "
-            "in row 1");
+  EXPECT_EQ(
+      refusalOf([&] {
+        analysis::checkSubjects(data, {entry, exit, event, 1}, rows, {{"a"}, {0, 0, 0}, {3}}, {});
+      }),
+      "the subject \"a\" is at risk twice at one time in one stratum: (6, 7] here and (0, 9] "
+      "in row 1");
+}
+
+TEST(CoxSubjects, GapsBetweenDatesAreDates) {
+  const std::vector<double> entry = {19783, 19790}, exit = {19788, 19799};
+  const std::vector<std::uint32_t> event = {0, 1};
+  frame::Frame data;
+  data.rows = 2;
+  const auto gaps = [&](model::DatedTimes dated) {
+    return analysis::checkSubjects(data, {entry, exit, event, 1}, {}, {{"a"}, {0, 0}, {2}}, dated)
+        .gaps.value()
+        .text;
+  };
+  const std::string start =
+      "one subject has times between rows at which nobody observes it: \"a\" (row 1 ends at ";
+  EXPECT_EQ(gaps({true, true}), start + "2024-03-06, row 2 begins at 2024-03-08)");
+  EXPECT_EQ(gaps({}), start + "19788, row 2 begins at 19790)");
 }
 
 frame::Frame veteran(const CoxRequest& request) {

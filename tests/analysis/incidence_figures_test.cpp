@@ -57,5 +57,28 @@ TEST(IncidenceFigure, OnePanelChoosesItsHeightAlone) {
   EXPECT_EQ(heights(answer), std::vector<double>{-1});
 }
 
+TEST(StackedFigure, EachGroupHasItsPanelAndItsOwnNumbersAtRisk) {
+  analysis::IncidenceAnswer answer = answerOf(0.02, 0.42);
+  analysis::IncidenceRequest request;
+  request.time = "time";
+  request.status = "status";
+  answer.causes = {0, 1};
+  answer.event.status.labels = {"rare", "frequent"};
+  EXPECT_FALSE(analysis::stackedFigure(answer, request)->riskTable->eachPanel);
+  answer.group = {{"a", "b"}, {}, {10, 4}};
+  answer.curves.push_back(answer.curves[0]);
+  answer.curves[1].atRisk = {4, 3};
+  request.group = {"arm"};
+  const report::Figure figure = *analysis::stackedFigure(answer, request);
+  ASSERT_EQ(figure.panels.size(), 2u);
+  EXPECT_EQ(figure.panels[1].title, "arm b");
+  EXPECT_TRUE(figure.riskTable->eachPanel);
+  EXPECT_EQ(figure.riskTable->rows, (std::vector<std::string>{"arm a", "arm b"}));
+  ASSERT_EQ(figure.riskTable->breaks, figure.panels[1].x.ticks);
+  EXPECT_EQ(figure.riskTable->counts[0].front(), 10);
+  EXPECT_EQ(figure.riskTable->counts[1].front(), 4);
+  EXPECT_EQ(figure.riskTable->counts[1].back(), 3);
+}
+
 }  // namespace
 }  // namespace survmeth

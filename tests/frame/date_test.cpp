@@ -42,5 +42,15 @@ TEST(DateText, IsTheDateOfEveryDay) {
   }
 }
 
+TEST(CellText, IsADateOfDaysOfAColumnOfDatesElseTheNumber) {
+  EXPECT_EQ(cellText(19783, true), "2024-03-01");
+  EXPECT_EQ(cellText(19783, false), "19783");
+  EXPECT_EQ(cellText(-719528, true), "0000-01-01");
+  EXPECT_EQ(cellText(2932896, true), "9999-12-31");
+  EXPECT_EQ(cellText(0.5, true), "0.5");  // no day
+  EXPECT_EQ(cellText(-719529, true), "-719529");
+  EXPECT_EQ(cellText(2932897, true), "2932897");
+}
+
 }  // namespace
 }  // namespace survmeth::frame

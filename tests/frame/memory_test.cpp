@@ -144,6 +144,21 @@ TEST(Memory, NumbersOutOfRangeAreRefused) {
                "d, row 4, column \"x\": \"inf\" is out of range; expected numbers");
 }
 
+TEST(Memory, DatesOutOfRangeAreNamedAsDates) {
+  Column dates = numberColumn("x", {1, -1});
+  dates.isDate = true;
+  const Given given{"d", {"x", "y"}, {dates, numberColumn("y", {1, 1})}, 2};
+  const char* words =
+      "d, row 2, column \"x\": \"1969-12-31\" is out of range; expected numbers not below 0";
+  EXPECT_STREQ(refusalOf(given, {.name = "x", .least = 0}).what(), words);
+  try {
+    frameOf(given, {{.name = "x", .least = 0}}, {}, "y == 1");
+    ADD_FAILURE() << "not refused";
+  } catch (const Unsuitable& refused) {
+    EXPECT_STREQ(refused.what(), words);
+  }
+}
+
 TEST(Memory, AConditionChoosesRowsAsItDoesInAFile) {
   const Frame data = frameOf(fourRows(), {{.name = "x"}, {.name = "arm", .cells = Cells::kText}},
                              {}, "stage == 'early'");

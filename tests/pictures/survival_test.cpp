@@ -90,6 +90,47 @@ TEST(SurvivalPicture, NamesOfTheTableLeaveTheFirstOfSeveralPanelsItsFrame) {
   EXPECT_EQ(test::misplaced(page), std::vector<std::string>{});
 }
 
+TEST(SurvivalPicture, APanelsOwnNumbersStandUnderItsTicks) {
+  for (const std::size_t panels : {1u, 2u, 3u, 6u}) {
+    Figure figure = test::survival(1);
+    const report::Panel panel = figure.panels[0];
+    report::RiskTable& table = *figure.riskTable;
+    figure.panels.clear();
+    table.rows.clear();
+    table.counts.clear();
+    table.eachPanel = true;
+    for (std::size_t g = 0; g < panels; ++g) {
+      table.rows.push_back("arm <" + std::to_string(g) + "> & 'others'");
+      table.counts.emplace_back();
+      for (std::size_t b = 0; b < table.breaks.size(); ++b) {
+        table.counts[g].push_back(static_cast<double>(901 + 10 * g + b));
+      }
+      figure.panels.push_back(panel);
+      figure.panels.back().title = table.rows.back();
+    }
+    const Page page = pageOf(figure);
+    EXPECT_EQ(test::misplaced(page), std::vector<std::string>{});
+    EXPECT_EQ(noteTexts(figure), std::vector<std::string>{});
+    const std::vector<test::Corners> ticks = page.paths("x ticks"), axes = page.paths("x axis");
+    ASSERT_EQ(ticks.size(), panels * table.breaks.size());
+    ASSERT_EQ(axes.size(), panels);
+    for (std::size_t g = 0; g < panels; ++g) {
+      const double frame = axes[g].front().second;
+      const test::Text* title = page.find(table.rows[g]);
+      ASSERT_NE(title, nullptr);
+      EXPECT_LT(title->y, frame);
+      for (std::size_t b = 0; b < table.breaks.size(); ++b) {
+        const test::Text* count = page.find(std::to_string(901 + 10 * g + b));
+        ASSERT_NE(count, nullptr);
+        EXPECT_NEAR(count->x, ticks[g * table.breaks.size() + b][0].first, kPlace);
+        EXPECT_GT(count->y, frame);
+        // A row of panels below is farther than a frame's height.
+        EXPECT_LT(count->y, frame + 100);
+      }
+    }
+  }
+}
+
 TEST(SurvivalPicture, CountsWithoutRoomAreLeftOutWithANote) {
   Figure figure = test::survival(1);
   figure.riskTable->breaks.clear();

@@ -192,6 +192,13 @@ TEST(Json, FiguresComeOnRequest) {
   }])json"));
 }
 
+TEST(Json, ATableOfRowsForPanelsSaysSo) {
+  Report report = test::sample();
+  report.figures[0].riskTable->eachPanel = true;
+  const json figure = json::parse(toJson(report, {.figures = true}))["figures"][0];
+  EXPECT_EQ(figure["riskTable"]["eachPanel"], true);
+}
+
 TEST(Json, GroupsOfCategoriesGuidesAndHeadingsOfLabelsAreMembersWhereTheyAreSet) {
   Report report = test::sample();
   Panel& panel = report.figures[0].panels[0];
