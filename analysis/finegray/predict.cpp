@@ -143,8 +143,8 @@ report::Report describe(const FineGrayPredictions& made, const FineGrayPredictRe
         }
       }
     }
-    report.tables.push_back(
-        incidenceTable(lines, points, "incidenceAt", "Cumulative incidence", request));
+    report.tables.push_back(incidenceTable(lines, points, "incidenceAt",
+                                           "Cumulative incidence of the new data", request));
   }
   report.methods = {
       {"risk: exp(x'b) less its value at the means of the fit's covariates; limits: Wald", ""},
@@ -176,8 +176,8 @@ std::optional<report::Table> curveTable(const FineGrayPredictions& made,
       }
     }
   }
-  return incidenceTable(lines, points, "curves", "Cumulative incidence at every event time",
-                        request);
+  return incidenceTable(lines, points, "curves",
+                        "Cumulative incidence of the new data at every event time", request);
 }
 
 // A panel for each type of event, a curve for each row.
