@@ -103,8 +103,8 @@ std::string idOf(const std::string& wanted) {
   return first >= 'a' && first <= 'z' ? id : "f" + id;
 }
 
-// The panel under which the table of all stands: the first of the last row, where the numbers are of
-// its axis too.
+// The panel under which the table of all stands: the first of the last row, where the numbers are
+// of its axis too.
 std::size_t tabledPanel(const report::Figure& figure) {
   const std::size_t last = (figure.panels.size() - 1) / columnsOf(figure) * columnsOf(figure);
   const Range first = rangeOf(figure.panels[0]), its = rangeOf(figure.panels[last]);
