@@ -106,6 +106,36 @@ report::Panel stepPanel(const std::string& time, const std::string& level, doubl
   return panel;
 }
 
+void shareHeight(report::Figure& figure) {
+  double top = 0;
+  for (const report::Panel& panel : figure.panels) {
+    for (const report::Series& each : panel.series) {
+      for (const double y : each.y) top = std::fmax(top, y);
+      for (const double upper : each.upper) top = std::fmax(top, upper);
+    }
+  }
+  if (!(top > 0) || figure.panels.size() < 2) return;
+  const double steps = top > 0.5 ? 10 : top > 0.1 ? 20 : 100;  // of 1
+  for (report::Panel& panel : figure.panels) {
+    panel.y.most = std::fmin(std::ceil(top * steps) / steps, 1.0);
+  }
+}
+
+void shareAxes(report::Figure& figure) {
+  if (figure.panels.size() < 2) return;
+  double end = 0;
+  for (const report::Panel& panel : figure.panels) {
+    for (const report::Series& each : panel.series) {
+      for (const double x : each.x) end = std::fmax(end, x);
+    }
+  }
+  for (report::Panel& panel : figure.panels) {
+    if (end > 0) panel.x.most = end;
+    panel.x.ticks = timeTicks(end);
+  }
+  shareHeight(figure);
+}
+
 report::RiskTable riskTableOf(const report::Panel& panel, const std::vector<std::string>& labels,
                               const std::vector<StepCurve>& curves) {
   report::RiskTable table{"At risk", panel.x.ticks, labels, {}};

@@ -32,6 +32,13 @@ report::Panel stepPanel(const std::string& time, const std::string& level, doubl
 // The ticks of such a panel's time axis, which ends at `end`.
 std::vector<double> timeTicks(double end);
 
+// Panels are compared by eye: of several, all get one height, a round number above everything in
+// them.
+void shareHeight(report::Figure& figure);
+
+// And one time axis, to the last time of any.
+void shareAxes(report::Figure& figure);
+
 // At risk in each group at the ticks of such a panel; `labels` name the groups.
 report::RiskTable riskTableOf(const report::Panel& panel, const std::vector<std::string>& labels,
                               const std::vector<StepCurve>& curves);

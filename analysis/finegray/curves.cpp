@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "analysis/finegray/finegray.h"
+#include "analysis/stepFigure.h"
 #include "engine/curves/limits.h"
 #include "engine/finegray/hazards.h"
 #include "numerics/partOfProgress.h"
@@ -110,6 +111,7 @@ std::optional<report::Figure> fineGrayFigure(const FineGrayAnswer& answer,
       figure.panels.back().title = answer.strata[first.stratumCode[s]];
     }
   }
+  shareAxes(figure);
   return figure;
 }
 

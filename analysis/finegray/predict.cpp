@@ -3,8 +3,10 @@
 
 #include <algorithm>
 #include <cmath>
+#include <map>
 #include <utility>
 
+#include "analysis/stepFigure.h"
 #include "engine/curves/limits.h"
 #include "model/response.h"
 #include "numerics/elementary.h"
@@ -180,6 +182,19 @@ std::optional<report::Table> curveTable(const FineGrayPredictions& made,
                         "Cumulative incidence of the new data at every event time", request);
 }
 
+// The last event of any type in each stratum: so far is known who is free of each.
+std::map<std::string, double> lastEvents(const FineGrayPredictions& made) {
+  std::map<std::string, double> last;
+  for (const CoxPredictions& type : made.types) {
+    for (const CoxPredictedCurve& each : type.curves) {
+      if (each.points.empty()) continue;
+      double& end = last[each.stratum];
+      end = std::max(end, each.points.back().time);
+    }
+  }
+  return last;
+}
+
 // A panel for each type of event, a curve for each row.
 std::optional<report::Figure> curveFigure(const FineGrayPredictions& made,
                                           const FineGrayPredictRequest& request) {
@@ -188,22 +203,27 @@ std::optional<report::Figure> curveFigure(const FineGrayPredictions& made,
   figure.title = "Predicted cumulative incidence";
   figure.caption = "At the covariates of each row with " + report::confidence(request.alpha) +
                    " limits (" + nameOf(request.scale) + ")";
+  const std::map<std::string, double> ends = lastEvents(made);
   for (std::size_t type = 0; type < made.types.size(); ++type) {
     std::vector<IncidenceCurve> curves;
-    double end = 0;
     for (const CoxPredictedCurve& each : made.types[type].curves) {
       if (each.points.empty() || curves.size() == kDrawnCurves) continue;
       IncidenceCurve& curve = curves.emplace_back();
       if (made.types[type].line.size() > 1) curve.name = "line " + each.name;
       if (!each.stratum.empty()) curve.name += (curve.name.empty() ? "" : ", ") + each.stratum;
       for (const CoxSurvival& at : each.points) curve.points.push_back(incidenceOf(at, request));
-      end = std::max(end, curve.points.back().time);
+      const double end = ends.at(each.stratum);
+      if (curve.points.back().time < end) {
+        curve.points.push_back(curve.points.back());
+        curve.points.back().time = end;
+      }
     }
     if (curves.empty()) continue;
-    figure.panels.push_back(incidencePanel(curves, end));
+    figure.panels.push_back(incidencePanel(curves, 0));
     figure.panels.back().title = request.fit->status + " " + request.fit->events[type];
   }
   if (figure.panels.empty()) return std::nullopt;
+  shareAxes(figure);
   const std::size_t rows = made.types.front().line.size();
   if (rows > kDrawnCurves) {
     figure.caption +=

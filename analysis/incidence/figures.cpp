@@ -43,22 +43,6 @@ std::string panelTitle(const IncidenceOfType& type, const IncidenceRequest& requ
   return title;
 }
 
-// Panels are compared by eye: one height for all, a round number above everything in them.
-void shareHeight(report::Figure& figure) {
-  double top = 0;
-  for (const report::Panel& panel : figure.panels) {
-    for (const report::Series& each : panel.series) {
-      for (const double y : each.y) top = std::fmax(top, y);
-      for (const double upper : each.upper) top = std::fmax(top, upper);
-    }
-  }
-  if (!(top > 0) || figure.panels.size() < 2) return;
-  const double steps = top > 0.5 ? 10 : top > 0.1 ? 20 : 100;  // of 1
-  for (report::Panel& panel : figure.panels) {
-    panel.y.most = std::fmin(std::ceil(top * steps) / steps, 1.0);
-  }
-}
-
 std::optional<report::Figure> figureOf(const IncidenceAnswer& answer,
                                        const IncidenceRequest& request, bool limits) {
   if (answer.types.empty()) return {};

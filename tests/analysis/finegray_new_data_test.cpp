@@ -98,6 +98,37 @@ TEST(FineGrayNewData, AreToldWhatPredictTellsOfTheSavedFit) {
   }
 }
 
+// Last times of pbc.csv: women have an event 1 at 3092, 2 at 3853, and are followed to 4556; men
+// have them at 2033 and 4191, and are followed to 4459.
+TEST(FineGrayFigures, PanelsShareTheirAxesAndCurvesEndWithTheirStratum) {
+  const report::Report report =
+      runOf({{"formula", std::string("Surv(time, status) ~ age + log(bili) + strata(sex)")},
+             {"newdata", kNew}})
+          .report;
+  const std::map<std::string, std::vector<double>> endsOf = {{"incidence", {4556, 4459}},
+                                                             {"predictedIncidence", {3853, 4191}}};
+  for (const auto& [id, strata] : endsOf) {
+    const auto figure = std::find_if(report.figures.begin(), report.figures.end(),
+                                     [&](const report::Figure& each) { return each.id == id; });
+    ASSERT_NE(figure, report.figures.end()) << id;
+    ASSERT_EQ(figure->panels.size(), 2u);
+    const report::Panel &first = figure->panels[0], &second = figure->panels[1];
+    EXPECT_EQ(first.x.most, std::max(strata[0], strata[1])) << id;
+    EXPECT_EQ(first.x.most, second.x.most);
+    EXPECT_EQ(first.x.ticks, second.x.ticks);
+    EXPECT_EQ(first.y.most, second.y.most);
+    ASSERT_TRUE(first.y.most);
+    for (std::size_t p = 0; p < 2; ++p) {
+      for (const report::Series& each : figure->panels[p].series) {
+        for (const double upper : each.upper) EXPECT_FALSE(upper > *first.y.most);
+        // Of the fit a panel is a stratum, of the new data the second line is the man.
+        const bool ofMan = id == "incidence" ? p == 1 : each.name == "line 3, sex=m";
+        EXPECT_EQ(each.x.back(), strata[ofMan ? 1 : 0]) << id << " " << each.name;
+      }
+    }
+  }
+}
+
 TEST(FineGrayNewData, HaveTheIncidencesOfCmprsk) {
   const test::Csv expected(std::string(SURVMETH_REFERENCE) + "/predict/finegray_incidence.csv");
   std::vector<double> at = expected.numbers("time");
