@@ -1,6 +1,7 @@
 """Docstrings of the functions, made from the declarations."""
 
 import re
+import textwrap
 
 from survmeth._declared import SHARED, names_of_data
 from survmeth._examples import EXAMPLES, SOURCES
@@ -12,8 +13,8 @@ TYPES = {
     "text": "str",
     "choice": "str",
     "formula": "str",
-    "numbers": "list of float",
-    "texts": "list of str",
+    "numbers": "float or list of float",
+    "texts": "str or list of str",
     "data": "columns or a table, like data",
 }
 
@@ -37,6 +38,8 @@ def help_of(option):
     if "table" in option:
         return f"Whether the result has the table {option['table']}"
     text = option["help"].replace(", separated by commas", "")
+    if option["type"] == "data":  # "File of new data, ...; read as FILE is"
+        text = text.partition("; read as")[0].replace("File of new", "New")
     if re.fullmatch("[A-Z]", option.get("value", "")):  # as in "level 1 - A"
         text = re.sub(rf"(?<=\W){option['value']}\b", argument_of(option["name"]), text)
     if "choices" in option:
@@ -79,6 +82,17 @@ KeyboardInterrupt
     The run was interrupted; nothing of it is left.""".splitlines()
 
 
+def broken(lines):
+    """Prose in lines that a terminal has room for; names and types of parameters stay whole."""
+    for line in lines:
+        indent = "    " if line.startswith("    ") else ""
+        if len(line) <= 100 or (" : " in line and not indent):
+            yield line
+        else:
+            yield from textwrap.wrap(line, 100, subsequent_indent=indent, break_long_words=False,
+                                     break_on_hyphens=False)
+
+
 def section(name, lines):
     return ["", name, "-" * len(name), *lines]
 
@@ -96,7 +110,7 @@ def docstring_of(analysis, of=None):
     if name in SOURCES:
         lines += section("References", ["The methods of a result: result.methods. Chiefly:",
                                         *(f"- {source}" for source in SOURCES[name])])
-    text = in_python("\n".join(lines)) + "\n"
+    text = "\n".join(broken(in_python("\n".join(lines)).split("\n"))) + "\n"
     if name in EXAMPLES:
         text += "\n".join(section("Examples", EXAMPLES[name].splitlines())) + "\n"
     return text

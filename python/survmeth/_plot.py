@@ -18,7 +18,7 @@ ACROSS = 3  # panels beside one another
 IN_COLUMN = 8  # entries of a legend
 
 # Characters in a line of text, of a panel of matplotlib's usual size.
-IN_TITLE, IN_LABEL, IN_LEGEND, IN_TICK, AT_RISK = 50, 45, 30, 30, 24
+IN_TITLE, IN_LABEL, IN_LEGEND, IN_TICK, AT_RISK = 50, 45, 30, 40, 24
 
 SCALES = {
     "cloglog": (lambda p: math.log(-math.log1p(-p)), lambda z: -math.expm1(-math.exp(min(z, 5)))),
@@ -41,7 +41,8 @@ def named(figures, name):
 
 def written(text, width):
     """Letter by letter, for matplotlib, to which dollars make formulas; long texts in lines."""
-    if len(text) > width or "\n" in text:
+    text = "".join(each if each.isprintable() else " " for each in text)
+    if len(text) > width:
         text = "\n".join(textwrap.wrap(text, width))
     return text.replace("$", r"\$")
 

@@ -275,6 +275,13 @@ def test_numpys_truth_values_are_truth_values():
         assert fit.facts["eventLabels"] == "False"
 
 
+def test_a_round_number_of_permutations_is_a_number():
+    data = {"t": TIME, "e": EVENT, "g": ARM}
+    made = [survmeth.life(data, time="t", event="e", group="g", permutations=number).to_json()
+            for number in (100_000, np.int64(100_000), "100000")]
+    assert len(set(made)) == 1
+
+
 def test_an_array_without_dimensions_is_a_number():
     data = {"t": TIME, "e": EVENT}
     assert survmeth.life(data, time="t", event="e", tau=np.array(4.0)).to_json() \

@@ -83,7 +83,7 @@ def test_ranges_shapes_and_choices_are_those_of_the_declarations():
     assert "\ntime : name of a column of n numbers not below 0, optional\n" in text
     assert "\nalpha : float, a number between 0 and 1, optional\n" \
            "    Significance level; intervals have level 1 - alpha (default 0.05).\n" in text
-    assert "\nat : list of float, ascending numbers from 0, optional\n" in text
+    assert "\nat : float or list of float, ascending numbers from 0, optional\n" in text
     assert "\nseed : int, a whole number from 0 to 9007199254740991, optional\n" in text
     cox = inspect.getdoc(survmeth.cox)
     assert "\ncovariates : names of columns of n numbers or labels, optional\n" \
@@ -102,3 +102,18 @@ def test_the_sources_are_those_that_reports_name(name):
                       if (folder / "stdout").exists())
     for source in SOURCES[name]:
         assert source in printed
+
+
+def test_prose_has_lines_that_a_terminal_has_room_for():
+    for function in ALL.values():
+        lines = function.__doc__.splitlines()
+        # Lines of examples are as they were typed, those of a parameter its name and its type.
+        prose = lines[:lines.index("Examples")] if "Examples" in lines else lines
+        assert [line for line in prose if len(line) > 100
+                and (" : " not in line or line.startswith(" "))] == []
+
+
+def test_new_data_are_data_and_no_file():
+    found = re.search("newdata : .*\n    (.*)\n", survmeth.cox.__doc__)
+    assert found[1].startswith("New data, of whose rows risk, survival and more are predicted.")
+    assert "FILE" not in survmeth.cox.__doc__

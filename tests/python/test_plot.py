@@ -121,6 +121,11 @@ def test_dollars_are_dollars_and_no_formula():
         == {("$5 or $6", False), ("${$", False)}
 
 
+@pytest.mark.filterwarnings("error")  # a glyph that no font has
+def test_what_cannot_be_printed_is_a_space():
+    assert legend_of(drawn_with(["a\tb\nc", "a\0b"])) == ["a b", "a b c"]
+
+
 def test_a_name_that_begins_with_an_underscore_has_its_place_in_the_legend():
     assert legend_of(drawn_with(["_a", "b"])) == [" _a", "b"]
 
