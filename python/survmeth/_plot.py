@@ -77,15 +77,25 @@ def draw(figure, ax=None, risk_table=True):
             axes[0].set_title(written(figure["title"], IN_TITLE))
     for each, panel in zip(axes, panels):
         draw_panel(each, panel)
-    if risk_table and figure["riskTable"]:
-        draw_risk_table(axes[0], figure["riskTable"])
+    if risk_table:
+        for each, table in zip(axes, risk_tables(figure)):
+            draw_risk_table(each, table)
     return axes[0] if len(axes) == 1 else axes
+
+
+def risk_tables(figure):
+    """That of the figure, which stands under the first panel, or one for each panel."""
+    table = figure["riskTable"]
+    if table is None or not table["eachPanel"]:
+        return [table] if table else []
+    # Whose numbers these are is the panel's title.
+    return [table | {"rows": [""], "counts": [counts]} for counts in table["counts"]]
 
 
 def room_of(figure):
     """In inches, for a table at risk of more lines than the usual size of a picture has room for."""
     lines = sum(1 + written(name, AT_RISK).count("\n")
-                for name in (figure["riskTable"] or {"rows": []})["rows"])
+                for table in risk_tables(figure)[:1] for name in table["rows"])
     return max(0, lines - 3) * 13 / 72
 
 

@@ -57,6 +57,16 @@ def test_the_numbers_at_risk_stand_below(fit):
     assert "At risk" not in [text.get_text() for text in fit.plot(risk_table=False).texts]
 
 
+def test_each_stacked_panel_has_its_own_numbers_at_risk():
+    # At 0 all are at risk: 3 of "a", 4 of "b".
+    rows = {"t": [1, 2, 3, 1, 2, 3, 4], "s": [1, 2, 0, 2, 1, 0, 1], "g": list("aaabbbb")}
+    axes = survmeth.incidence(rows, time="t", status="s", group="g").plot("stacked")
+    for ax, title, first in zip(axes, "ab", ("3", "4")):
+        written = [text.get_text() for text in ax.texts]
+        assert title in ax.get_title()
+        assert written[:3] == ["At risk", "", first]
+
+
 def test_the_names_of_the_groups_at_risk_stand_clear_of_the_numbers():
     lung = columns_of(ROOT / "data" / "lung.csv")
     ax = survmeth.life(lung, time="time", event="status", group="sex").plot()
