@@ -83,6 +83,8 @@ bool isTooLarge(std::string_view text) { return spelledBy(text).tooLarge; }
 
 std::string exact(double value) {
   if (!std::isfinite(value)) return special(value);
+  const bool isWhole = value == std::trunc(value) && std::fabs(value) < kWholeInFull;
+  if (isWhole && value != 0) return fixed(value, 0);  // -0 keeps its sign
   char buffer[kBuffer];
   const auto end = to_chars(buffer, buffer + kBuffer, value);
   return std::string(buffer, end.ptr);

@@ -1,5 +1,5 @@
-// Numbers as text, free of any locale: read with the nearest double, written with every digit (the
-// shortest text that reads back as the same double) or with those that mean something.
+// Numbers as text, free of any locale: read with the nearest double, written with every digit (so
+// that they read back as the same double) or with those that mean something.
 #ifndef TEXT_NUMBERS_H_
 #define TEXT_NUMBERS_H_
 
@@ -17,7 +17,8 @@ std::optional<double> parseNumber(std::string_view text);
 // Whether the whole of `text` spells a decimal number that is too large for a double.
 bool isTooLarge(std::string_view text);
 
-// Shortest text that reads back as the same double; "-" for NaN, "inf" and "-inf".
+// Shortest text that reads back as the same double, but whole numbers below 10^15 in full: codes
+// and line numbers; "-" for NaN, "inf" and "-inf".
 std::string exact(double value);
 
 // `decimals` places after the point.

@@ -70,6 +70,13 @@ TEST(Labels, OfNumbersAreTheirShortestText) {
   EXPECT_EQ(made.codes, (Codes{2, 1, kNone, 0, 2}));
 }
 
+TEST(Labels, OfRoundNumbersHaveAllTheirDigits) {
+  const Labels made = labelsByFirstUse(
+      numberColumn("x", {100000, -200000, 1e6, 999999999999999, 1e15, 1e22, 1e-5, 0.1}));
+  EXPECT_EQ(made.labels, (Strings{"100000", "-200000", "1000000", "999999999999999", "1e+15",
+                                  "1e+22", "1e-05", "0.1"}));
+}
+
 TEST(Labels, ByFirstUseStandAsTheNumbersFirstDo) {
   constexpr double kMissing = std::numeric_limits<double>::quiet_NaN();
   std::vector<double> numbers = {3, kMissing, -0.0, 3, 0};

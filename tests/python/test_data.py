@@ -313,6 +313,12 @@ def test_names_that_are_words_of_python_end_in_an_underscore():
         'class_, column "z": ')
 
 
+def test_round_numbers_are_labels_with_all_their_digits():
+    data = {"t": [1, 2, 3, 4], "e": [1, 1, 1, 0], "g": [100000, 200000, 100000, 200000]}
+    fit = survmeth.life(data, time="t", event="e", group="g")
+    assert fit.arrays["summary"]["group"].tolist() == ["100000", "200000"]
+
+
 def test_an_argument_that_there_is_not():
     with pytest.raises(TypeError, match="got an unexpected keyword argument 'groups'"):
         survmeth.life({}, time="t", event="e", groups="g")
