@@ -63,9 +63,6 @@ def named_of(option, value):
     if expected and (hasattr(value, "columns") or option["type"] != "columns" and is_column(value)):
         raise RefusedInput(option["name"], None, None, f"the value is a {type(value).__name__}",
                            expected)
-    # A number or a word: with all digits, where labels have the shortest text, 1e+05.
-    if option.get("value") == "N|exact" and isinstance(value, (int, np.integer)):
-        return str(value)
     if option["type"] == "column" and isinstance(value, (int, tuple, np.integer)):
         return str(value)
     if option["type"] == "columns" and isinstance(value, list):
