@@ -1,11 +1,14 @@
 """The types of the package, as a checker reads them."""
 
+import ast
+import inspect
 import os
 import pathlib
 import subprocess
 import sys
 
 import survmeth
+from survmeth import sklearn as estimators
 
 PACKAGE = pathlib.Path(survmeth.__file__).parent
 
@@ -62,6 +65,25 @@ CoxRegression(alpha=1)
 """)
     found = [line for line in found if "error:" in line]
     assert [line.split(":")[0] for line in found] == ["4", "5", "6"]
+
+
+def test_the_types_of_estimators_are_those_of_their_methods():
+    interface = ast.parse((PACKAGE / "sklearn.pyi").read_text())
+    both = [estimators.CoxRegression, estimators.FineGrayRegression]
+    compared = []
+    for each in interface.body:
+        for method in each.body if isinstance(each, ast.ClassDef) else []:
+            if not isinstance(method, ast.FunctionDef):
+                continue
+            for own in both if each.name == "_Regression" else [getattr(estimators, each.name)]:
+                parameters = inspect.signature(getattr(own, method.name)).parameters
+                assert [argument.arg for argument in method.args.args] == list(parameters)
+                assert [ast.literal_eval(node) for node in method.args.defaults] \
+                    == [each.default for each in parameters.values() if each.default != each.empty]
+                compared.append(method.name)
+    assert sorted(compared) == ["__init__", "__init__", "fit", "fit", "predict", "predict",
+                                "predict_incidence", "predict_survival", "score", "score"]
+    assert set(estimators.__all__) <= {getattr(each, "name", None) for each in interface.body}
 
 
 def test_wrong_calls_are_found(tmp_path):
